@@ -1,0 +1,205 @@
+#pragma once
+
+#include "host/result.h"
+#include "platform/documents.h"
+#include "platform/entity_name.h"
+#include "platform/lisp.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+/// The embedded drawing database as tools and tests see it. One thread.
+namespace mor::host {
+
+enum class Release { R12, R13, R14, R2000, R2004, R2007, R2010, R2013, R2018 };
+
+// ---- documents ----------------------------------------------------------------------------------
+
+/// A new document holding the smallest valid drawing of that release; unnamed, unsaved, neither current nor
+/// active. `lineEnd` is "\n" or "\r\n".
+[[nodiscard]] AcApDocument* createDocument(Release release, std::string_view lineEnd = "\n");
+
+/// Opens a drawing; the document is neither current nor active.
+/// A drawing that breaks off opens too, so that it can be looked at: `documentDamage` says so, and it is never
+/// saved. Errors: no such file, no drawing, a form or release that is not read.
+Result<AcApDocument*> openDocument(const std::filesystem::path& path);
+
+/// Releases the document. It must not be locked; when it is current or active there is none afterwards.
+/// Sends no messages: make it current and send message 3 before.
+void closeDocument(AcApDocument* document);
+
+/// Sets the document in whose context calls run, the active window's document; null for none.
+void setCurrentDocument(AcApDocument* document);
+void setActiveDocument(AcApDocument* document);
+[[nodiscard]] std::size_t documentCount();
+
+struct DocumentInfo {
+    std::filesystem::path path;  ///< empty for one that was never opened from or saved to a file
+    Release release = Release::R12;
+    std::string version;   ///< $ACADVER as the file has it, empty when it has none
+    std::string codePage;  ///< $DWGCODEPAGE as the file has it, empty when it has none
+    std::string encoding;  ///< the encoding in which its texts are read
+    std::string lineEnd;   ///< "LF" or "CRLF"
+    std::uint64_t bytes = 0;
+    std::size_t records = 0;  ///< group-0 records of the file, structure included
+    std::uint64_t handleSeed = 0;
+    std::string notWritable;  ///< why it cannot be written, empty when it can
+};
+[[nodiscard]] DocumentInfo documentInfo(const AcApDocument* document);
+
+// ---- saving -------------------------------------------------------------------------------------
+
+struct SaveOptions {
+    std::filesystem::path output;  ///< empty: the file the document was opened from
+    bool backup = true;            ///< keep the old file as NAME.bak
+    bool dryRun = false;           ///< everything but writing to the folder
+    bool overwrite = true;         ///< false: refuse when the target exists
+};
+
+/// One record that a save writes anew, in the order of the file.
+struct SavedEdit {
+    enum class Kind { Changed, Made, Erased };
+    Kind kind = Kind::Changed;
+    std::string type;    ///< group 0; "HEADER" for the header variables
+    std::string handle;  ///< empty when it has none
+    std::string what;    ///< a name or a path that tells it apart, may be empty
+};
+struct SaveReport {
+    std::vector<SavedEdit> edits;
+    bool written = false;          ///< false when nothing had changed, and for a dry run
+    std::filesystem::path backup;  ///< the backup that was kept, empty when none
+    std::uint64_t bytes = 0;       ///< size of the file as written, or as it would be
+};
+
+/// Saves: lock, temporary file beside the target, flush, read back and compare, backup, rename, flush the
+/// folder. At no moment is there no file under the target's name. Nothing changed: nothing is written.
+Result<SaveReport> saveDocument(AcApDocument* document, const SaveOptions& options = {});
+
+// ---- command line, break key, system variables --------------------------------------------------
+
+/// What was printed since the last call. Empty while a printer is set.
+[[nodiscard]] std::wstring takePrintedText();
+/// Sends printed text on as it comes; an empty function goes back to capturing.
+void setPrinter(std::function<void(std::wstring_view)> printer);
+/// The next poll of the break key answers yes, once. Safe to call from a signal handler.
+void pressBreakKey() noexcept;
+/// Sets a system variable of the application; nil removes it. `name` in any case.
+void setSystemVariable(std::wstring_view name, const CMORAdsLispVar& value);
+
+// ---- values -------------------------------------------------------------------------------------
+
+[[nodiscard]] CMORAdsLispVar makeInteger(std::int32_t value);
+[[nodiscard]] CMORAdsLispVar makeReal(double value);
+[[nodiscard]] CMORAdsLispVar makeString(std::wstring_view text);
+/// nil for no items. `tail`, when given and no list, makes the list dotted.
+[[nodiscard]] CMORAdsLispVar makeList(const std::vector<CMORAdsLispVar>& items,
+                                      const CMORAdsLispVar& tail = {});
+
+enum class ValueKind { Nil, Integer, Real, String, EntityName, List, DottedList };
+[[nodiscard]] ValueKind kindOf(const CMORAdsLispVar& value);
+[[nodiscard]] std::int32_t integerOf(const CMORAdsLispVar& value);  ///< 0 for other kinds
+[[nodiscard]] double realOf(const CMORAdsLispVar& value);           ///< 0.0 for other kinds
+[[nodiscard]] std::wstring stringOf(const CMORAdsLispVar& value);   ///< empty for other kinds
+[[nodiscard]] mor::EntityName entityNameOf(const CMORAdsLispVar& value);
+/// The elements of a list, the tail of a dotted one last; empty for other kinds.
+[[nodiscard]] std::vector<CMORAdsLispVar> elementsOf(const CMORAdsLispVar& value);
+/// Equal in type, structure and bits.
+[[nodiscard]] bool sameValue(const CMORAdsLispVar& a, const CMORAdsLispVar& b);
+
+/// LISP text that reads back to the same value, UTF-8: 42, 1.0, "a\"b", (1 (2 "x") . 3), nil, (handent "1A2F").
+[[nodiscard]] std::string lispText(const CMORAdsLispVar& value);
+/// Reads one value; `(handent "1A2F")` looks up the current document. Errors name the column and what would
+/// work.
+Result<CMORAdsLispVar> readLisp(std::string_view text);
+
+[[nodiscard]] std::string toUtf8(std::wstring_view text);
+/// Empty when the bytes are no UTF-8.
+[[nodiscard]] std::optional<std::wstring> fromUtf8(std::string_view bytes);
+
+// ---- records, read-only -------------------------------------------------------------------------
+
+/// Where a record stands.
+enum class Place { Structure, Header, Class, Table, BlockDefinition, ModelSpace, PaperSpace, Object, Other };
+
+struct RecordInfo {
+    mor::EntityName name;
+    std::string type;
+    std::uint64_t handle = 0;  ///< 0 for none
+    Place place = Place::Other;
+    std::string container;  ///< the table's or block's name, UTF-8; empty elsewhere
+    bool erased = false;
+    bool made = false;       ///< made since the drawing was opened
+    bool subEntity = false;  ///< ATTRIB, VERTEX or SEQEND behind its owner
+};
+
+/// One group: its code and its value as text, decoded to UTF-8 and without padding.
+struct RecordGroup {
+    int code = 0;
+    std::string value;
+};
+
+struct RecordAttribute {
+    std::wstring name;
+    CMORAdsLispVar value;
+    long bytes = 0;
+};
+
+/// Every record of the drawing in file order, then the made ones. Changes nothing.
+void forEachRecord(const AcApDocument* document, const std::function<void(const RecordInfo&)>& visit);
+[[nodiscard]] std::optional<RecordInfo> recordInfo(const AcApDocument* document, mor::EntityName name);
+/// The record that a handle look-up finds, erased ones included.
+[[nodiscard]] std::optional<mor::EntityName> findHandle(const AcApDocument* document,
+                                                        std::wstring_view handle);
+/// All groups with pending edits applied, group 0 first.
+[[nodiscard]] std::vector<RecordGroup> recordGroups(const AcApDocument* document, mor::EntityName name);
+/// The first group with that code before the extended data, decoded to UTF-8; empty when there is none.
+[[nodiscard]] std::optional<std::string> recordGroup(const AcApDocument* document, mor::EntityName name,
+                                                     int code);
+
+/// The named attributes of a record.
+struct RecordAttributes {
+    std::vector<RecordAttribute> items;
+    long used = 0;       ///< bytes of extended data of all applications
+    long free = 0;       ///< room left; negative when the record is over its room
+    std::string damage;  ///< why the attributes cannot be read (unknown layout version, broken list), or empty
+};
+[[nodiscard]] RecordAttributes recordAttributes(const AcApDocument* document, mor::EntityName name);
+
+/// Something wrong with the file itself that was found while loading.
+struct Problem {
+    enum class Kind { BreaksOff, MissingEof, DoubledHandle, NoHandle };
+    Kind kind = Kind::BreaksOff;
+    std::uint64_t line = 0;
+    std::string text;
+};
+[[nodiscard]] std::vector<Problem> documentProblems(const AcApDocument* document);
+
+/// The live record of a symbol table, by name without regard to case.
+[[nodiscard]] std::optional<mor::EntityName> findSymbol(const AcApDocument* document,
+                                                        std::string_view table, std::wstring_view name);
+/// The first entity that is not erased of a block definition; none when the block is unknown or empty.
+[[nodiscard]] std::optional<mor::EntityName> firstEntityOfBlock(const AcApDocument* document,
+                                                                std::wstring_view block);
+
+// ---- counters, for tests ------------------------------------------------------------------------
+
+struct Counters {
+    std::size_t flushesReactorsOn = 0;
+    std::size_t flushesReactorsOff = 0;
+    std::size_t locksTaken = 0;
+    std::size_t locksHeld = 0;  ///< over all documents, at this moment
+    std::size_t selectionSetsOpen = 0;
+    std::size_t resbufsOpen = 0;
+    std::vector<std::pair<int, std::wstring>> lastFilter;  ///< of the last `acedSSGet`
+};
+[[nodiscard]] Counters counters();
+void resetCounters();  ///< the running totals; what is held or open stays
+
+}  // namespace mor::host
