@@ -46,6 +46,7 @@ void reset();
 [[nodiscard]] bool writesRefused();  ///< counts a refusal when on
 [[nodiscard]] bool layerLocksEnforced();
 [[nodiscard]] long roomLimit();
+void saveBegins();  ///< from here on `saveCalls` lists a new save
 enum class SaveCall { Go, Fail };
 [[nodiscard]] SaveCall beforeSaveCall(std::string_view name);
 

@@ -59,7 +59,7 @@ int AfxInitExtensionModule(AFX_EXTENSION_MODULE& module, void* instance);
 /// Takes the module out of the host's chain again; `all` is false here.
 void AfxTermExtensionModule(AFX_EXTENSION_MODULE& module, bool all = false);
 
-/// Links a module's resources and classes into the host's chain; the host owns it until the module ends.
+/// Links a module's resources and classes into the host's chain, until its end or the module's.
 class CDynLinkLibrary {
 public:
     explicit CDynLinkLibrary(AFX_EXTENSION_MODULE& module, bool system = false);
