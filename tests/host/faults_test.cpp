@@ -1,0 +1,77 @@
+#include "host/faults.h"
+
+#include <gtest/gtest.h>
+
+namespace mor::host::faults {
+namespace {
+
+class Faults : public ::testing::Test {
+protected:
+    void SetUp() override { reset(); }
+    void TearDown() override { reset(); }
+};
+
+TEST_F(Faults, StrikeTheNthCallOnce) {
+    failCall("acdbEntMake", 2);
+    EXPECT_FALSE(shouldFail("acdbEntMake"));
+    EXPECT_FALSE(shouldFail("acdbEntLast"));
+    EXPECT_FALSE(struck());
+    EXPECT_TRUE(shouldFail("acdbEntMake"));
+    EXPECT_TRUE(struck());
+    EXPECT_FALSE(shouldFail("acdbEntMake"));
+}
+
+TEST_F(Faults, CountAllOperationsTogether) {
+    failAnyCall(3);
+    EXPECT_FALSE(shouldFail("acdbEntMake"));
+    EXPECT_FALSE(shouldFail("acdbEntLast"));
+    EXPECT_TRUE(shouldFail("acdbEntDel"));
+    EXPECT_FALSE(shouldFail("acdbEntDel"));
+}
+
+TEST_F(Faults, CountRefusedWritesOnlyWhileOn) {
+    EXPECT_FALSE(writesRefused());
+    refuseWrites(true);
+    EXPECT_TRUE(writesRefused());
+    EXPECT_TRUE(writesRefused());
+    EXPECT_EQ(refusedWrites(), 2u);
+}
+
+TEST_F(Faults, AreAllOffAfterReset) {
+    failCall("acdbEntMake", 1);
+    failAnyCall(1);
+    failSaveCall(1);
+    refuseLocks(true);
+    refuseLayer(true);
+    refuseEntities(true);
+    refuseWrites(true);
+    enforceLayerLocks(true);
+    limitRoom(10);
+    reset();
+    EXPECT_FALSE(shouldFail("acdbEntMake"));
+    EXPECT_EQ(beforeSaveCall("open"), SaveCall::Go);
+    EXPECT_FALSE(locksRefused() || layerRefused() || entitiesRefused() || writesRefused() ||
+                 layerLocksEnforced() || struck());
+    EXPECT_EQ(roomLimit(), 0);
+    EXPECT_EQ(refusedWrites(), 0u);
+}
+
+TEST_F(Faults, ListAndFailTheCallsOfASave) {
+    static_cast<void>(beforeSaveCall("of an earlier save"));
+    failSaveCall(2);
+    saveBegins();
+    EXPECT_EQ(beforeSaveCall("open"), SaveCall::Go);
+    EXPECT_EQ(beforeSaveCall("write"), SaveCall::Fail);
+    EXPECT_EQ(beforeSaveCall("unlink"), SaveCall::Go);
+    EXPECT_EQ(saveCalls(), (std::vector<std::string>{"open", "write", "unlink"}));
+    EXPECT_TRUE(struck());
+}
+
+TEST_F(Faults, EndTheProcessBeforeASaveCall) {
+    dieAtSaveCall(2);
+    EXPECT_EQ(beforeSaveCall("open"), SaveCall::Go);
+    EXPECT_EXIT(static_cast<void>(beforeSaveCall("write")), ::testing::ExitedWithCode(99), "");
+}
+
+}  // namespace
+}  // namespace mor::host::faults

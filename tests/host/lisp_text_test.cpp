@@ -1,0 +1,168 @@
+#include "host/host.h"
+
+#include <gtest/gtest.h>
+#include <rapidcheck/gtest.h>
+
+#include <bit>
+#include <cmath>
+#include <limits>
+
+void showValue(const CMORAdsLispVar& value, std::ostream& out) {
+    out << mor::host::lispText(value);
+}
+
+namespace mor::host {
+namespace {
+
+using Limits = std::numeric_limits<double>;
+
+TEST(LispText, ShowsRealsAsTheShortestTextThatReadsBack) {
+    const struct {
+        double value;
+        const char* text;
+    } cases[] = {{1.0, "1.0"},
+                 {0.1, "0.1"},
+                 {-0.0, "-0.0"},
+                 {1e20, "1.0e+20"},
+                 {1.5e-7, "1.5e-07"},
+                 {100000.0, "100000.0"},
+                 {0.1 + 0.2, "0.30000000000000004"},
+                 {9007199254740993.0, "9007199254740992.0"},
+                 {1e16, "1.0e+16"},
+                 {Limits::max(), "1.7976931348623157e+308"},
+                 {Limits::denorm_min(), "5.0e-324"}};
+    for (const auto& c : cases) EXPECT_EQ(lispText(makeReal(c.value)), c.text);
+}
+
+TEST(LispText, EscapesWhatWouldNotReadBack) {
+    const struct {
+        const wchar_t* value;
+        const char* text;
+    } cases[] = {{L"a\"b", R"("a\"b")"},
+                 {L"a\\b", R"("a\\b")"},
+                 {L"\n\r\t\x1B", R"("\n\r\t\e")"},
+                 {L"\x01"
+                  L"1\x7F",
+                  R"("\0011\177")"},
+                 {L"\u0085", R"("\205")"},
+                 {L"\u00E4\u20AC", "\"\u00E4\u20AC\""},
+                 {L"^J \\U+0041", R"("^J \\U+0041")"}};
+    for (const auto& c : cases) EXPECT_EQ(lispText(makeString(c.value)), c.text);
+    EXPECT_EQ(lispText(makeString(std::wstring_view{L"a\0b", 3})), R"("a\000b")");
+    EXPECT_EQ(lispText(makeString(std::wstring(1, wchar_t{0xD83D}))), R"("\U+D83D")");
+}
+
+TEST(LispText, ShowsListsAsLispWritesThem) {
+    const CMORAdsLispVar inner = makeList({makeInteger(2), makeString(L"x")});
+    EXPECT_EQ(lispText(makeList({makeInteger(1), inner}, makeInteger(3))), "(1 (2 \"x\") . 3)");
+    EXPECT_EQ(lispText(makeList({{}, makeReal(2.0)})), "(nil 2.0)");
+}
+
+TEST(ReadLisp, TakesWhatPeopleWrite) {
+    const struct {
+        std::string_view written;
+        const char* value;
+    } cases[] = {{"42", "42"},
+                 {"+7", "7"},
+                 {"-2147483648", "-2147483648"},
+                 {"2147483648", "2147483648.0"},
+                 {"1.", "1.0"},
+                 {".5", "0.5"},
+                 {"+2.50e2", "250.0"},
+                 {"1E-7", "1.0e-07"},
+                 {"NIL", "nil"},
+                 {" ( 1\t2\r\n3 ) ", "(1 2 3)"},
+                 {"(1 . 2)", "(1 . 2)"},
+                 {"(1 .2)", "(1 0.2)"},
+                 {"'(1 '2 '(3))", "(1 2 (3))"},
+                 {"; a remark\n(1 ; another )\n2);end", "(1 2)"},
+                 {"\xEF\xBB\xBF\"x\"", "\"x\""},
+                 {R"("\101\7\"\\\e")", R"("A\007\"\\\e")"},
+                 {R"("\U+00e4\U+D83D\U+DE00")", "\"\u00E4\U0001F600\""},
+                 {"\"two\nlines\"", R"("two\nlines")"},
+                 {"(\"a\"\"b\"(1)2)", "(\"a\" \"b\" (1) 2)"}};
+    for (const auto& c : cases) {
+        const Result<CMORAdsLispVar> result = readLisp(c.written);
+        ASSERT_TRUE(result) << c.written << ": " << result.error().text;
+        EXPECT_EQ(lispText(result.value()), c.value);
+    }
+}
+
+TEST(ReadLisp, SaysWhereAndWhyItCannotRead) {
+    const struct {
+        std::string_view written;
+        const char* error;
+    } cases[] = {
+        {"", "line 1, column 1: no value; write nil, a number, a \"text\" or a (list)"},
+        {"; only a remark",
+         "line 1, column 16: no value; write nil, a number, a \"text\" or a (list)"},
+        {"hello", "line 1, column 1: hello is no value; write a text in quotes: \"hello\""},
+        {"(1\n  T)", "line 2, column 3: T is no value; write a text in quotes: \"T\""},
+        {"1e", "line 1, column 1: 1e is no number; write a text in quotes: \"1e\""},
+        {"0x10", "line 1, column 1: 0x10 is no value; write a text in quotes: \"0x10\""},
+        {"nan", "line 1, column 1: nan is no value; write a text in quotes: \"nan\""},
+        {"1e999",
+         "line 1, column 1: 1e999 is outside the range of reals; the largest is "
+         "1.7976931348623157e+308"},
+        {"(1 (2", "line 1, column 4: this ( is never closed; add a )"},
+        {"(1))", "line 1, column 4: text after the value; put several values into one list: (1 2)"},
+        {")", "line 1, column 1: a ) without its (; remove it, or begin with ("},
+        {"1 2", "line 1, column 3: text after the value; put several values into one list: (1 2)"},
+        {"(. 1)", "line 1, column 2: a dot stands between the last two values of a list: (1 . 2)"},
+        {".", "line 1, column 1: a dot stands between the last two values of a list: (1 . 2)"},
+        {"(1 . )", "line 1, column 6: a value must stand behind the dot: (1 . 2)"},
+        {"(1 . 2 3)", "line 1, column 8: only one value may stand behind the dot: (1 . 2)"},
+        {"(1 . 2 (3))", "line 1, column 8: only one value may stand behind the dot: (1 . 2)"},
+        {"(1 ')", "line 1, column 4: a value must stand behind the '; remove it, or write '(1 2)"},
+        {"\"abc", "line 1, column 1: this text is never closed; add a \" at its end"},
+        {R"("a\d")",
+         R"(line 1, column 3: unknown escape; write \\ for a backslash (known are \" \\ \n \r \t \e)"
+         R"( \nnn \U+XXXX))"},
+        {R"("\U+12G4")", R"(line 1, column 2: \U+ takes four hexadecimal digits: \U+00E4)"},
+        {"(handent 5)",
+         "line 1, column 10: handent takes one handle as a text: (handent \"1A2F\")"},
+        {"\xFF", "the text is no UTF-8; convert it first"}};
+    for (const auto& c : cases) {
+        const Result<CMORAdsLispVar> result = readLisp(c.written);
+        ASSERT_FALSE(result) << c.written;
+        EXPECT_EQ(result.error().text, c.error);
+        EXPECT_EQ(result.error().kind, ErrorKind::Invalid);
+    }
+}
+
+rc::Gen<CMORAdsLispVar> anyAtom() {
+    const auto number = rc::gen::map(rc::gen::arbitrary<std::int32_t>(), makeInteger);
+    const auto real = rc::gen::map(
+        rc::gen::suchThat(
+            rc::gen::map(rc::gen::arbitrary<std::uint64_t>(),
+                         [](std::uint64_t bits) { return std::bit_cast<double>(bits); }),
+            [](double value) { return std::isfinite(value); }),
+        makeReal);
+    const auto letter = rc::gen::oneOf(
+        rc::gen::elementOf(
+            std::wstring{L"ab0\\\"U+^\n\r\t\x1B\x01\x7F();' \u00E4\u20AC\U0001F600"}),
+        rc::gen::inRange<wchar_t>(0, 0xD800));
+    const auto text = rc::gen::map(rc::gen::container<std::wstring>(letter),
+                                   [](const std::wstring& t) { return makeString(t); });
+    return rc::gen::oneOf(number, real, text, rc::gen::just(CMORAdsLispVar{}));
+}
+
+rc::Gen<CMORAdsLispVar> anyValue(int depth) {
+    if (depth == 0) return anyAtom();
+    return rc::gen::oneOf(
+        anyAtom(),
+        rc::gen::apply([](const std::vector<CMORAdsLispVar>& items,
+                          const CMORAdsLispVar& tail) { return makeList(items, tail); },
+                       rc::gen::container<std::vector<CMORAdsLispVar>>(anyValue(depth - 1)),
+                       anyAtom()));
+}
+
+RC_GTEST_PROP(LispText, ReadsBackToTheSameValue, ()) {
+    const CMORAdsLispVar value = *anyValue(3);
+    const Result<CMORAdsLispVar> back = readLisp(lispText(value));
+    RC_ASSERT(static_cast<bool>(back));
+    RC_ASSERT(sameValue(back.value(), value));
+}
+
+}  // namespace
+}  // namespace mor::host
