@@ -8,25 +8,25 @@
 /// Failures on demand, for tests. All off by default.
 namespace mor::host::faults {
 
-/// Makes every `nth` call from now on of the platform operation fail, once: 1 is the next call. The operations
-/// are named as the platform spells them: "acdbEntMake", "acdbEntLast", "acdbEntNext", "acdbEntDel",
-/// "acdbHandEnt", "acdbTblSearch", "acdbTblNext", "acedSSGet", "acedSSLength", "acedSSName", "lockDocument",
-/// "CMOREntity::Connect", "CMOREntity::Flush", "CMOREntity::Destroy", "CMOREntity::GetAttribute",
-/// "CMOREntity::SetAttribute", "CMOREntity::GetAttributeText", "CMOREntity::SetAttributeText",
-/// "CMOREntity::DeleteAttribute", "CMORAdsLayer::Connect", "CMORAdsLayer::Create", "CMORAdsLayer::Flush",
-/// "AfxInitExtensionModule".
+/// Makes every `nth` call from now on of the platform operation fail, once: 1 is the next call. The
+/// operations are named as the platform spells them: "acdbEntMake", "acdbEntLast", "acdbEntNext",
+/// "acdbEntDel", "acdbHandEnt", "acdbTblSearch", "acdbTblNext", "acedSSGet", "acedSSLength",
+/// "acedSSName", "lockDocument", "CMOREntity::Connect", "CMOREntity::Flush", "CMOREntity::Destroy",
+/// "CMOREntity::GetAttribute", "CMOREntity::SetAttribute", "CMOREntity::GetAttributeText",
+/// "CMOREntity::SetAttributeText", "CMOREntity::DeleteAttribute", "CMORAdsLayer::Connect",
+/// "CMORAdsLayer::Create", "CMORAdsLayer::Flush", "AfxInitExtensionModule".
 void failCall(std::string_view operation, std::size_t nth);
 /// Makes the nth call of any of these operations fail, once.
 void failAnyCall(std::size_t nth);
 /// Whether a fault that was asked for has struck since the last `reset`.
 [[nodiscard]] bool struck();
 
-void refuseLocks(bool on);            ///< every document lock is refused
-void refuseLayer(bool on);            ///< layers can neither be connected nor made
-void refuseEntities(bool on);         ///< `acdbEntMake` refuses everything
-void refuseWrites(bool on);           ///< every change of the drawing is refused and counted
-void enforceLayerLocks(bool on);      ///< entities on a locked layer refuse change and erasure
-void limitRoom(long bytes);           ///< room of every entity; 0: the platform's own
+void refuseLocks(bool on);        ///< every document lock is refused
+void refuseLayer(bool on);        ///< layers can neither be connected nor made
+void refuseEntities(bool on);     ///< `acdbEntMake` refuses everything
+void refuseWrites(bool on);       ///< every change of the drawing is refused and counted
+void enforceLayerLocks(bool on);  ///< entities on a locked layer refuse change and erasure
+void limitRoom(long bytes);       ///< room of every entity; 0: the platform's own
 [[nodiscard]] std::size_t refusedWrites();
 
 /// Ends the process (exit code 99) right before the nth system call of the next save; 0: never.

@@ -22,17 +22,16 @@ enum class Release { R12, R13, R14, R2000, R2004, R2007, R2010, R2013, R2018 };
 
 // ---- documents ----------------------------------------------------------------------------------
 
-/// A new document holding the smallest valid drawing of that release; unnamed, unsaved, neither current nor
-/// active. `lineEnd` is "\n" or "\r\n".
+/// A new document holding the smallest valid drawing of that release; unnamed, unsaved, neither
+/// current nor active. `lineEnd` is "\n" or "\r\n".
 [[nodiscard]] AcApDocument* createDocument(Release release, std::string_view lineEnd = "\n");
 
 /// Opens a drawing; the document is neither current nor active.
-/// A drawing that breaks off opens too, so that it can be looked at: `documentDamage` says so, and it is never
-/// saved. Errors: no such file, no drawing, a form or release that is not read.
+/// Errors: no such file, no drawing, a form or release that is not read, a drawing that breaks off.
 Result<AcApDocument*> openDocument(const std::filesystem::path& path);
 
-/// Releases the document. It must not be locked; when it is current or active there is none afterwards.
-/// Sends no messages: make it current and send message 3 before.
+/// Releases the document. It must not be locked; when it is current or active there is none
+/// afterwards. Sends no messages: make it current and send message 3 before.
 void closeDocument(AcApDocument* document);
 
 /// Sets the document in whose context calls run, the active window's document; null for none.
@@ -50,7 +49,6 @@ struct DocumentInfo {
     std::uint64_t bytes = 0;
     std::size_t records = 0;  ///< group-0 records of the file, structure included
     std::uint64_t handleSeed = 0;
-    std::string notWritable;  ///< why it cannot be written, empty when it can
 };
 [[nodiscard]] DocumentInfo documentInfo(const AcApDocument* document);
 
@@ -78,8 +76,9 @@ struct SaveReport {
     std::uint64_t bytes = 0;       ///< size of the file as written, or as it would be
 };
 
-/// Saves: lock, temporary file beside the target, flush, read back and compare, backup, rename, flush the
-/// folder. At no moment is there no file under the target's name. Nothing changed: nothing is written.
+/// Saves: lock, temporary file beside the target, flush, read back and compare, backup, rename,
+/// flush the folder. At no moment is there no file under the target's name. Nothing changed:
+/// nothing is written.
 Result<SaveReport> saveDocument(AcApDocument* document, const SaveOptions& options = {});
 
 // ---- command line, break key, system variables --------------------------------------------------
@@ -113,10 +112,11 @@ enum class ValueKind { Nil, Integer, Real, String, EntityName, List, DottedList 
 /// Equal in type, structure and bits.
 [[nodiscard]] bool sameValue(const CMORAdsLispVar& a, const CMORAdsLispVar& b);
 
-/// LISP text that reads back to the same value, UTF-8: 42, 1.0, "a\"b", (1 (2 "x") . 3), nil, (handent "1A2F").
+/// LISP text that reads back to the same value, UTF-8: 42, 1.0, "a\"b", (1 (2 "x") . 3), nil,
+/// (handent "1A2F").
 [[nodiscard]] std::string lispText(const CMORAdsLispVar& value);
-/// Reads one value; `(handent "1A2F")` looks up the current document. Errors name the column and what would
-/// work.
+/// Reads one value; `(handent "1A2F")` looks up the current document. Errors name the column and
+/// what would work.
 Result<CMORAdsLispVar> readLisp(std::string_view text);
 
 [[nodiscard]] std::string toUtf8(std::wstring_view text);
@@ -126,7 +126,17 @@ Result<CMORAdsLispVar> readLisp(std::string_view text);
 // ---- records, read-only -------------------------------------------------------------------------
 
 /// Where a record stands.
-enum class Place { Structure, Header, Class, Table, BlockDefinition, ModelSpace, PaperSpace, Object, Other };
+enum class Place {
+    Structure,
+    Header,
+    Class,
+    Table,
+    BlockDefinition,
+    ModelSpace,
+    PaperSpace,
+    Object,
+    Other
+};
 
 struct RecordInfo {
     mor::EntityName name;
@@ -152,39 +162,45 @@ struct RecordAttribute {
 };
 
 /// Every record of the drawing in file order, then the made ones. Changes nothing.
-void forEachRecord(const AcApDocument* document, const std::function<void(const RecordInfo&)>& visit);
-[[nodiscard]] std::optional<RecordInfo> recordInfo(const AcApDocument* document, mor::EntityName name);
+void forEachRecord(const AcApDocument* document,
+                   const std::function<void(const RecordInfo&)>& visit);
+[[nodiscard]] std::optional<RecordInfo> recordInfo(const AcApDocument* document,
+                                                   mor::EntityName name);
 /// The record that a handle look-up finds, erased ones included.
 [[nodiscard]] std::optional<mor::EntityName> findHandle(const AcApDocument* document,
                                                         std::wstring_view handle);
 /// All groups with pending edits applied, group 0 first.
-[[nodiscard]] std::vector<RecordGroup> recordGroups(const AcApDocument* document, mor::EntityName name);
-/// The first group with that code before the extended data, decoded to UTF-8; empty when there is none.
-[[nodiscard]] std::optional<std::string> recordGroup(const AcApDocument* document, mor::EntityName name,
-                                                     int code);
+[[nodiscard]] std::vector<RecordGroup> recordGroups(const AcApDocument* document,
+                                                    mor::EntityName name);
+/// The first group with that code before the extended data, decoded to UTF-8; empty when there is
+/// none.
+[[nodiscard]] std::optional<std::string> recordGroup(const AcApDocument* document,
+                                                     mor::EntityName name, int code);
 
 /// The named attributes of a record.
 struct RecordAttributes {
     std::vector<RecordAttribute> items;
     long used = 0;       ///< bytes of extended data of all applications
     long free = 0;       ///< room left; negative when the record is over its room
-    std::string damage;  ///< why the attributes cannot be read (unknown layout version, broken list), or empty
+    std::string damage;  ///< why the attributes cannot be read (unknown layout version, broken
+                         ///< list), or empty
 };
 [[nodiscard]] RecordAttributes recordAttributes(const AcApDocument* document, mor::EntityName name);
 
-/// Something wrong with the file itself that was found while loading.
+/// Something odd about the file itself that does not keep it from being read.
 struct Problem {
-    enum class Kind { BreaksOff, MissingEof, DoubledHandle, NoHandle };
-    Kind kind = Kind::BreaksOff;
-    std::uint64_t line = 0;
+    enum class Kind { MissingEof, DoubledHandle };
+    Kind kind = Kind::MissingEof;
     std::string text;
 };
 [[nodiscard]] std::vector<Problem> documentProblems(const AcApDocument* document);
 
 /// The live record of a symbol table, by name without regard to case.
 [[nodiscard]] std::optional<mor::EntityName> findSymbol(const AcApDocument* document,
-                                                        std::string_view table, std::wstring_view name);
-/// The first entity that is not erased of a block definition; none when the block is unknown or empty.
+                                                        std::string_view table,
+                                                        std::wstring_view name);
+/// The first entity that is not erased of a block definition; none when the block is unknown or
+/// empty.
 [[nodiscard]] std::optional<mor::EntityName> firstEntityOfBlock(const AcApDocument* document,
                                                                 std::wstring_view block);
 

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "host/record.h"
+#include "host/result.h"
+#include "host/source.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace mor::host {
+
+/// Group-0 texts by number; 0 stands for "unknown".
+class TypeNames {
+public:
+    TypeNames();
+    [[nodiscard]] std::uint16_t number(std::string_view name);  ///< adds it when new
+    [[nodiscard]] const std::string& name(std::uint16_t number) const { return m_names[number]; }
+    [[nodiscard]] std::size_t count() const { return m_names.size(); }
+
+private:
+    std::vector<std::string> m_names;
+    std::unordered_map<std::string, std::uint16_t> m_numbers;
+};
+
+/// A section of the file.
+struct Section {
+    std::string name;
+    RecordNumber head = 0;
+    RecordNumber end = 0;
+};
+
+/// One DXF text file, cut into records. A record reaches from its group-0 line up to the next one;
+/// comments belong to the record that they follow. What stands before the first record belongs to
+/// none.
+struct DxfIndex {
+    std::shared_ptr<Source> source;
+    std::vector<RecordEntry> records;  ///< [0] is unused; `place` is the offset in the source
+    std::vector<Container> containers;
+    std::vector<Section> sections;
+    TypeNames types;
+    std::uint64_t end = 0;    ///< where the last record ends
+    bool crlf = false;        ///< line end of the first line
+    bool sawMarkers = false;  ///< a record has group 100
+    bool sawOwners = false;   ///< an entity or table record has its owner in 330
+    bool sawEof = false;
+    bool endsWithoutLineEnd = false;
+    std::uint64_t highestHandle = 0;
+
+    [[nodiscard]] RecordNumber lastRecord() const {
+        return static_cast<RecordNumber>(records.size() - 1);
+    }
+    [[nodiscard]] std::uint64_t endOf(RecordNumber number) const {
+        return number < lastRecord() ? records[number + 1].place : end;
+    }
+    [[nodiscard]] std::string bytesOf(RecordNumber number) const {
+        return source->read(records[number].place, endOf(number) - records[number].place);
+    }
+    [[nodiscard]] const Section* section(std::string_view name) const;
+};
+
+/// Reads the source once, in pieces. `name` stands in the errors.
+/// Refused: what is no DXF text, line ends of single carriage returns, files that break off inside
+/// a section, lines that should be group codes and are not.
+Result<std::unique_ptr<DxfIndex>> indexDxf(std::shared_ptr<Source> source, const std::string& name);
+
+/// Hexadecimal text as a handle; 0 when it is none.
+[[nodiscard]] std::uint64_t parseHandle(std::string_view text) noexcept;
+[[nodiscard]] std::string handleToText(std::uint64_t handle);  ///< upper case; empty for 0
+
+}  // namespace mor::host

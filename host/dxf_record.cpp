@@ -1,0 +1,184 @@
+#include "host/dxf_record.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+
+namespace mor::host {
+
+namespace {
+
+std::string_view withoutBlanks(std::string_view text) {
+    while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
+    while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.remove_suffix(1);
+    return text;
+}
+
+bool sameApplication(std::string_view a, std::string_view b) {
+    const auto fold = [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; };
+    return std::ranges::equal(a, b, {}, fold, fold);
+}
+
+std::string padLeft(std::string text, std::size_t width) {
+    if (text.size() < width) text.insert(0, width - text.size(), ' ');
+    return text;
+}
+
+}  // namespace
+
+TagList::TagList(std::string bytes) : m_bytes(std::move(bytes)) {
+    std::size_t at = 0;
+    const auto lineEnd = [&](std::size_t from) {
+        const std::size_t feed = m_bytes.find('\n', from);
+        return feed == std::string::npos ? m_bytes.size() : feed;
+    };
+    bool extended = false;
+    while (at < m_bytes.size()) {
+        Tag tag;
+        tag.begin = static_cast<std::uint32_t>(at);
+        const std::size_t codeEnd = lineEnd(at);
+        std::size_t codeStop = codeEnd;
+        if (codeStop > at && m_bytes[codeStop - 1] == '\r') --codeStop;
+        const auto code = parseInteger(std::string_view(m_bytes).substr(at, codeStop - at));
+        if (!code || codeEnd == m_bytes.size()) break;  // bytes behind EOF
+        tag.code = static_cast<int>(*code);
+        tag.valueBegin = static_cast<std::uint32_t>(codeEnd + 1);
+        const std::size_t valueEnd = lineEnd(codeEnd + 1);
+        tag.end = static_cast<std::uint32_t>(std::min(valueEnd + 1, m_bytes.size()));
+        tag.valueEnd = static_cast<std::uint32_t>(valueEnd);
+        if (tag.valueEnd > tag.valueBegin && m_bytes[valueEnd - 1] == '\r') --tag.valueEnd;
+        if (tag.code == 1001 && !extended) {
+            extended = true;
+            m_extended = m_tags.size();
+        }
+        m_tags.push_back(tag);
+        at = tag.end;
+    }
+    if (!extended) m_extended = m_tags.size();
+}
+
+std::string_view TagList::bare(const Tag& tag) const { return withoutBlanks(value(tag)); }
+
+const Tag* TagList::find(int code) const {
+    bool inGroup = false;
+    for (std::size_t i = 0; i < m_extended; ++i) {
+        const Tag& tag = m_tags[i];
+        if (tag.code == 102)
+            inGroup = value(tag).starts_with("{");
+        else if (tag.code == code && !inGroup)
+            return &tag;
+    }
+    return nullptr;
+}
+
+const Tag* TagList::findFrom(std::size_t from, int code) const {
+    for (std::size_t i = from; i < m_tags.size(); ++i)
+        if (m_tags[i].code == code) return &m_tags[i];
+    return nullptr;
+}
+
+std::string line(const LineStyle& style, int code, std::string_view value) {
+    std::string text = std::to_string(code);
+    if (style.padded) text = padLeft(std::move(text), 3);
+    text += style.end();
+    text += value;
+    text += style.end();
+    return text;
+}
+
+std::string integerLine(const LineStyle& style, int code, std::int64_t value) {
+    std::string digits = std::to_string(value);
+    const bool wide = (code >= 90 && code <= 99) || (code >= 420 && code <= 459) || code == 1071;
+    if (style.padded) digits = padLeft(std::move(digits), wide ? 9 : 6);
+    return line(style, code, digits);
+}
+
+std::string realText(double value) {
+    std::array<char, 40> buffer{};
+    const auto [end, error] = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
+    static_cast<void>(error);
+    std::string text(buffer.data(), end);
+    const std::size_t exponent = text.find('e');
+    if (text.find('.') == std::string::npos)
+        text.insert(exponent == std::string::npos ? text.size() : exponent, ".0");
+    return text;
+}
+
+std::string realLine(const LineStyle& style, int code, double value) {
+    return line(style, code, realText(value));
+}
+
+std::optional<std::int64_t> parseInteger(std::string_view text) {
+    text = withoutBlanks(text);
+    if (text.starts_with('+')) text.remove_prefix(1);
+    std::int64_t value = 0;
+    const char* const stop = text.data() + text.size();
+    const auto [end, error] = std::from_chars(text.data(), stop, value);
+    if (error != std::errc{}) return std::nullopt;
+    if (end == stop) return value;
+    // Other writers put 1071 as 1.95059E+06.
+    const auto real = parseReal(text);
+    if (!real || std::trunc(*real) != *real || std::fabs(*real) > 9.0e15) return std::nullopt;
+    return static_cast<std::int64_t>(*real);
+}
+
+std::optional<double> parseReal(std::string_view text) {
+    text = withoutBlanks(text);
+    if (text.starts_with('+')) text.remove_prefix(1);
+    double value = 0.0;
+    const char* const stop = text.data() + text.size();
+    const auto [end, error] = std::from_chars(text.data(), stop, value);
+    if (error == std::errc::result_out_of_range && end == stop) {
+        // Too small for a double reads as nothing, too large is no number.
+        return text.find("e-") != std::string_view::npos ||
+                       text.find("E-") != std::string_view::npos
+                   ? std::optional(0.0)
+                   : std::nullopt;
+    }
+    if (error != std::errc{} || end != stop || !std::isfinite(value)) return std::nullopt;
+    return value;
+}
+
+std::vector<ExtendedRange> extendedRanges(const TagList& record, std::string_view application) {
+    std::vector<ExtendedRange> ranges;
+    const auto& tags = record.tags();
+    for (std::size_t i = record.extendedBegin(); i < tags.size(); ++i) {
+        if (tags[i].code != 1001 || !sameApplication(record.bare(tags[i]), application)) continue;
+        ExtendedRange range{i, i + 1};
+        for (std::size_t k = i + 1; k < tags.size() && tags[k].code != 1001; ++k)
+            if (tags[k].code != 999) range.end = k + 1;
+        ranges.push_back(range);
+    }
+    return ranges;
+}
+
+long extendedCost(int code, std::size_t valueBytes) {
+    switch (code) {
+        case 1000:
+        case 1003:
+            return 2 + static_cast<long>(valueBytes);
+        case 1004:
+            return 2 + static_cast<long>(valueBytes / 2);  // hexadecimal digits in text
+        case 1002:
+            return 2;
+        case 1005:
+        case 1040:
+        case 1041:
+        case 1042:
+            return 9;
+        case 1010:
+        case 1011:
+        case 1012:
+        case 1013:
+            return 25;
+        case 1070:
+            return 3;
+        case 1071:
+            return 5;
+        default:
+            return 0;  // 1001, 1020-1033 (parts of a point), comments
+    }
+}
+
+}  // namespace mor::host

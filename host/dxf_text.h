@@ -1,0 +1,42 @@
+#pragma once
+
+#include "host/host.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace mor::host {
+
+/// Turns the texts of one drawing into characters and back. Bytes become characters first; then, in
+/// one pass,
+/// `\U+XXXX` (in every release), `\M+nXXXX` and the caret coding of control characters.
+/// Bytes that the encoding lacks become private code points which encode back to the same bytes.
+class TextCoding {
+public:
+    /// The encoding of a file: UTF-8 from R2007 on, else the code page. An unknown name counts as
+    /// ANSI_1252.
+    TextCoding(Release release, std::string_view codePage);
+    ~TextCoding();
+    TextCoding(TextCoding&&) noexcept;
+    TextCoding& operator=(TextCoding&&) noexcept;
+
+    [[nodiscard]] std::wstring decode(std::string_view bytes) const;
+    /// A character that the code page lacks is written as `\U+XXXX`, control characters in caret
+    /// coding.
+    [[nodiscard]] std::string encode(std::wstring_view text) const;
+    /// The encoding's name as iconv knows it.
+    [[nodiscard]] const std::string& name() const;
+
+private:
+    struct Converter;
+    std::unique_ptr<Converter> m_converter;
+};
+
+/// Decodes `\U+XXXX` and caret coding in text that is ASCII otherwise; appends UTF-16 units as they
+/// stand, so that a pair split over two texts can be joined by `joinSurrogates`.
+void decodeEscapes(std::wstring_view text, std::wstring& units);
+/// Makes one character of each surrogate pair, in place. A lone surrogate stays.
+void joinSurrogates(std::wstring& text);
+
+}  // namespace mor::host

@@ -1,0 +1,332 @@
+#include "platform/entity.h"
+
+#include "host/counters.h"
+#include "host/document.h"
+#include "host/faults.h"
+#include "host/lisp_value.h"
+#include "platform/entity_calls.h"
+#include "platform/runtime.h"
+
+#include <algorithm>
+#include <map>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace mor {
+
+/// What one object has changed and not yet flushed, on top of the drawing as it is at each moment.
+struct EntityState {
+    EntityName name;
+    std::map<int, std::variant<std::int64_t, std::wstring>> groups;
+    std::vector<std::pair<std::wstring, CMORAdsLispVar>> attributes;  ///< in order; nil removes
+    mutable CString handle;
+    mutable CString type;
+    mutable std::wstring layer;
+    mutable std::wstring entry;
+};
+
+}  // namespace mor
+
+namespace mor::host {
+
+namespace {
+
+constexpr std::size_t kAttributeTextLength = 2047;
+
+/// The connected record, 0 when it is gone, erased or of another document than the current one.
+RecordNumber live(const EntityState& state) {
+    const Drawing* drawing = currentDrawing();
+    if (drawing == nullptr || state.name.isNone()) return 0;
+    const RecordNumber number = drawing->numberOf(state.name);
+    return number == 0 || drawing->entry(number).has(kErased) ? 0 : number;
+}
+
+long roomOf() {
+    const long limit = faults::roomLimit();
+    return limit > 0 ? limit : kExtendedRoom;
+}
+
+/// The drawing's attributes with the pending ones over them.
+AttributeList seen(const EntityState& state, RecordNumber number) {
+    AttributeList list = *currentDrawing()->attributesOf(number);
+    for (const auto& [name, value] : state.attributes) {
+        const auto known = std::ranges::find(list.items, name, &Attribute::name);
+        if (CMORAdsLisp::NilP(value)) {
+            if (known != list.items.end()) list.items.erase(known);
+        } else if (known != list.items.end()) {
+            known->value = value;
+        } else {
+            list.items.push_back({name, value});
+        }
+    }
+    return list;
+}
+
+/// The last change of that name.
+auto lastChange(const std::vector<std::pair<std::wstring, CMORAdsLispVar>>& attributes,
+                std::wstring_view name) {
+    return std::ranges::find(attributes.rbegin(), attributes.rend(), name,
+                             &std::pair<std::wstring, CMORAdsLispVar>::first);
+}
+
+const Attribute* findSeen(const EntityState& state, RecordNumber number, std::wstring_view name,
+                          Attribute& pending) {
+    const auto last = lastChange(state.attributes, name);
+    if (last != state.attributes.rend()) {
+        if (CMORAdsLisp::NilP(last->second)) return nullptr;
+        pending = {last->first, last->second};
+        return &pending;
+    }
+    return currentDrawing()->attributesOf(number)->find(name);
+}
+
+/// Entity names of another drawing cannot be stored: their handles would name something else.
+bool namesAreOurs(const CMORAdsLispVar& value) {
+    Drawing* drawing = currentDrawing();
+    return std::ranges::none_of(tokensOf(value), [drawing](const LispToken& token) {
+        if (!token.is(LispKind::EntityName)) return false;
+        const EntityName name = token.asEntityName();
+        return !name.isNone() && drawing->numberOf(name) == 0 && drawing->handleForName(name) == 0;
+    });
+}
+
+/// A removal followed by a new value stays two changes: the attribute then comes last in the list.
+void note(std::vector<std::pair<std::wstring, CMORAdsLispVar>>& attributes, std::wstring_view name,
+          const CMORAdsLispVar& value) {
+    const auto last = lastChange(attributes, name);
+    if (last != attributes.rend() && CMORAdsLisp::NilP(last->second) == CMORAdsLisp::NilP(value)) {
+        attributes[static_cast<std::size_t>(attributes.rend() - last) - 1].second = value;
+        return;
+    }
+    attributes.emplace_back(name, value);
+}
+
+}  // namespace
+
+bool layerIsLocked(Drawing& drawing, RecordNumber number) {
+    if (!faults::layerLocksEnforced()) return false;
+    const auto layer = drawing.textOf(number, 8);
+    const RecordNumber record = layer ? drawing.findSymbol("LAYER", *layer) : 0;
+    return record != 0 && (drawing.integerOf(record, 70).value_or(0) & 4) != 0;
+}
+
+}  // namespace mor::host
+
+namespace host = mor::host;
+using host::RecordNumber;
+
+CMOREntity::CMOREntity() : m_state(std::make_unique<mor::EntityState>()) {}
+CMOREntity::~CMOREntity() = default;
+
+bool CMOREntity::Connect(const ads_name name) {
+    *m_state = {};
+    host::Drawing* drawing = host::currentDrawing();
+    if (drawing == nullptr || host::faults::shouldFail("CMOREntity::Connect")) return false;
+    const RecordNumber number = drawing->numberOf(mor::EntityName(name));
+    if (number == 0 || drawing->entry(number).has(host::kEdge | host::kErased)) return false;
+    m_state->name = mor::EntityName(name);
+    return true;
+}
+
+bool CMOREntity::Disconnect() {
+    const bool connected = !m_state->name.isNone();
+    *m_state = {};
+    return connected;
+}
+
+bool CMOREntity::Flush() {
+    const RecordNumber number = host::live(*m_state);
+    auto& counters = host::runningCounters();
+    if (number == 0) return false;
+    ++(host::reactorsOff() ? counters.flushesReactorsOff : counters.flushesReactorsOn);
+    if (host::faults::shouldFail("CMOREntity::Flush")) return false;
+    if (m_state->groups.empty() && m_state->attributes.empty()) return true;
+    host::Drawing& drawing = *host::currentDrawing();
+    if (host::faults::writesRefused() || host::layerIsLocked(drawing, number)) return false;
+    if (!m_state->attributes.empty()) {
+        host::AttributeList list = host::seen(*m_state, number);
+        const long before = drawing.attributesOf(number)->used();
+        const long after = list.used();
+        // An entity over its room may still shrink.
+        if (!list.damage.empty() || (after > host::roomOf() && after > before)) return false;
+        drawing.setAttributes(number, std::move(list));
+    }
+    for (const auto& [code, value] : m_state->groups) {
+        if (code == 67 && std::get<std::int64_t>(value) == 0 &&
+            drawing.isPaper(drawing.entry(number).container))
+            drawing.moveToModelSpace(number);
+        else if (const auto* integer = std::get_if<std::int64_t>(&value))
+            drawing.setInteger(number, code, *integer);
+        else
+            drawing.setText(number, code, std::get<std::wstring>(value));
+    }
+    m_state->groups.clear();
+    m_state->attributes.clear();
+    return true;
+}
+
+bool CMOREntity::Destroy() {
+    const RecordNumber number = host::live(*m_state);
+    if (number == 0 || host::faults::shouldFail("CMOREntity::Destroy")) return false;
+    ads_name name{};
+    m_state->name.copyTo(name);
+    if (acdbEntDel(name) != RTNORM) return false;
+    *m_state = {};
+    return true;
+}
+
+bool CMOREntity::GetEName(ads_name result) const {
+    m_state->name.copyTo(result);
+    return !m_state->name.isNone();
+}
+
+const CString& CMOREntity::Handle() const {
+    m_state->handle = host::handleText(m_state->name).c_str();
+    return m_state->handle;
+}
+
+const CString& CMOREntity::Type() const {
+    const host::Drawing* drawing = host::currentDrawing();
+    const RecordNumber number = drawing == nullptr ? 0 : drawing->numberOf(m_state->name);
+    if (number == 0) {
+        m_state->type.Empty();
+    } else {
+        const std::string& type = drawing->typeOf(number);
+        m_state->type = std::wstring(type.begin(), type.end()).c_str();
+    }
+    return m_state->type;
+}
+
+const wchar_t* CMOREntity::GetLayer(wchar_t* buffer) const {
+    const RecordNumber number = host::live(*m_state);
+    m_state->layer.clear();
+    if (const auto pending = m_state->groups.find(8); pending != m_state->groups.end())
+        m_state->layer = std::get<std::wstring>(pending->second);
+    else if (number != 0)
+        m_state->layer = host::currentDrawing()->textOf(number, 8).value_or(L"0");
+    if (buffer != nullptr) *std::ranges::copy(m_state->layer, buffer).out = L'\0';
+    return m_state->layer.c_str();
+}
+
+bool CMOREntity::SetLayer(const wchar_t* layer) {
+    if (layer == nullptr || *layer == L'\0' || host::live(*m_state) == 0) return false;
+    m_state->groups[8] = std::wstring(layer);
+    return true;
+}
+
+bool CMOREntity::GetEntityEntry(int code, const wchar_t*& text) const {
+    const RecordNumber number = host::live(*m_state);
+    if (number == 0) return false;
+    const auto value = host::currentDrawing()->textOf(number, code);
+    if (!value) return false;
+    m_state->entry = *value;
+    text = m_state->entry.c_str();
+    return true;
+}
+
+bool CMOREntity::GetGroupShort(int code, short* value) const {
+    const RecordNumber number = host::live(*m_state);
+    if (number == 0 || value == nullptr) return false;
+    if (const auto pending = m_state->groups.find(code); pending != m_state->groups.end()) {
+        *value = static_cast<short>(std::get<std::int64_t>(pending->second));
+        return true;
+    }
+    host::Drawing& drawing = *host::currentDrawing();
+    if (code == 67) {
+        *value = drawing.entry(number).container != host::kNoContainer &&
+                         drawing.isPaper(drawing.entry(number).container)
+                     ? 1
+                     : 0;
+        return true;
+    }
+    const auto number16 = drawing.integerOf(number, code);
+    if (!number16) return false;
+    *value = static_cast<short>(*number16);
+    return true;
+}
+
+bool CMOREntity::SetGroupShort(int code, short value) {
+    if (host::live(*m_state) == 0) return false;
+    m_state->groups[code] = std::int64_t{value};
+    return true;
+}
+
+bool CMOREntity::GetAttribute(const wchar_t* name, CMORAdsLispVar& value) const {
+    const RecordNumber number = host::live(*m_state);
+    if (number == 0 || name == nullptr || host::faults::shouldFail("CMOREntity::GetAttribute"))
+        return false;
+    host::Attribute pending;
+    const host::Attribute* found = host::findSeen(*m_state, number, name, pending);
+    if (found == nullptr) return false;
+    value = found->value;
+    return true;
+}
+
+bool CMOREntity::SetAttribute(const wchar_t* name, const CMORAdsLispVar& value) {
+    const RecordNumber number = host::live(*m_state);
+    if (number == 0 || name == nullptr || *name == L'\0' ||
+        host::faults::shouldFail("CMOREntity::SetAttribute"))
+        return false;
+    if (!host::isStorable(value) || !host::namesAreOurs(value)) return false;
+    const auto now = host::currentDrawing()->attributesOf(number);
+    if (!now->damage.empty()) return false;
+    mor::EntityState wanted;
+    wanted.attributes = m_state->attributes;
+    host::note(wanted.attributes, name, value);
+    const long before = host::seen(*m_state, number).used();
+    const long after = host::seen(wanted, number).used();
+    if (after > host::roomOf() && after > before) return false;
+    m_state->attributes = std::move(wanted.attributes);
+    return true;
+}
+
+bool CMOREntity::GetAttributeText(const wchar_t* name, wchar_t* buffer) const {
+    const RecordNumber number = host::live(*m_state);
+    if (number == 0 || name == nullptr || host::faults::shouldFail("CMOREntity::GetAttributeText"))
+        return false;
+    host::Attribute pending;
+    const host::Attribute* found = host::findSeen(*m_state, number, name, pending);
+    if (found == nullptr) return false;
+    const std::wstring text = CMORAdsLisp::StringP(found->value) ? host::stringOf(found->value)
+                                                                 : host::princText(found->value);
+    const std::size_t length = text.copy(buffer, host::kAttributeTextLength);
+    buffer[length] = L'\0';
+    return true;
+}
+
+bool CMOREntity::SetAttributeText(const wchar_t* name, const wchar_t* text) {
+    if (text == nullptr || host::faults::shouldFail("CMOREntity::SetAttributeText")) return false;
+    return SetAttribute(name, CMORAdsLispVar(text));
+}
+
+bool CMOREntity::DeleteAttribute(const wchar_t* name) {
+    const RecordNumber number = host::live(*m_state);
+    if (number == 0 || name == nullptr || host::faults::shouldFail("CMOREntity::DeleteAttribute"))
+        return false;
+    host::Attribute pending;
+    if (host::findSeen(*m_state, number, name, pending) == nullptr) return false;
+    host::note(m_state->attributes, name, {});
+    return true;
+}
+
+void CMOREntity::GetAttributeNames(CMORStringList& names) const {
+    names.Reset();
+    const RecordNumber number = host::live(*m_state);
+    if (number == 0) return;
+    for (const host::Attribute& attribute : host::seen(*m_state, number).items)
+        names.Append(attribute.name.c_str());
+}
+
+long CMOREntity::GetXDataSize(const wchar_t* name) const {
+    const RecordNumber number = host::live(*m_state);
+    if (number == 0 || name == nullptr) return 0;
+    host::Attribute pending;
+    const host::Attribute* found = host::findSeen(*m_state, number, name, pending);
+    return found == nullptr ? 0 : host::attributeCost(*found);
+}
+
+long CMOREntity::GetFreeXDataMem() const {
+    const RecordNumber number = host::live(*m_state);
+    return number == 0 ? 0 : host::roomOf() - host::seen(*m_state, number).used();
+}

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "host/result.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace mor::host {
+
+/// What tells two states of a file apart.
+struct FileStamp {
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+    std::uint64_t size = 0;
+    std::int64_t seconds = 0;
+    std::int64_t nanoseconds = 0;
+    friend bool operator==(const FileStamp&, const FileStamp&) = default;
+};
+
+/// The stamp of an open file.
+[[nodiscard]] FileStamp stampOf(int descriptor);
+
+/// The bytes of a drawing: an open file or a buffer. Reads anywhere; does not change.
+class Source {
+public:
+    virtual ~Source() = default;
+    [[nodiscard]] virtual std::uint64_t size() const = 0;
+    /// Reads up to `count` bytes at `offset`; fewer only at the end or when reading fails.
+    virtual std::size_t read(std::uint64_t offset, char* buffer, std::size_t count) const = 0;
+    /// The open file, -1 for a buffer.
+    [[nodiscard]] virtual int descriptor() const { return -1; }
+
+    [[nodiscard]] std::string read(std::uint64_t offset, std::uint64_t count) const;
+};
+
+/// Opens a regular file for reading; it stays open as long as the source lives.
+Result<std::shared_ptr<Source>> openFileSource(const std::filesystem::path& path);
+[[nodiscard]] std::shared_ptr<Source> makeBufferSource(std::string bytes);
+
+}  // namespace mor::host
