@@ -12,7 +12,9 @@ namespace mor {
 int attachModule(void* instance = nullptr);
 
 /// Releases everything that the library still holds: global views first, then file systems,
-/// forgotten letters and live letters. Always 1. May be followed by another attach.
+/// forgotten letters and live letters. Always 1. May be followed by another attach; but of the
+/// documents that stay open only the current one forgets what was released, so the others must be
+/// closed before the library is used on them again. The message registry stays.
 int detachModule();
 
 }  // namespace mor

@@ -38,6 +38,9 @@ public:
     /// Takes the object out and deletes it; false when it is not listed.
     bool remove(const T* item) noexcept { return take(item) != nullptr; }
 
+    [[nodiscard]] bool contains(const T* item) const noexcept {
+        return std::ranges::find(m_items, item, &std::unique_ptr<T>::get) != m_items.end();
+    }
     /// Deletes every object in list order. The list already looks empty to their destructors; what
     /// they append is deleted too.
     void clear() noexcept {

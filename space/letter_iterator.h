@@ -8,7 +8,7 @@ public:
     CMORCadLetterSpaceIterator() = default;
     CMORCadLetterSpaceIterator(const CMORCadLetterSpaceIterator&) = delete;
     CMORCadLetterSpaceIterator& operator=(const CMORCadLetterSpaceIterator&) = delete;
-    virtual ~CMORCadLetterSpaceIterator();
+    virtual ~CMORCadLetterSpaceIterator() = default;
 
     /// The next `next` starts at the first entity again.
     virtual void reset() = 0;
