@@ -1,0 +1,74 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// Small R12 drawings as files, for tests that need entities, layers and references as a file
+/// brings them. Pieces are written as "code value" tags, each ended by a semicolon: "0 LINE;5 A1;8
+/// WALLS;".
+namespace mor::test {
+
+[[nodiscard]] inline std::string lineEntity(std::string_view handle, std::string_view layer) {
+    std::ostringstream tags;
+    tags << "0 LINE;5 " << handle << ";8 " << layer
+         << ";10 0.0;20 0.0;30 0.0;11 1.0;21 0.0;31 0.0;";
+    return tags.str();
+}
+
+[[nodiscard]] inline std::string insertEntity(std::string_view handle, std::string_view layer,
+                                              std::string_view block,
+                                              std::string_view more = "10 0.0;20 0.0;30 0.0;") {
+    std::ostringstream tags;
+    tags << "0 INSERT;5 " << handle << ";8 " << layer << ";2 " << block << ";" << more;
+    return tags.str();
+}
+
+[[nodiscard]] inline std::string blockDefinition(std::string_view name, std::string_view entities,
+                                                 int flags = 0, std::string_view path = "") {
+    std::ostringstream tags;
+    tags << "0 BLOCK;8 0;2 " << name << ";70 " << flags << ";10 0.0;20 0.0;30 0.0;3 " << name
+         << ";1 " << path << ";" << entities << "0 ENDBLK;8 0;";
+    return tags.str();
+}
+
+/// The definition of an external reference to the drawing at `path`; `flags` 12 makes it an
+/// overlay.
+[[nodiscard]] inline std::string referenceDefinition(std::string_view name, std::string_view path,
+                                                     int flags = 4) {
+    return blockDefinition(name, "", flags, path);
+}
+
+struct DxfDrawing {
+    std::vector<std::string> layers;
+    std::string blocks;    ///< pieces of `blockDefinition`
+    std::string entities;  ///< pieces of `lineEntity` and the like
+
+    [[nodiscard]] std::string tags() const {
+        std::string all = "0 SECTION;2 HEADER;9 $ACADVER;1 AC1009;0 ENDSEC;0 SECTION;2 TABLES;";
+        all += "0 TABLE;2 LAYER;70 " + std::to_string(layers.size()) + ";";
+        for (const std::string& name : layers)
+            all += "0 LAYER;2 " + name + ";70 0;62 7;6 CONTINUOUS;";
+        all += "0 ENDTAB;0 ENDSEC;0 SECTION;2 BLOCKS;" + blocks + "0 ENDSEC;";
+        return all + "0 SECTION;2 ENTITIES;" + entities + "0 ENDSEC;0 EOF;";
+    }
+
+    /// Writes the drawing as a text file of that name into the tests' folder, over an older one.
+    [[nodiscard]] std::filesystem::path save(const std::string& name) const {
+        const std::filesystem::path path = std::filesystem::path{testing::TempDir()} / name;
+        std::ofstream file{path, std::ios::binary | std::ios::trunc};
+        std::istringstream all{tags()};
+        for (std::string tag; std::getline(all, tag, ';');) {
+            const std::size_t blank = tag.find(' ');
+            file << tag.substr(0, blank) << '\n' << tag.substr(blank + 1) << '\n';
+        }
+        return path;
+    }
+};
+
+}  // namespace mor::test
