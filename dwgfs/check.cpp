@@ -1,0 +1,3 @@
+#include "dwgfs/dwg_file_system.h"
+
+void CMORCadDwgFileSystem::checkBlock(CMOREntity& /*block*/) {}

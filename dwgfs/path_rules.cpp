@@ -1,0 +1,105 @@
+#include "dwgfs/path_rules.h"
+
+#include "dwgfs/dwg_file_system.h"
+#include "dwgfs/names.h"
+#include "platform/runtime.h"
+
+#include <algorithm>
+#include <cwchar>
+
+namespace mor {
+
+namespace {
+
+bool followsNameRules(std::wstring_view name) {
+    if (name.empty() || !isAlnum(name.front())) return false;
+    const auto allowed = [](wchar_t c) {
+        return isAlnum(c) || c == L' ' || c == L'-' || c == L'_';
+    };
+    return std::ranges::all_of(name, allowed) && std::ranges::any_of(name, isAlpha);
+}
+
+}  // namespace
+
+std::optional<std::wstring_view> measured(const wchar_t* text, std::size_t limit) {
+    if (text == nullptr) return std::nullopt;
+    const std::size_t size = wcsnlen(text, limit + 1);
+    if (size > limit) return std::nullopt;
+    return std::wstring_view{text, size};
+}
+
+bool copyPath(const wchar_t* path, PathBuffer& copy) {
+    const auto text = measured(path, kMaxPathLength);
+    return text && text->starts_with(L'/') && copy.assign(*text);
+}
+
+bool isDirName(std::wstring_view name) {
+    return name.size() <= kMaxDirNameLength && followsNameRules(name);
+}
+
+bool isFileName(std::wstring_view name) {
+    if (name.size() > kMaxFileNameLength) return false;
+    return followsNameRules(name.starts_with(L'>') ? name.substr(1) : name);
+}
+
+bool isDirPath(std::wstring_view path) {
+    if (!path.starts_with(L'/') || path.size() > kMaxPathLength) return false;
+    if (path.size() == 1) return true;
+    while (!path.empty()) {
+        path.remove_prefix(1);
+        const std::size_t end = std::min(path.find(L'/'), path.size());
+        if (!isDirName(path.substr(0, end))) return false;
+        path.remove_prefix(end);
+    }
+    return true;
+}
+
+bool isFilePath(std::wstring_view path) {
+    const std::size_t slash = path.rfind(L'/');
+    if (slash == std::wstring_view::npos || path.size() > kMaxPathLength) return false;
+    const std::wstring_view directory = path.substr(0, slash);
+    return directory.size() > 1 && isDirPath(directory) && isFileName(path.substr(slash + 1));
+}
+
+bool appendName(PathBuffer& path, std::wstring_view name) {
+    const std::size_t end = path.size();
+    if (path.view() != L"/" && !path.append(L"/")) return false;
+    if (path.append(name)) return true;
+    path.truncate(end);
+    return false;
+}
+
+}  // namespace mor
+
+bool CMORCadDwgFileSystem::isValidDirName(const wchar_t* name) {
+    const auto text = mor::measured(name, mor::kMaxDirNameLength);
+    return text && mor::isDirName(*text);
+}
+
+bool CMORCadDwgFileSystem::isValidFileName(const wchar_t* name) {
+    const auto text = mor::measured(name, mor::kMaxFileNameLength);
+    return text && mor::isFileName(*text);
+}
+
+bool CMORCadDwgFileSystem::isValidDirPathName(const wchar_t* path) {
+    const auto text = mor::measured(path, mor::kMaxPathLength);
+    return text && mor::isDirPath(*text);
+}
+
+bool CMORCadDwgFileSystem::isValidFilePathName(const wchar_t* path) {
+    const auto text = mor::measured(path, mor::kMaxPathLength);
+    return text && mor::isFilePath(*text);
+}
+
+const wchar_t* CMORCadDwgFileSystem::splitPath(const wchar_t* path, const wchar_t*& name) {
+    const wchar_t* slash = wcsrchr(path, L'/');
+    name = slash + 1;
+    if (slash == path) return mor::kRootPath;
+    *const_cast<wchar_t*>(slash) = L'\0';  // the buffer is the caller's own
+    return path;
+}
+
+bool CMORCadDwgFileSystem::mergePath(const wchar_t* /*path*/, const wchar_t* name) {
+    const_cast<wchar_t*>(name)[-1] = L'/';
+    return true;
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "platform/bounded_text.h"
+
+#include <cstddef>
+#include <optional>
+#include <string_view>
+
+namespace mor {
+
+// In characters, without the terminator.
+inline constexpr std::size_t kMaxPathLength = 1023;
+inline constexpr std::size_t kMaxDirNameLength = 126;  ///< its link name has one character more
+inline constexpr std::size_t kMaxFileNameLength = 127;
+inline constexpr std::size_t kMaxAttributeText = 2047;
+
+using PathBuffer = BoundedText<kMaxPathLength + 1>;
+using NameBuffer = BoundedText<kMaxFileNameLength + 1>;
+using AttributeBuffer = BoundedText<kMaxAttributeText + 1>;
+
+/// The text, when there is one of at most `limit` characters. Reads no further than that.
+[[nodiscard]] std::optional<std::wstring_view> measured(const wchar_t* text, std::size_t limit);
+
+/// An operation's own copy of a caller's path; false for no text, for one over 1023 characters and
+/// for one that does not begin with "/".
+[[nodiscard]] bool copyPath(const wchar_t* path, PathBuffer& copy);
+
+/// A letter or digit, then letters, digits, blanks, "-" and "_", with at least one letter.
+[[nodiscard]] bool isDirName(std::wstring_view name);
+/// A directory name, or one behind a single ">".
+[[nodiscard]] bool isFileName(std::wstring_view name);
+/// "/", or directory names each behind a "/".
+[[nodiscard]] bool isDirPath(std::wstring_view path);
+/// A directory path other than "/", then "/" and a file name: no file lies in the root.
+[[nodiscard]] bool isFilePath(std::wstring_view path);
+
+/// Adds a name to the path of its directory, with a "/" between; false, and unchanged, when it does
+/// not fit.
+[[nodiscard]] bool appendName(PathBuffer& path, std::wstring_view name);
+
+}  // namespace mor
