@@ -45,9 +45,9 @@ namespace mor::test {
 }
 
 struct DxfDrawing {
-    std::vector<std::string> layers;
-    std::string blocks;    ///< pieces of `blockDefinition`
-    std::string entities;  ///< pieces of `lineEntity` and the like
+    std::vector<std::string> layers = {};
+    std::string blocks = {};    ///< pieces of `blockDefinition`
+    std::string entities = {};  ///< pieces of `lineEntity` and the like
 
     [[nodiscard]] std::string tags() const {
         std::string all = "0 SECTION;2 HEADER;9 $ACADVER;1 AC1009;0 ENDSEC;0 SECTION;2 TABLES;";

@@ -1,0 +1,178 @@
+#include "xref/insert_view.h"
+
+#include "platform/owned.h"
+#include "space/space.h"
+#include "tests/xref/reference_fixture.h"
+#include "xref/xref_view.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <memory>
+#include <string>
+#include <utility>
+
+namespace mor::test {
+namespace {
+
+class InsertViews : public ReferenceTest {
+protected:
+    static bool connect(MOR_XRefView& view, const wchar_t* handle) {
+        ads_name insert{};
+        find(handle, insert);
+        return view.connect(insert);
+    }
+    static void erase(const wchar_t* handle) {
+        ads_name insert{};
+        find(handle, insert);
+        ASSERT_EQ(acdbEntDel(insert), RTNORM);
+    }
+    /// Type, space and handle of a view.
+    static std::wstring state(CMORCadView& view) {
+        const wchar_t* handle = view.getHandle();
+        return std::to_wstring(view.ViewType()) + L" " + view.SpaceName() + L" " +
+               (handle == nullptr ? L"null" : handle);
+    }
+    /// Where the point (1, 0, 0) of the reference lies; "unchanged" when that is not known.
+    static std::string place(const CMORCadView& view) {
+        CMORMathPoint point{1, 0, 0};
+        if (!view.toWCS(point)) {
+            EXPECT_EQ(point.x * 100 + point.y * 10 + point.z, 100);
+            return "unchanged";
+        }
+        const auto rounded = [](double v) { return std::to_string(std::lround(v * 1000)); };
+        return rounded(point.x) + " " + rounded(point.y) + " " + rounded(point.z);
+    }
+};
+
+constexpr const char* kPlaced = "100000 202000 0";  // doubled, turned to the y axis, moved
+
+TEST_F(InsertViews, ConnectToAnInsertOfAReference) {
+    MOR_XRefView view;
+    EXPECT_EQ(state(view), L"0 <empty> null");
+    ASSERT_TRUE(connect(view, L"10"));
+    EXPECT_EQ(state(view), L"2 PLAN 10");
+    EXPECT_TRUE(view.isConnected());
+    EXPECT_FALSE(view.isWriteable());
+}
+
+TEST_F(InsertViews, NothingElseConnectsAndTheViewIsEmptyThen) {
+    for (const wchar_t* handle : {L"12", L"13", L"A1", L"D1"}) {
+        MOR_XRefView view;
+        ASSERT_TRUE(connect(view, L"10"));
+        EXPECT_FALSE(connect(view, handle)) << host::toUtf8(handle);
+        EXPECT_EQ(state(view), L"0 <empty> null");
+    }
+    MOR_XRefView view;
+    const ads_name none{};
+    EXPECT_FALSE(view.connect(none));
+    EXPECT_EQ(printed(), L"");
+}
+
+TEST_F(InsertViews, AnErasedInsertDoesNotConnect) {
+    ads_name insert{};
+    find(L"10", insert);
+    erase(L"10");
+    MOR_XRefView view;
+    EXPECT_FALSE(view.connect(insert));
+}
+
+TEST_F(InsertViews, LookIntoTheReference) {
+    MOR_XRefView view;
+    ASSERT_TRUE(connect(view, L"10"));
+    ads_name name{};
+    EXPECT_TRUE(view.handEnt(L"1a2f", name));
+    EXPECT_EQ(handleOf(name), L"1A2F");
+    EXPECT_FALSE(view.handEnt(L"10", name));
+    const ResbufList layer{view.tblSearch(L"LAYER", L"WALLS")};
+    ASSERT_NE(findGroup(layer, 2), nullptr);
+    EXPECT_STREQ(findGroup(layer, 2)->resval.rstring, L"PLAN|WALLS");
+    EXPECT_TRUE(ResbufList{view.searchBlock(L"DOOR")});
+}
+
+TEST_F(InsertViews, CarryPointsIntoTheDrawing) {
+    MOR_XRefView turned;
+    MOR_XRefView plain;
+    ASSERT_TRUE(connect(turned, L"10"));
+    ASSERT_TRUE(connect(plain, L"11"));
+    EXPECT_EQ(place(turned), kPlaced);
+    EXPECT_EQ(place(plain), "1000 0 0");
+    double coordinates[] = {0, 0, 1};
+    EXPECT_TRUE(turned.toWCS(coordinates));
+    EXPECT_NEAR(coordinates[2], 2.0, 1e-12);
+    CMORAdsTransformation transformation;
+    EXPECT_TRUE(turned.getMat(transformation));
+    EXPECT_NEAR(transformation.matrix.rows[1][3], 200.0, 1e-12);
+}
+
+TEST_F(InsertViews, TwoInsertsAreInOneSpace) {
+    MOR_XRefView a;
+    MOR_XRefView b;
+    ASSERT_TRUE(connect(a, L"10"));
+    ASSERT_TRUE(connect(b, L"11"));
+    EXPECT_TRUE(a.sameSpace(b));
+    EXPECT_EQ(letters(), 1u);
+}
+
+TEST_F(InsertViews, ThePlacementIsReadOnFirstUseAndKept) {
+    MOR_XRefView used;
+    MOR_XRefView unused;
+    ASSERT_TRUE(connect(used, L"10"));
+    ASSERT_TRUE(connect(unused, L"10"));
+    EXPECT_EQ(place(used), kPlaced);
+    erase(L"10");
+    EXPECT_EQ(place(used), kPlaced);
+    EXPECT_EQ(place(unused), "unchanged");
+    CMORAdsTransformation transformation;
+    transformation.matrix.rows[0][3] = 9;
+    EXPECT_FALSE(unused.getMat(transformation));
+    EXPECT_EQ(transformation.matrix.rows[0][3], 9);
+    erase(L"10");  // restores it
+    EXPECT_EQ(place(unused), kPlaced);
+}
+
+TEST_F(InsertViews, ACopyIsAnInsertViewWithItsOwnPlacement) {
+    MOR_XRefView view;
+    ASSERT_TRUE(connect(view, L"10"));
+    MOR_XRefView unread{view};
+    EXPECT_EQ(place(view), kPlaced);
+    MOR_XRefView copy{view};
+    erase(L"10");
+    EXPECT_EQ(state(copy), L"3 PLAN 10");
+    EXPECT_EQ(place(copy), kPlaced);
+    EXPECT_EQ(place(unread), "unchanged");
+    MOR_XRefView moved{std::move(copy)};
+    EXPECT_EQ(state(moved), L"3 PLAN 10");
+    moved = unread;
+    EXPECT_EQ(place(moved), "unchanged");
+    EXPECT_EQ(state(copy), L"3 PLAN 10");  // NOLINT(*use-after-move): moving copies
+}
+
+TEST_F(InsertViews, LettersCopyFromEachOther) {
+    ads_name insert{};
+    find(L"10", insert);
+    MOR_Letter_InsertView letter;
+    ASSERT_TRUE(letter.connect(insert));
+    EXPECT_EQ(letter.viewType(), 3);
+    MOR_Letter_XRefView other;
+    EXPECT_EQ(other.viewType(), 2);
+    other.copyFrom(letter);
+    EXPECT_STREQ(other.getHandle(), L"10");
+    EXPECT_TRUE(other.isConnected());
+    const MOR_Letter_InsertView empty;
+    other.copyFrom(empty);
+    EXPECT_EQ(other.getHandle(), nullptr);
+    EXPECT_TRUE(other.isEmpty());
+    EXPECT_FALSE(other.MOR_Letter_InsertView::connect());
+}
+
+TEST_F(InsertViews, AForgottenViewIsEmpty) {
+    MOR_XRefView view;
+    ASSERT_TRUE(connect(view, L"10"));
+    EXPECT_TRUE(view.forget());
+    EXPECT_EQ(state(view), L"0 <empty> null");
+    EXPECT_EQ(place(view), "unchanged");
+}
+
+}  // namespace
+}  // namespace mor::test

@@ -1,0 +1,155 @@
+#include "xref/xref_block_map.h"
+
+#include "platform/owned.h"
+#include "tests/xref/reference_fixture.h"
+#include "xref/block_search.h"
+
+#include <gtest/gtest.h>
+
+#include <iomanip>
+#include <memory>
+#include <sstream>
+#include <string>
+
+namespace mor::test {
+namespace {
+
+constexpr const wchar_t* kFailed = L"Xrefhandle [NOSUCH] tblsearch failed \n";
+
+std::wstring textOf(const resbuf* list, int code) {
+    const resbuf* group = findGroup(list, code);
+    return group == nullptr || group->resval.rstring == nullptr ? L"" : group->resval.rstring;
+}
+
+class BlockMaps : public ReferenceTest {
+protected:
+    /// Name, flags and path of a block, then the handle of its first entity; "none" for an unknown
+    /// one.
+    static std::wstring look(const CXrefBlockMap& map, const wchar_t* name) {
+        const ResbufList list{map.BlockSearch(name)};
+        if (!list) return L"none";
+        EXPECT_EQ(std::wstring{list.get()->resval.rstring}, L"BLOCK");
+        EXPECT_EQ(textOf(list.get(), 2), textOf(list.get(), 3));
+        return textOf(list.get(), 2) + L" " + std::to_wstring(findGroup(list, 70)->resval.rint) +
+               L" " + textOf(list.get(), 1) + L" " + handleOf(findGroup(list, -2)->resval.rlname);
+    }
+    static std::wstring codes(const ResbufList& list) {
+        std::wstring text;
+        for (const resbuf* element = list.get()->rbnext; element != nullptr;
+             element = element->rbnext)
+            text += std::to_wstring(element->restype) + L" ";
+        return text;
+    }
+};
+
+TEST_F(BlockMaps, ListTheReferencesBlocksUnderTheirOwnNames) {
+    CXrefBlockMap map;
+    ASSERT_TRUE(map.Load(L"PLAN"));
+    EXPECT_EQ(look(map, L"DOOR"), L"DOOR 0 DOOR B1");
+    EXPECT_EQ(look(map, L"door"), L"DOOR 0 DOOR B1");
+    EXPECT_EQ(look(map, L"TITLE"), L"TITLE 2 TITLE B2");
+    EXPECT_EQ(look(map, L"EMPTY"), L"EMPTY 0 EMPTY none");
+    EXPECT_EQ(look(map, L"GATE"), L"none");
+    EXPECT_EQ(look(map, L"PLAN|DOOR"), L"none");
+    EXPECT_EQ(printed(), L"");
+}
+
+TEST_F(BlockMaps, ReferencesAndOverlaysHaveThePathThatIsStored) {
+    CXrefBlockMap map;
+    ASSERT_TRUE(map.Load(L"PLAN"));
+    EXPECT_EQ(look(map, L"CORE").substr(0, 15), L"CORE 4 core.dxf");
+    EXPECT_EQ(look(map, L"OVER").substr(0, 16), L"OVER 12 core.dxf");
+}
+
+TEST_F(BlockMaps, AnswerInTheOrderOfATableSearch) {
+    CXrefBlockMap map;
+    ASSERT_TRUE(map.Load(L"PLAN"));
+    const ResbufList list{map.BlockSearch(L"EMPTY")};
+    EXPECT_EQ(codes(list), L"2 70 -2 10 3 1 ");
+    EXPECT_TRUE(EntityName{findGroup(list, -2)->resval.rlname}.isNone());
+    EXPECT_EQ(findGroup(list, 10)->resval.rpoint[0], 0.0);
+}
+
+TEST_F(BlockMaps, LoadOnce) {
+    CXrefBlockMap map;
+    EXPECT_EQ(map.BlockSearch(L"DOOR"), nullptr);
+    ASSERT_TRUE(map.Load(L"PLAN"));
+    EXPECT_FALSE(map.Load(L"PLAN"));
+    EXPECT_FALSE(map.Load(L"NOSUCH"));
+    EXPECT_EQ(look(map, L"DOOR"), L"DOOR 0 DOOR B1");
+    EXPECT_EQ(printed(), L"");
+}
+
+TEST_F(BlockMaps, AFailedLoadIsReportedAndMayBeRepeated) {
+    CXrefBlockMap map;
+    EXPECT_FALSE(map.Load(L"NOSUCH"));
+    EXPECT_EQ(printed(), kFailed);
+    EXPECT_FALSE(map.Load(L"LOST"));  // has no entity that a database could hold
+    EXPECT_FALSE(map.Load(nullptr));
+    EXPECT_EQ(printed(), L"");
+    EXPECT_EQ(map.BlockSearch(L"DOOR"), nullptr);
+    EXPECT_FALSE(map.BuildFromBlockTable(nullptr));
+    EXPECT_TRUE(map.Load(L"PLAN"));
+}
+
+TEST_F(BlockMaps, AnOrdinaryBlockLeadsToTheDrawingsOwnBlocks) {
+    CXrefBlockMap map;
+    ASSERT_TRUE(map.Load(L"GATE"));
+    EXPECT_EQ(look(map, L"GATE"), L"GATE 0 GATE D1");
+    EXPECT_EQ(look(map, L"PLAN").substr(0, 15), L"PLAN 4 plan.dxf");
+}
+
+TEST_F(BlockMaps, AreListedForDiagnosis) {
+    CXrefBlockMap map;
+    map.Dump();
+    EXPECT_EQ(printed(), L"Members of xref []\n");
+    ASSERT_TRUE(map.Load(L"PLAN"));
+    const ResbufList door{map.BlockSearch(L"DOOR")};
+    std::wostringstream line;
+    line << L"dwg-block found: [DOOR                ] xref: 0 ovl: 0 att: 0 anon: 0  (>>) <"
+         << std::hex << std::setw(8) << std::setfill(L'0')
+         << (findGroup(door, -2)->resval.rlname[0] & 0xFFFFFFFF) << L">\t[DOOR]\n";
+    map.Dump();
+    const std::wstring text = printed();
+    EXPECT_EQ(text.rfind(L"Members of xref [PLAN]\n", 0), 0u);
+    EXPECT_NE(text.find(line.str()), std::wstring::npos) << host::toUtf8(text);
+}
+
+TEST_F(BlockMaps, ADocumentKeepsOneMapPerReference) {
+    CDocvarXrefTblBlockMap maps;
+    CXrefBlockMap* plan = maps.GetXrefBlockMap(L"PLAN");
+    EXPECT_EQ(maps.GetXrefBlockMap(L"plan"), plan);
+    EXPECT_EQ(look(*plan, L"DOOR"), L"DOOR 0 DOOR B1");
+}
+
+TEST_F(BlockMaps, AFailedLoadIsKeptToo) {
+    CDocvarXrefTblBlockMap maps;
+    CXrefBlockMap* missing = maps.GetXrefBlockMap(L"NOSUCH");
+    EXPECT_EQ(printed(), kFailed);
+    EXPECT_EQ(maps.GetXrefBlockMap(L"NoSuch"), missing);
+    EXPECT_EQ(printed(), L"");
+    EXPECT_EQ(missing->BlockSearch(L"DOOR"), nullptr);
+}
+
+TEST_F(BlockMaps, ACopyIsEmpty) {
+    CDocvarXrefTblBlockMap maps;
+    maps.GetXrefBlockMap(L"NOSUCH");
+    for (CMORMDIDocumentVariable* made : {maps.CreateCopy(), maps.CreateInstance()}) {
+        const std::unique_ptr<CMORMDIDocumentVariable> owner{made};
+        static_cast<void>(printed());
+        dynamic_cast<CDocvarXrefTblBlockMap&>(*made).GetXrefBlockMap(L"NOSUCH");
+        EXPECT_EQ(printed(), kFailed);  // asked for anew
+    }
+}
+
+TEST_F(BlockMaps, ABlockSearchGivesTheRecordOfTheDrawingItself) {
+    const ResbufList gate{TblBlockSearch(L"gate")};
+    EXPECT_EQ(textOf(gate.get(), 2), L"GATE");
+    const ResbufList plan{TblBlockSearch(L"PLAN")};
+    EXPECT_EQ(findGroup(plan, 70)->resval.rint & 4, 4);
+    EXPECT_EQ(TblBlockSearch(L"NOSUCH"), nullptr);
+    EXPECT_EQ(TblBlockSearch(nullptr), nullptr);
+}
+
+}  // namespace
+}  // namespace mor::test

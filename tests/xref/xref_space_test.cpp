@@ -1,0 +1,198 @@
+#include "xref/xref_space.h"
+
+#include "platform/owned.h"
+#include "tests/xref/reference_fixture.h"
+#include "xref/space_iterator.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+namespace mor::test {
+namespace {
+
+std::wstring nameIn(const ResbufList& record) {
+    const resbuf* group = findGroup(record, 2);
+    return group == nullptr ? L"none" : group->resval.rstring;
+}
+
+class XRefSpace : public ReferenceTest {
+protected:
+    /// What handle look-up finds in PLAN: the handle of the entity, or "none".
+    static std::wstring look(const wchar_t* handle) {
+        ads_name name{7, 8};
+        const bool found = mor_xref::HandEnt(L"PLAN", handle, name);
+        EXPECT_EQ(found, !EntityName{name}.isNone());
+        return handleOf(name);
+    }
+};
+
+TEST_F(XRefSpace, EnvelopesShareOneLetterWhateverTheCaseOfTheName) {
+    MOR_XRef a;
+    CMORCadSpace b;
+    ASSERT_TRUE(a.connect(L"PLAN"));
+    ASSERT_TRUE(b.connect(L"plan"));
+    EXPECT_EQ(a == b, 1);
+    EXPECT_STREQ(b.getName(), L"PLAN");  // as it was first given
+    EXPECT_EQ(letters(), 1u);
+}
+
+TEST_F(XRefSpace, OnlyAReferenceWithEntitiesConnects) {
+    for (const wchar_t* name : {L"GATE", L"NOSUCH", L"LOST", L"", L"PLAN|DOOR"}) {
+        MOR_XRef xref;
+        EXPECT_FALSE(xref.connect(name)) << host::toUtf8(name);
+        EXPECT_TRUE(xref.isEmpty());
+        EXPECT_EQ(letters(), 0u);
+    }
+    EXPECT_EQ(printed(), L"");
+}
+
+TEST_F(XRefSpace, IsReadOnly) {
+    MOR_XRef xref;
+    ASSERT_TRUE(xref.connect(L"PLAN"));
+    EXPECT_TRUE(xref.isConnected());
+    EXPECT_FALSE(xref.isWriteable());
+}
+
+TEST_F(XRefSpace, LooksSymbolsUpUnderTheirQualifiedNames) {
+    MOR_XRef xref;
+    ASSERT_TRUE(xref.connect(L"PLAN"));
+    EXPECT_EQ(nameIn(ResbufList{xref.tblSearch(L"LAYER", L"WALLS")}), L"PLAN|WALLS");
+    EXPECT_EQ(nameIn(ResbufList{xref.searchBlock(L"DOOR")}), L"PLAN|DOOR");
+    EXPECT_EQ(xref.searchBlock(L"GATE"), nullptr);
+    EXPECT_EQ(xref.tblSearch(L"LAYER", L"0"), nullptr);  // layer 0 is never qualified
+}
+
+TEST_F(XRefSpace, NamesThatDoNotFitAreNotFound) {
+    MOR_XRef xref;
+    EXPECT_FALSE(xref.connect(std::wstring(256, L'x').c_str()));
+    ASSERT_TRUE(xref.connect(L"PLAN"));
+    EXPECT_EQ(xref.tblSearch(L"LAYER", std::wstring(251, L'x').c_str()), nullptr);
+    EXPECT_EQ(xref.searchBlock(std::wstring(5000, L'x').c_str()), nullptr);
+}
+
+TEST_F(XRefSpace, FindsHandlesOfEntitiesAndSubEntitiesInAnyCase) {
+    const struct {
+        const wchar_t* handle;
+        const wchar_t* found;
+    } cases[] = {{L"1A2F", L"1A2F"}, {L"1a2f", L"1A2F"}, {L"C3", L"C3"}, {L"E1", L"E1"},
+                 {L"e2", L"E2"},     {L"E3", L"E3"},     {L"E4", L"E4"}, {L"D1", L"none"},
+                 {L"10", L"none"},   {L"B1", L"none"},   {L"", L"none"}};
+    for (const auto& c : cases) EXPECT_EQ(look(c.handle), c.found) << host::toUtf8(c.handle);
+}
+
+TEST_F(XRefSpace, AHandleOfBothDrawingsNamesTheReferencesEntity) {
+    ads_name inPlan{};
+    ads_name inSite{};
+    ASSERT_TRUE(mor_xref::HandEnt(L"PLAN", L"A1", inPlan));
+    find(L"A1", inSite);
+    EXPECT_NE(EntityName{inPlan}, EntityName{inSite});
+    CMOREntity entity;
+    ASSERT_TRUE(entity.Connect(inPlan));
+    EXPECT_STREQ(entity.GetLayer(nullptr), L"PLAN|Doors");
+}
+
+TEST_F(XRefSpace, AnUnknownReferenceFindsNothingAndTouchesNothing) {
+    ads_name name{7, 8};
+    EXPECT_FALSE(mor_xref::HandEnt(L"NOSUCH", L"A1", name));
+    EXPECT_FALSE(mor_xref::HandEnt(nullptr, L"A1", name));
+    EXPECT_EQ(EntityName{name}, (EntityName{7, 8}));
+}
+
+TEST_F(XRefSpace, TheReferenceIsWalkedOnce) {
+    EXPECT_EQ(look(L"C2"), L"C2");
+    host::faults::failCall("acdbEntNext", 1);
+    EXPECT_EQ(look(L"A1"), L"A1");
+    EXPECT_FALSE(host::faults::struck());
+}
+
+TEST_F(XRefSpace, AnEntityThatCannotBeReadIsPassedOver) {
+    host::faults::failCall("CMOREntity::Connect", 2);
+    ads_name name{};
+    EXPECT_FALSE(mor_xref::HandEnt(L"PLAN", L"C2", name));
+    EXPECT_EQ(look(L"1A2F"), L"1A2F");
+    EXPECT_EQ(look(L"A1"), L"A1");
+}
+
+TEST_F(XRefSpace, AStaleLetterIsReplacedByTheNextConnect) {
+    MOR_XRef before;
+    ASSERT_TRUE(before.connect(L"PLAN"));
+    host::faults::failCall("acdbTblSearch", 1);  // the block is not found again
+    MOR_XRef after;
+    ASSERT_TRUE(after.connect(L"PLAN"));
+    EXPECT_EQ(letters(), 1u);
+    EXPECT_TRUE(before.isEmpty());
+    EXPECT_EQ(before == after, 0);
+    EXPECT_EQ(look(L"C2"), L"C2");
+}
+
+class XRefLetter : public ReferenceTest {
+protected:
+    MOR_Letter_XRef m_letter;
+};
+
+TEST_F(XRefLetter, AFreshOneHasNothing) {
+    ads_name name{7, 8};
+    EXPECT_FALSE(m_letter.isConnected() || m_letter.isValid() || m_letter.isLocal());
+    EXPECT_FALSE(m_letter.isModelSpace() || m_letter.isHashtableBuilt());
+    EXPECT_FALSE(m_letter.buildHashtable());
+    EXPECT_STREQ(m_letter.getName(), L"");
+    EXPECT_EQ(m_letter.searchBlock(L"DOOR"), nullptr);
+    EXPECT_EQ(m_letter.getIterator(host::makeList({host::makeString(L"*")})), nullptr);
+    EXPECT_EQ(printed(), L"");
+    EXPECT_FALSE(m_letter.handEnt(L"C2", name));
+    EXPECT_EQ(printed(), L"unable building hashtable\n");
+    EXPECT_EQ(EntityName{name}, (EntityName{7, 8}));
+}
+
+TEST_F(XRefLetter, ConnectsOnce) {
+    EXPECT_FALSE(m_letter.connect(L"NOSUCH"));
+    EXPECT_TRUE(m_letter.connect(L"plan"));
+    EXPECT_FALSE(m_letter.connect(L"PLAN"));
+    EXPECT_STREQ(m_letter.getName(), L"plan");
+    EXPECT_TRUE(m_letter.hasName(L"PLAN"));
+    EXPECT_FALSE(m_letter.hasName(L"PLA"));
+    EXPECT_TRUE(m_letter.isValid());
+}
+
+TEST_F(XRefLetter, BuildsItsTablesOnce) {
+    ASSERT_TRUE(m_letter.connect(L"PLAN"));
+    EXPECT_FALSE(m_letter.isHashtableBuilt());
+    EXPECT_TRUE(m_letter.buildHashtable());
+    EXPECT_TRUE(m_letter.isHashtableBuilt());
+    EXPECT_FALSE(m_letter.buildHashtable());
+}
+
+TEST_F(XRefLetter, StaysConnectedWhenItsBlockIsNotFoundAgain) {
+    ASSERT_TRUE(m_letter.connect(L"PLAN"));
+    host::faults::failCall("acdbTblSearch", 1);
+    EXPECT_FALSE(m_letter.findBlock());
+    EXPECT_TRUE(m_letter.isConnected());
+    EXPECT_FALSE(m_letter.isValid());  // its first entity is no longer known
+    EXPECT_TRUE(m_letter.findBlock());
+    EXPECT_TRUE(m_letter.isValid());
+}
+
+TEST_F(XRefLetter, WhateverFailsLeavesNothingBehind) {
+    for (std::size_t n = 1;; ++n) {
+        host::faults::reset();
+        host::faults::failAnyCall(n);
+        MOR_XRef xref;
+        if (xref.connect(L"PLAN")) {
+            ads_name name{};
+            static_cast<void>(xref.handEnt(L"C2", name));  // any answer
+            MOR_SpaceIterator entities{xref};
+            while (entities() != nullptr) {
+            }
+            ResbufList{xref.searchBlock(L"DOOR")};
+        }
+        releaseDocumentObjects();
+        ASSERT_EQ(host::counters().resbufsOpen, 0u) << n;
+        ASSERT_TRUE(xref.isEmpty()) << n;
+        if (!host::faults::struck()) break;
+    }
+}
+
+}  // namespace
+}  // namespace mor::test
