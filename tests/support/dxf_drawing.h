@@ -58,9 +58,14 @@ struct DxfDrawing {
         return all + "0 SECTION;2 ENTITIES;" + entities + "0 ENDSEC;0 EOF;";
     }
 
-    /// Writes the drawing as a text file of that name into the tests' folder, over an older one.
+    /// Writes the drawing as a text file of that name, over an older one, into a folder that only
+    /// the running test uses.
     [[nodiscard]] std::filesystem::path save(const std::string& name) const {
-        const std::filesystem::path path = std::filesystem::path{testing::TempDir()} / name;
+        const testing::TestInfo* test = testing::UnitTest::GetInstance()->current_test_info();
+        std::filesystem::path path{testing::TempDir()};
+        path /= std::string{"mor_"} + test->test_suite_name() + "_" + test->name();
+        std::filesystem::create_directories(path);
+        path /= name;
         std::ofstream file{path, std::ios::binary | std::ios::trunc};
         std::istringstream all{tags()};
         for (std::string tag; std::getline(all, tag, ';');) {

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "platform/entity_name.h"
+#include "space/letter_iterator.h"
+
+#include <set>
+
+/// Steps through entities of an external reference, in the order of their names. Holds a copy of
+/// the names, so it outlives the reference's letter, though what they name may be gone.
+class MOR_Letter_XRefSpaceIterator : public CMORCadLetterSpaceIterator {
+public:
+    MOR_Letter_XRefSpaceIterator();
+    ~MOR_Letter_XRefSpaceIterator() override;
+
+    /// Adds names; `reset` before the next `next`.
+    void add(const std::set<mor::EntityName>& entities);
+
+    void reset() override;
+    [[nodiscard]] ads_name* next() override;
+
+private:
+    std::set<mor::EntityName> m_entities;
+    std::set<mor::EntityName>::const_iterator m_position;
+    bool m_restart = true;
+    ads_name m_current{};
+};

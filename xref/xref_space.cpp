@@ -1,0 +1,140 @@
+#include "xref/xref_space.h"
+
+#include "platform/entity.h"
+#include "platform/entity_calls.h"
+#include "platform/output_calls.h"
+#include "platform/owned.h"
+#include "platform/table_calls.h"
+#include "xref/layer_filter.h"
+#include "xref/xref_iterator.h"
+
+namespace {
+
+constexpr int kGroupFlags = 70;
+constexpr int kGroupFirstEntity = -2;
+constexpr int kFlagExternalReference = 4;
+
+/// Sub-entities lie on no layer of their own.
+bool isSubEntity(const CMOREntity& entity) {
+    CString type = entity.Type();
+    type.MakeUpper();
+    for (const wchar_t* name : {L"ATTRIB", L"SEQEND", L"VERTEX"})
+        if (type.CompareNoCase(name) == 0) return true;
+    return false;
+}
+
+}  // namespace
+
+MOR_XRef::MOR_XRef() = default;
+
+MOR_XRef::MOR_XRef(const MOR_XRef& other) = default;
+
+MOR_XRef::~MOR_XRef() = default;
+
+MOR_Letter_XRef::MOR_Letter_XRef() = default;
+
+MOR_Letter_XRef::~MOR_Letter_XRef() = default;
+
+bool MOR_Letter_XRef::hasName(const wchar_t* name) { return mor::equalNoCase(name, m_name.view()); }
+
+bool MOR_Letter_XRef::isValid() {
+    mor::EntityName firstEntity;
+    return isConnected() && lookUpBlock(firstEntity) && firstEntity == m_firstEntity;
+}
+
+const wchar_t* MOR_Letter_XRef::getName() { return m_name.c_str(); }
+
+resbuf* MOR_Letter_XRef::searchBlock(const wchar_t* block) {
+    return isConnected() ? tblSearch(L"BLOCK", block) : nullptr;
+}
+
+resbuf* MOR_Letter_XRef::tblSearch(const wchar_t* table, const wchar_t* symbol) {
+    mor::BoundedText<kNameSize> qualified = m_name;
+    if (!qualified.append(L"|") || !qualified.append(symbol)) return nullptr;
+    return acdbTblSearch(table, qualified.c_str(), 0);
+}
+
+bool MOR_Letter_XRef::isConnected() { return m_connected; }
+
+bool MOR_Letter_XRef::handEnt(const wchar_t* handle, ads_name result) {
+    if (!isHashtableBuilt() && !buildHashtable()) {
+        acutPrintf(L"unable building hashtable\n");
+        return false;
+    }
+    const auto found = m_handles.find(std::wstring_view{handle});
+    const mor::EntityName entity = found == m_handles.end() ? mor::EntityName{} : found->second;
+    entity.copyTo(result);
+    return found != m_handles.end();
+}
+
+bool MOR_Letter_XRef::isWriteable() { return false; }
+
+CMORCadLetterSpaceIterator* MOR_Letter_XRef::getIterator(const CMORStringList& layers) {
+    if (!isHashtableBuilt() && !buildHashtable()) return nullptr;
+    CMORStringList qualified;
+    if (!mor::qualifyLayers(layers, getName(), qualified)) return nullptr;
+    return m_layers.iteratorForLayers(qualified);
+}
+
+CMORCadLetterSpaceIterator* MOR_Letter_XRef::getIterator(const CMORAdsLispVar& layers) {
+    if (!isHashtableBuilt() && !buildHashtable()) return nullptr;
+    const CMORAdsLispVar qualified = mor::qualifyLayers(layers, getName());
+    if (CMORAdsLisp::NilP(qualified)) return nullptr;
+    return m_layers.iteratorForLayers(qualified);
+}
+
+bool MOR_Letter_XRef::connect(const wchar_t* xrefName) {
+    if (isConnected() || !m_name.assign(xrefName)) return false;
+    static_cast<void>(findBlock());  // shows in isConnected
+    return isConnected();
+}
+
+bool MOR_Letter_XRef::isHashtableBuilt() { return m_built; }
+
+bool MOR_Letter_XRef::buildHashtable() {
+    if (!isConnected() || isHashtableBuilt()) return false;
+    CMOREntity entity;
+    ads_name current{};
+    m_firstEntity.copyTo(current);
+    do {
+        if (!entity.Connect(current)) continue;  // to the condition: the next entity
+        record(entity, mor::EntityName{current});
+        entity.Disconnect();
+    } while (acdbEntNext(current, current) == RTNORM);
+    m_built = true;
+    return true;
+}
+
+bool MOR_Letter_XRef::findBlock() {
+    if (!lookUpBlock(m_firstEntity)) return false;
+    m_connected = true;
+    return true;
+}
+
+bool MOR_Letter_XRef::lookUpBlock(mor::EntityName& firstEntity) const {
+    firstEntity = {};
+    const mor::ResbufList block{acdbTblSearch(L"BLOCK", m_name.c_str(), 0)};
+    const resbuf* flags = mor::findGroup(block, kGroupFlags);
+    if (flags == nullptr || (flags->resval.rint & kFlagExternalReference) == 0) return false;
+    const resbuf* first = mor::findGroup(block, kGroupFirstEntity);
+    if (first == nullptr) return false;
+    firstEntity = mor::EntityName{first->resval.rlname};
+    return true;
+}
+
+void MOR_Letter_XRef::record(const CMOREntity& entity, const mor::EntityName& name) {
+    CString handle = entity.Handle();
+    // The first one keeps its handle. Entities of old drawings may have none, and no text finds
+    // those.
+    if (!handle.IsEmpty()) m_handles.try_emplace(handle.MakeUpper().GetString(), name);
+    if (isSubEntity(entity)) return;
+    CString layer = entity.GetLayer(nullptr);
+    ads_name words{};
+    name.copyTo(words);
+    m_layers.add(words, layer.MakeUpper());
+}
+
+bool mor_xref::HandEnt(const wchar_t* xrefName, const wchar_t* handle, ads_name result) {
+    MOR_XRef xref;
+    return xref.CMORCadSpace::connect(xrefName) && xref.CMORCadSpace::handEnt(handle, result);
+}
