@@ -16,9 +16,6 @@ namespace mor::host {
 /// The application under which named attributes lie in the extended data.
 inline constexpr std::string_view kAttributeApplication = "MOR_ATTRIBUTES";
 
-/// Bytes of extended data that one record may hold, all applications together.
-inline constexpr long kExtendedRoom = 16383;
-
 struct Attribute {
     std::wstring name;
     CMORAdsLispVar value;

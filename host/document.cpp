@@ -6,6 +6,7 @@
 #include "host/permanent.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 AcApDocument::AcApDocument(std::unique_ptr<mor::host::Drawing> drawingOwned)
@@ -91,6 +92,22 @@ void closeDocument(AcApDocument* document) {
 void setCurrentDocument(AcApDocument* document) { documents().current = document; }
 void setActiveDocument(AcApDocument* document) { documents().active = document; }
 std::size_t documentCount() { return documents().all.size(); }
+
+std::string releaseName(Release release) {
+    static constexpr std::array<const char*, 9> names = {
+        "R12", "R13", "R14", "R2000", "R2004", "R2007", "R2010", "R2013", "R2018"};
+    return names[static_cast<std::size_t>(release)];
+}
+
+std::optional<Release> releaseOfName(std::string_view name) {
+    for (int number = 0; number <= static_cast<int>(Release::R2018); ++number) {
+        const auto release = static_cast<Release>(number);
+        const std::string known = releaseName(release);
+        if (std::ranges::equal(known, name, {}, {}, [](char c) { return c == 'r' ? 'R' : c; }))
+            return release;
+    }
+    return std::nullopt;
+}
 
 DocumentInfo documentInfo(const AcApDocument* document) {
     const Drawing& drawing = drawingOf(document);

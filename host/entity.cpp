@@ -44,7 +44,7 @@ RecordNumber live(const EntityState& state) {
 
 long roomOf() {
     const long limit = faults::roomLimit();
-    return limit > 0 ? limit : kExtendedRoom;
+    return limit > 0 ? limit : kRoomPerRecord;
 }
 
 /// The drawing's attributes with the pending ones over them.

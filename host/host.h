@@ -19,6 +19,12 @@
 namespace mor::host {
 
 enum class Release { R12, R13, R14, R2000, R2004, R2007, R2010, R2013, R2018 };
+/// "R12" to "R2018", and back without regard to case.
+[[nodiscard]] std::string releaseName(Release release);
+[[nodiscard]] std::optional<Release> releaseOfName(std::string_view name);
+
+/// Bytes of extended data that one record may hold, all applications together.
+inline constexpr long kRoomPerRecord = 16383;
 
 // ---- documents ----------------------------------------------------------------------------------
 
@@ -203,6 +209,13 @@ struct Problem {
 /// empty.
 [[nodiscard]] std::optional<mor::EntityName> firstEntityOfBlock(const AcApDocument* document,
                                                                 std::wstring_view block);
+
+[[nodiscard]] bool hasBlock(const AcApDocument* document, std::wstring_view block);
+/// Visits the inserts of a block in all spaces that are not erased, in the order of the file.
+void forEachInsert(const AcApDocument* document, std::wstring_view block,
+                   const std::function<void(const RecordInfo&)>& visit);
+/// Bytes of extended data that an attribute of that name and value takes.
+[[nodiscard]] long attributeBytes(std::wstring_view name, const CMORAdsLispVar& value);
 
 // ---- counters, for tests ------------------------------------------------------------------------
 

@@ -1,5 +1,6 @@
 #include "host/document.h"
 #include "host/host.h"
+#include "platform/runtime.h"
 
 #include <utility>
 
@@ -103,7 +104,7 @@ RecordAttributes recordAttributes(const AcApDocument* document, EntityName name)
     for (const Attribute& attribute : list->items)
         result.items.push_back({attribute.name, attribute.value, attributeCost(attribute)});
     result.used = list->used();
-    result.free = kExtendedRoom - result.used;
+    result.free = kRoomPerRecord - result.used;
     result.damage = list->damage;
     return result;
 }
@@ -121,6 +122,28 @@ std::optional<EntityName> firstEntityOfBlock(const AcApDocument* document,
     const ContainerNumber container = drawing.findBlock(block);
     const RecordNumber first = container == kNoContainer ? 0 : drawing.nextMember(container, 0);
     return first == 0 ? std::nullopt : std::optional(drawing.nameOf(first));
+}
+
+bool hasBlock(const AcApDocument* document, std::wstring_view block) {
+    return drawingOf(document).findBlock(block) != kNoContainer;
+}
+
+void forEachInsert(const AcApDocument* document, std::wstring_view block,
+                   const std::function<void(const RecordInfo&)>& visit) {
+    Drawing& drawing = drawingOf(document);
+    const std::uint16_t insert = drawing.typeNumber("INSERT");
+    const std::wstring wanted = upperCase(block);
+    for (RecordNumber number = 1; number <= drawing.lastRecord(); ++number) {
+        const RecordEntry& entry = drawing.entry(number);
+        if (entry.type != insert || entry.has(kErased | kGone) || !drawing.isSpace(entry.container))
+            continue;
+        const auto name = drawing.textOf(number, 2);
+        if (name && upperCase(*name) == wanted) visit(infoOf(drawing, number));
+    }
+}
+
+long attributeBytes(std::wstring_view name, const CMORAdsLispVar& value) {
+    return attributeCost({std::wstring(name), value});
 }
 
 std::vector<Problem> documentProblems(const AcApDocument* document) {

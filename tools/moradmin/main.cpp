@@ -1,0 +1,62 @@
+#include "frame/module.h"
+#include "tools/moradmin/commands.h"
+#include "tools/moradmin/failure.h"
+#include "tools/moradmin/options.h"
+#include "tools/moradmin/output.h"
+
+#include <algorithm>
+#include <exception>
+#include <iostream>
+
+namespace {
+
+/// The library is attached while the program runs.
+class Module {
+public:
+    Module() : m_attached(mor::attachModule() == 1) {}
+    ~Module() { mor::detachModule(); }
+    Module(const Module&) = delete;
+    Module& operator=(const Module&) = delete;
+    [[nodiscard]] bool attached() const { return m_attached; }
+
+private:
+    bool m_attached;
+};
+
+int runCommand(const mor::tool::Options& options) {
+    using namespace mor::tool;
+    const auto command = std::ranges::find(commands(), options.command, &Command::name);
+    if (command->run == nullptr) return runNew(options);
+    Session session(options);
+    const int code = command->run(session, options);
+    if (code == kDone && (command->options & kChanging) != 0) session.save(options);
+    return code;
+}
+
+int run(const mor::tool::Options& options) {
+    using namespace mor::tool;
+    try {
+        const int code = runCommand(options);
+        std::cout.flush();
+        if (!std::cout) throw Failure(kUnwritable, "the output cannot be written");
+        return code;
+    } catch (const Failure& failure) {
+        std::cout.flush();
+        printFailure(options, failure);
+        return failure.code();
+    } catch (const std::exception& error) {
+        printFailure(options, Failure(kUnreadable, error.what(), options.drawing));
+        return kUnreadable;
+    }
+}
+
+}  // namespace
+
+int main(int count, char** words) {
+    std::ios::sync_with_stdio(false);
+    const mor::tool::ParsedLine line = mor::tool::parseCommandLine(count, words);
+    if (line.exitCode) return *line.exitCode;
+    const Module module;
+    if (!module.attached()) return mor::tool::kUnreadable;
+    return run(line.options);
+}

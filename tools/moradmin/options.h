@@ -1,0 +1,44 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace mor::tool {
+
+/// What the command line says.
+struct Options {
+    std::string command;
+    std::string drawing;
+    std::vector<std::string> arguments;  ///< behind the drawing: paths, a pattern, a value
+
+    bool json = false;
+    bool dryRun = false;
+    bool noBackup = false;
+    std::string output;
+
+    std::string release = "R2018";
+    bool crlf = false;
+    bool longListing = false;
+    bool recursive = false;
+    bool values = false;
+    bool raw = false;
+    std::optional<std::string> stringValue;
+    std::optional<std::string> fileValue;
+
+    /// The first argument, or `missing` when there is none.
+    [[nodiscard]] std::string argument(const std::string& missing = {}) const {
+        return arguments.empty() ? missing : arguments.front();
+    }
+};
+
+/// What reading the command line came to: options to run with, or an exit code after help, version
+/// or an error was printed.
+struct ParsedLine {
+    Options options;
+    std::optional<int> exitCode;
+};
+
+[[nodiscard]] ParsedLine parseCommandLine(int count, char** words);
+
+}  // namespace mor::tool

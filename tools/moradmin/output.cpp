@@ -1,0 +1,183 @@
+#include "tools/moradmin/output.h"
+
+#include "host/host.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <iostream>
+#include <unistd.h>
+#include <utility>
+
+namespace mor::tool {
+
+namespace {
+
+/// One list on the way of `jsonValue`; no recursion, values may be nested deeply.
+struct OpenList {
+    std::vector<CMORAdsLispVar> items;
+    std::size_t next = 0;
+    bool dotted = false;
+    Json done = Json::array();
+};
+
+Json jsonAtom(const CMORAdsLispVar& value) {
+    switch (host::kindOf(value)) {
+        case host::ValueKind::Integer:
+            return host::integerOf(value);
+        case host::ValueKind::Real:
+            return host::realOf(value);
+        case host::ValueKind::String:
+            return utf8(host::stringOf(value));
+        case host::ValueKind::EntityName: {
+            const std::string text = host::lispText(value);  // (handent "1A2F")
+            const std::size_t quote = text.find('"');
+            const std::size_t end = text.rfind('"');
+            return Json{{"handle", quote == end ? "" : text.substr(quote + 1, end - quote - 1)}};
+        }
+        default:
+            return nullptr;
+    }
+}
+
+bool isList(const CMORAdsLispVar& value) {
+    const host::ValueKind kind = host::kindOf(value);
+    return kind == host::ValueKind::List || kind == host::ValueKind::DottedList;
+}
+
+OpenList openList(const CMORAdsLispVar& value) {
+    OpenList list;
+    list.items = host::elementsOf(value);
+    list.dotted = host::kindOf(value) == host::ValueKind::DottedList;
+    return list;
+}
+
+Json closeList(OpenList list) {
+    if (!list.dotted) return std::move(list.done);
+    Json tail = std::move(list.done.back());
+    list.done.erase(list.done.size() - 1);
+    return Json{{"list", std::move(list.done)}, {"tail", std::move(tail)}};
+}
+
+/// The number of characters, as columns count them.
+std::size_t columnsOf(std::string_view text) {
+    return static_cast<std::size_t>(std::ranges::count_if(
+        text, [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
+}
+
+void printRow(const std::vector<std::string>& headings, const std::vector<std::size_t>& widths,
+              const std::vector<std::string>& cells, bool isHeading) {
+    for (std::size_t i = 0; i < cells.size(); ++i) {
+        const bool right = headings[i][0] == '>';
+        const bool last = i + 1 == cells.size();
+        const std::string cell = isHeading && right ? cells[i].substr(1) : cells[i];
+        const std::string blanks(widths[i] - columnsOf(cell), ' ');
+        const std::string shown = last && !isHeading ? coloured(cell, cell.ends_with('/')) : cell;
+        if (right)
+            std::cout << blanks << shown;
+        else
+            std::cout << shown << (last ? std::string() : blanks);
+        std::cout << (last ? "\n" : "  ");
+    }
+}
+
+}  // namespace
+
+Json jsonHead(const Options& options) {
+    return Json{{"moradmin", 1}, {"command", options.command}};
+}
+
+void printJson(const Json& object) {
+    std::cout << object.dump(-1, ' ', false, Json::error_handler_t::replace) << "\n";
+}
+
+std::string utf8(std::wstring_view text) { return host::toUtf8(text); }
+
+std::wstring wide(const std::string& text) {
+    auto result = host::fromUtf8(text);
+    if (!result) throw Failure(kUsage, "an argument is no UTF-8 text");
+    return std::move(*result);
+}
+
+Json jsonValue(const CMORAdsLispVar& value) {
+    if (!isList(value)) return jsonAtom(value);
+    std::vector<OpenList> open;
+    open.push_back(openList(value));
+    while (true) {
+        OpenList& list = open.back();
+        if (list.next < list.items.size()) {
+            const CMORAdsLispVar item = list.items[list.next++];
+            if (isList(item))
+                open.push_back(openList(item));
+            else
+                list.done.push_back(jsonAtom(item));
+            continue;
+        }
+        Json closed = closeList(std::move(list));
+        open.pop_back();
+        if (open.empty()) return closed;
+        open.back().done.push_back(std::move(closed));
+    }
+}
+
+std::string typeName(const CMORAdsLispVar& value) {
+    switch (host::kindOf(value)) {
+        case host::ValueKind::Nil:
+            return "nil";
+        case host::ValueKind::Integer:
+            return "integer";
+        case host::ValueKind::Real:
+            return "real";
+        case host::ValueKind::String:
+            return "string";
+        case host::ValueKind::EntityName:
+            return "entity";
+        case host::ValueKind::List:
+            return "list";
+        case host::ValueKind::DottedList:
+            return "dotted";
+    }
+    return "nil";
+}
+
+bool onTerminal() { return ::isatty(STDOUT_FILENO) == 1; }
+
+std::string coloured(const std::string& text, bool directory) {
+    const char* refused = std::getenv("NO_COLOR");
+    if (!directory || !onTerminal() || (refused != nullptr && *refused != '\0')) return text;
+    return "\033[1;34m" + text + "\033[0m";
+}
+
+void printTable(const std::vector<std::string>& headings,
+                const std::vector<std::vector<std::string>>& rows) {
+    if (!onTerminal()) {
+        for (const auto& row : rows) {
+            for (std::size_t i = 0; i < row.size(); ++i)
+                std::cout << (i == 0 ? "" : "\t") << row[i];
+            std::cout << "\n";
+        }
+        return;
+    }
+    std::vector<std::size_t> widths;
+    for (const std::string& heading : headings)
+        widths.push_back(columnsOf(heading) - (heading[0] == '>' ? 1 : 0));
+    for (const auto& row : rows)
+        for (std::size_t i = 0; i < row.size(); ++i)
+            widths[i] = std::max(widths[i], columnsOf(row[i]));
+    printRow(headings, widths, headings, true);
+    for (const auto& row : rows) printRow(headings, widths, row, false);
+}
+
+void printFailure(const Options& options, const Failure& failure) {
+    if (!options.json) {
+        std::cerr << "moradmin: " << failure.what() << "\n";
+        return;
+    }
+    Json object = jsonHead(options);
+    object["error"] = Json{{"code", static_cast<int>(failure.code())}, {"message", failure.what()}};
+    object["error"]["path"] = failure.path();
+    std::cerr << object.dump(-1, ' ', false, Json::error_handler_t::replace) << "\n";
+}
+
+void printNote(const std::string& text) { std::cerr << "moradmin: " << text << "\n"; }
+
+}  // namespace mor::tool

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "platform/lisp.h"
+#include "tools/moradmin/failure.h"
+#include "tools/moradmin/options.h"
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace mor::tool {
+
+/// Keys in the order in which they are put.
+using Json = nlohmann::ordered_json;
+
+/// An object that names this tool and the command.
+[[nodiscard]] Json jsonHead(const Options& options);
+/// One object, one line.
+void printJson(const Json& object);
+
+/// Wide text for a message or a name, as UTF-8.
+[[nodiscard]] std::string utf8(std::wstring_view text);
+/// A word of the command line as wide text; Failure when it is no UTF-8.
+[[nodiscard]] std::wstring wide(const std::string& text);
+
+/// The convenient form: numbers, texts, null, arrays; `{"list": [...], "tail": x}` for a dotted
+/// list,
+/// `{"handle": "1A2F"}` for an entity name.
+[[nodiscard]] Json jsonValue(const CMORAdsLispVar& value);
+/// `nil`, `integer`, `real`, `string`, `entity`, `list` or `dotted`.
+[[nodiscard]] std::string typeName(const CMORAdsLispVar& value);
+
+/// Whether stdout is a terminal: columns and headings there, plain lines elsewhere.
+[[nodiscard]] bool onTerminal();
+/// A directory's name in its colour, where colour is wanted.
+[[nodiscard]] std::string coloured(const std::string& text, bool directory);
+
+/// Rows of cells: aligned under headings on a terminal, separated by tabs elsewhere. A heading that
+/// begins with
+/// ">" aligns its column to the right.
+void printTable(const std::vector<std::string>& headings,
+                const std::vector<std::vector<std::string>>& rows);
+
+/// Says on stderr why a command ended.
+void printFailure(const Options& options, const Failure& failure);
+/// A remark on stderr that changes no exit code.
+void printNote(const std::string& text);
+
+}  // namespace mor::tool

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "tools/moradmin/session.h"
+
+#include <string>
+
+namespace mor::tool {
+
+/// A word of the command line as a file path; refused (exit 6) with what a valid one looks like.
+[[nodiscard]] std::wstring filePath(const Session& session, const std::string& word);
+/// The same for a directory path. A "/" at the end is taken away.
+[[nodiscard]] std::wstring directoryPath(const Session& session, const std::string& word);
+/// The path of the directory that holds the last name, and that name.
+[[nodiscard]] std::wstring parentOf(const std::wstring& path);
+[[nodiscard]] std::wstring nameOf(const std::wstring& path);
+[[nodiscard]] std::wstring joined(const std::wstring& directory, const std::wstring& name);
+
+/// Refuses with "not found", or says what stands there instead of a file.
+[[noreturn]] void refuseMissing(Session& session, const std::wstring& path);
+
+}  // namespace mor::tool

@@ -1,0 +1,90 @@
+#include "tools/moradmin/session.h"
+
+#include "frame/message_system.h"
+#include "tools/moradmin/failure.h"
+#include "tools/moradmin/output.h"
+
+#include <iostream>
+
+namespace mor::tool {
+
+std::vector<Store::Entry> Store::entries(const std::wstring& path) {
+    std::wstring own = path;  // resolving needs a path of its own to cut and join
+    CMORStringList all;
+    CMORStringList directories;
+    std::vector<Entry> result;
+    if (!getAll(own.c_str(), all, All) || !getAll(own.c_str(), directories, Directories))
+        return result;
+    // Both lists are in stored order, so the next directory is the next name that equals it.
+    std::size_t next = 0;
+    for (std::size_t i = 0; i < all.Entries(); ++i) {
+        const std::wstring name = all.Nth(i);
+        const bool directory = next < directories.Entries() && name == directories.Nth(next);
+        if (directory) ++next;
+        result.push_back({name, directory});
+    }
+    return result;
+}
+
+Session::Session(const Options& options) : m_file(options.drawing) {
+    auto opened = host::openDocument(options.drawing);
+    if (!opened) throw Failure(opened.error());
+    m_document = opened.value();
+    host::setCurrentDocument(m_document);
+    host::setActiveDocument(m_document);
+}
+
+Session::~Session() {
+    m_store.reset();
+    MOR_AdsMsgSystemClass::getTheGlobalObject()->sendMessage(
+        MOR_AdsMsgSystemClass::ReleaseDocumentObjects);
+    host::closeDocument(m_document);
+}
+
+const StoreState& Session::state() {
+    if (!m_state) m_state = walkStore(m_document);
+    return *m_state;
+}
+
+const StoreState& Session::safeState() {
+    const StoreState& found = state();
+    if (const Finding* finding = found.firstStopping())
+        throw Failure(
+            kDamaged,
+            message("the store is damaged, nothing was done: " + finding->message + " (" +
+                    finding->code +
+                    "); \"moradmin check\" lists all findings, \"moradmin repair\" mends them"),
+            utf8(finding->path));
+    return found;
+}
+
+bool Session::hasDirectories() { return safeState().kind == StoreState::Kind::Sound; }
+
+std::unique_ptr<Store> Session::freshStore() {
+    return std::make_unique<Store>(*CMORCadView::getTheGlobalObject());
+}
+
+Store& Session::store() {
+    if (!m_store) m_store = freshStore();
+    return *m_store;
+}
+
+void Session::save(const Options& options) {
+    host::SaveOptions how;
+    how.output = options.output;
+    how.backup = !options.noBackup;
+    how.dryRun = options.dryRun;
+    const auto saved = host::saveDocument(m_document, how);
+    if (!saved) throw Failure(saved.error());
+    if (!options.dryRun) return;
+    using Kind = host::SavedEdit::Kind;
+    for (const host::SavedEdit& edit : saved.value().edits) {
+        const char* what = edit.kind == Kind::Made     ? "made"
+                           : edit.kind == Kind::Erased ? "erased"
+                                                       : "changed";
+        std::cout << what << "\t" << edit.type << "\t" << (edit.handle.empty() ? "-" : edit.handle)
+                  << "\t" << edit.what << "\n";
+    }
+}
+
+}  // namespace mor::tool

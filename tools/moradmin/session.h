@@ -1,0 +1,63 @@
+#pragma once
+
+#include "dwgfs/dwg_file_system.h"
+#include "host/host.h"
+#include "tools/moradmin/options.h"
+#include "tools/moradmin/store_walk.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace mor::tool {
+
+/// The file system of the library, with the listing of both kinds of entries in their stored order.
+class Store : public CMORCadDwgFileSystem {
+public:
+    using CMORCadDwgFileSystem::CMORCadDwgFileSystem;
+
+    struct Entry {
+        std::wstring name;
+        bool directory = false;
+    };
+    /// Empty when the directory does not resolve.
+    [[nodiscard]] std::vector<Entry> entries(const std::wstring& path);
+};
+
+/// One drawing opened for a command: current and active until the end. Throws Failure.
+class Session {
+public:
+    explicit Session(const Options& options);
+    ~Session();
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
+    [[nodiscard]] AcApDocument* document() const { return m_document; }
+    [[nodiscard]] const std::string& file() const { return m_file; }
+    /// What the records say, as loaded.
+    [[nodiscard]] const StoreState& state();
+    /// The same, after a refusal when a look-up would do harm (exit 4).
+    [[nodiscard]] const StoreState& safeState();
+    /// Whether there is a store with directories in it; refuses like `safeState`.
+    [[nodiscard]] bool hasDirectories();
+    [[nodiscard]] Store& store();
+    /// A file system object that has seen nothing yet.
+    [[nodiscard]] static std::unique_ptr<Store> freshStore();
+    /// Saves what changed, or says what would be saved.
+    void save(const Options& options);
+
+    /// "FILE: TEXT", for messages.
+    [[nodiscard]] std::string message(const std::string& text) const {
+        return m_file + ": " + text;
+    }
+
+private:
+    std::string m_file;
+    AcApDocument* m_document = nullptr;
+    std::optional<StoreState> m_state;
+    std::unique_ptr<Store> m_store;
+};
+
+}  // namespace mor::tool

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "host/host.h"
+#include "platform/entity_name.h"
+
+#include <cstddef>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace mor::tool {
+
+/// Something that is wrong with a store.
+struct Finding {
+    enum class Severity { Note, Warning, Error };
+    std::string code;  ///< stable, such as "link-dead"
+    Severity severity = Severity::Warning;
+    std::wstring path;   ///< of the directory or file; empty where there is none
+    std::string handle;  ///< of the record; empty where there is none
+    bool mends = false;  ///< whether `repair` mends it
+    bool stops = false;  ///< a look-up would reset, erase, or leave stored values out of reach
+    std::string message;
+};
+
+/// A directory as its record has it.
+struct StoredDirectory {
+    mor::EntityName name;
+    std::string handle;
+    std::wstring path;  ///< by which the links reach it first; empty when none does
+    std::wstring info;  ///< the path with which it was made; empty when it does not say
+    bool paper = false;
+    bool offLayer = false;
+    host::RecordAttributes attributes;
+
+    [[nodiscard]] const host::RecordAttribute* find(std::wstring_view attribute) const;
+    /// Whether it holds a value that somebody stored.
+    [[nodiscard]] bool hasFiles() const;
+};
+
+/// What the records of a drawing say about its store. Looks at nothing else and changes nothing.
+struct StoreState {
+    enum class Kind {
+        None,   ///< no store was ever made
+        Empty,  ///< made and emptied again: no directory is left
+        Sound,  ///< look-ups are safe
+        Broken  ///< a finding stops every command but check and repair
+    };
+    Kind kind = Kind::None;
+    std::vector<Finding> findings;
+    std::vector<StoredDirectory> directories;  ///< reachable ones first, parents before children
+    std::size_t reachable = 0;
+    std::map<std::wstring, std::size_t> byPath;  ///< of the reachable ones
+
+    [[nodiscard]] const StoredDirectory* directory(std::wstring_view path) const;
+    [[nodiscard]] const Finding* firstStopping() const;
+};
+
+[[nodiscard]] StoreState walkStore(const AcApDocument* document);
+
+}  // namespace mor::tool
