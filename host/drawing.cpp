@@ -23,7 +23,14 @@ struct HeaderFacts {
     std::string version;
     std::string codePage;
     std::uint64_t seed = 0;
+    std::uint64_t versionLine = 0;
 };
+
+/// The number of the line that begins at `offset` of the source.
+std::uint64_t lineAt(const DxfIndex& index, std::uint64_t offset) {
+    const std::string before = index.source->read(0, offset);
+    return 1 + static_cast<std::uint64_t>(std::ranges::count(before, '\n'));
+}
 
 HeaderFacts readHeader(const DxfIndex& index) {
     HeaderFacts facts;
@@ -34,9 +41,10 @@ HeaderFacts readHeader(const DxfIndex& index) {
     for (const Tag& tag : record.tags()) {
         if (tag.code == 9)
             variable = record.bare(tag);
-        else if (tag.code == 1 && variable == "$ACADVER")
+        else if (tag.code == 1 && variable == "$ACADVER") {
             facts.version = record.bare(tag);
-        else if (tag.code == 3 && variable == "$DWGCODEPAGE")
+            facts.versionLine = lineAt(index, index.records[header->head].place + tag.valueBegin);
+        } else if (tag.code == 3 && variable == "$DWGCODEPAGE")
             facts.codePage = record.bare(tag);
         else if (tag.code == 5 && variable == "$HANDSEED")
             facts.seed = parseHandle(record.bare(tag));
@@ -51,10 +59,11 @@ bool startsPadded(const DxfIndex& index) {
 
 }  // namespace
 
-Result<Release> Drawing::releaseOf(const std::string& version, const std::string& file) {
+Result<Release> Drawing::releaseOf(const std::string& version, const std::string& file,
+                                   std::uint64_t line) {
     if (version.empty()) return Release::R12;
     const auto refuse = [&](const std::string& text) {
-        return Error{ErrorKind::Unreadable, file, 0, "$ACADVER is " + version + text};
+        return Error{ErrorKind::Unreadable, file, line, "$ACADVER is " + version + text};
     };
     if (!version.starts_with("AC10") || version.size() != 6)
         return refuse(", not a release that is read; R12 (AC1009) to R2018 (AC1032) are");
@@ -81,7 +90,7 @@ Result<std::unique_ptr<Drawing>> Drawing::load(std::shared_ptr<Source> source,
     auto index = indexDxf(std::move(source), file);
     if (!index) return index.error();
     const HeaderFacts facts = readHeader(*index.value());
-    const auto release = releaseOf(facts.version, file);
+    const auto release = releaseOf(facts.version, file, facts.versionLine);
     if (!release) return release.error();
     RecordStyle style;
     style.release = release.value();

@@ -136,7 +136,8 @@ public:
 
 private:
     Drawing(std::unique_ptr<DxfIndex> index, RecordStyle style, TextCoding text);
-    static Result<Release> releaseOf(const std::string& version, const std::string& file);
+    static Result<Release> releaseOf(const std::string& version, const std::string& file,
+                                     std::uint64_t line);
     [[nodiscard]] std::string originalBytes(RecordNumber number) const;
     void applyEdit(RecordNumber number, const RecordEdit& edit, TagList& record);
     void buildHandles();

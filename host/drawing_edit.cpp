@@ -221,8 +221,10 @@ void Drawing::registerApplication(std::string_view name) {
         NewRecord record{"APPID", 0, m_containers[table].owner, {}};
         record.groups = {{2, std::string(application)}, {70, std::int64_t{0}}};
         record.handle = m_style.markers ? takeHandle() : 0;
-        add(table, "APPID", makeTableRecord(m_style, record, "AcDbRegAppTableRecord"),
-            record.handle);
+        // Readers take a file without a release for R12 and look for the name without markers.
+        RecordStyle style = m_style;
+        if (m_version.empty()) style.markers = false;
+        add(table, "APPID", makeTableRecord(style, record, "AcDbRegAppTableRecord"), record.handle);
     };
     if (fresh && m_style.markers) put("ACAD");  // without it CAD programs refuse the file
     put(name);
@@ -243,7 +245,8 @@ ContainerNumber Drawing::addBlock(std::wstring_view name, std::int64_t flags, co
     }
     const std::string encoded = m_text.encode(name);
     std::uint64_t owner = 0;
-    if (m_style.markers) {
+    // In a file without a release block records stand only where its own blocks name them.
+    if (m_style.markers && (!m_version.empty() || m_style.owners)) {
         const ContainerNumber table = ensureTable("BLOCK_RECORD");
         NewRecord record{"BLOCK_RECORD", takeHandle(), m_containers[table].owner, {{2, encoded}}};
         if (m_style.release >= Release::R2000) record.groups.push_back({340, std::string("0")});

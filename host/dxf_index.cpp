@@ -318,7 +318,9 @@ std::optional<Error> Indexer::endRecord() {
     RecordEntry& entry = m_index.records[number];
     entry.handle = m_scratch.handle;
     m_index.highestHandle = std::max(m_index.highestHandle, entry.handle);
-    m_index.sawMarkers |= m_scratch.marker;
+    // Objects always have markers, also those that some writers add to R12 files.
+    m_index.sawMarkers |=
+        m_scratch.marker && m_in != InSection::Other && m_in != InSection::Outside;
     if (is(entry.type, kSection)) {
         entry.flags |= kEdge;
         if (m_in != InSection::Outside)
