@@ -2,117 +2,25 @@
 
 #include "space/model_space_view.h"
 #include "space/space.h"
-#include "tests/xref/reference_fixture.h"
-#include "xref/model_space_iterator.h"
+#include "tests/xref/iterator_fixture.h"
 #include "xref/xref_view.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace mor::test {
 namespace {
 
-using Filter = std::vector<std::pair<int, std::wstring>>;
-
-CMORStringList texts(const std::vector<const wchar_t*>& items) {
-    CMORStringList list;
-    for (const wchar_t* item : items) list.Append(item);
-    return list;
-}
-
-CMORAdsLispVar lisp(const char* text) { return host::readLisp(text).value(); }
-
-struct OpenIterator : MOR_SpaceIterator {
-    using MOR_SpaceIterator::isEmpty;
-    using MOR_SpaceIterator::MOR_SpaceIterator;
-};
-
-class SpaceIterators : public ReferenceTest {
+class SpaceIterators : public IteratorTest {
 protected:
     void SetUp() override {
-        ReferenceTest::SetUp();
-        ASSERT_TRUE(m_modelSpace.connect());
+        IteratorTest::SetUp();
         ASSERT_TRUE(m_plan.connect(L"PLAN"));
     }
-    /// The handles of the entities that are still to come, sorted; "empty" for an iterator without
-    /// a letter.
-    static std::wstring handles(OpenIterator& iterator) {
-        if (iterator.isEmpty()) return L"empty";
-        std::vector<std::wstring> found;
-        while (const ads_name* name = iterator()) found.push_back(handleOf(*name));
-        std::ranges::sort(found);
-        std::wstring all;
-        for (const std::wstring& handle : found) all += handle + L" ";
-        return all;
-    }
-    template <typename... Arguments>
-    static std::wstring walk(const Arguments&... arguments) {
-        OpenIterator iterator{arguments...};
-        return handles(iterator);
-    }
-    CMORCadSpace m_modelSpace;
     CMORCadSpace m_plan;
 };
-
-TEST_F(SpaceIterators, ModelSpaceMeansTheWholeDrawing) {
-    EXPECT_EQ(walk(m_modelSpace), L"10 11 12 13 A1 A2 ");
-    EXPECT_EQ(host::counters().lastFilter, (Filter{{8, L"*"}}));
-    EXPECT_EQ(walk(m_modelSpace, texts({})), L"10 11 12 13 A1 A2 ");
-    EXPECT_EQ(host::counters().lastFilter, Filter{});
-    EXPECT_EQ(walk(m_modelSpace, CMORAdsLisp::Nil), L"10 11 12 13 A1 A2 ");
-}
-
-TEST_F(SpaceIterators, ASinglePatternIsAFilterByItself) {
-    EXPECT_EQ(walk(m_modelSpace, texts({L"walls"})), L"12 A1 ");
-    EXPECT_EQ(host::counters().lastFilter, (Filter{{8, L"walls"}}));
-    EXPECT_EQ(walk(m_modelSpace, lisp(R"(("W*"))")), L"12 A1 ");
-    EXPECT_EQ(host::counters().lastFilter, (Filter{{8, L"W*"}}));
-}
-
-TEST_F(SpaceIterators, SeveralPatternsAreAlternatives) {
-    const Filter filter{{-4, L"<OR"}, {8, L"WALLS"}, {8, L"X"}, {-4, L"OR>"}};
-    EXPECT_EQ(walk(m_modelSpace, texts({L"WALLS", L"X"})), L"12 A1 ");
-    EXPECT_EQ(host::counters().lastFilter, filter);
-    EXPECT_EQ(walk(m_modelSpace, lisp(R"(("WALLS" "X"))")), L"12 A1 ");
-    EXPECT_EQ(host::counters().lastFilter, filter);
-}
-
-TEST_F(SpaceIterators, NothingSelectedInModelSpaceIsAnEmptyIterator) {
-    EXPECT_EQ(walk(m_modelSpace, texts({L"NOSUCH"})), L"empty");
-    EXPECT_EQ(walk(m_modelSpace, lisp(R"("WALLS")")), L"empty");
-    EXPECT_EQ(walk(m_modelSpace, lisp(R"(("WALLS" . "0"))")), L"empty");
-    EXPECT_EQ(printed(), L"");
-    EXPECT_EQ(walk(m_modelSpace, lisp(R"(("WALLS" 5))")), L"empty");
-    EXPECT_EQ(printed(),
-              L"CMORCadLetterModelSpaceIterator::selectEntitiesByLayer: string expected\n");
-}
-
-TEST_F(SpaceIterators, AFailingSelectionLeavesNothingBehind) {
-    for (const char* operation : {"acedSSGet", "acedSSLength"}) {
-        host::faults::failCall(operation, 1);
-        EXPECT_EQ(walk(m_modelSpace), L"empty") << operation;
-        EXPECT_EQ(host::counters().selectionSetsOpen, 0u) << operation;
-    }
-    OpenIterator iterator{m_modelSpace, texts({L"WALLS"})};
-    host::faults::failCall("acedSSName", 1);
-    EXPECT_EQ(iterator(), nullptr);
-    EXPECT_NE(iterator(), nullptr);  // the next one is asked for all the same
-}
-
-TEST_F(SpaceIterators, AnotherSelectionReplacesTheFormerOne) {
-    CMORCadLetterModelSpaceIterator letter;
-    EXPECT_EQ(letter.next(), nullptr);
-    ASSERT_TRUE(letter.selectEntitiesByLayer(texts({L"WALLS"})));
-    EXPECT_FALSE(letter.selectEntitiesByLayer(lisp("5")));
-    EXPECT_NE(letter.next(), nullptr);  // no list: the former selection stays
-    EXPECT_FALSE(letter.selectEntitiesByLayer(texts({L"NOSUCH"})));
-    EXPECT_EQ(letter.next(), nullptr);
-    EXPECT_EQ(host::counters().selectionSetsOpen, 0u);
-}
 
 TEST_F(SpaceIterators, StartAgainWithoutANewSelection) {
     for (const CMORCadSpace* space : {&m_modelSpace, &m_plan}) {
