@@ -5,9 +5,9 @@
 
 #include <cstdint>
 
-// The object interface of the drawing database, read-only and as far as block tables are walked. Records and
-// entities that are opened stay the database's: whoever opened one gives it back with `close` and does not use
-// it afterwards. Iterators belong to the caller.
+// The object interface of the drawing database, read-only and as far as block tables are walked.
+// Records and entities that are opened stay the database's: whoever opened one gives it back with
+// `close` and does not use it afterwards. Iterators belong to the caller.
 
 /// The database's identifier of an object; 0 means none.
 class AcDbObjectId {
@@ -44,8 +44,8 @@ public:
     /// Gives the object back; the pointer is dead afterwards.
     virtual Acad::ErrorStatus close() = 0;
     [[nodiscard]] virtual AcDbObjectId objectId() const = 0;
-    /// The database that holds the object: for an entity of an external reference the referenced drawing's own.
-    /// Never closed; null when there is none.
+    /// The database that holds the object: for an entity of an external reference the referenced
+    /// drawing's own. Never closed; null when there is none.
     [[nodiscard]] virtual AcDbDatabase* database() const = 0;
 };
 
@@ -90,8 +90,8 @@ public:
     virtual void step(bool forward = true, bool skipErased = true) = 0;
 };
 
-/// The block table of one database. The blocks that stand for model space and the layouts are among its
-/// records.
+/// The block table of one database. The blocks that stand for model space and the layouts are among
+/// its records.
 class AcDbBlockTable : public AcDbObject {
 public:
     [[nodiscard]] virtual Acad::ErrorStatus newIterator(AcDbSymbolTableIterator*& iterator,
@@ -113,7 +113,8 @@ public:
 /// The entity name that goes with an identifier.
 [[nodiscard]] Acad::ErrorStatus acdbGetAdsName(ads_name result, AcDbObjectId id);
 
-/// Opens an object, an entity; eWasErased for an erased one unless `openErased`. The pointer is null on failure.
+/// Opens an object, an entity; eWasErased for an erased one unless `openErased`. The pointer is
+/// null on failure.
 [[nodiscard]] Acad::ErrorStatus acdbOpenObject(AcDbObject*& object, AcDbObjectId id,
                                                AcDb::OpenMode mode, bool openErased = false);
 [[nodiscard]] Acad::ErrorStatus acdbOpenObject(AcDbEntity*& entity, AcDbObjectId id,

@@ -17,7 +17,7 @@ public:
     [[nodiscard]] bool IsValid() const;
 
 private:
-    bool _PrivateEnsureMS();
+    bool _PrivateEnsureMS();  // NOLINT(*reserved-identifier): the interface's name
     bool TrySwitchGlobalViewIntoMS();
 
     bool m_valid;

@@ -8,8 +8,7 @@
 CMORCadLetterView::CMORCadLetterView() { CMORCadLetterView::init(); }
 
 CMORCadLetterView::CMORCadLetterView(const CMORCadLetterView& other) {
-    CMORCadLetterView::init();
-    CMORCadLetterView::copyFrom(other);
+    if (other.m_space != nullptr) m_space.reset(other.m_space->clone());
 }
 
 CMORCadLetterView::~CMORCadLetterView() { CMORCadLetterView::clean(); }

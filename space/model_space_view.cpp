@@ -8,10 +8,12 @@ MOR_ModelSpaceView::MOR_ModelSpaceView() = default;
 
 MOR_ModelSpaceView::MOR_ModelSpaceView(const MOR_ModelSpaceView& other) = default;
 
+// NOLINTNEXTLINE(*noexcept*)
 MOR_ModelSpaceView::MOR_ModelSpaceView(MOR_ModelSpaceView&& other) : CMORCadView(other) {}
 
 MOR_ModelSpaceView& MOR_ModelSpaceView::operator=(const MOR_ModelSpaceView& other) = default;
 
+// NOLINTNEXTLINE(*noexcept*)
 MOR_ModelSpaceView& MOR_ModelSpaceView::operator=(MOR_ModelSpaceView&& other) {
     CMORCadView::operator=(other);
     return *this;

@@ -8,10 +8,9 @@ class MOR_ModelSpaceView : public CMORCadView {
 public:
     MOR_ModelSpaceView();
     MOR_ModelSpaceView(const MOR_ModelSpaceView& other);
-    MOR_ModelSpaceView(
-        MOR_ModelSpaceView&& other);  // NOLINT(*noexcept-move*): copies, may allocate
+    MOR_ModelSpaceView(MOR_ModelSpaceView&& other);  // NOLINT(*noexcept*): copies
     MOR_ModelSpaceView& operator=(const MOR_ModelSpaceView& other);
-    MOR_ModelSpaceView& operator=(MOR_ModelSpaceView&& other);  // NOLINT(*noexcept-move*)
+    MOR_ModelSpaceView& operator=(MOR_ModelSpaceView&& other);  // NOLINT(*noexcept*)
     ~MOR_ModelSpaceView() override;
 
     bool connect() override;

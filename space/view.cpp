@@ -10,6 +10,7 @@
 
 CMORCadView::CMORCadView() { initData(); }
 
+// NOLINTNEXTLINE(*redundant-member-init): the compiler asks for it
 CMORCadView::CMORCadView(const CMORCadView& other) : CMORMDIDocumentVariable() {
     initData();
     copyData(other);

@@ -35,8 +35,8 @@ protected:
     [[nodiscard]] virtual bool isEmpty() const;
 
 private:
-    MOR_SpaceIterator(const MOR_SpaceIterator&) = delete;
-    MOR_SpaceIterator& operator=(const MOR_SpaceIterator&) = delete;
+    MOR_SpaceIterator(const MOR_SpaceIterator&) = delete;             // NOLINT(*equals-delete)
+    MOR_SpaceIterator& operator=(const MOR_SpaceIterator&) = delete;  // NOLINT(*equals-delete)
 
     void initData();
     void cleanData();

@@ -18,9 +18,8 @@ constexpr int kFlagExternalReference = 4;
 bool isSubEntity(const CMOREntity& entity) {
     CString type = entity.Type();
     type.MakeUpper();
-    for (const wchar_t* name : {L"ATTRIB", L"SEQEND", L"VERTEX"})
-        if (type.CompareNoCase(name) == 0) return true;
-    return false;
+    return type.CompareNoCase(L"ATTRIB") == 0 || type.CompareNoCase(L"SEQEND") == 0 ||
+           type.CompareNoCase(L"VERTEX") == 0;
 }
 
 }  // namespace

@@ -4,10 +4,12 @@ MOR_XRefView::MOR_XRefView() = default;
 
 MOR_XRefView::MOR_XRefView(const MOR_XRefView& other) = default;
 
+// NOLINTNEXTLINE(*noexcept*)
 MOR_XRefView::MOR_XRefView(MOR_XRefView&& other) : CMORCadView(other) {}
 
 MOR_XRefView& MOR_XRefView::operator=(const MOR_XRefView& other) = default;
 
+// NOLINTNEXTLINE(*noexcept*)
 MOR_XRefView& MOR_XRefView::operator=(MOR_XRefView&& other) {
     CMORCadView::operator=(other);
     return *this;

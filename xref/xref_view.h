@@ -10,9 +10,9 @@ class MOR_XRefView : public CMORCadView {
 public:
     MOR_XRefView();
     MOR_XRefView(const MOR_XRefView& other);
-    MOR_XRefView(MOR_XRefView&& other);  // NOLINT(*noexcept-move*): copies, may allocate
+    MOR_XRefView(MOR_XRefView&& other);  // NOLINT(*noexcept*): copies
     MOR_XRefView& operator=(const MOR_XRefView& other);
-    MOR_XRefView& operator=(MOR_XRefView&& other);  // NOLINT(*noexcept-move*)
+    MOR_XRefView& operator=(MOR_XRefView&& other);  // NOLINT(*noexcept*)
     ~MOR_XRefView() override;
 
     bool connect(const ads_name ename) override;
