@@ -1,0 +1,206 @@
+#include "tests/dwgfs/store_fixture.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace mor::test {
+namespace {
+
+class Enumeration : public StoreTest {
+protected:
+    void SetUp() override {
+        StoreTest::SetUp();
+        ASSERT_TRUE(write("/a/f", "5"));
+        ASSERT_TRUE(write("/a/s/inner", "1"));
+        ASSERT_TRUE(write("/a/g", "(1 2)"));
+        ASSERT_TRUE(write("/a/>x", "\"t\""));
+    }
+    /// The names, or what happened: "false" with what was in the list before.
+    template <typename List>
+    static std::string names(bool (CMORCadDwgFileSystem::*list)(const wchar_t*, List&),
+                             const wchar_t* path) {
+        List result{};
+        fill(result);
+        const bool ok = (fs().*list)(path, result);
+        return (ok ? "" : "false ") + shown(result);
+    }
+    static std::string files(const wchar_t* path) {
+        return names<CMORStringList>(&CMORCadDwgFileSystem::getAllFiles, path);
+    }
+    static std::string dirs(const wchar_t* path) {
+        return names<CMORStringList>(&CMORCadDwgFileSystem::getAllDirs, path);
+    }
+    static std::string lispFiles(const wchar_t* path) {
+        return names<CMORAdsLispVar>(&CMORCadDwgFileSystem::getAllFiles, path);
+    }
+    static std::string lispDirs(const wchar_t* path) {
+        return names<CMORAdsLispVar>(&CMORCadDwgFileSystem::getAllDirs, path);
+    }
+    static std::string allFiles(const wchar_t* path) {
+        return names<CMORAdsLispVar>(&CMORCadDwgFileSystem::readAllFiles, path);
+    }
+    static std::string matching(const wchar_t* pattern) {
+        CMORAdsLispVar result;
+        const bool ok = fs().readAllMatchingFiles(pattern, result);
+        return (ok ? "" : "false ") + host::lispText(result);
+    }
+
+private:
+    static void fill(CMORStringList& list) { list.Append(L"before"); }
+    static void fill(CMORAdsLispVar& list) { list = CMORAdsLispVar{L"before"}; }
+    static std::string shown(const CMORStringList& list) { return joined(list); }
+    static std::string shown(const CMORAdsLispVar& list) { return host::lispText(list); }
+};
+
+TEST_F(Enumeration, ListsEachKindInStoredOrder) {
+    EXPECT_EQ(files(L"/a"), "f g >x");
+    EXPECT_EQ(dirs(L"/a"), "s");
+    EXPECT_EQ(dirs(L"/"), "a");
+    EXPECT_EQ(files(L"/"), "");
+    EXPECT_EQ(lispFiles(L"/a"), R"(("f" "g" ">x"))");
+    EXPECT_EQ(lispDirs(L"/a"), R"(("s"))");
+    EXPECT_EQ(lispDirs(L"/a/s"), "nil");
+}
+
+TEST_F(Enumeration, ListsBothKindsInOneOrder) {
+    OpenFileSystem store;
+    CMORStringList list;
+    list.Append(L"before");
+    wchar_t path[] = L"/a";
+    EXPECT_TRUE(store.getAll(path, list, OpenFileSystem::All));
+    EXPECT_EQ(joined(list), "f s g >x");
+    wchar_t none[] = L"/none";
+    EXPECT_FALSE(store.getAll(none, list, OpenFileSystem::All));
+    EXPECT_EQ(joined(list), "f s g >x");
+}
+
+TEST_F(Enumeration, PassesOverAttributesThatAreNoEntries) {
+    const EntityName dir = entityOf("/a/s");
+    for (const wchar_t* name : {L"$OTHER", L"a.b", L"^a.b", L"^1", L"123", L"^", L"^>q", L">1"})
+        setText(dir, name, L"x");
+    setText(dir, std::wstring(128, L'n').c_str(), L"x");
+    setText(dir, (L"^" + std::wstring(127, L'n')).c_str(), L"x");
+    EXPECT_EQ(files(L"/a/s"), "inner");
+    EXPECT_EQ(dirs(L"/a/s"), "");
+}
+
+TEST_F(Enumeration, AnswersFalseForWhatDoesNotResolve) {
+    for (const wchar_t* path : {L"/none", L"/a/f"}) {
+        EXPECT_EQ(files(path), "false before");
+        EXPECT_EQ(dirs(path), "false before");
+        EXPECT_EQ(lispFiles(path), "false nil");
+        EXPECT_EQ(lispDirs(path), "false nil");
+        EXPECT_EQ(allFiles(path), "false \"before\"");
+    }
+    EXPECT_EQ(printed(), L"");
+}
+
+TEST_F(Enumeration, ReportsInvalidPathsOfFilesOnly) {
+    for (const wchar_t* path : {L"/a/", L"a", L"", L"//a/b"}) {
+        const std::wstring message = L": invalid path \"" + std::wstring{path} + L"\"";
+        EXPECT_EQ(dirs(path), "false before");
+        EXPECT_EQ(lispDirs(path), "false nil");
+        EXPECT_EQ(printed(), L"");
+        EXPECT_EQ(files(path), "false before");
+        EXPECT_EQ(printed(), L"CMORCadDwgFileSystem::getAllFiles" + message);
+        EXPECT_EQ(lispFiles(path), "false nil");
+        EXPECT_EQ(printed(), L"CMORCadDwgFileSystem::getAllFiles" + message);
+        EXPECT_EQ(allFiles(path), "false \"before\"");
+        EXPECT_EQ(printed(), L"CMORCadDwgFileSystem::readAllFiles" + message);
+    }
+}
+
+TEST_F(Enumeration, TakesAnArrowInDirectoriesButNotInFiles) {
+    EXPECT_EQ(dirs(L"/>a"), "s");
+    EXPECT_EQ(files(L"/>a"), "false before");
+    EXPECT_EQ(printed(), L"CMORCadDwgFileSystem::getAllFiles: invalid path \"/>a\"");
+}
+
+TEST_F(Enumeration, RefusesPathsThatAreTooLong) {
+    const std::wstring path = L"/" + std::wstring(1100, L'a');
+    EXPECT_EQ(dirs(path.c_str()), "false before");
+    EXPECT_EQ(files(path.c_str()), "false before");
+    EXPECT_EQ(matching(path.c_str()), "false nil");
+    EXPECT_EQ(dirs(nullptr), "false before");
+    EXPECT_EQ(files(nullptr), "false before");
+}
+
+TEST_F(Enumeration, ReadsAllFilesAsPairs) {
+    EXPECT_EQ(allFiles(L"/a"), R"((("f" . 5) ("g" 1 2) (">x" . "t")))");
+    EXPECT_EQ(allFiles(L"/a/s"), R"((("inner" . 1)))");
+    EXPECT_EQ(allFiles(L"/"), "nil");
+}
+
+TEST_F(Enumeration, ListsWhatCannotBeReadAsNil) {
+    host::faults::failCall("CMOREntity::GetAttribute", 1);
+    EXPECT_EQ(allFiles(L"/a"), R"((("f") ("g" 1 2) (">x" . "t")))");
+}
+
+TEST_F(Enumeration, ReadsFilesThatMatchPartByPart) {
+    ASSERT_TRUE(write("/a1/f1", "1"));
+    ASSERT_TRUE(write("/a1/x", "2"));
+    ASSERT_TRUE(write("/b/f2", "3"));
+    const struct {
+        const wchar_t* pattern;
+        const char* result;
+    } cases[] = {{L"/a*/f*", R"((("/a/f" 5) ("/a1/f1" 1)))"},
+                 {L"/a#/*", R"((("/a1/f1" 1) ("/a1/x" 2)))"},
+                 {L"/~a*/*", R"((("/b/f2" 3)))"},
+                 {L"/a/s/*", R"((("/a/s/inner" 1)))"},
+                 {L"/a/>*", R"((("/a/>x" "t")))"},
+                 {L"/b,a/f,f2", R"((("/a/f" 5) ("/b/f2" 3)))"},
+                 {L"/*/*/*", R"((("/a/s/inner" 1)))"},
+                 {L"/*", "nil"},
+                 {L"/", "nil"},
+                 {L"/a/", "nil"},
+                 {L"//f", "nil"},
+                 {L"/A/f", "nil"},
+                 {L"a/f", "false nil"},
+                 {L"", "false nil"},
+                 {nullptr, "false nil"}};
+    for (const auto& c : cases) EXPECT_EQ(matching(c.pattern), c.result);
+    EXPECT_EQ(printed(), L"");
+}
+
+TEST_F(Enumeration, AddsMatchesToWhatIsThere) {
+    CMORAdsLispVar result;
+    EXPECT_TRUE(fs().readAllMatchingFiles(L"/a/f", result));
+    EXPECT_TRUE(fs().readAllMatchingFiles(L"/a/s/*", result));
+    EXPECT_EQ(host::lispText(result), R"((("/a/f" 5) ("/a/s/inner" 1)))");
+}
+
+TEST_F(Enumeration, SkipsCandidatesOver127Characters) {
+    const std::string dir = "/" + std::string(60, 'd');
+    const std::string fits = dir + "/" + std::string(127 - dir.size() - 1, 'f');
+    ASSERT_TRUE(write(fits, "1"));
+    ASSERT_TRUE(write(fits + "f", "2"));
+    EXPECT_EQ(matching(L"/d*/*"), "((\"" + fits + "\" 1))");
+}
+
+TEST_F(Enumeration, LocksOncePerFileRead) {
+    host::resetCounters();
+    EXPECT_EQ(files(L"/a"), "f g >x");
+    EXPECT_EQ(host::counters().locksTaken, 0u);
+    static_cast<void>(matching(L"/a/*"));
+    EXPECT_EQ(host::counters().locksTaken, 3u);
+}
+
+TEST_F(Enumeration, MatchesWithoutValuesWhileAnotherDocumentIsActive) {
+    host::setActiveDocument(nullptr);
+    EXPECT_EQ(matching(L"/a/f"), R"((("/a/f" nil)))");
+    makeCurrent(document());
+}
+
+TEST_F(Enumeration, IsFalseWithoutAStore) {
+    AcApDocument* other = host::createDocument(host::Release::R2018);
+    makeCurrent(other);
+    EXPECT_EQ(matching(L"/a/f"), "false nil");
+    EXPECT_EQ(dirs(L"/"), "false before");
+    send(MOR_AdsMsgSystemClass::ReleaseDocumentObjects);
+    makeCurrent(document());
+    host::closeDocument(other);
+}
+
+}  // namespace
+}  // namespace mor::test

@@ -1,0 +1,179 @@
+#include "dwgfs/control_layer_guard.h"
+#include "dwgfs/names.h"
+#include "platform/entity_calls.h"
+#include "platform/owned.h"
+#include "tests/dwgfs/store_fixture.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace mor::test {
+namespace {
+
+class Storage : public StoreTest {
+protected:
+    /// The groups of a record that tell what it is, "0=INSERT 2=... 8=...".
+    [[nodiscard]] std::string groups(EntityName name, std::initializer_list<int> codes) const {
+        const std::vector<host::RecordGroup> all = host::recordGroups(document(), name);
+        std::string result;
+        for (const int code : codes) {
+            const auto found = std::ranges::find(all, code, &host::RecordGroup::code);
+            result += (result.empty() ? "" : " ") + std::to_string(code) + "=" +
+                      (found == all.end() ? "-" : found->value);
+        }
+        return result;
+    }
+    [[nodiscard]] std::string attributes(EntityName name) const {
+        std::string result;
+        for (const auto& item : host::recordAttributes(document(), name).items)
+            result +=
+                host::toUtf8(item.name) + "=" + host::toUtf8(host::stringOf(item.value)) + ";";
+        return result;
+    }
+    [[nodiscard]] std::string handle(EntityName name) const {
+        return host::recordGroup(document(), name, 5).value_or("-");
+    }
+    static EntityName makeInsertOn(const wchar_t* layerName) {
+        const ads_point origin = {0.0, 0.0, 0.0};
+        const ResbufList list{
+            acutBuildList(RTDXF0, L"INSERT", 2, kFileSystemBlock, 8, layerName, 10, origin, 0)};
+        EXPECT_EQ(acdbEntMake(list.get()), RTNORM);
+        ads_name name = {};
+        EXPECT_EQ(acdbEntLast(name), RTNORM);
+        return EntityName{name};
+    }
+};
+
+TEST_F(Storage, AFreshDrawingHoldsNothingOfIt) {
+    static_cast<void>(fs());
+    EXPECT_EQ(tree(), "none");
+    EXPECT_EQ(layer(), "absent");
+    EXPECT_EQ(inserts(), 0u);
+}
+
+TEST_F(Storage, TheBlockHoldsOneInvisibleConstantAttribute) {
+    ASSERT_TRUE(write("/a/f", "5"));
+    EXPECT_EQ(groups(blockEntity(), {0, 1, 2, 3, 8, 40, 70}),
+              "0=ATTDEF 1= 2=mor 3=mor 8=0 40=1.0 70=3");
+    EXPECT_EQ(attributes(blockEntity()), "^DWG_FILESYSTEM_ROOT=" + handle(entityOf("/")) + ";");
+    EXPECT_EQ(host::recordInfo(document(), blockEntity())->container, "MOR_DWGFILES");
+}
+
+TEST_F(Storage, ADirectoryIsAnInsertInModelSpace) {
+    ASSERT_TRUE(write("/a/b/f", "5"));
+    EXPECT_EQ(inserts(), 3u);
+    for (const char* path : {"/", "/a", "/a/b"}) {
+        const EntityName name = entityOf(path);
+        EXPECT_EQ(groups(name, {0, 2, 8, 66}), "0=INSERT 2=MOR_DWGFILES 8=MOR_CONTROL_LAYER 66=-");
+        EXPECT_EQ(host::recordInfo(document(), name)->place, host::Place::ModelSpace);
+    }
+    EXPECT_EQ(attributes(entityOf("/")),
+              "$ID=MOR_DWGFILES_DIR;$INFO=/;^a=" + handle(entityOf("/a")) + ";");
+    EXPECT_EQ(attributes(entityOf("/a")),
+              "$ID=MOR_DWGFILES_DIR;$INFO=/a;^b=" + handle(entityOf("/a/b")) + ";");
+    EXPECT_EQ(attributes(entityOf("/a/b")), "$ID=MOR_DWGFILES_DIR;$INFO=/a/b;f=;");
+}
+
+TEST_F(Storage, MakingTheBlockAgainLeavesNoRootLink) {
+    ASSERT_TRUE(write("/a/f", "5"));
+    OpenFileSystem store;
+    EXPECT_TRUE(store.makeBlock());
+    EXPECT_EQ(tree(), "no root");
+    EXPECT_EQ(inserts(), 2u);
+}
+
+TEST_F(Storage, NothingIsMadeThroughAnEmptyView) {
+    OpenFileSystem store{CMORCadView{}};
+    EXPECT_FALSE(store.makeBlock());
+    CMOREntity parent;
+    CMOREntity dir;
+    EXPECT_FALSE(store.makeDir(parent, L"a", L"/a", dir));
+    store.zero();
+    EXPECT_EQ(tree(), "none");
+    EXPECT_EQ(printed(), L"");
+}
+
+TEST_F(Storage, ARefusedInsertChangesNoOtherEntity) {
+    ASSERT_TRUE(write("/a/f", "5"));
+    const std::string before = tree();
+    for (const char* operation : {"acdbEntMake", "acdbEntLast"}) {
+        host::faults::failCall(operation, operation == std::string_view{"acdbEntLast"} ? 2 : 1);
+        EXPECT_FALSE(write("/b/f", "6")) << operation;
+        EXPECT_TRUE(host::faults::struck());
+        host::faults::reset();
+        EXPECT_EQ(tree(), before) << operation;
+    }
+    EXPECT_TRUE(write("/b/f", "6"));
+}
+
+TEST_F(Storage, ADefinitionThatWasNotClosedIsGivenUp) {
+    host::faults::failCall("acdbEntMake", 3);
+    EXPECT_FALSE(write("/a/f", "5"));
+    host::faults::reset();
+    EXPECT_EQ(tree(), "none");
+    EXPECT_TRUE(write("/a/f", "5"));
+    EXPECT_EQ(tree(), "/ [a/ [f=5]]");
+}
+
+TEST_F(Storage, DeletingAllInsertsSparesOtherLayers) {
+    ASSERT_TRUE(write("/a/f", "5"));
+    const EntityName other = makeInsertOn(L"0");
+    OpenFileSystem store;
+    store.deleteAllInserts();
+    EXPECT_EQ(inserts(), 0u);
+    EXPECT_FALSE(host::recordInfo(document(), other)->erased);
+    EXPECT_EQ(tree(), "/ erased");
+    store.deleteAllInserts();
+    EXPECT_EQ(inserts(), 0u) << "erased ones are not restored";
+}
+
+TEST_F(Storage, TheGuardFreezesAndUnlocksWhileItLives) {
+    const struct {
+        bool frozen, locked, always;
+        const char* after;
+    } cases[] = {{false, false, false, "frozen unlocked"}, {false, true, false, "frozen locked"},
+                 {true, false, false, "frozen unlocked"},  {true, true, false, "frozen locked"},
+                 {false, false, true, "frozen locked"},    {true, true, true, "frozen locked"}};
+    for (const auto& c : cases) {
+        setLayer(c.frozen, c.locked);
+        host::resetCounters();
+        {
+            const ControlLayerGuard guard{c.always};
+            EXPECT_EQ(layer(), "frozen unlocked");
+        }
+        EXPECT_EQ(layer(), c.after) << c.frozen << c.locked << c.always;
+        EXPECT_EQ(host::counters().flushesReactorsOn, 0u);
+    }
+}
+
+TEST_F(Storage, TheGuardMakesTheLayer) {
+    {
+        const ControlLayerGuard guard{ControlLayerGuard::kRelockAsFound};
+        EXPECT_EQ(layer(), "frozen unlocked");
+    }
+    EXPECT_EQ(layer(), "frozen unlocked");
+}
+
+TEST_F(Storage, WorkGoesOnWithoutAControlLayer) {
+    host::faults::refuseLayer(true);
+    EXPECT_TRUE(write("/a/f", "5"));
+    host::faults::refuseLayer(false);
+    EXPECT_EQ(tree(), "/ [a/ [f=5]]");
+    EXPECT_EQ(layer(), "thawed unlocked") << "made by the platform with the first insert";
+}
+
+TEST_F(Storage, EverythingWorksWhenLayerLocksAreEnforced) {
+    host::faults::enforceLayerLocks(true);
+    EXPECT_TRUE(write("/a/b/f", "5"));
+    EXPECT_TRUE(write("/a/b/g", "6"));
+    EXPECT_TRUE(del("/a/b/f"));
+    EXPECT_EQ(tree(), "/ [a/ [b/ [g=6]]]");
+    fs().removeFileSystem();
+    EXPECT_EQ(inserts(), 0u);
+}
+
+}  // namespace
+}  // namespace mor::test

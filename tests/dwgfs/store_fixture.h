@@ -1,0 +1,88 @@
+#pragma once
+
+#include "dwgfs/dwg_file_system.h"
+#include "frame/message_system.h"
+#include "tests/support/drawing_test.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+namespace mor::test {
+
+/// The protected operations of a file system, as a class of the suite would use them.
+struct OpenFileSystem : CMORCadDwgFileSystem {
+    using CMORCadDwgFileSystem::All;
+    using CMORCadDwgFileSystem::callBack;
+    using CMORCadDwgFileSystem::checkBlock;
+    using CMORCadDwgFileSystem::CMORCadDwgFileSystem;
+    using CMORCadDwgFileSystem::commonConnectEntity;
+    using CMORCadDwgFileSystem::deleteAllInserts;
+    using CMORCadDwgFileSystem::Directories;
+    using CMORCadDwgFileSystem::EntryType;
+    using CMORCadDwgFileSystem::Files;
+    using CMORCadDwgFileSystem::getAll;
+    using CMORCadDwgFileSystem::getBlockEntity;
+    using CMORCadDwgFileSystem::getDir;
+    using CMORCadDwgFileSystem::getDirFromHashTable;
+    using CMORCadDwgFileSystem::getFile;
+    using CMORCadDwgFileSystem::getParentDir;
+    using CMORCadDwgFileSystem::isDirectory;
+    using CMORCadDwgFileSystem::isFile;
+    using CMORCadDwgFileSystem::makeBlock;
+    using CMORCadDwgFileSystem::makeDir;
+    using CMORCadDwgFileSystem::makeDirNameFromXDataDirName;
+    using CMORCadDwgFileSystem::makeXDataDirNameFromDirName;
+    using CMORCadDwgFileSystem::mergePath;
+    using CMORCadDwgFileSystem::splitPath;
+    using CMORCadDwgFileSystem::zero;
+};
+
+/// A drawing and its store. State is read from the records of the drawing, not through the library.
+class StoreTest : public DrawingTest {
+protected:
+    explicit StoreTest(host::Release release = host::Release::R2018) : DrawingTest(release) {}
+
+    void SetUp() override;
+    void TearDown() override;
+
+    /// The current document's file system.
+    static CMORCadDwgFileSystem& fs();
+    static bool write(std::string_view path, std::string_view lisp);
+    /// The value as LISP text; "unread" when the file was not there, "false" when `read` said so.
+    static std::string read(std::string_view path);
+    static bool del(std::string_view path);
+
+    /// "/ [a/ [b/ [f=5]] c/]": what the links and attributes say, in stored order. A link that
+    /// leads to an erased directory shows as "b/ erased", one that leads nowhere as "b/ missing".
+    /// "none" without a block, "no root" without a root link.
+    [[nodiscard]] std::string tree() const;
+    /// The control layer: "frozen locked", "thawed unlocked" and so on, or "absent".
+    [[nodiscard]] std::string layer() const;
+    /// The live inserts of the file system's block on the control layer.
+    [[nodiscard]] std::size_t inserts() const;
+
+    /// The entity of a directory, erased or not; fails the test when no links lead there.
+    [[nodiscard]] EntityName entityOf(std::string_view path) const;
+    [[nodiscard]] EntityName blockEntity() const;
+    static void toggleErased(EntityName entity);
+    static void setText(EntityName entity, const wchar_t* attribute, const wchar_t* text);
+    static void setLayer(bool frozen, bool locked);
+
+    static void send(int message);
+    /// Saves the drawing to a file and opens that instead.
+    void reopen();
+    /// Opens a file in place of the test's drawing.
+    void open(const std::filesystem::path& file);
+
+private:
+    [[nodiscard]] std::string describe(EntityName dir, const std::string& name, int depth) const;
+    [[nodiscard]] std::string describeLink(const host::RecordAttribute& link, int depth) const;
+};
+
+[[nodiscard]] std::wstring wide(std::string_view text);
+[[nodiscard]] CMORAdsLispVar value(std::string_view lisp);
+[[nodiscard]] std::string joined(const CMORStringList& list);
+
+}  // namespace mor::test
