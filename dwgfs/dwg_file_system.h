@@ -13,6 +13,7 @@
 
 #include <functional>
 #include <map>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -67,6 +68,9 @@ public:
     bool write(const wchar_t* path, const CMORAdsLispVar& value);
     /// Removes a file; true too when there is none of that name. Takes no document lock.
     bool del(const wchar_t* path);
+    /// Removes a directory with all that lies below it; false for "/", for what is no directory,
+    /// and through a read-only view. A link that leads back up is taken away alone.
+    bool delDir(const wchar_t* path);
     /// Bytes that the directory's entity can still take; 0 when it does not resolve.
     long getFreeMem(const wchar_t* path);
     /// Bytes that the file takes, name and value; 0 when there is none.
@@ -134,6 +138,9 @@ protected:
     bool isFile(CMOREntity& dir, const wchar_t* name);
 
     bool readWrite(const wchar_t* path, CMORAdsLispVar& value, bool write);
+    /// Destroys the directory and all below it, deepest first; the parent's link stays. False when
+    /// it does not resolve, and for the root, which is reported on the command line.
+    bool removeDir(CMOREntity& parent, const wchar_t* name, const wchar_t* path);
     bool getAll(const CMOREntity& dir, CMORStringList& names, EntryType type);
     bool getAll(const wchar_t* path, CMORStringList& names, EntryType type);
 
@@ -142,6 +149,8 @@ private:
                               CMORAdsLispVar& files);
     void readMatchingFile(const wchar_t* path, CMORAdsLispVar& files);
     bool getLinkedDir(const wchar_t* handle, CMOREntity& dir);
+    bool removeTree(CMOREntity& parent, const wchar_t* name, wchar_t* path,
+                    std::set<mor::EntityName>& ancestors);
     void warnIfReadOnly(const wchar_t* operation, bool create) const;
 
     std::map<std::wstring, mor::EntityName, std::less<>> m_directories;  // by full path

@@ -25,5 +25,6 @@ inline constexpr int kGoesOn = 2;   ///< severity: a look-up for writing goes on
 
 // On the command line.
 inline constexpr const wchar_t* kInvalidPath = L"%s: invalid path \"%s\"";
+inline constexpr const wchar_t* kRootStays = L"%s: Kann Wurzelverzeichnis \"/\" nicht l\u00F6schen";
 
 }  // namespace mor

@@ -61,12 +61,14 @@ bool isFilePath(std::wstring_view path) {
     return directory.size() > 1 && isDirPath(directory) && isFileName(path.substr(slash + 1));
 }
 
-bool appendName(PathBuffer& path, std::wstring_view name) {
-    const std::size_t end = path.size();
-    if (path.view() != L"/" && !path.append(L"/")) return false;
-    if (path.append(name)) return true;
-    path.truncate(end);
-    return false;
+ExtendedPath::ExtendedPath(wchar_t* path, std::wstring_view name) : m_end(path + wcslen(path)) {
+    const bool separate = std::wstring_view{path} != kRootPath;
+    const auto size = static_cast<std::size_t>(m_end - path);
+    m_fits = size + (separate ? 1 : 0) + name.size() <= kMaxPathLength;
+    if (!m_fits) return;
+    wchar_t* position = m_end;
+    if (separate) *position++ = L'/';
+    position[name.copy(position, name.size())] = L'\0';
 }
 
 }  // namespace mor

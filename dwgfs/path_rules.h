@@ -34,8 +34,20 @@ using AttributeBuffer = BoundedText<kMaxAttributeText + 1>;
 /// A directory path other than "/", then "/" and a file name: no file lies in the root.
 [[nodiscard]] bool isFilePath(std::wstring_view path);
 
-/// Adds a name to the path of its directory, with a "/" between; false, and unchanged, when it does
-/// not fit.
-[[nodiscard]] bool appendName(PathBuffer& path, std::wstring_view name);
+/// While it lives, the path of a directory goes on with "/" (unless it is "/") and the name of an
+/// entry. `path` is a buffer for 1023 characters, and unchanged when they do not suffice.
+class ExtendedPath {
+public:
+    ExtendedPath(wchar_t* path, std::wstring_view name);
+    ~ExtendedPath() { *m_end = L'\0'; }
+    ExtendedPath(const ExtendedPath&) = delete;
+    ExtendedPath& operator=(const ExtendedPath&) = delete;
+
+    [[nodiscard]] bool fits() const noexcept { return m_fits; }
+
+private:
+    wchar_t* m_end;
+    bool m_fits = false;
+};
 
 }  // namespace mor

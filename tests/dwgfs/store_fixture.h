@@ -35,6 +35,7 @@ struct OpenFileSystem : CMORCadDwgFileSystem {
     using CMORCadDwgFileSystem::makeDirNameFromXDataDirName;
     using CMORCadDwgFileSystem::makeXDataDirNameFromDirName;
     using CMORCadDwgFileSystem::mergePath;
+    using CMORCadDwgFileSystem::removeDir;
     using CMORCadDwgFileSystem::splitPath;
     using CMORCadDwgFileSystem::zero;
 };

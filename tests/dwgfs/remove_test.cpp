@@ -1,0 +1,158 @@
+#include "dwgfs/names.h"
+#include "tests/dwgfs/store_fixture.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace mor::test {
+namespace {
+
+class Removal : public StoreTest {
+protected:
+    void SetUp() override {
+        StoreTest::SetUp();
+        for (const char* path : {"/a/f", "/a/b/g", "/a/b/c/h", "/d/f"})
+            ASSERT_TRUE(write(path, "1"));
+        ASSERT_EQ(tree(), "/ [a/ [f=1 b/ [g=1 c/ [h=1]]] d/ [f=1]]");
+    }
+    static bool delDir(std::string_view path) { return fs().delDir(wide(path).c_str()); }
+    [[nodiscard]] std::wstring handleOf(std::string_view path) const {
+        return wide(host::recordGroup(document(), entityOf(path), 5).value());
+    }
+};
+
+TEST_F(Removal, TakesEverythingBelowAlong) {
+    const EntityName entities[] = {entityOf("/a"), entityOf("/a/b"), entityOf("/a/b/c")};
+    setLayer(false, false);
+    EXPECT_TRUE(delDir("/a"));
+    EXPECT_EQ(tree(), "/ [d/ [f=1]]");
+    EXPECT_EQ(inserts(), 2u);
+    for (const EntityName entity : entities)
+        EXPECT_TRUE(host::recordInfo(document(), entity)->erased);
+    for (const wchar_t* path : {L"/a", L"/a/b", L"/a/b/c"}) EXPECT_FALSE(fs().isDirectory(path));
+    EXPECT_EQ(layer(), "frozen locked");
+    EXPECT_EQ(host::counters().locksHeld, 0u);
+}
+
+TEST_F(Removal, OfADeeperDirectoryLeavesItsParentsFiles) {
+    EXPECT_TRUE(delDir("/a/b"));
+    EXPECT_EQ(tree(), "/ [a/ [f=1] d/ [f=1]]");
+    EXPECT_EQ(read("/a/b/g"), "false");
+    EXPECT_EQ(read("/a/f"), "1");
+}
+
+TEST_F(Removal, OfWhatIsNoDirectoryIsRefused) {
+    const std::string before = tree();
+    for (const char* path : {"/", "/a/f", "/none", "/none/b", "", "a", "/a/", "//a", "/>a"})
+        EXPECT_FALSE(delDir(path)) << path;
+    EXPECT_FALSE(fs().delDir(nullptr));
+    EXPECT_FALSE(delDir("/" + std::string(1100, 'a')));
+    EXPECT_EQ(tree(), before);
+    EXPECT_EQ(printed(), L"");
+}
+
+TEST_F(Removal, ThroughAnEmptyViewIsRefused) {
+    setLayer(false, false);
+    EXPECT_FALSE(CMORCadDwgFileSystem{CMORCadView{}}.delDir(L"/a"));
+    EXPECT_EQ(inserts(), 5u);
+    EXPECT_EQ(layer(), "thawed unlocked");
+    EXPECT_EQ(printed(), L"");
+}
+
+TEST_F(Removal, NeverReachesTheRootItself) {
+    OpenFileSystem store;
+    CMOREntity block;
+    ASSERT_TRUE(store.getBlockEntity(block));
+    EXPECT_FALSE(store.removeDir(block, L"/", L"/"));
+    EXPECT_EQ(printed(),
+              L"CMORCadDwgFileSystem::removeDir: Kann Wurzelverzeichnis \"/\" nicht l\u00F6schen");
+    EXPECT_EQ(inserts(), 5u);
+}
+
+TEST_F(Removal, MakesRoomForANewDirectory) {
+    ASSERT_TRUE(delDir("/a"));
+    EXPECT_TRUE(write("/a/f", "2"));
+    EXPECT_EQ(tree(), "/ [d/ [f=1] a/ [f=2]]");
+    reopen();
+    EXPECT_EQ(tree(), "/ [d/ [f=1] a/ [f=2]]");
+}
+
+TEST_F(Removal, TakesErasedDirectoriesAlong) {
+    const EntityName erased = entityOf("/a/b");
+    toggleErased(erased);
+    EXPECT_TRUE(delDir("/a"));
+    EXPECT_EQ(tree(), "/ [d/ [f=1]]");
+    EXPECT_TRUE(host::recordInfo(document(), erased)->erased);
+    EXPECT_EQ(inserts(), 2u) << "/a/b/c was reached through it";
+}
+
+TEST_F(Removal, GoesOnBehindADeadLink) {
+    setText(entityOf("/a/b"), L"^c", L"FFFFFF");
+    const EntityName a = entityOf("/a");
+    EXPECT_TRUE(delDir("/a"));
+    EXPECT_TRUE(host::recordInfo(document(), a)->erased);
+    EXPECT_EQ(tree(), "/") << "the dead link emptied the store meanwhile";
+}
+
+TEST_F(Removal, FollowsNoCircle) {
+    setText(entityOf("/a/b/c"), L"^up", handleOf("/a").c_str());
+    setText(entityOf("/a/b/c"), L"^top", handleOf("/").c_str());
+    EXPECT_TRUE(delDir("/a"));
+    EXPECT_EQ(tree(), "/ [d/ [f=1]]");
+    EXPECT_EQ(inserts(), 2u);
+}
+
+TEST_F(Removal, OfACircleTakesTheLinkAlone) {
+    setText(entityOf("/a/b"), L"^up", handleOf("/a").c_str());
+    EXPECT_TRUE(delDir("/a/b/up"));
+    EXPECT_EQ(tree(), "/ [a/ [f=1 b/ [g=1 c/ [h=1]]] d/ [f=1]]");
+}
+
+TEST_F(Removal, FollowsTwoLinksToOneDirectory) {
+    setText(entityOf("/a"), L"^second", handleOf("/a/b").c_str());
+    EXPECT_TRUE(delDir("/a"));
+    EXPECT_EQ(tree(), "/ [d/ [f=1]]");
+    EXPECT_EQ(inserts(), 2u);
+}
+
+TEST_F(Removal, GoesDeeperThanAPathIsLong) {
+    // Two chains of directories, the second hung below the end of the first.
+    std::string first = "/x";
+    std::string second = "/y";
+    while (first.size() < 800) {
+        first += "/n";
+        second += "/n";
+    }
+    ASSERT_TRUE(write(first + "/f", "1"));
+    ASSERT_TRUE(write(second + "/f", "1"));
+    setText(entityOf(first), L"^y", handleOf("/y").c_str());
+    setText(entityOf("/"), L"^y", L"");
+    EXPECT_TRUE(delDir("/x"));
+    EXPECT_EQ(inserts(), 5u);
+}
+
+TEST_F(Removal, WorksWhenLayerLocksAreEnforced) {
+    host::faults::enforceLayerLocks(true);
+    EXPECT_TRUE(delDir("/a"));
+    EXPECT_EQ(tree(), "/ [d/ [f=1]]");
+}
+
+TEST_F(Removal, WhoseNthCallFailsLeavesAStoreThatWorks) {
+    std::size_t nth = 1;
+    for (bool failed = true; failed; ++nth) {
+        OpenFileSystem store;  // its table knows nothing of the round before
+        ASSERT_TRUE(store.write(L"/sweep/b/f", value("1")));
+        host::faults::failAnyCall(nth);
+        const bool removed = store.delDir(L"/sweep");
+        failed = host::faults::struck();
+        host::faults::reset();
+        EXPECT_TRUE(removed || failed) << nth;
+        EXPECT_TRUE(OpenFileSystem{}.write(L"/sweep/b/f", value("2"))) << nth;
+        EXPECT_NE(tree().find("sweep/ [b/ [f=2]]"), std::string::npos) << nth << tree();
+    }
+    EXPECT_GT(nth, 10u);
+}
+
+}  // namespace
+}  // namespace mor::test
