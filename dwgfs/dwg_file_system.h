@@ -90,6 +90,11 @@ public:
     /// does not begin with "/".
     bool readAllMatchingFiles(const wchar_t* pattern, CMORAdsLispVar& files);
 
+    /// Prints a directory, or a single file, with the memory figures on the command line; with
+    /// `recursive` all that lies below it. False after a break, and when the path names nothing;
+    /// for an invalid path nothing is printed.
+    bool dir(const wchar_t* path, bool recursive);
+
     /// Erases all directories. What refers to them stays: the check clears it away later.
     void removeFileSystem();
     /// The same; entities on the control layer inside block definitions move to layer "0".
@@ -141,6 +146,14 @@ protected:
     /// Destroys the directory and all below it, deepest first; the parent's link stays. False when
     /// it does not resolve, and for the root, which is reported on the command line.
     bool removeDir(CMOREntity& parent, const wchar_t* name, const wchar_t* path);
+
+    // `path` is a buffer for 1023 characters, which is whole again afterwards.
+    /// Prints what lies in the directory; false after a break, which is printed too, and when it
+    /// does not resolve.
+    bool printDir(wchar_t* path, bool recursive);
+    bool printFile(const wchar_t* path);
+    bool printSingleDir(const wchar_t* path);
+
     bool getAll(const CMOREntity& dir, CMORStringList& names, EntryType type);
     bool getAll(const wchar_t* path, CMORStringList& names, EntryType type);
 
@@ -151,6 +164,7 @@ private:
     bool getLinkedDir(const wchar_t* handle, CMOREntity& dir);
     bool removeTree(CMOREntity& parent, const wchar_t* name, wchar_t* path,
                     std::set<mor::EntityName>& ancestors);
+    [[nodiscard]] bool isOwnAncestor(const wchar_t* path) const;
     void warnIfReadOnly(const wchar_t* operation, bool create) const;
 
     std::map<std::wstring, mor::EntityName, std::less<>> m_directories;  // by full path

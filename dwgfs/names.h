@@ -27,4 +27,19 @@ inline constexpr int kGoesOn = 2;   ///< severity: a look-up for writing goes on
 inline constexpr const wchar_t* kInvalidPath = L"%s: invalid path \"%s\"";
 inline constexpr const wchar_t* kRootStays = L"%s: Kann Wurzelverzeichnis \"/\" nicht l\u00F6schen";
 
+// The listing, from top to bottom.
+inline constexpr const wchar_t* kListingBlank = L"\n";
+inline constexpr const wchar_t* kListingTitle =
+    L"=========== MOR = DWG FILE SYSTEM === DIRECTORY LISTING =========\n";
+inline constexpr const wchar_t* kListingPath = L"%sRECURSIVE LISTING OF PATH: %s\n";
+inline constexpr const wchar_t* kListingColumns = L"Typ  Memory[Byte]   pszPath\n";
+inline constexpr const wchar_t* kListingRule =
+    L"-----------------------------------------------------------------\n";
+inline constexpr const wchar_t* kListingFile = L"File  %5ld used    %s ";
+inline constexpr const wchar_t* kListingDir = L"Dir   %5ld free    %s\n";
+inline constexpr const wchar_t* kListingNotFound = L"invalid pszPath        %s\n";
+inline constexpr const wchar_t* kListingBreak = L"\nBreak\n";
+inline constexpr const wchar_t* kListingEnd =
+    L"=================================================================\n";
+
 }  // namespace mor

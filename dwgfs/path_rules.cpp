@@ -61,6 +61,10 @@ bool isFilePath(std::wstring_view path) {
     return directory.size() > 1 && isDirPath(directory) && isFileName(path.substr(slash + 1));
 }
 
+std::wstring_view parentPath(std::wstring_view path) {
+    return path.substr(0, std::max<std::size_t>(path.rfind(L'/'), 1));
+}
+
 ExtendedPath::ExtendedPath(wchar_t* path, std::wstring_view name) : m_end(path + wcslen(path)) {
     const bool separate = std::wstring_view{path} != kRootPath;
     const auto size = static_cast<std::size_t>(m_end - path);

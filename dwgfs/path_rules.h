@@ -34,6 +34,9 @@ using AttributeBuffer = BoundedText<kMaxAttributeText + 1>;
 /// A directory path other than "/", then "/" and a file name: no file lies in the root.
 [[nodiscard]] bool isFilePath(std::wstring_view path);
 
+/// The path without its last name: "/" for "/a". `path` begins with "/" and is not "/".
+[[nodiscard]] std::wstring_view parentPath(std::wstring_view path);
+
 /// While it lives, the path of a directory goes on with "/" (unless it is "/") and the name of an
 /// entry. `path` is a buffer for 1023 characters, and unchanged when they do not suffice.
 class ExtendedPath {

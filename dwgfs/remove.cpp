@@ -4,7 +4,6 @@
 #include "dwgfs/names.h"
 #include "platform/output_calls.h"
 
-#include <algorithm>
 #include <set>
 #include <string_view>
 
@@ -33,7 +32,7 @@ bool CMORCadDwgFileSystem::removeDir(CMOREntity& parent, const wchar_t* name, co
     if (!mor::copyPath(path, walked)) return false;
     std::set<mor::EntityName> ancestors;  // of the directory: no link below may lead back to one
     for (std::wstring_view upper = walked.view(); upper.size() > 1;) {
-        upper = upper.substr(0, std::max<std::size_t>(upper.rfind(L'/'), 1));
+        upper = mor::parentPath(upper);
         const auto entry = m_directories.find(upper);
         if (entry != m_directories.end()) ancestors.insert(entry->second);
     }

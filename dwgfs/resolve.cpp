@@ -132,6 +132,19 @@ bool CMORCadDwgFileSystem::isFile(const wchar_t* path) {
     return getParentDir(copy.c_str(), false, parent, name.data()) && isFile(parent, name.c_str());
 }
 
+// Whether one of the directories on the way to `path` is the one that it names. Every directory
+// that has resolved is in the table, with those on the way to it.
+bool CMORCadDwgFileSystem::isOwnAncestor(const wchar_t* path) const {
+    const auto own = m_directories.find(std::wstring_view{path});
+    if (own == m_directories.end()) return false;
+    for (std::wstring_view upper = path; upper.size() > 1;) {
+        upper = mor::parentPath(upper);
+        const auto entry = m_directories.find(upper);
+        if (entry != m_directories.end() && entry->second == own->second) return true;
+    }
+    return false;
+}
+
 // The look-up goes on: what exists resolves, and where something must be made that is refused.
 void CMORCadDwgFileSystem::warnIfReadOnly(const wchar_t* operation, bool create) const {
     if (!create || m_view.isWriteable()) return;

@@ -1,0 +1,146 @@
+#include "dwgfs/names.h"
+#include "tests/dwgfs/store_fixture.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace mor::test {
+namespace {
+
+constexpr const wchar_t* kTitle =
+    L"\n=========== MOR = DWG FILE SYSTEM === DIRECTORY LISTING =========\n\n";
+constexpr const wchar_t* kColumns =
+    L"\nTyp  Memory[Byte]   pszPath\n"
+    L"-----------------------------------------------------------------\n";
+constexpr const wchar_t* kFoot =
+    L"\n=================================================================\n\n";
+
+class Listing : public StoreTest {
+protected:
+    void SetUp() override {
+        StoreTest::SetUp();
+        ASSERT_TRUE(write("/a/f", "5"));
+        ASSERT_TRUE(write("/a/b/>g", "(1 2)"));
+        ASSERT_TRUE(write("/a/h", "6"));
+    }
+    /// What `dir` printed between head and foot, and "-> false" when it said so. Head and foot are
+    /// compared.
+    static std::wstring list(const std::wstring& path, bool recursive) {
+        const bool result = fs().dir(path.c_str(), recursive);
+        std::wstring text = printed();
+        const std::wstring head = kTitle + std::wstring{recursive ? L"" : L"NON"} +
+                                  L"RECURSIVE LISTING OF PATH: " + path + L"\n" + kColumns;
+        EXPECT_TRUE(text.starts_with(head)) << host::toUtf8(text);
+        EXPECT_TRUE(text.ends_with(kFoot)) << host::toUtf8(text);
+        text =
+            text.substr(head.size(), text.size() - head.size() - std::wstring_view{kFoot}.size());
+        return result ? text : text + L"-> false";
+    }
+    static std::wstring dirLine(const wchar_t* path) {
+        const std::wstring figure = std::to_wstring(fs().getFreeMem(path));
+        return L"Dir   " + figure + L" free    " + path + L"\n";
+    }
+    static std::wstring fileLine(const wchar_t* path) {
+        const std::wstring figure = std::to_wstring(fs().getUsedMem(path));
+        return L"File  " + std::wstring(5 - figure.size(), L' ') + figure + L" used    " + path +
+               L" \n";
+    }
+};
+
+TEST_F(Listing, GoesThroughTheWholeTreeFilesFirst) {
+    EXPECT_EQ(list(L"/", true), dirLine(L"/") + dirLine(L"/a") + fileLine(L"/a/f") +
+                                    fileLine(L"/a/h") + dirLine(L"/a/b") + fileLine(L"/a/b/>g"));
+    EXPECT_EQ(fileLine(L"/a/f"), L"File      8 used    /a/f \n");
+}
+
+TEST_F(Listing, GoesOneLevelDeepWhenNotRecursive) {
+    EXPECT_EQ(list(L"/", false), dirLine(L"/") + dirLine(L"/a"));
+    EXPECT_EQ(list(L"/a", false),
+              dirLine(L"/a") + fileLine(L"/a/f") + fileLine(L"/a/h") + dirLine(L"/a/b"));
+}
+
+TEST_F(Listing, ShowsASingleFile) { EXPECT_EQ(list(L"/a/f", true), fileLine(L"/a/f")); }
+
+TEST_F(Listing, SaysWhatNamesNothing) {
+    EXPECT_EQ(list(L"/a/x", false), L"invalid pszPath        /a/x\n-> false");
+    EXPECT_EQ(list(L"/x/y", true), L"invalid pszPath        /x/y\n-> false");
+}
+
+TEST_F(Listing, PrintsNothingForAnInvalidPath) {
+    for (const wchar_t* path :
+         {L"", L"a", L"/a/", L"/a/b/>g", L"/a.b", static_cast<const wchar_t*>(nullptr)})
+        EXPECT_FALSE(fs().dir(path, true));
+    EXPECT_FALSE(fs().dir((L"/" + std::wstring(1100, L'a')).c_str(), true));
+    EXPECT_EQ(printed(), L"");
+}
+
+TEST_F(Listing, ShowsTheRootOfAnEmptyDrawingAsUnresolved) {
+    AcApDocument* other = host::createDocument(host::Release::R12);
+    makeCurrent(other);
+    EXPECT_EQ(list(L"/", true), L"Dir       0 free    /\n-> false");
+    send(MOR_AdsMsgSystemClass::ReleaseDocumentObjects);
+    makeCurrent(document());
+    host::closeDocument(other);
+}
+
+TEST_F(Listing, StopsAtABreak) {
+    host::pressBreakKey();
+    EXPECT_EQ(list(L"/", true), dirLine(L"/") + L"\nBreak\n-> false");
+    EXPECT_EQ(list(L"/a/b", true), dirLine(L"/a/b") + fileLine(L"/a/b/>g")) << "pressed once";
+}
+
+TEST_F(Listing, PrintsABreakOnceHoweverDeepItCame) {
+    std::wstring text;
+    host::setPrinter([&text](std::wstring_view part) {
+        text += part;
+        if (part.find(L"/a/f ") != std::wstring_view::npos) host::pressBreakKey();
+    });
+    EXPECT_FALSE(fs().dir(L"/", true));
+    host::setPrinter({});
+    const std::wstring end = fileLine(L"/a/f") + L"\nBreak\n" + kFoot;
+    EXPECT_TRUE(text.ends_with(end)) << host::toUtf8(text);
+}
+
+TEST_F(Listing, StopsWhereADirectoryDoesNotResolve) {
+    setText(entityOf("/a"), L"^c", L"FFFFFF");
+    ASSERT_TRUE(OpenFileSystem{}.write(L"/a/d/f", value("1")));
+    const std::wstring text = list(L"/a", true);
+    EXPECT_TRUE(text.ends_with(L"Dir       0 free    /a/c\n-> false")) << host::toUtf8(text);
+}
+
+TEST_F(Listing, PrintsTheLineOfACircleAndGoesOn) {
+    const std::wstring handle = wide(host::recordGroup(document(), entityOf("/a"), 5).value());
+    setText(entityOf("/a/b"), L"^up", handle.c_str());
+    ASSERT_TRUE(write("/a/b/last/f", "1"));
+    const std::wstring text = list(L"/a/b", true);
+    EXPECT_EQ(text, dirLine(L"/a/b") + fileLine(L"/a/b/>g") + dirLine(L"/a/b/up") +
+                        dirLine(L"/a/b/last") + fileLine(L"/a/b/last/f"));
+}
+
+TEST_F(Listing, FollowsTwoLinksToOneDirectory) {
+    const std::wstring handle = wide(host::recordGroup(document(), entityOf("/a/b"), 5).value());
+    setText(entityOf("/"), L"^second", handle.c_str());
+    const std::wstring text = list(L"/", true);
+    EXPECT_TRUE(text.ends_with(dirLine(L"/second") + fileLine(L"/second/>g")))
+        << host::toUtf8(text);
+}
+
+TEST_F(Listing, SkipsPathsThatAreTooLong) {
+    std::string deep;
+    while (deep.size() < 1020) deep += "/x";
+    ASSERT_TRUE(write(deep + "/f", "1"));
+    setText(entityOf(deep), L"too long", L"");
+    setText(entityOf(deep), L"^too long", L"10");
+    const std::wstring text = list(wide(deep), true);
+    EXPECT_EQ(text, dirLine(wide(deep).c_str()) + fileLine(wide(deep + "/f").c_str()));
+}
+
+TEST_F(Listing, TakesNoLock) {
+    host::resetCounters();
+    static_cast<void>(list(L"/", true));
+    EXPECT_EQ(host::counters().locksTaken, 0u);
+}
+
+}  // namespace
+}  // namespace mor::test
