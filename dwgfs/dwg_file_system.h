@@ -95,6 +95,10 @@ public:
     /// for an invalid path nothing is printed.
     bool dir(const wchar_t* path, bool recursive);
 
+    /// Resolves every directory once, which repairs what can be repaired, under the document's
+    /// lock. Nothing through a read-only view, and while the current document is not the active
+    /// one.
+    void checkFileSystem();
     /// Erases all directories. What refers to them stays: the check clears it away later.
     void removeFileSystem();
     /// The same; entities on the control layer inside block definitions move to layer "0".
@@ -127,7 +131,9 @@ protected:
     bool getBlockEntity(CMOREntity& block);
     /// Connects, and moves the entity to model space when it lies elsewhere.
     bool commonConnectEntity(const ads_name name, CMOREntity& entity);
-    /// Puts the root link and the block's definition right.
+    /// Puts the root link and the block's definition right: a root link that leads to nothing that
+    /// can be erased is dropped and all directories erased, a first entity of another kind
+    /// replaced. Nothing through a read-only view, and while a dialog box is active.
     void checkBlock(CMOREntity& block);
 
     // Resolving. `path` is a buffer of the caller's own, which is whole again afterwards.
@@ -153,6 +159,7 @@ protected:
     bool printDir(wchar_t* path, bool recursive);
     bool printFile(const wchar_t* path);
     bool printSingleDir(const wchar_t* path);
+    void checkDirAndSubdirs(wchar_t* path);
 
     bool getAll(const CMOREntity& dir, CMORStringList& names, EntryType type);
     bool getAll(const wchar_t* path, CMORStringList& names, EntryType type);

@@ -92,6 +92,7 @@ void CMORCadDwgFileSystem::callBack(int message) {
         if (s_fileSystems.remove(slot)) slot = nullptr;
         MOR_AdsMsgSystemClass::getTheGlobalObject()->unregisterFct(callBack);
     } else if (message == MOR_AdsMsgSystemClass::CheckDwgFileSystem) {
+        if (slot != nullptr && !s_skipNextCheck) slot->checkFileSystem();
         s_skipNextCheck = false;
     }
 }

@@ -1,0 +1,248 @@
+#include "dwgfs/names.h"
+#include "platform/entity_calls.h"
+#include "platform/owned.h"
+#include "tests/dwgfs/store_fixture.h"
+#include "tests/dwgfs/stored_drawing.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace mor::test {
+namespace {
+
+class Check : public StoreTest {
+protected:
+    void SetUp() override {
+        StoreTest::SetUp();
+        ASSERT_TRUE(write("/a/b/f", "5"));
+        ASSERT_TRUE(write("/c/f", "6"));
+    }
+    static constexpr const char* kWhole = "/ [a/ [b/ [f=5]] c/ [f=6]]";
+
+    static void check() { send(MOR_AdsMsgSystemClass::CheckDwgFileSystem); }
+    /// A look-up by an object of its own, whose table is empty.
+    static bool lookUpRoot() {
+        CMOREntity root;
+        return OpenFileSystem{}.getRoot(root, false);
+    }
+    [[nodiscard]] std::wstring handleOf(EntityName name) const {
+        return wide(host::recordGroups(document(), name).at(1).value);
+    }
+    /// The block again, with a line in place of the attribute definition, and that root link.
+    void replaceBlock(const wchar_t* link) {
+        const ads_point from = {0.0, 0.0, 0.0};
+        const ads_point to = {1.0, 0.0, 0.0};
+        const ResbufList header{
+            acutBuildList(RTDXF0, L"BLOCK", 2, kFileSystemBlock, 10, from, 70, 0, 0)};
+        const ResbufList line{acutBuildList(RTDXF0, L"LINE", 8, L"0", 10, from, 11, to, 0)};
+        const ResbufList end{acutBuildList(RTDXF0, L"ENDBLK", 0)};
+        EXPECT_EQ(acdbEntMake(header.get()), RTNORM);
+        EXPECT_EQ(acdbEntMake(line.get()), RTNORM);
+        EXPECT_EQ(acdbEntMake(end.get()), RTKWORD);
+        if (link != nullptr) setText(blockEntity(), kRootLink, link);
+    }
+    [[nodiscard]] std::string blockType() const {
+        return host::recordInfo(document(), blockEntity())->type;
+    }
+};
+
+TEST_F(Check, OfASoundStoreChangesNothing) {
+    reopen();
+    setLayer(true, true);
+    host::resetCounters();
+    const host::SaveOptions toNowhere{.output = ::testing::TempDir() + "mor_never_written.dxf",
+                                      .dryRun = true};
+    const auto before = host::saveDocument(document(), toNowhere);
+    fs().checkFileSystem();
+    EXPECT_EQ(tree(), kWhole);
+    EXPECT_EQ(layer(), "frozen locked");
+    EXPECT_EQ(host::counters().flushesReactorsOn, 0u);
+    EXPECT_EQ(host::counters().locksTaken, 1u);
+    const auto after = host::saveDocument(document(), toNowhere);
+    ASSERT_TRUE(before && after);
+    EXPECT_EQ(after.value().edits.size(), before.value().edits.size());
+    EXPECT_EQ(printed(), L"");
+}
+
+TEST_F(Check, RestoresErasedDirectories) {
+    toggleErased(entityOf("/a/b"));
+    toggleErased(entityOf("/a"));
+    toggleErased(entityOf("/"));
+    fs().checkFileSystem();
+    EXPECT_EQ(tree(), kWhole);
+}
+
+TEST_F(Check, MovesDirectoriesBackToModelSpace) {
+    open(storedDrawing().save("stored.dxf"));
+    ASSERT_EQ(host::recordInfo(document(), entityOf("/a"))->place, host::Place::PaperSpace);
+    fs().checkFileSystem();
+    EXPECT_EQ(host::recordInfo(document(), entityOf("/a"))->place, host::Place::ModelSpace);
+}
+
+TEST_F(Check, EmptiesTheStoreAtADeadLink) {
+    setText(entityOf("/a"), L"^b", L"FFFFFF");
+    OpenFileSystem{}.checkFileSystem();
+    EXPECT_EQ(tree(), "/");
+}
+
+TEST_F(Check, NeedsTheActiveDocumentAndItsLock) {
+    toggleErased(entityOf("/a"));
+    const std::string before = tree();
+    host::setActiveDocument(nullptr);
+    OpenFileSystem{}.checkFileSystem();
+    makeCurrent(document());
+    host::faults::refuseLocks(true);
+    OpenFileSystem{}.checkFileSystem();
+    host::faults::refuseLocks(false);
+    OpenFileSystem{CMORCadView{}}.checkFileSystem();
+    EXPECT_EQ(tree(), before);
+    EXPECT_EQ(host::counters().locksHeld, 0u);
+}
+
+TEST_F(Check, FollowsNoCircle) {
+    setText(entityOf("/a/b"), L"^up", handleOf(entityOf("/a")).c_str());
+    toggleErased(entityOf("/c"));
+    OpenFileSystem{}.checkFileSystem();
+    EXPECT_EQ(read("/c/f"), "6");
+    EXPECT_EQ(printed(), L"");
+}
+
+TEST_F(Check, SkipsPathsThatAreTooLong) {
+    std::string deep;
+    while (deep.size() < 1020) deep += "/x";
+    ASSERT_TRUE(write(deep + "/f", "1"));
+    setText(entityOf(deep), L"^too long", L"FFFFFF");
+    OpenFileSystem{}.checkFileSystem();
+    EXPECT_EQ(read(deep + "/f"), "1") << "the dead link was never followed";
+}
+
+// ---- the message --------------------------------------------------------------------------------
+
+TEST_F(Check, RunsAtItsMessage) {
+    toggleErased(entityOf("/c"));
+    check();
+    EXPECT_EQ(tree(), kWhole);
+}
+
+TEST_F(Check, IsSkippedOnceAfterARemoval) {
+    fs().removeFileSystem();
+    check();
+    EXPECT_EQ(tree(), "/ erased");
+    check();
+    EXPECT_EQ(tree(), kWhole);
+}
+
+TEST_F(Check, IsOwedToNobodyAfterTheMessageInAnotherDocument) {
+    fs().removeFileSystem();
+    AcApDocument* other = host::createDocument(host::Release::R12);
+    makeCurrent(other);
+    check();
+    makeCurrent(document());
+    check();
+    EXPECT_EQ(tree(), kWhole);
+    host::closeDocument(other);
+}
+
+// ---- the anchor ---------------------------------------------------------------------------------
+
+TEST_F(Check, ADeadRootLinkEndsTheStore) {
+    setText(blockEntity(), kRootLink, L"FFFFFF");
+    EXPECT_TRUE(lookUpRoot());
+    EXPECT_EQ(tree(), "/");
+    EXPECT_EQ(inserts(), 1u) << "the old directories are erased";
+}
+
+TEST_F(Check, ARootLinkToWhatCannotBeErasedEndsTheStore) {
+    const auto record = host::findSymbol(document(), "LAYER", L"0");
+    ASSERT_TRUE(record);
+    setText(blockEntity(), kRootLink, handleOf(*record).c_str());
+    setLayer(true, true);
+    EXPECT_TRUE(lookUpRoot());
+    EXPECT_EQ(tree(), "/");
+    EXPECT_EQ(inserts(), 1u);
+    EXPECT_EQ(layer(), "frozen locked");
+}
+
+TEST_F(Check, AnErasedRootIsRestored) {
+    toggleErased(entityOf("/"));
+    EXPECT_TRUE(lookUpRoot());
+    EXPECT_EQ(tree(), kWhole);
+}
+
+TEST_F(Check, ABlockOfAnotherKindIsMadeAnewAndKeepsItsLink) {
+    replaceBlock(handleOf(entityOf("/")).c_str());
+    ASSERT_EQ(blockType(), "LINE");
+    EXPECT_TRUE(lookUpRoot());
+    EXPECT_EQ(blockType(), "ATTDEF");
+    EXPECT_EQ(tree(), kWhole);
+    reopen();
+    EXPECT_EQ(tree(), kWhole);
+}
+
+TEST_F(Check, ABlockOfAnotherKindWithoutALinkGetsANewRoot) {
+    for (const wchar_t* link : {static_cast<const wchar_t*>(nullptr), L"FFFFFF"}) {
+        replaceBlock(link);
+        EXPECT_TRUE(lookUpRoot());
+        EXPECT_EQ(blockType(), "ATTDEF");
+        EXPECT_EQ(tree(), "/");
+    }
+}
+
+TEST_F(Check, LeavesTheAnchorAloneWhileADialogIsActive) {
+    setText(blockEntity(), kRootLink, L"FFFFFF");
+    OpenFileSystem store;
+    CMOREntity block;
+    ASSERT_TRUE(store.getBlockEntity(block));
+    for (const int state : {8, 9, 12}) {
+        host::setSystemVariable(L"CMDACTIVE", host::makeInteger(state));
+        store.checkBlock(block);
+        EXPECT_EQ(tree(), "/ missing");
+        EXPECT_EQ(inserts(), 4u);
+    }
+    host::setSystemVariable(L"CMDACTIVE", host::makeInteger(7));
+    store.checkBlock(block);
+    EXPECT_EQ(tree(), "no root");
+    EXPECT_EQ(inserts(), 0u);
+}
+
+TEST_F(Check, LeavesTheAnchorAloneThroughAnEmptyView) {
+    setText(blockEntity(), kRootLink, L"FFFFFF");
+    OpenFileSystem store{CMORCadView{}};
+    CMOREntity block;
+    ASSERT_TRUE(OpenFileSystem{}.getBlockEntity(block));
+    store.checkBlock(block);
+    EXPECT_EQ(tree(), "/ missing");
+}
+
+TEST_F(Check, DoesNotRunWhileTheRootIsInTheTable) {
+    OpenFileSystem store;
+    wchar_t path[] = L"/";
+    CMOREntity root;
+    ASSERT_TRUE(store.getDir(path, false, root));
+    setText(blockEntity(), kRootLink, L"FFFFFF");
+    EXPECT_TRUE(store.getDir(path, false, root));
+    EXPECT_EQ(tree(), "/ missing");
+}
+
+TEST_F(Check, ARemovedStoreIsEmptyOnceTheDrawingWasSaved) {
+    fs().removeFileSystem();
+    reopen();
+    EXPECT_EQ(tree(), "/ missing");
+    EXPECT_EQ(read("/a/b/f"), "false");
+    EXPECT_EQ(tree(), "/");
+    EXPECT_TRUE(write("/a/f", "1"));
+    EXPECT_EQ(tree(), "/ [a/ [f=1]]");
+}
+
+TEST_F(Check, WorksWhenLayerLocksAreEnforced) {
+    toggleErased(entityOf("/a"));
+    setLayer(true, true);
+    host::faults::enforceLayerLocks(true);
+    OpenFileSystem{}.checkFileSystem();
+    EXPECT_EQ(tree(), kWhole);
+    EXPECT_EQ(layer(), "frozen locked");
+}
+
+}  // namespace
+}  // namespace mor::test
