@@ -191,23 +191,21 @@ void Drawing::buildHandles() {
         if (m_records[number].handle != 0)
             m_fileHandles.emplace_back(m_records[number].handle, number);
     std::ranges::sort(m_fileHandles);
+    for (auto at = m_fileHandles.begin(); at != m_fileHandles.end();) {
+        const auto next = std::find_if(at, m_fileHandles.end(),
+                                       [&](const auto& known) { return known.first != at->first; });
+        if (next - at > 1)
+            m_doubledHandles.emplace_back(at->first, static_cast<std::size_t>(next - at));
+        at = next;
+    }
     const auto tail =
         std::ranges::unique(m_fileHandles, {}, &std::pair<std::uint64_t, RecordNumber>::first);
     m_fileHandles.erase(tail.begin(), tail.end());
 }
 
-std::vector<std::pair<std::uint64_t, std::size_t>> Drawing::doubledHandles() const {
-    std::vector<std::uint64_t> handles;
-    for (RecordNumber number = 1; number <= m_lastFileRecord; ++number)
-        if (m_records[number].handle != 0) handles.push_back(m_records[number].handle);
-    std::ranges::sort(handles);
-    std::vector<std::pair<std::uint64_t, std::size_t>> doubled;
-    for (auto at = handles.begin(); at != handles.end();) {
-        const auto next = std::upper_bound(at, handles.end(), *at);
-        if (next - at > 1) doubled.emplace_back(*at, static_cast<std::size_t>(next - at));
-        at = next;
-    }
-    return doubled;
+const std::vector<std::pair<std::uint64_t, std::size_t>>& Drawing::doubledHandles() {
+    buildHandles();
+    return m_doubledHandles;
 }
 
 RecordNumber Drawing::findHandle(std::uint64_t handle) {
@@ -236,6 +234,27 @@ std::uint64_t Drawing::giveHandle(RecordNumber number) {
     entry.handle = handle;
     m_edits[number].handle = handle;
     m_madeHandles[handle] = number;
+    return handle;
+}
+
+std::uint64_t Drawing::renewHandle(RecordNumber number) {
+    if (handleOf(number) == 0) return giveHandle(number);
+    const std::uint64_t handle = takeHandle();
+    if (handle == 0) return 0;
+    buildHandles();
+    RecordEntry& entry = m_records[number];
+    const std::uint64_t old = entry.handle;
+    entry.handle = handle;
+    m_edits[number].groups[5] = handleToText(handle);
+    m_madeHandles[handle] = number;
+    // The old handle now means the next record that carries it.
+    std::erase_if(m_fileHandles, [&](const auto& known) { return known.first == old; });
+    for (RecordNumber other = 1; other <= m_lastFileRecord; ++other)
+        if (m_records[other].handle == old) {
+            m_fileHandles.insert(std::ranges::lower_bound(m_fileHandles, std::pair{old, other}),
+                                 {old, other});
+            break;
+        }
     return handle;
 }
 

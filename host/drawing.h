@@ -87,9 +87,11 @@ public:
         return m_records[number].handle;
     }
     /// Handles that several records of the file carry, and how many.
-    [[nodiscard]] std::vector<std::pair<std::uint64_t, std::size_t>> doubledHandles() const;
+    [[nodiscard]] const std::vector<std::pair<std::uint64_t, std::size_t>>& doubledHandles();
     /// Gives the record a handle when it has none; 0 when there is none left.
     std::uint64_t giveHandle(RecordNumber number);
+    /// Gives the record another handle; 0 when there is none left.
+    std::uint64_t renewHandle(RecordNumber number);
     [[nodiscard]] EntityName nameForHandle(std::uint64_t handle) override;
     [[nodiscard]] std::uint64_t handleForName(EntityName name) override;
     [[nodiscard]] std::uint64_t nextHandle() const { return m_nextHandle; }
@@ -162,6 +164,7 @@ private:
     bool m_handlesBuilt = false;
     std::vector<std::pair<std::uint64_t, RecordNumber>>
         m_fileHandles;  ///< sorted, first record of each
+    std::vector<std::pair<std::uint64_t, std::size_t>> m_doubledHandles;  ///< and how many carry it
     std::map<std::uint64_t, RecordNumber> m_madeHandles;
     std::map<std::uint64_t, std::int64_t> m_unknownHandles;  ///< reserved first words
     std::map<ContainerNumber, std::unordered_map<std::wstring, RecordNumber>> m_symbols;

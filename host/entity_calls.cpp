@@ -44,6 +44,13 @@ std::optional<EntityName> nameOfHandle(std::wstring_view handle) {
     return number == 0 ? std::nullopt : std::optional(drawing->nameOf(number));
 }
 
+std::optional<EntityName> keptNameOfHandle(std::wstring_view handle) {
+    Drawing* drawing = currentDrawing();
+    const std::uint64_t number = handleOfText(handle);
+    if (drawing == nullptr || number == 0) return std::nullopt;
+    return drawing->nameForHandle(number);
+}
+
 std::optional<EntityName> findHandle(const AcApDocument* document, std::wstring_view handle) {
     Drawing& drawing = drawingOf(document);
     const RecordNumber number = drawing.findHandle(handleOfText(handle));

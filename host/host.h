@@ -123,7 +123,12 @@ enum class ValueKind { Nil, Integer, Real, String, EntityName, List, DottedList 
 [[nodiscard]] std::string lispText(const CMORAdsLispVar& value);
 /// Reads one value; `(handent "1A2F")` looks up the current document. Errors name the column and
 /// what would work.
-Result<CMORAdsLispVar> readLisp(std::string_view text);
+/// A handle that no record has is an error, or kept as a name to which nothing connects.
+enum class UnknownHandles { Refuse, Keep };
+Result<CMORAdsLispVar> readLisp(std::string_view text,
+                                UnknownHandles unknown = UnknownHandles::Refuse);
+/// Whether an entity name stands anywhere in the value.
+[[nodiscard]] bool holdsEntityName(const CMORAdsLispVar& value);
 
 [[nodiscard]] std::string toUtf8(std::wstring_view text);
 /// Empty when the bytes are no UTF-8.
@@ -197,6 +202,7 @@ struct RecordAttributes {
 struct Problem {
     enum class Kind { MissingEof, DoubledHandle };
     Kind kind = Kind::MissingEof;
+    std::string handle;  ///< the doubled one
     std::string text;
 };
 [[nodiscard]] std::vector<Problem> documentProblems(const AcApDocument* document);
@@ -216,6 +222,10 @@ void forEachInsert(const AcApDocument* document, std::wstring_view block,
                    const std::function<void(const RecordInfo&)>& visit);
 /// Bytes of extended data that an attribute of that name and value takes.
 [[nodiscard]] long attributeBytes(std::wstring_view name, const CMORAdsLispVar& value);
+
+/// Gives a record another handle, for one that stands twice; false when there is none left. What
+/// names the old handle goes on naming the other record.
+bool renewHandle(AcApDocument* document, mor::EntityName name);
 
 // ---- counters, for tests ------------------------------------------------------------------------
 

@@ -151,7 +151,7 @@ struct SyntaxError {
 
 class Reader {
 public:
-    explicit Reader(std::wstring_view text) : m_text(text) {}
+    Reader(std::wstring_view text, UnknownHandles unknown) : m_text(text), m_unknown(unknown) {}
 
     Result<CMORAdsLispVar> run() {
         while (!m_builder.complete()) {
@@ -219,7 +219,8 @@ private:
         ++m_position;
         if (!handle.empty() && handle.find_first_not_of(L'0') == std::wstring::npos)
             return put(LispToken::entityName({}), begin, kAfterTail);
-        const std::optional<EntityName> name = nameOfHandle(handle);
+        std::optional<EntityName> name = nameOfHandle(handle);
+        if (!name && m_unknown == UnknownHandles::Keep) name = keptNameOfHandle(handle);
         if (!name)
             return fail(begin, "no record of the drawing has the handle " +
                                    toUtf8(quotedText(handle)) +
@@ -382,6 +383,7 @@ private:
     std::size_t m_endOfHigh = 0;  // where an escaped high surrogate ended
     std::vector<std::size_t> m_opened;
     LispBuilder m_builder;
+    UnknownHandles m_unknown;
     SyntaxError m_error;
 };
 
@@ -391,12 +393,12 @@ std::string lispText(const CMORAdsLispVar& value) { return toUtf8(print(value, e
 
 std::wstring princText(const CMORAdsLispVar& value) { return print(value, princAtom); }
 
-Result<CMORAdsLispVar> readLisp(std::string_view text) {
+Result<CMORAdsLispVar> readLisp(std::string_view text, UnknownHandles unknown) {
     constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
     if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
     const std::optional<std::wstring> wide = fromUtf8(text);
     if (!wide) return Error{ErrorKind::Invalid, {}, 0, "the text is no UTF-8; convert it first"};
-    return Reader{*wide}.run();
+    return Reader{*wide, unknown}.run();
 }
 
 }  // namespace mor::host

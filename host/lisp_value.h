@@ -146,6 +146,8 @@ namespace host {
 [[nodiscard]] std::wstring handleText(EntityName name);
 /// The record of the current document with that handle, erased ones included.
 [[nodiscard]] std::optional<EntityName> nameOfHandle(std::wstring_view handle);
+/// The same, with a reserved name for a handle that no record has; none for bad text.
+[[nodiscard]] std::optional<EntityName> keptNameOfHandle(std::wstring_view handle);
 
 }  // namespace host
 }  // namespace mor

@@ -1,7 +1,9 @@
 #include "host/document.h"
 #include "host/host.h"
+#include "host/lisp_value.h"
 #include "platform/runtime.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace mor::host {
@@ -146,15 +148,26 @@ long attributeBytes(std::wstring_view name, const CMORAdsLispVar& value) {
     return attributeCost({std::wstring(name), value});
 }
 
+bool renewHandle(AcApDocument* document, EntityName name) {
+    Drawing& drawing = drawingOf(document);
+    const RecordNumber number = drawing.numberOf(name);
+    return number != 0 && drawing.renewHandle(number) != 0;
+}
+
+bool holdsEntityName(const CMORAdsLispVar& value) {
+    return std::ranges::any_of(
+        tokensOf(value), [](const LispToken& token) { return token.is(LispKind::EntityName); });
+}
+
 std::vector<Problem> documentProblems(const AcApDocument* document) {
-    const Drawing& drawing = drawingOf(document);
+    Drawing& drawing = drawingOf(document);
     std::vector<Problem> problems;
     if (!drawing.index().sawEof)
-        problems.push_back({Problem::Kind::MissingEof, "the file does not end with EOF"});
+        problems.push_back({Problem::Kind::MissingEof, {}, "the file does not end with EOF"});
     for (const auto& [handle, count] : drawing.doubledHandles())
-        problems.push_back({Problem::Kind::DoubledHandle, "the handle " + handleToText(handle) +
-                                                              " stands on " +
-                                                              std::to_string(count) + " records"});
+        problems.push_back({Problem::Kind::DoubledHandle, handleToText(handle),
+                            "the handle " + handleToText(handle) + " stands on " +
+                                std::to_string(count) + " records"});
     return problems;
 }
 

@@ -8,22 +8,49 @@ namespace {
 
 constexpr int kMany = 100000;
 
-constexpr std::array<Command, 8> kCommands = {{
-    {"new", "make the smallest valid drawing", "", "", 0, 0, kNew, nullptr},
-    {"info", "what kind of drawing it is and what its store holds", "", "", 0, 0, kJson, runInfo},
-    {"put", "store a value under a path: LISP text, --string TEXT, --file F or - for stdin",
-     "PATH [VALUE]", "a path such as /cfg/user/x, and LISP text such as 42 or '(1 2 \"x\")'", 1, 2,
-     kChanging | kPutting, runPut},
-    {"cat", "print the values of files", "PATH", "paths such as /cfg/user/x", 1, kMany,
-     kJson | kRaw, runCat},
-    {"ls", "list a directory, in stored order", "PATH", "a directory or file, / when left out", 0,
-     1, kJson | kListing, runLs},
-    {"find", "files whose paths match a pattern, part by part: /cfg/*/x", "PATTERN",
-     "# a digit, @ a letter, * any run, ? one character, [...] one of, ~ not", 1, 1,
-     kJson | kValues, runFind},
-    {"rm", "remove files", "PATH", "paths such as /cfg/user/x", 1, kMany, kChanging, runRm},
-    {"df", "used and free bytes and entries of every directory", "", "", 0, 0, kJson, runDf},
-}};
+constexpr std::string_view kPathHelp = "a path such as /cfg/user";
+
+constexpr std::array kCommands = {
+    Command{"new", "make the smallest valid drawing", "", "", 0, 0, kNew, nullptr, runNew},
+    Command{"info", "what kind of drawing it is and what its store holds", "", "", 0, 0, kJson,
+            runInfo},
+    Command{"put", "store a value under a path: LISP text, --string TEXT, --file F or - for stdin",
+            "PATH [VALUE]", "a path such as /cfg/user/x, and LISP text such as 42 or '(1 2 \"x\")'",
+            1, 2, kChanging | kPutting, runPut},
+    Command{"cat", "print the values of files", "PATH", "paths such as /cfg/user/x", 1, kMany,
+            kJson | kRaw, runCat},
+    Command{"ls", "list a directory, in stored order", "PATH",
+            "a directory or file, / when left out", 0, 1, kJson | kListing, runLs},
+    Command{"tree", "draw a directory and everything below it", "PATH",
+            "a directory, / when left out", 0, 1, 0, runTree},
+    Command{"dir", "the library's own listing, character for character", "PATH",
+            "a directory or file, / when left out", 0, 1, kRecursive, runDir},
+    Command{"find", "files whose paths match a pattern, part by part: /cfg/*/x", "PATTERN",
+            "# a digit, @ a letter, * any run, ? one character, [...] one of, ~ not", 1, 1,
+            kJson | kValues, runFind},
+    Command{"df", "used and free bytes and entries of every directory", "", "", 0, 0, kJson, runDf},
+    Command{"rm", "remove files, with -r directories", "PATH", "paths such as /cfg/user/x", 1,
+            kMany, kChanging | kRemoving, runRm},
+    Command{"cp", "copy a file or directory: DRAWING FROM TO, or A.dxf:/FROM B.dxf:/TO", "FROM TO",
+            kPathHelp, 1, 2, kChanging, nullptr, runCopy},
+    Command{"mv", "move a file or directory, as cp copies it", "FROM TO", kPathHelp, 1, 2,
+            kChanging, nullptr, runMove},
+    Command{"dump", "print a directory and everything below it as JSON", "PATH",
+            "a directory, / when left out", 0, 1, 0, runDump},
+    Command{"load", "store what dump printed", "FILE", "the JSON; - or nothing is stdin", 0, 1,
+            kChanging | kReplace, runLoad},
+    Command{"diff", "what the second drawing's store has added, removed and changed",
+            "DRAWING [PATH]", "the other drawing, and a directory", 1, 2, kJson, nullptr, runDiff},
+    Command{"check", "find damage in stores; changes nothing", "DRAWING", "more drawings", 0, kMany,
+            kJson, nullptr, runCheck},
+    Command{"repair", "mend a damaged store without losing a value", "", "", 0, 0,
+            kChanging | kRepairing | kYes, runRepair},
+    Command{"wipe", "remove the store: all directories and files", "", "", 0, 0,
+            kChanging | kExtended | kYes, runWipe},
+    Command{"run", "many commands on one drawing: one load, one save, all or nothing", "FILE",
+            "a script, one command a line without the drawing; - is stdin", 0, 1,
+            kChanging | kScript, runScript},
+};
 
 }  // namespace
 

@@ -16,7 +16,14 @@ enum Option : unsigned {
     kListing = 8,
     kValues = 16,
     kRaw = 32,
-    kPutting = 64
+    kPutting = 64,
+    kRecursive = 128,
+    kRemoving = 256,
+    kYes = 512,
+    kExtended = 1024,
+    kReplace = 2048,
+    kScript = 4096,
+    kRepairing = 8192
 };
 
 /// One row of the command table, from which the command line, help and documentation come.
@@ -30,18 +37,32 @@ struct Command {
     unsigned options = 0;
     /// Answers the exit code; throws Failure. What it changed is saved when the code is 0.
     int (*run)(Session& session, const Options& options) = nullptr;
+    /// The same for commands that open their drawings themselves.
+    int (*runAlone)(const Options& options) = nullptr;
 };
 
 [[nodiscard]] std::span<const Command> commands();
 
-/// Makes a drawing: the one command that opens none.
+/// Makes a drawing.
 int runNew(const Options& options);
+/// Commands that open several drawings, or save them in an order of their own.
+int runCheck(const Options& options);
+int runDiff(const Options& options);
+int runCopy(const Options& options);
+int runMove(const Options& options);
 int runInfo(Session& session, const Options& options);
 int runPut(Session& session, const Options& options);
 int runCat(Session& session, const Options& options);
 int runLs(Session& session, const Options& options);
 int runFind(Session& session, const Options& options);
 int runRm(Session& session, const Options& options);
+int runDir(Session& session, const Options& options);
+int runTree(Session& session, const Options& options);
+int runDump(Session& session, const Options& options);
+int runLoad(Session& session, const Options& options);
+int runRepair(Session& session, const Options& options);
+int runWipe(Session& session, const Options& options);
+int runScript(Session& session, const Options& options);
 int runDf(Session& session, const Options& options);
 
 }  // namespace mor::tool

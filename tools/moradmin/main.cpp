@@ -26,7 +26,7 @@ private:
 int runCommand(const mor::tool::Options& options) {
     using namespace mor::tool;
     const auto command = std::ranges::find(commands(), options.command, &Command::name);
-    if (command->run == nullptr) return runNew(options);
+    if (command->runAlone != nullptr) return command->runAlone(options);
     Session session(options);
     const int code = command->run(session, options);
     if (code == kDone && (command->options & kChanging) != 0) session.save(options);

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cctype>
 #include <iostream>
+#include <memory>
 #include <string_view>
 
 namespace mor::tool {
@@ -59,6 +60,19 @@ void addOptions(CLI::App& app, const Command& command, Options& options) {
     }
     if (has(kValues))
         app.add_flag("--values", options.values, "print the values too, behind a tab");
+    if (has(kRecursive)) app.add_flag("-R,--recursive", options.recursive, "the whole subtree");
+    if (has(kRemoving))
+        app.add_flag("-r,-R,--recursive", options.recursive,
+                     "directories too, with everything below");
+    if (has(kYes)) app.add_flag("--yes", options.yes, "really do it");
+    if (has(kExtended))
+        app.add_flag("--extended", options.extended,
+                     "move entities on the control layer inside blocks to layer 0 too");
+    if (has(kReplace)) app.add_flag("--replace", options.replace, "remove what is there before");
+    if (has(kScript))
+        app.add_option("-c,--command", options.script,
+                       "the commands themselves, split by line ends or ;")
+            ->type_name("COMMANDS");
     if (has(kRaw))
         app.add_flag("-r,--raw", options.raw, "print a string's own text, without quotes");
     if (has(kPutting)) {
@@ -69,6 +83,13 @@ void addOptions(CLI::App& app, const Command& command, Options& options) {
     }
 }
 
+void addRepairOptions(CLI::App& app, Options& options) {
+    app.add_flag("--salvage", options.salvage,
+                 "rebuild the tree without losing a value (the default)");
+    app.add_flag("--library", options.library, "what the library does when it is asked to check");
+    app.add_flag("--reset", options.reset, "erase everything and start anew; wants --yes");
+}
+
 void describeExits(CLI::App& app) {
     app.footer(
         "Exit codes: 0 done, 1 the answer is no, 2 called wrongly, 3 the drawing cannot be read,\n"
@@ -77,11 +98,10 @@ void describeExits(CLI::App& app) {
 
 /// The words behind the program's name, the last one first as the parser wants them; numbers
 /// marked.
-std::vector<std::string> reversedWords(int count, char** words) {
+std::vector<std::string> reversedWords(const std::vector<std::string>& words) {
     std::vector<std::string> result;
     bool optionsEnded = false;
-    for (int i = 1; i < count; ++i) {
-        std::string word = words[i];
+    for (std::string word : words) {
         if (word == "--") optionsEnded = true;
         if (!optionsEnded && isNegativeNumber(word)) word.insert(word.begin(), kNumberMark);
         result.push_back(std::move(word));
@@ -96,31 +116,61 @@ void unmark(std::string& word) {
 
 }  // namespace
 
+namespace {
+
+/// The command line's rules, filling `options`.
+std::unique_ptr<CLI::App> makeApp(Options& options) {
+    auto app = std::make_unique<CLI::App>(
+        "Looks into, fills, checks and repairs the file store inside CAD drawings (DXF text, R12 "
+        "to R2018).",
+        "moradmin");
+    app->set_version_flag("--version", "moradmin " + std::string(kVersion));
+    app->require_subcommand(1);
+    describeExits(*app);
+    for (const Command& command : commands()) {
+        CLI::App* sub = app->add_subcommand(std::string(command.name), std::string(command.help));
+        addArguments(*sub, command, options);
+        addOptions(*sub, command, options);
+        if ((command.options & kRepairing) != 0) addRepairOptions(*sub, options);
+        describeExits(*sub);
+        sub->callback([&options, name = std::string(command.name)] { options.command = name; });
+    }
+    return app;
+}
+
+void unmarkAll(Options& options) {
+    std::ranges::for_each(options.arguments, unmark);
+    if (options.stringValue) unmark(*options.stringValue);
+}
+
+}  // namespace
+
 ParsedLine parseCommandLine(int count, char** words) {
     ParsedLine line;
-    CLI::App app{
-        "Looks into, fills and checks the file store inside CAD drawings (DXF text, R12 to R2018).",
-        "moradmin"};
-    app.set_version_flag("--version", "moradmin " + std::string(kVersion));
-    app.require_subcommand(1);
-    describeExits(app);
-    for (const Command& command : commands()) {
-        CLI::App* sub = app.add_subcommand(std::string(command.name), std::string(command.help));
-        addArguments(*sub, command, line.options);
-        addOptions(*sub, command, line.options);
-        describeExits(*sub);
-        sub->callback([&line, name = std::string(command.name)] { line.options.command = name; });
-    }
+    const auto app = makeApp(line.options);
     try {
-        app.parse(reversedWords(count, words));
+        app->parse(reversedWords({words + 1, words + count}));
     } catch (const CLI::ParseError& error) {
-        const int code = app.exit(error, std::cout, std::cerr);
+        const int code = app->exit(error, std::cout, std::cerr);
         line.exitCode = code == 0 ? kDone : kUsage;
         return line;
     }
-    std::ranges::for_each(line.options.arguments, unmark);
-    if (line.options.stringValue) unmark(*line.options.stringValue);
+    unmarkAll(line.options);
     return line;
+}
+
+Options parseScriptLine(const std::vector<std::string>& words, const std::string& drawing) {
+    Options options;
+    const auto app = makeApp(options);
+    std::vector<std::string> all = words;
+    all.insert(all.begin() + 1, drawing);
+    try {
+        app->parse(reversedWords(all));
+    } catch (const CLI::ParseError& error) {
+        throw Failure(kUsage, words.front() + ": " + error.what());
+    }
+    unmarkAll(options);
+    return options;
 }
 
 }  // namespace mor::tool

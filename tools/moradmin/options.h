@@ -23,6 +23,13 @@ struct Options {
     bool recursive = false;
     bool values = false;
     bool raw = false;
+    bool yes = false;       ///< --yes: really wipe or reset
+    bool extended = false;  ///< wipe: entities on the control layer inside blocks too
+    bool salvage = false;
+    bool library = false;
+    bool reset = false;
+    bool replace = false;
+    std::optional<std::string> script;  ///< run: the commands themselves
     std::optional<std::string> stringValue;
     std::optional<std::string> fileValue;
 
@@ -40,5 +47,9 @@ struct ParsedLine {
 };
 
 [[nodiscard]] ParsedLine parseCommandLine(int count, char** words);
+
+/// The words of one line of a script, its drawing put in. Throws Failure for what is no command.
+[[nodiscard]] Options parseScriptLine(const std::vector<std::string>& words,
+                                      const std::string& drawing);
 
 }  // namespace mor::tool

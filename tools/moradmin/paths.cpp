@@ -55,6 +55,15 @@ std::wstring joined(const std::wstring& directory, const std::wstring& name) {
     return (directory == L"/" ? L"" : directory) + L"/" + name;
 }
 
+bool isStoredFile(Session& session, const std::wstring& path) {
+    return isFilePath(path) && session.hasDirectories() && session.store().isFile(path.c_str()) &&
+           !session.store().isDirectory(path.c_str());
+}
+
+bool isStoredDirectory(Session& session, const std::wstring& path) {
+    return path == L"/" || (session.hasDirectories() && session.store().isDirectory(path.c_str()));
+}
+
 void refuseMissing(Session& session, const std::wstring& path) {
     const std::string shown = utf8(path);
     if (session.hasDirectories() && session.store().isDirectory(path.c_str()))

@@ -15,6 +15,10 @@ namespace mor::tool {
 [[nodiscard]] std::wstring nameOf(const std::wstring& path);
 [[nodiscard]] std::wstring joined(const std::wstring& directory, const std::wstring& name);
 
+/// Whether a file stands there that can be read; false for a path that is none.
+[[nodiscard]] bool isStoredFile(Session& session, const std::wstring& path);
+[[nodiscard]] bool isStoredDirectory(Session& session, const std::wstring& path);
+
 /// Refuses with "not found", or says what stands there instead of a file.
 [[noreturn]] void refuseMissing(Session& session, const std::wstring& path);
 

@@ -187,9 +187,7 @@ int runCat(Session& session, const Options& options) {
     std::vector<std::wstring> paths;
     for (const std::string& word : options.arguments) paths.push_back(filePath(session, word));
     for (const std::wstring& path : paths) {
-        if (!session.hasDirectories() || !session.store().isFile(path.c_str()) ||
-            session.store().isDirectory(path.c_str()))
-            refuseMissing(session, path);
+        if (!isStoredFile(session, path)) refuseMissing(session, path);
         const CMORAdsLispVar value = valueOf(session, path);
         if (options.json)
             printJson(valueJson(options, path, value));
@@ -206,8 +204,7 @@ int runLs(Session& session, const Options& options) {
     const bool stored = session.hasDirectories();
     std::vector<Listed> listed;
     std::wstring path = wide(word);
-    if (stored && isFilePath(path) && session.store().isFile(path.c_str()) &&
-        !session.store().isDirectory(path.c_str())) {
+    if (isStoredFile(session, path)) {
         listed.push_back({path, path, false});
     } else {
         path = directoryPath(session, word);

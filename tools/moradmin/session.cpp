@@ -26,16 +26,43 @@ std::vector<Store::Entry> Store::entries(const std::wstring& path) {
     return result;
 }
 
-Session::Session(const Options& options) : m_file(options.drawing) {
-    auto opened = host::openDocument(options.drawing);
+bool Store::makeDirectory(const std::wstring& path) {
+    std::wstring own = path;
+    CMOREntity directory;
+    return getDir(own.c_str(), true, directory);
+}
+
+bool Store::connectAnchor(CMOREntity& anchor) {
+    if (getBlockEntity(anchor) && anchor.Type().CompareNoCase(L"ATTDEF") == 0) return true;
+    anchor.Disconnect();
+    return makeBlock() && getBlockEntity(anchor);
+}
+
+bool Store::makeLinked(CMOREntity& parent, const std::wstring& name, const std::wstring& path,
+                       CMOREntity& directory) {
+    return makeDir(parent, name.c_str(), path.c_str(), directory);
+}
+
+Session::Session(const std::string& file) : m_file(file) {
+    auto opened = host::openDocument(file);
     if (!opened) throw Failure(opened.error());
     m_document = opened.value();
+    activate();
+}
+
+void Session::activate() const {
     host::setCurrentDocument(m_document);
     host::setActiveDocument(m_document);
 }
 
+void Session::forget() {
+    m_state.reset();
+    m_store.reset();
+}
+
 Session::~Session() {
     m_store.reset();
+    activate();
     MOR_AdsMsgSystemClass::getTheGlobalObject()->sendMessage(
         MOR_AdsMsgSystemClass::ReleaseDocumentObjects);
     host::closeDocument(m_document);
@@ -69,14 +96,14 @@ Store& Session::store() {
     return *m_store;
 }
 
-void Session::save(const Options& options) {
+std::string Session::save(const Options& options) {
     host::SaveOptions how;
     how.output = options.output;
     how.backup = !options.noBackup;
     how.dryRun = options.dryRun;
     const auto saved = host::saveDocument(m_document, how);
     if (!saved) throw Failure(saved.error());
-    if (!options.dryRun) return;
+    if (!options.dryRun) return saved.value().backup.string();
     using Kind = host::SavedEdit::Kind;
     for (const host::SavedEdit& edit : saved.value().edits) {
         const char* what = edit.kind == Kind::Made     ? "made"
@@ -85,6 +112,7 @@ void Session::save(const Options& options) {
         std::cout << what << "\t" << edit.type << "\t" << (edit.handle.empty() ? "-" : edit.handle)
                   << "\t" << edit.what << "\n";
     }
+    return {};
 }
 
 }  // namespace mor::tool

@@ -24,12 +24,21 @@ public:
     };
     /// Empty when the directory does not resolve.
     [[nodiscard]] std::vector<Entry> entries(const std::wstring& path);
+    /// Makes a directory and those above it; false when one cannot be made.
+    [[nodiscard]] bool makeDirectory(const std::wstring& path);
+    /// The entity that anchors the store, making the block when it is missing or holds something
+    /// else.
+    [[nodiscard]] bool connectAnchor(CMOREntity& anchor);
+    /// Makes one directory and links it from its parent (the anchor, for "/").
+    [[nodiscard]] bool makeLinked(CMOREntity& parent, const std::wstring& name,
+                                  const std::wstring& path, CMOREntity& directory);
 };
 
 /// One drawing opened for a command: current and active until the end. Throws Failure.
 class Session {
 public:
-    explicit Session(const Options& options);
+    explicit Session(const Options& options) : Session(options.drawing) {}
+    explicit Session(const std::string& file);
     ~Session();
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
@@ -43,10 +52,15 @@ public:
     /// Whether there is a store with directories in it; refuses like `safeState`.
     [[nodiscard]] bool hasDirectories();
     [[nodiscard]] Store& store();
+    /// To be called after a change: what was learnt of the drawing before does not hold any more.
+    void forget();
+    /// Current and active again, where several drawings are open.
+    void activate() const;
     /// A file system object that has seen nothing yet.
     [[nodiscard]] static std::unique_ptr<Store> freshStore();
-    /// Saves what changed, or says what would be saved.
-    void save(const Options& options);
+    /// Saves what changed, or says what would be saved. `backup`: the old file that was kept, or
+    /// empty.
+    std::string save(const Options& options);
 
     /// "FILE: TEXT", for messages.
     [[nodiscard]] std::string message(const std::string& text) const {

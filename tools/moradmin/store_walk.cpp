@@ -45,6 +45,7 @@ public:
         checkSurroundings();
         if (const auto root = findRoot()) reach(*root);
         addOrphans();
+        findDoubledHandles();
         settle(hasBlock);
         return std::move(m_state);
     }
@@ -73,6 +74,7 @@ private:
     void judge(const StoredDirectory& directory, const std::wstring& path);
     void judgeNames(const StoredDirectory& directory, const std::wstring& path);
     void addOrphans();
+    void findDoubledHandles();
     void settle(bool hasBlock);
 
     const AcApDocument* m_document;
@@ -279,6 +281,17 @@ void Walker::addOrphans() {
             std::string("no link leads to the directory") +
                 (holds ? "; its values are out of reach" : ""));
         m_state.directories.push_back(directory);
+    }
+}
+
+void Walker::findDoubledHandles() {
+    for (const host::Problem& problem : host::documentProblems(m_document)) {
+        if (problem.kind != host::Problem::Kind::DoubledHandle) continue;
+        const auto ours =
+            std::ranges::find(m_state.directories, problem.handle, &StoredDirectory::handle);
+        if (ours != m_state.directories.end())
+            add("handle-doubled", Severity::Error, ours->path, problem.handle, false, true,
+                problem.text);
     }
 }
 

@@ -4,6 +4,7 @@
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/paths.h"
+#include "tools/moradmin/storing.h"
 
 #include <algorithm>
 #include <fstream>
@@ -54,28 +55,24 @@ CMORAdsLispVar wantedValue(const Options& options) {
 
 /// Names that are taken by the other kind of entry: the library would refuse some of them only
 /// after making directories, and make a directory x beside a file >x that then is out of reach.
-void refuseTakenNames(const Session& session, const StoreState& state, const std::wstring& path) {
+void refuseTakenNames(Session& session, const std::wstring& path) {
     std::wstring directory = L"/";
     for (std::size_t begin = 1;;) {
-        const StoredDirectory* record = state.directory(directory);
-        if (record == nullptr) return;
         const std::size_t end = path.find(L'/', begin);
         const std::wstring name = path.substr(begin, end == std::wstring::npos ? end : end - begin);
-        const std::wstring plain = name.starts_with(L'>') ? name.substr(1) : name;
-        const std::wstring full = joined(directory, name);
+        const std::wstring plain =
+            joined(directory, name.starts_with(L'>') ? name.substr(1) : name);
         if (end == std::wstring::npos) {
-            if (record->find(L"^" + plain) != nullptr)
-                refuse(session, path,
-                       utf8(joined(directory, plain)) +
-                           " is a directory; a file cannot have its name");
+            if (isStoredDirectory(session, plain))
+                refuse(session, path, utf8(plain) + " is a directory; a file cannot have its name");
             return;
         }
-        for (const std::wstring& file : {name, L">" + name})
-            if (record->find(L"^" + name) == nullptr && record->find(file) != nullptr)
-                refuse(
-                    session, path,
-                    utf8(joined(directory, file)) + " is a file; a directory cannot have its name");
-        directory = full;
+        if (!isStoredDirectory(session, plain))
+            for (const std::wstring& file : {plain, joined(directory, L">" + name)})
+                if (isStoredFile(session, file))
+                    refuse(session, path,
+                           utf8(file) + " is a file; a directory cannot have its name");
+        directory = plain;
         begin = end + 1;
     }
 }
@@ -128,26 +125,57 @@ int runNew(const Options& options) {
     return kDone;
 }
 
+void putValue(Session& session, const std::wstring& path, const CMORAdsLispVar& value) {
+    refuseTakenNames(session, path);
+    if (!session.store().write(path.c_str(), value)) explainRefusal(session, path, value);
+}
+
+void confirmValue(Session& session, Store& fresh, const std::wstring& path,
+                  const CMORAdsLispVar& value) {
+    CMORAdsLispVar stored;
+    if (!fresh.isFile(path.c_str()) || !fresh.read(path.c_str(), stored) ||
+        !host::sameValue(stored, value))
+        explainRefusal(session, path, value);
+}
+
+void putDirectory(Session& session, const std::wstring& path) {
+    refuseTakenNames(session, joined(path, L"x"));
+    if (session.store().makeDirectory(path) && Session::freshStore()->isDirectory(path.c_str()))
+        return;
+    explainRefusal(session, joined(path, L"x"), {});
+}
+
 int runPut(Session& session, const Options& options) {
     const std::wstring path = filePath(session, options.argument());
     const CMORAdsLispVar value = wantedValue(options);
-    refuseTakenNames(session, session.safeState(), path);
-    if (!session.store().write(path.c_str(), value)) explainRefusal(session, path, value);
-    CMORAdsLispVar stored;
-    const auto fresh = Session::freshStore();
-    if (!fresh->isFile(path.c_str()) || !fresh->read(path.c_str(), stored) ||
-        !host::sameValue(stored, value))
-        explainRefusal(session, path, value);
+    static_cast<void>(session.safeState());  // nothing may run on a damaged store
+    putValue(session, path, value);
+    confirmValue(session, *Session::freshStore(), path, value);
     return kDone;
 }
 
+namespace {
+
+void removeDirectory(Session& session, const std::wstring& path) {
+    if (path == L"/")
+        refuse(session, path,
+               "the root directory cannot be removed; \"moradmin wipe\" empties a store");
+    if (!session.store().delDir(path.c_str()) || Session::freshStore()->isDirectory(path.c_str()))
+        refuse(session, path, utf8(path) + " cannot be removed");
+}
+
+}  // namespace
+
 int runRm(Session& session, const Options& options) {
-    std::vector<std::wstring> paths;
-    for (const std::string& word : options.arguments) paths.push_back(filePath(session, word));
-    for (const std::wstring& path : paths) {
-        if (!session.hasDirectories() || !session.store().isFile(path.c_str()) ||
-            session.store().isDirectory(path.c_str()))
-            refuseMissing(session, path);
+    for (const std::string& word : options.arguments) {
+        if (options.recursive && !isStoredFile(session, wide(word))) {
+            const std::wstring directory = directoryPath(session, word);
+            if (!isStoredDirectory(session, directory)) refuseMissing(session, directory);
+            removeDirectory(session, directory);
+            continue;
+        }
+        const std::wstring path = filePath(session, word);
+        if (!isStoredFile(session, path)) refuseMissing(session, path);
         if (!session.store().del(path.c_str()) || Session::freshStore()->isFile(path.c_str()))
             refuse(session, path, utf8(path) + " cannot be removed");
     }

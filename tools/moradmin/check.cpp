@@ -1,0 +1,165 @@
+#include "tools/moradmin/check.h"
+
+#include "host/host.h"
+#include "tools/moradmin/commands.h"
+#include "tools/moradmin/failure.h"
+#include "tools/moradmin/output.h"
+
+#include <algorithm>
+#include <array>
+#include <iostream>
+#include <string>
+#include <vector>
+
+namespace mor::tool {
+
+namespace {
+
+using Severity = Finding::Severity;
+
+const char* severityName(Severity severity) {
+    switch (severity) {
+        case Severity::Note:
+            return "note";
+        case Severity::Warning:
+            return "warning";
+        case Severity::Error:
+            return "error";
+    }
+    return "note";
+}
+
+Json findingJson(const Finding& finding) {
+    return Json{{"code", finding.code},       {"severity", severityName(finding.severity)},
+                {"path", utf8(finding.path)}, {"handle", finding.handle},
+                {"fix", finding.mends},       {"message", finding.message}};
+}
+
+/// Faults of the file itself that are none of the store's.
+std::vector<Finding> fileNotes(const AcApDocument* document, const StoreState& state) {
+    std::vector<Finding> notes;
+    for (const host::Problem& problem : host::documentProblems(document)) {
+        const bool handle = problem.kind == host::Problem::Kind::DoubledHandle;
+        const bool ours =
+            handle && std::ranges::any_of(state.findings, [&](const Finding& finding) {
+                return finding.code == "handle-doubled" && finding.handle == problem.handle;
+            });
+        if (ours) continue;
+        notes.push_back({handle ? "other-handle-doubled" : "eof-missing", Severity::Note, L"", "",
+                         false, false, problem.text});
+    }
+    return notes;
+}
+
+/// Findings that decide what the library does, the most far-reaching first.
+struct Answer {
+    const char* code;
+    const char* text;
+};
+constexpr std::array<Answer, 9> kAnswers = {{
+    {"block-missing",
+     "it finds no store, and starts an empty one at the first write; the directories stay, out of "
+     "reach"},
+    {"block-empty",
+     "it finds no store, and starts an empty one at the first write; the directories stay, out of "
+     "reach"},
+    {"root-link-dead", "it drops the root link, erases all directories and starts an empty store"},
+    {"root-link-wrong",
+     "it takes the wrong record for the root or starts an empty store; the directories are lost to "
+     "it"},
+    {"root-link-absent", "it starts an empty store; the directories stay, out of reach"},
+    {"link-dead",
+     "it starts an empty store as soon as it follows the dead link; the directories stay, out of "
+     "reach"},
+    {"link-wrong",
+     "it takes the wrong record for a directory, or starts an empty store when it cannot"},
+    {"attributes-damaged", "it does not see what the damaged record holds"},
+    {"anchor-type", "it makes the block anew and carries the root link over"},
+}};
+
+int exitOf(const std::vector<Finding>& findings) {
+    return std::ranges::any_of(findings,
+                               [](const Finding& f) { return f.severity == Severity::Error; })
+               ? kDamaged
+               : kDone;
+}
+
+void printReport(const Options& options, const std::string& file, const StoreState& state,
+                 const std::vector<Finding>& findings) {
+    const std::string answer = libraryAnswer(state);
+    if (options.json) {
+        Json object = jsonHead(options);
+        object["path"] = file;
+        object["clean"] = exitOf(findings) == kDone;
+        object["library"] = answer;
+        object["findings"] = Json::array();
+        for (const Finding& finding : findings) object["findings"].push_back(findingJson(finding));
+        printJson(object);
+        return;
+    }
+    for (const Finding& finding : findings) printFinding(file, finding);
+    const auto errors = std::ranges::count(findings, Severity::Error, &Finding::severity);
+    const auto warnings = std::ranges::count(findings, Severity::Warning, &Finding::severity);
+    std::cout << file << ": " << errors << " errors, " << warnings << " warnings; "
+              << state.reachable << " directories are reachable\n"
+              << file << ": on opening it the library would do this: " << answer << "\n";
+}
+
+int checkOne(const Options& options, const std::string& file) {
+    Session session(file);
+    const StoreState& state = session.state();
+    std::vector<Finding> findings = state.findings;
+    for (Finding& note : fileNotes(session.document(), state)) findings.push_back(std::move(note));
+    printReport(options, file, state, findings);
+    return exitOf(findings);
+}
+
+/// Of several drawings the most serious answer wins.
+int moreSerious(int a, int b) {
+    static constexpr std::array<int, 8> order = {kInterrupted, kUsage,   kUnwritable, kUnreadable,
+                                                 kDamaged,     kRefused, kNo,         kDone};
+    return std::ranges::find(order, a) < std::ranges::find(order, b) ? a : b;
+}
+
+}  // namespace
+
+std::string libraryAnswer(const StoreState& state) {
+    for (const Answer& answer : kAnswers)
+        for (const Finding& finding : state.findings)
+            if (finding.code == answer.code && finding.severity != Severity::Note)
+                return answer.text;
+    switch (state.kind) {
+        case StoreState::Kind::None:
+            return "it finds no store, and starts one at the first write";
+        case StoreState::Kind::Empty:
+            return "it starts an empty store";
+        default:
+            return "it uses the store as it is";
+    }
+}
+
+void printFinding(const std::string& file, const Finding& finding) {
+    std::cout << file << ": " << severityName(finding.severity) << ": " << finding.code << ": ";
+    if (!finding.path.empty()) std::cout << utf8(finding.path) << ": ";
+    std::cout << finding.message;
+    if (!finding.handle.empty()) std::cout << " [" << finding.handle << "]";
+    std::cout << (finding.mends ? " (repair mends it)" : "") << "\n";
+}
+
+int runCheck(const Options& options) {
+    int code = kDone;
+    std::vector<std::string> files = {options.drawing};
+    files.insert(files.end(), options.arguments.begin(), options.arguments.end());
+    for (const std::string& file : files) {
+        try {
+            code = moreSerious(code, checkOne(options, file));
+        } catch (const Failure& failure) {
+            std::cout.flush();
+            printFailure(options, failure);
+            code = moreSerious(code, failure.code());
+        }
+    }
+    return code;
+}
+
+}  // namespace mor::tool

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "tools/moradmin/session.h"
+
+#include <cstddef>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace mor::tool {
+
+/// Where every directory of a damaged store shall stand. Decided from the records alone; changes
+/// nothing.
+struct SalvagePlan {
+    struct Place {
+        std::size_t directory = 0;  ///< index in the state's directories
+        std::wstring path;
+        bool moved = false;  ///< it stood elsewhere, or nowhere, before
+    };
+    std::vector<Place> places;         ///< parents before children
+    std::vector<std::size_t> dropped;  ///< directories without values whose path another one has
+    std::map<std::wstring, std::size_t> byPath;
+};
+
+/// A live link keeps its directory where it is, unless the directory's own "$INFO" says otherwise
+/// and another directory's "$INFO" names that path. What no link reaches goes where its "$INFO"
+/// says, under a numbered name when that is taken, or to /lost-found.
+[[nodiscard]] SalvagePlan planSalvage(const Session& session, const StoreState& state);
+
+/// Rebuilds the tree after the plan; answers a line for each thing that was done.
+[[nodiscard]] std::vector<std::string> applySalvage(Session& session, const StoreState& state,
+                                                    const SalvagePlan& plan);
+
+}  // namespace mor::tool

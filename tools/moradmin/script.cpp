@@ -1,0 +1,136 @@
+#include "tools/moradmin/commands.h"
+#include "tools/moradmin/failure.h"
+#include "tools/moradmin/output.h"
+
+#include <algorithm>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+namespace mor::tool {
+
+namespace {
+
+constexpr std::string_view kBlanks = " \t\r";
+
+/// Cuts a script into commands of words, as a shell does: blanks split words, quotes keep them
+/// together, a backslash takes the next character as it is, `#` begins a comment, line ends and `;`
+/// end a command.
+class ScriptReader {
+public:
+    explicit ScriptReader(const std::string& text) : m_text(text) {}
+
+    struct Line {
+        std::size_t number = 0;
+        std::vector<std::string> words;
+    };
+
+    std::vector<Line> read() {
+        while (m_at < m_text.size()) step();
+        if (m_quote != '\0')
+            throw Failure(kUsage, "a quote is not closed in line " + std::to_string(m_quoteLine));
+        endCommand();
+        return std::move(m_lines);
+    }
+
+private:
+    void step() {
+        const char c = m_text[m_at++];
+        if (c == '\n') ++m_number;
+        if (m_quote != '\0') {
+            if (c == m_quote)
+                m_quote = '\0';
+            else if (c == '\\' && m_quote == '"' && m_at < m_text.size() &&
+                     (m_text[m_at] == '"' || m_text[m_at] == '\\'))
+                m_word += m_text[m_at++];
+            else
+                m_word += c;
+        } else if (c == '\'' || c == '"') {
+            m_quote = c;
+            m_quoteLine = m_number;
+            m_inWord = true;
+        } else if (c == '\\' && m_at < m_text.size()) {
+            if (m_text[m_at] == '\n')
+                ++m_number;
+            else
+                m_word += m_text[m_at];
+            ++m_at;
+            m_inWord = true;
+        } else if (c == '#' && !m_inWord) {
+            m_at = std::min(m_text.find('\n', m_at), m_text.size());
+        } else if (c == '\n' || c == ';') {
+            endCommand();
+        } else if (kBlanks.find(c) != std::string_view::npos) {
+            endWord();
+        } else {
+            if (!m_inWord && m_line.words.empty()) m_line.number = m_number;
+            m_word += c;
+            m_inWord = true;
+        }
+    }
+    void endWord() {
+        if (m_inWord) m_line.words.push_back(std::move(m_word));
+        m_word.clear();
+        m_inWord = false;
+    }
+    void endCommand() {
+        endWord();
+        if (!m_line.words.empty()) m_lines.push_back(std::move(m_line));
+        m_line = {};
+    }
+
+    const std::string& m_text;
+    std::size_t m_at = 0;
+    std::size_t m_number = 1;
+    std::size_t m_quoteLine = 0;
+    char m_quote = '\0';
+    bool m_inWord = false;
+    std::string m_word;
+    Line m_line;
+    std::vector<Line> m_lines;
+};
+
+std::string scriptText(const Options& options) {
+    if (options.script && !options.arguments.empty())
+        throw Failure(kUsage, "a FILE or -c COMMANDS, not both");
+    if (options.script) return *options.script;
+    const std::string name = options.argument("-");
+    if (name == "-") return {std::istreambuf_iterator<char>(std::cin), {}};
+    std::ifstream file(name, std::ios::binary);
+    if (!file) throw Failure(kUsage, name + ": cannot be read", name);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// A command that looks at what the ones before it have done, and is saved with them.
+void runLine(Session& session, const ScriptReader::Line& line) {
+    const auto command = std::ranges::find(commands(), line.words.front(), &Command::name);
+    if (command == commands().end() || command->run == nullptr || command->run == &runScript)
+        throw Failure(kUsage, "\"" + line.words.front() + "\" cannot stand in a script");
+    const Options options = parseScriptLine(line.words, session.file());
+    if (!options.output.empty() || options.dryRun || options.noBackup)
+        throw Failure(kUsage, "--dry-run, --no-backup and -o belong to run itself");
+    const int code = command->run(session, options);
+    if ((command->options & kChanging) != 0) session.forget();
+    if (code != kDone && code != kNo)
+        throw Failure(static_cast<ExitCode>(code), "the command failed");
+}
+
+}  // namespace
+
+int runScript(Session& session, const Options& options) {
+    for (const ScriptReader::Line& line : ScriptReader(scriptText(options)).read()) {
+        try {
+            runLine(session, line);
+        } catch (const Failure& failure) {
+            throw Failure(failure.code(),
+                          "line " + std::to_string(line.number) + ": " + failure.what() +
+                              "; nothing was saved",
+                          failure.path());
+        }
+    }
+    return kDone;
+}
+
+}  // namespace mor::tool
