@@ -68,7 +68,8 @@ std::optional<std::size_t> Planner::chooseRoot() {
     const StoredDirectory* linked = m_state.directory(L"/");
     if (linked != nullptr) {
         const std::size_t index = m_byName[linked->name];
-        if (linked->info == L"/" || !claimedByAnother(L"/", index)) return index;
+        const bool readable = linked->attributes.damage.empty();
+        if (readable && (linked->info == L"/" || !claimedByAnother(L"/", index))) return index;
     }
     const auto claims = m_claims.find(L"/");
     if (claims == m_claims.end()) return std::nullopt;
