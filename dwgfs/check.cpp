@@ -21,7 +21,9 @@ bool dialogActive() {
 bool canBeErased(const ads_name entity) {
     if (entity[0] == 0 || entity[1] == 0) return false;
     const CMORSwitchMDIReactorOnOff reactorsOff{eMORReactorImportanceHigh};
-    return acdbEntDel(entity) == RTNORM && acdbEntDel(entity) == RTNORM;
+    for (int call = 0; call < 2; ++call)
+        if (acdbEntDel(entity) != RTNORM) return false;
+    return true;
 }
 
 }  // namespace

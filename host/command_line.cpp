@@ -50,6 +50,7 @@ struct Conversion {
 };
 
 // Puts a format and its arguments together. The arguments are taken strictly from left to right.
+// NOLINTBEGIN(clang-analyzer-valist.Uninitialized): begun by the caller, out of the linter's sight
 class Formatter {
 public:
     Formatter(std::wstring_view format, std::va_list* arguments)
@@ -174,7 +175,8 @@ private:
         long value =
             c.length == Length::Long ? va_arg(*m_arguments, long) : va_arg(*m_arguments, int);
         if (c.length == Length::Short) value = static_cast<short>(value);
-        if (c.length == Length::Char) value = static_cast<signed char>(value);
+        if (c.length == Length::Char)
+            value = static_cast<signed char>(value);  // NOLINT(bugprone-signed-char-misuse)
         const auto bits = static_cast<unsigned long>(value);
         writeDigits(c, signText(c, value < 0), value < 0 ? 0UL - bits : bits, 10);
     }
@@ -193,9 +195,9 @@ private:
 
     void writeDigits(const Conversion& c, std::wstring_view prefix, unsigned long value, int base) {
         std::array<char, 32> buffer{};
-        const auto end =
+        const char* end =
             std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, base).ptr;
-        std::wstring digits(buffer.data(), end);
+        std::wstring digits(static_cast<const char*>(buffer.data()), end);
         if (value == 0 && c.precision == 0) digits.clear();
         const std::size_t least = c.precision < 0 ? 0 : static_cast<std::size_t>(c.precision);
         if (digits.size() < least) digits.insert(0, least - digits.size(), L'0');
@@ -205,15 +207,15 @@ private:
     // Not through the C library's printf, whose decimal point follows the locale.
     void writeReal(const Conversion& c) {
         const double value = va_arg(*m_arguments, double);
-        const wchar_t type = static_cast<wchar_t>(c.type | 0x20);  // lower case
+        const auto type = static_cast<wchar_t>(c.type | 0x20);  // lower case
         const auto form = type == L'f'   ? std::chars_format::fixed
                           : type == L'e' ? std::chars_format::scientific
                                          : std::chars_format::general;
         const int precision = c.precision < 0 ? 6 : c.precision;
         std::vector<char> buffer(kMaxDigitsOfReal + static_cast<std::size_t>(precision));
-        const auto end =
+        const char* end =
             std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, form, precision).ptr;
-        std::wstring digits(buffer.data(), end);
+        std::wstring digits(static_cast<const char*>(buffer.data()), end);
         const bool negative = digits.front() == L'-';
         if (negative) digits.erase(0, 1);
         const bool finite = digits.front() >= L'0' && digits.front() <= L'9';
@@ -259,6 +261,7 @@ private:
     std::size_t m_position = 0;
     std::wstring m_result;
 };
+// NOLINTEND(clang-analyzer-valist.Uninitialized)
 
 }  // namespace
 

@@ -160,7 +160,8 @@ CMORAdsLispVar::CMORAdsLispVar(const ads_name name)
     : CMORAdsLispVar(mor::makeAtom(mor::LispToken::entityName(mor::EntityName{name}))) {}
 
 CMORAdsLispVar& CMORAdsLispVar::Append(const CMORAdsLispVar& list) {
-    const CMORAdsLispVar added = list;  // when it is this very value, the change below copies
+    // When it is this very value, the change below copies.
+    const CMORAdsLispVar added = list;  // NOLINT(performance-unnecessary-copy-initialization)
     if (!mor::isProperList(added)) return *this;
     if (m_tokens == nullptr) {
         *this = added;

@@ -157,14 +157,15 @@ resbuf* acutNewRb(int type) {
     return element.release();  // caller owns
 }
 
-void* acad_malloc(std::size_t size) { return std::malloc(size); }
+// The caller of the platform owns what comes from here until a list takes it over.
+void* acad_malloc(std::size_t size) { return std::malloc(size); }  // NOLINT(*-owning-memory)
 
 int acutRelRb(resbuf* list) {
     while (list != nullptr) {
         const std::unique_ptr<resbuf> element{list};
         list = element->rbnext;
         if (mor::host::listKind(element->restype) == mor::host::ListKind::Text)
-            std::free(element->resval.rstring);
+            std::free(element->resval.rstring);  // NOLINT(*-owning-memory): see acad_malloc
         --mor::host::runningCounters().resbufsOpen;
     }
     return RTNORM;

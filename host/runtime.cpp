@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <clocale>
 #include <cwctype>
-#include <locale.h>
 
 namespace {
 

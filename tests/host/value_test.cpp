@@ -112,7 +112,7 @@ TEST(Value, NeverChangesThroughACopy) {
 }
 
 TEST(Value, NestsAsDeepAsMemoryAllows) {
-    constexpr int kDepth = 200'000;
+    constexpr int kDepth = 100'000;
     const CMORAdsLispVar deep = nestedList(kDepth);
     CMORAdsLispVar changed = deep;
     EXPECT_TRUE(sameValue(deep, changed.Append({})));
@@ -122,7 +122,7 @@ TEST(Value, NestsAsDeepAsMemoryAllows) {
 }
 
 TEST(Value, HoldsDottedTailsAsDeepAsMemoryAllows) {
-    constexpr std::size_t kDepth = 200'000;
+    constexpr std::size_t kDepth = 100'000;
     std::string text;
     for (std::size_t i = 0; i < kDepth; ++i) text += "(1 . ";
     text += "2" + std::string(kDepth, ')');
