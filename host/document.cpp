@@ -10,7 +10,8 @@
 #include <utility>
 
 AcApDocument::AcApDocument(std::unique_ptr<mor::host::Drawing> drawingOwned)
-    : drawing(std::move(drawingOwned)) {}
+    : drawing(std::move(drawingOwned)),
+      references(std::make_unique<mor::host::References>(*this)) {}
 AcApDocument::~AcApDocument() = default;
 
 namespace mor::host {

@@ -1,11 +1,14 @@
 #pragma once
 
 #include "host/drawing.h"
+#include "host/reference.h"
+#include "platform/database.h"
 #include "platform/document_data.h"
 #include "platform/documents.h"
 
 #include <cstdint>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -34,6 +37,8 @@ public:
     AcApDocument& operator=(const AcApDocument&) = delete;
 
     std::unique_ptr<mor::host::Drawing> drawing;
+    std::unique_ptr<mor::host::References> references;
+    std::map<std::int64_t, std::unique_ptr<AcDbDatabase>> databases;  ///< by mount, 0 for its own
     CMORMDIDocumentData data;
     std::filesystem::path path;  ///< where it was opened from; empty for a new one
     mor::host::FileStamp stamp;  ///< of the file as loaded or last saved

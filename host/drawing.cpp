@@ -1,5 +1,6 @@
 #include "host/drawing.h"
 
+#include "host/reference.h"
 #include "platform/runtime.h"
 
 #include <algorithm>
@@ -11,12 +12,6 @@ namespace mor::host {
 
 namespace {
 
-/// Drawings are numbered from 1 in the process; numbers are never used again.
-std::int64_t nextDrawingNumber() {
-    static std::int64_t number = 0;
-    return ++number;
-}
-
 constexpr std::uint64_t kWindowBytes = 256 * 1024;
 
 struct HeaderFacts {
@@ -24,6 +19,7 @@ struct HeaderFacts {
     std::string codePage;
     std::uint64_t seed = 0;
     std::uint64_t versionLine = 0;
+    std::optional<std::array<double, 3>> base;
 };
 
 /// The number of the line that begins at `offset` of the source.
@@ -46,7 +42,11 @@ HeaderFacts readHeader(const DxfIndex& index) {
             facts.versionLine = lineAt(index, index.records[header->head].place + tag.valueBegin);
         } else if (tag.code == 3 && variable == "$DWGCODEPAGE")
             facts.codePage = record.bare(tag);
-        else if (tag.code == 5 && variable == "$HANDSEED")
+        else if (variable == "$INSBASE" && (tag.code == 10 || tag.code == 20 || tag.code == 30)) {
+            if (!facts.base) facts.base.emplace();
+            (*facts.base)[static_cast<std::size_t>(tag.code / 10 - 1)] =
+                parseReal(record.value(tag)).value_or(0.0);
+        } else if (tag.code == 5 && variable == "$HANDSEED")
             facts.seed = parseHandle(record.bare(tag));
     }
     return facts;
@@ -58,6 +58,11 @@ bool startsPadded(const DxfIndex& index) {
 }
 
 }  // namespace
+
+std::int64_t nextDrawingNumber() {
+    static std::int64_t number = 0;
+    return ++number;
+}
 
 Result<Release> Drawing::releaseOf(const std::string& version, const std::string& file,
                                    std::uint64_t line) {
@@ -102,6 +107,7 @@ Result<std::unique_ptr<Drawing>> Drawing::load(std::shared_ptr<Source> source,
     drawing->m_version = facts.version;
     drawing->m_codePage = facts.codePage;
     drawing->m_seed = facts.seed;
+    drawing->m_base = facts.base;
     const std::uint64_t highest = drawing->m_index->highestHandle;
     drawing->m_nextHandle = std::max<std::uint64_t>({facts.seed, highest + 1, 1});
     if (highest == std::numeric_limits<std::uint64_t>::max()) drawing->m_nextHandle = 0;

@@ -7,6 +7,7 @@
 #include "host/host.h"
 #include "platform/entity_name.h"
 
+#include <array>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -59,6 +60,10 @@ public:
     [[nodiscard]] const std::string& version() const { return m_version; }
     [[nodiscard]] const std::string& codePage() const { return m_codePage; }
     [[nodiscard]] std::uint64_t seed() const { return m_seed; }
+    /// $INSBASE; empty when the header does not have it.
+    [[nodiscard]] const std::optional<std::array<double, 3>>& insertionBase() const {
+        return m_base;
+    }
 
     // Names and records.
     [[nodiscard]] RecordNumber lastRecord() const {
@@ -154,6 +159,7 @@ private:
     std::string m_version;
     std::string m_codePage;
     std::uint64_t m_seed = 0;
+    std::optional<std::array<double, 3>> m_base;
     std::uint64_t m_nextHandle = 1;
     bool m_gaveHandles = false;
     std::vector<RecordEntry> m_records;  ///< the file's, then the made ones

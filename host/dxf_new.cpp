@@ -50,8 +50,6 @@ private:
     std::string m_text;
 };
 
-constexpr std::string_view kOwnerSince = "330 ";
-
 std::string_view versionOf(Release release) {
     switch (release) {
         case Release::R12:

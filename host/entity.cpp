@@ -34,12 +34,16 @@ namespace {
 
 constexpr std::size_t kAttributeTextLength = 2047;
 
-/// The connected record, 0 when it is gone, erased or of another document than the current one.
-RecordNumber live(const EntityState& state) {
-    const Drawing* drawing = currentDrawing();
-    if (drawing == nullptr || state.name.isNone()) return 0;
-    const RecordNumber number = drawing->numberOf(state.name);
-    return number == 0 || drawing->entry(number).has(kErased) ? 0 : number;
+/// The connected record; none when it is gone, erased or of another document than the current one.
+Located live(const EntityState& state) {
+    const Located found = locate(state.name);
+    return found && found.drawing->entry(found.number).has(kErased) ? Located{} : found;
+}
+
+/// The same for a change: records of referenced drawings are read-only.
+Located writeable(const EntityState& state) {
+    const Located found = live(state);
+    return found.mount == nullptr ? found : Located{};
 }
 
 long roomOf() {
@@ -48,8 +52,8 @@ long roomOf() {
 }
 
 /// The drawing's attributes with the pending ones over them.
-AttributeList seen(const EntityState& state, RecordNumber number) {
-    AttributeList list = *currentDrawing()->attributesOf(number);
+AttributeList seen(const EntityState& state, const Located& found) {
+    AttributeList list = *found.drawing->attributesOf(found.number);
     for (const auto& [name, value] : state.attributes) {
         const auto known = std::ranges::find(list.items, name, &Attribute::name);
         if (CMORAdsLisp::NilP(value)) {
@@ -70,7 +74,7 @@ auto lastChange(const std::vector<std::pair<std::wstring, CMORAdsLispVar>>& attr
                              &std::pair<std::wstring, CMORAdsLispVar>::first);
 }
 
-const Attribute* findSeen(const EntityState& state, RecordNumber number, std::wstring_view name,
+const Attribute* findSeen(const EntityState& state, const Located& found, std::wstring_view name,
                           Attribute& pending) {
     const auto last = lastChange(state.attributes, name);
     if (last != state.attributes.rend()) {
@@ -78,7 +82,7 @@ const Attribute* findSeen(const EntityState& state, RecordNumber number, std::ws
         pending = {last->first, last->second};
         return &pending;
     }
-    return currentDrawing()->attributesOf(number)->find(name);
+    return found.drawing->attributesOf(found.number)->find(name);
 }
 
 /// Entity names of another drawing cannot be stored: their handles would name something else.
@@ -92,6 +96,25 @@ bool namesAreOurs(const CMORAdsLispVar& value) {
 }
 
 /// A removal followed by a new value stays two changes: the attribute then comes last in the list.
+/// Groups whose text names a symbol of the record's drawing.
+bool isSymbolGroup(const Located& found, int code) {
+    if (code == 2) return found.drawing->typeOf(found.number) == "INSERT";
+    return code == 6 || code == 7 || code == 8;
+}
+
+/// Entity names in a value of a referenced drawing are those of the mount.
+CMORAdsLispVar asSeenFrom(const Located& found, const CMORAdsLispVar& value) {
+    if (found.mount == nullptr || !holdsEntityName(value)) return value;
+    std::vector<LispToken> tokens;
+    for (const LispToken& token : tokensOf(value)) {
+        const bool name = token.is(LispKind::EntityName) && !token.asEntityName().isNone();
+        tokens.push_back(
+            name ? LispToken::entityName({token.asEntityName().first, found.mount->number})
+                 : token);
+    }
+    return LispAccess::make(std::move(tokens));
+}
+
 void note(std::vector<std::pair<std::wstring, CMORAdsLispVar>>& attributes, std::wstring_view name,
           const CMORAdsLispVar& value) {
     const auto last = lastChange(attributes, name);
@@ -121,10 +144,9 @@ CMOREntity::~CMOREntity() = default;
 
 bool CMOREntity::Connect(const ads_name name) {
     *m_state = {};
-    host::Drawing* drawing = host::currentDrawing();
-    if (drawing == nullptr || host::faults::shouldFail("CMOREntity::Connect")) return false;
-    const RecordNumber number = drawing->numberOf(mor::EntityName(name));
-    if (number == 0 || drawing->entry(number).has(host::kEdge | host::kErased)) return false;
+    const host::Located found = host::locate(mor::EntityName(name));
+    if (!found || host::faults::shouldFail("CMOREntity::Connect")) return false;
+    if (found.drawing->entry(found.number).has(host::kEdge | host::kErased)) return false;
     m_state->name = mor::EntityName(name);
     return true;
 }
@@ -136,16 +158,17 @@ bool CMOREntity::Disconnect() {
 }
 
 bool CMOREntity::Flush() {
-    const RecordNumber number = host::live(*m_state);
+    const host::Located found = host::writeable(*m_state);
     auto& counters = host::runningCounters();
-    if (number == 0) return false;
+    if (!found) return false;
     ++(host::reactorsOff() ? counters.flushesReactorsOff : counters.flushesReactorsOn);
     if (host::faults::shouldFail("CMOREntity::Flush")) return false;
     if (m_state->groups.empty() && m_state->attributes.empty()) return true;
-    host::Drawing& drawing = *host::currentDrawing();
+    host::Drawing& drawing = *found.drawing;
+    const RecordNumber number = found.number;
     if (host::faults::writesRefused() || host::layerIsLocked(drawing, number)) return false;
     if (!m_state->attributes.empty()) {
-        host::AttributeList list = host::seen(*m_state, number);
+        host::AttributeList list = host::seen(*m_state, found);
         const long before = drawing.attributesOf(number)->used();
         const long after = list.used();
         // An entity over its room may still shrink.
@@ -167,8 +190,7 @@ bool CMOREntity::Flush() {
 }
 
 bool CMOREntity::Destroy() {
-    const RecordNumber number = host::live(*m_state);
-    if (number == 0 || host::faults::shouldFail("CMOREntity::Destroy")) return false;
+    if (!host::live(*m_state) || host::faults::shouldFail("CMOREntity::Destroy")) return false;
     ads_name name{};
     m_state->name.copyTo(name);
     if (acdbEntDel(name) != RTNORM) return false;
@@ -187,109 +209,107 @@ const CString& CMOREntity::Handle() const {
 }
 
 const CString& CMOREntity::Type() const {
-    const host::Drawing* drawing = host::currentDrawing();
-    const RecordNumber number = drawing == nullptr ? 0 : drawing->numberOf(m_state->name);
-    if (number == 0) {
+    const host::Located found = host::locate(m_state->name);
+    if (!found) {
         m_state->type.Empty();
     } else {
-        const std::string& type = drawing->typeOf(number);
+        const std::string& type = found.drawing->typeOf(found.number);
         m_state->type = std::wstring(type.begin(), type.end()).c_str();
     }
     return m_state->type;
 }
 
 const wchar_t* CMOREntity::GetLayer(wchar_t* buffer) const {
-    const RecordNumber number = host::live(*m_state);
+    const host::Located found = host::live(*m_state);
     m_state->layer.clear();
     if (const auto pending = m_state->groups.find(8); pending != m_state->groups.end())
         m_state->layer = std::get<std::wstring>(pending->second);
-    else if (number != 0)
-        m_state->layer = host::currentDrawing()->textOf(number, 8).value_or(L"0");
+    else if (found)
+        m_state->layer = found.qualified(found.drawing->textOf(found.number, 8).value_or(L"0"));
     if (buffer != nullptr) *std::ranges::copy(m_state->layer, buffer).out = L'\0';
     return m_state->layer.c_str();
 }
 
 bool CMOREntity::SetLayer(const wchar_t* layer) {
-    if (layer == nullptr || *layer == L'\0' || host::live(*m_state) == 0) return false;
+    if (layer == nullptr || *layer == L'\0' || !host::writeable(*m_state)) return false;
     m_state->groups[8] = std::wstring(layer);
     return true;
 }
 
 bool CMOREntity::GetEntityEntry(int code, const wchar_t*& text) const {
-    const RecordNumber number = host::live(*m_state);
-    if (number == 0) return false;
-    const auto value = host::currentDrawing()->textOf(number, code);
+    const host::Located found = host::live(*m_state);
+    if (!found) return false;
+    const auto value = found.drawing->textOf(found.number, code);
     if (!value) return false;
-    m_state->entry = *value;
+    m_state->entry = host::isSymbolGroup(found, code) ? found.qualified(*value) : *value;
     text = m_state->entry.c_str();
     return true;
 }
 
 bool CMOREntity::GetGroupShort(int code, short* value) const {
-    const RecordNumber number = host::live(*m_state);
-    if (number == 0 || value == nullptr) return false;
+    const host::Located found = host::live(*m_state);
+    if (!found || value == nullptr) return false;
     if (const auto pending = m_state->groups.find(code); pending != m_state->groups.end()) {
         *value = static_cast<short>(std::get<std::int64_t>(pending->second));
         return true;
     }
-    host::Drawing& drawing = *host::currentDrawing();
     if (code == 67) {
-        *value = drawing.entry(number).container != host::kNoContainer &&
-                         drawing.isPaper(drawing.entry(number).container)
-                     ? 1
-                     : 0;
+        const host::ContainerNumber container = found.drawing->entry(found.number).container;
+        const bool paper = container != host::kNoContainer && found.drawing->isPaper(container);
+        *value = paper && found.mount == nullptr ? 1 : 0;
         return true;
     }
-    const auto number16 = drawing.integerOf(number, code);
+    const auto number16 = found.drawing->integerOf(found.number, code);
     if (!number16) return false;
     *value = static_cast<short>(*number16);
     return true;
 }
 
 bool CMOREntity::SetGroupShort(int code, short value) {
-    if (host::live(*m_state) == 0) return false;
+    if (!host::writeable(*m_state)) return false;
     m_state->groups[code] = std::int64_t{value};
     return true;
 }
 
 bool CMOREntity::GetAttribute(const wchar_t* name, CMORAdsLispVar& value) const {
-    const RecordNumber number = host::live(*m_state);
-    if (number == 0 || name == nullptr || host::faults::shouldFail("CMOREntity::GetAttribute"))
+    const host::Located found = host::live(*m_state);
+    if (!found || name == nullptr || host::faults::shouldFail("CMOREntity::GetAttribute"))
         return false;
     host::Attribute pending;
-    const host::Attribute* found = host::findSeen(*m_state, number, name, pending);
-    if (found == nullptr) return false;
-    value = found->value;
+    const host::Attribute* attribute = host::findSeen(*m_state, found, name, pending);
+    if (attribute == nullptr) return false;
+    value = host::asSeenFrom(found, attribute->value);
     return true;
 }
 
 bool CMOREntity::SetAttribute(const wchar_t* name, const CMORAdsLispVar& value) {
-    const RecordNumber number = host::live(*m_state);
-    if (number == 0 || name == nullptr || *name == L'\0' ||
+    const host::Located found = host::writeable(*m_state);
+    if (!found || name == nullptr || *name == L'\0' ||
         host::faults::shouldFail("CMOREntity::SetAttribute"))
         return false;
     if (!host::isStorable(value) || !host::namesAreOurs(value)) return false;
-    const auto now = host::currentDrawing()->attributesOf(number);
+    const auto now = found.drawing->attributesOf(found.number);
     if (!now->damage.empty()) return false;
     mor::EntityState wanted;
     wanted.attributes = m_state->attributes;
     host::note(wanted.attributes, name, value);
-    const long before = host::seen(*m_state, number).used();
-    const long after = host::seen(wanted, number).used();
+    const long before = host::seen(*m_state, found).used();
+    const long after = host::seen(wanted, found).used();
     if (after > host::roomOf() && after > before) return false;
     m_state->attributes = std::move(wanted.attributes);
     return true;
 }
 
 bool CMOREntity::GetAttributeText(const wchar_t* name, wchar_t* buffer) const {
-    const RecordNumber number = host::live(*m_state);
-    if (number == 0 || name == nullptr || host::faults::shouldFail("CMOREntity::GetAttributeText"))
+    const host::Located found = host::live(*m_state);
+    if (!found || name == nullptr || host::faults::shouldFail("CMOREntity::GetAttributeText"))
         return false;
     host::Attribute pending;
-    const host::Attribute* found = host::findSeen(*m_state, number, name, pending);
-    if (found == nullptr) return false;
-    const std::wstring text = CMORAdsLisp::StringP(found->value) ? host::stringOf(found->value)
-                                                                 : host::princText(found->value);
+    const host::Attribute* attribute = host::findSeen(*m_state, found, name, pending);
+    if (attribute == nullptr) return false;
+    const std::wstring text = CMORAdsLisp::StringP(attribute->value)
+                                  ? host::stringOf(attribute->value)
+                                  : host::princText(attribute->value);
     const std::size_t length = text.copy(buffer, host::kAttributeTextLength);
     buffer[length] = L'\0';
     return true;
@@ -301,32 +321,32 @@ bool CMOREntity::SetAttributeText(const wchar_t* name, const wchar_t* text) {
 }
 
 bool CMOREntity::DeleteAttribute(const wchar_t* name) {
-    const RecordNumber number = host::live(*m_state);
-    if (number == 0 || name == nullptr || host::faults::shouldFail("CMOREntity::DeleteAttribute"))
+    const host::Located found = host::writeable(*m_state);
+    if (!found || name == nullptr || host::faults::shouldFail("CMOREntity::DeleteAttribute"))
         return false;
     host::Attribute pending;
-    if (host::findSeen(*m_state, number, name, pending) == nullptr) return false;
+    if (host::findSeen(*m_state, found, name, pending) == nullptr) return false;
     host::note(m_state->attributes, name, {});
     return true;
 }
 
 void CMOREntity::GetAttributeNames(CMORStringList& names) const {
     names.Reset();
-    const RecordNumber number = host::live(*m_state);
-    if (number == 0) return;
-    for (const host::Attribute& attribute : host::seen(*m_state, number).items)
+    const host::Located found = host::live(*m_state);
+    if (!found) return;
+    for (const host::Attribute& attribute : host::seen(*m_state, found).items)
         names.Append(attribute.name.c_str());
 }
 
 long CMOREntity::GetXDataSize(const wchar_t* name) const {
-    const RecordNumber number = host::live(*m_state);
-    if (number == 0 || name == nullptr) return 0;
+    const host::Located found = host::live(*m_state);
+    if (!found || name == nullptr) return 0;
     host::Attribute pending;
-    const host::Attribute* found = host::findSeen(*m_state, number, name, pending);
-    return found == nullptr ? 0 : host::attributeCost(*found);
+    const host::Attribute* attribute = host::findSeen(*m_state, found, name, pending);
+    return attribute == nullptr ? 0 : host::attributeCost(*attribute);
 }
 
 long CMOREntity::GetFreeXDataMem() const {
-    const RecordNumber number = host::live(*m_state);
-    return number == 0 ? 0 : host::roomOf() - host::seen(*m_state, number).used();
+    const host::Located found = host::live(*m_state);
+    return !found ? 0 : host::roomOf() - host::seen(*m_state, found).used();
 }

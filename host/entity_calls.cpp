@@ -28,11 +28,16 @@ bool isErasable(const Drawing& drawing, RecordNumber number) {
 }  // namespace
 
 std::wstring handleText(EntityName name) {
-    Drawing* drawing = currentDrawing();
-    if (drawing == nullptr) return {};
-    const RecordNumber number = drawing->numberOf(name);
-    const std::uint64_t handle =
-        number != 0 ? drawing->handleOf(number) : drawing->handleForName(name);
+    std::uint64_t handle = 0;
+    if (const Located found = locate(name)) {
+        handle = found.drawing->handleOf(found.number);
+    } else if (AcApDocument* document = currentDocument()) {
+        // A handle that no record has, kept under a reserved name.
+        const Mount* mount = document->references->find(name.second);
+        Drawing* drawing = mount == nullptr ? document->drawing.get() : mount->drawing.get();
+        if (drawing != nullptr)
+            handle = drawing->handleForName({name.first, drawing->nameOf(1).second});
+    }
     const std::string text = handleToText(handle);
     return {text.begin(), text.end()};
 }
@@ -71,19 +76,19 @@ int acdbEntLast(ads_name result) {
 }
 
 int acdbEntNext(const ads_name entity, ads_name result) {
-    const auto* drawing = mor::host::currentDrawing();
+    auto* drawing = mor::host::currentDrawing();
     if (drawing == nullptr || mor::host::faults::shouldFail("acdbEntNext")) return RTERROR;
-    RecordNumber after = 0;
+    mor::host::Located place{drawing, 0, nullptr};
     mor::host::ContainerNumber container = mor::host::kModelSpace;
     if (entity != nullptr) {
-        after = drawing->numberOf(mor::EntityName(entity));
-        if (after == 0) return RTERROR;
-        container = drawing->entry(after).container;
+        place = mor::host::locate(mor::EntityName(entity));
+        if (!place) return RTERROR;
+        container = place.drawing->entry(place.number).container;
         if (container == mor::host::kNoContainer) return RTERROR;
     }
-    const RecordNumber next = drawing->nextMember(container, after);
+    const RecordNumber next = place.drawing->nextMember(container, place.number);
     if (next == 0) return RTERROR;
-    drawing->nameOf(next).copyTo(result);
+    place.nameOf(next).copyTo(result);
     return RTNORM;
 }
 

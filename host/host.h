@@ -227,6 +227,48 @@ void forEachInsert(const AcApDocument* document, std::wstring_view block,
 /// names the old handle goes on naming the other record.
 bool renewHandle(AcApDocument* document, mor::EntityName name);
 
+// ---- external references ------------------------------------------------------------------------
+
+/// Folders in which references are looked for besides the referring drawing's own, for all
+/// documents. Set before a reference is touched.
+void setReferenceFolders(std::vector<std::filesystem::path> folders);
+/// Beginnings of saved paths and what stands for them here: {"C:\\proj", "/srv/proj"}. Without
+/// regard to case.
+void setReferenceMappings(std::vector<std::pair<std::string, std::string>> mappings);
+
+enum class ReferenceStatus {
+    Loaded,
+    NotFound,    ///< no file was found
+    Unresolved,  ///< a file was found but not read: damaged, of another form, or it closes a circle
+    Orphaned,    ///< below a reference that is not loaded, or an overlay below a reference
+    Unreferenced  ///< loaded or not, no insert refers to it
+};
+struct ReferenceTry {
+    std::filesystem::path path;
+    std::string why;  ///< why it was not taken
+};
+struct ReferenceInfo {
+    std::wstring name;   ///< by the path of references: PLAN, PLAN|CORE
+    std::wstring block;  ///< in the referring drawing
+    bool overlay = false;
+    ReferenceStatus status = ReferenceStatus::Unresolved;
+    std::wstring saved;  ///< path as the referring drawing has it
+    std::filesystem::path found;
+    std::vector<ReferenceTry> tries;
+    std::size_t inserts = 0;   ///< live ones in the referring drawing, block definitions included
+    std::size_t entities = 0;  ///< main entities of the referenced drawing's model space
+    bool hasStore = false;     ///< the referenced drawing holds a file store's block
+    std::size_t depth = 0;     ///< 0 for references of the document's own drawing
+};
+/// The references of a document, each followed by its nested ones.
+[[nodiscard]] std::vector<ReferenceInfo> references(AcApDocument* document);
+
+/// Reads the reference's file again when it is touched next; entity names of the old state are
+/// unknown from then on. False when the drawing has no reference block of that name.
+bool reloadReference(AcApDocument* document, std::wstring_view name);
+/// The same, and the block is no reference any more: it ends up without entities, path and flags.
+bool detachReference(AcApDocument* document, std::wstring_view name);
+
 // ---- counters, for tests ------------------------------------------------------------------------
 
 struct Counters {

@@ -73,15 +73,24 @@ static CMORMathTransMatrix insertMatrix(const TagList& insert, const Vector& bas
 }
 
 static std::optional<CMORMathTransMatrix> matrixOf(const ads_name name) {
-    Drawing* drawing = currentDrawing();
-    if (drawing == nullptr) return std::nullopt;
-    const RecordNumber number = drawing->numberOf(EntityName(name));
-    if (number == 0 || drawing->entry(number).has(kErased) || drawing->typeOf(number) != "INSERT")
+    const Located found = locate(EntityName(name));
+    if (!found || found.drawing->entry(found.number).has(kErased) ||
+        found.drawing->typeOf(found.number) != "INSERT")
         return std::nullopt;
-    const ContainerNumber block = drawing->findBlock(drawing->textOf(number, 2).value_or(L""));
-    if (block == kNoContainer) return std::nullopt;
-    const TagList head = drawing->current(drawing->container(block).head);
-    return insertMatrix(drawing->current(number), vector(head, 10, {0.0, 0.0, 0.0}));
+    const TagList insert = found.drawing->current(found.number);
+    const Tag* block = insert.find(2);
+    if (block == nullptr) return std::nullopt;
+    const ContainerNumber number =
+        found.drawing->findBlock(found.drawing->text().decode(insert.value(*block)));
+    if (number == kNoContainer) return std::nullopt;
+    const TagList head = found.drawing->current(found.drawing->container(number).head);
+    Vector base = vector(head, 10, {0.0, 0.0, 0.0});
+    // The mount of a nested reference belongs to the one whose drawing holds the insert.
+    auto* owner = const_cast<Mount*>(found.mount);
+    const Mount* reference = currentDocument()->references->mount(owner, number);
+    if (reference != nullptr && reference->drawing)
+        if (const auto own = reference->drawing->insertionBase()) base = *own;
+    return insertMatrix(insert, base);
 }
 
 }  // namespace mor::host

@@ -6,6 +6,7 @@
 #include "platform/runtime.h"
 
 #include <algorithm>
+#include <array>
 #include <span>
 #include <utility>
 #include <vector>
@@ -33,8 +34,19 @@ std::span<const int> shownCodes(std::wstring_view table) {
     return found == shown.end() ? std::span<const int>() : std::span<const int>(found->second);
 }
 
-ResbufList symbolList(Drawing& drawing, std::wstring_view table, RecordNumber number) {
-    const TagList record = drawing.current(number);
+constexpr std::int64_t kReferenceBit = 4;
+constexpr std::int64_t kOverlayBit = 8;
+constexpr std::int64_t kDependentBit = 16;
+constexpr std::int64_t kResolvedBit = 32;
+
+/// Groups of a table record that name another symbol.
+bool namesSymbol(std::wstring_view table, int code) {
+    return code == 2 || (code == 6 && table == L"LAYER");
+}
+
+/// A record as program lists show it; of a referenced drawing under its qualified name.
+ResbufList symbolList(const Located& found, std::wstring_view table) {
+    const TagList record = found.drawing->current(found.number);
     const std::span<const int> codes = shownCodes(table);
     ListBuilder list;
     list.text(0, table);
@@ -42,8 +54,18 @@ ResbufList symbolList(Drawing& drawing, std::wstring_view table, RecordNumber nu
     for (std::size_t i = 0; i < record.extendedBegin(); ++i) {
         const Tag& tag = record.tags()[i];
         if (tag.code == 102) inGroup = record.value(tag).starts_with("{");
-        if (!inGroup && std::ranges::find(codes, tag.code) != codes.end())
-            list.group(drawing, record, i);
+        if (inGroup || std::ranges::find(codes, tag.code) == codes.end()) continue;
+        if (found.mount != nullptr && namesSymbol(table, tag.code))
+            list.text(
+                tag.code,
+                tag.code == 2
+                    ? found.mount->name + L"|" + found.drawing->text().decode(record.value(tag))
+                    : found.qualified(found.drawing->text().decode(record.value(tag))));
+        else if (found.mount != nullptr && tag.code == 70)
+            list.integer(
+                70, parseInteger(record.value(tag)).value_or(0) | kDependentBit | kResolvedBit);
+        else
+            list.group(*found.drawing, record, i);
     }
     return list.take();
 }
@@ -57,26 +79,86 @@ ContainerNumber entitiesOf(const Drawing& drawing, ContainerNumber block) {
     return active ? kPaperSpace : block;
 }
 
-ResbufList blockList(Drawing& drawing, ContainerNumber block) {
+/// Where a reference's coordinates begin: the referenced drawing's insertion base.
+void takeBase(const Mount& mount, double* base) {
+    const auto own = mount.drawing->insertionBase();
+    if (own) std::ranges::copy(*own, base);
+}
+
+/// A block as program lists show it. `owner` is null for blocks of the current drawing.
+ResbufList blockList(AcApDocument& document, Mount* owner, ContainerNumber block) {
+    Drawing& drawing = owner == nullptr ? *document.drawing : *owner->drawing;
     const TagList record = drawing.current(drawing.container(block).head);
+    const Tag* flags = record.find(70);
+    std::int64_t value = flags == nullptr ? 0 : parseInteger(record.value(*flags)).value_or(0);
+    if ((value & kOverlayBit) != 0) value |= kReferenceBit;
+    const Mount* reference = document.references->mount(owner, block);
+    const bool loaded = reference != nullptr && reference->drawing != nullptr;
+    if (loaded) value |= kResolvedBit;
+    if (owner != nullptr) value |= kDependentBit | kResolvedBit;
+    std::array<double, 3> base{};
+    for (std::size_t i = 0; i < 3; ++i)
+        if (const Tag* tag = record.find(10 * (static_cast<int>(i) + 1)))
+            base[i] = parseReal(record.value(*tag)).value_or(0.0);
+    if (loaded) takeBase(*reference, base.data());
     ListBuilder list;
     list.text(0, L"BLOCK");
-    list.text(2, drawing.containerName(block));
-    const Tag* flags = record.find(70);
-    const std::int64_t value =
-        flags == nullptr ? 0 : parseInteger(record.value(*flags)).value_or(0);
+    list.text(2, (owner == nullptr ? L"" : owner->name + L"|") + drawing.containerName(block));
     list.integer(70, value);
-    double base[3] = {0.0, 0.0, 0.0};
-    for (int i = 0; i < 3; ++i)
-        if (const Tag* tag = record.find(10 * (i + 1)))
-            base[i] = parseReal(record.value(*tag)).value_or(0.0);
-    list.point(10, base);
-    if ((value & 4) != 0)
+    list.point(10, base.data());
+    if ((value & kReferenceBit) != 0)
         if (const Tag* path = record.find(1))
             list.text(1, drawing.text().decode(record.value(*path)));
-    const RecordNumber first = drawing.nextMember(entitiesOf(drawing, block), 0);
-    if (first != 0) list.name(-2, drawing.nameOf(first));
+    if (loaded) {
+        const Located place{reference->drawing.get(), 0, reference};
+        const RecordNumber first = reference->drawing->nextMember(kModelSpace, 0);
+        if (first != 0) list.name(-2, place.nameOf(first));
+    } else if (reference == nullptr && (value & kReferenceBit) == 0) {
+        const Located place{&drawing, 0, owner};
+        const RecordNumber first = drawing.nextMember(entitiesOf(drawing, block), 0);
+        if (first != 0) list.name(-2, place.nameOf(first));
+    }
     return list.take();
+}
+
+/// A block of the current drawing, or of one that it refers to under a qualified name. A dependent
+/// block takes its entities from the reference even where the drawing holds a record of its own
+/// under that name.
+ResbufList findBlockList(AcApDocument& document, std::wstring_view name) {
+    if (name.find(L'|') != std::wstring_view::npos) {
+        const References::Target target = document.references->resolve(name);
+        if (target.mount != nullptr) {
+            const ContainerNumber block = target.mount->drawing->findBlock(target.rest);
+            if (block != kNoContainer && !target.mount->drawing->container(block).layout)
+                return blockList(document, target.mount, block);
+        }
+    }
+    const ContainerNumber block = document.drawing->findBlock(name);
+    return block == kNoContainer ? ResbufList() : blockList(document, nullptr, block);
+}
+
+/// A symbol of the current drawing, else of one that it refers to.
+ResbufList findSymbolList(AcApDocument& document, std::wstring_view table, std::wstring_view name) {
+    const std::string narrowTable = narrow(table);
+    if (const RecordNumber own = document.drawing->findSymbol(narrowTable, name))
+        return symbolList({document.drawing.get(), own, nullptr}, table);
+    // Names of applications are the same in every drawing, never qualified.
+    if (name.find(L'|') == std::wstring_view::npos || table == L"APPID") return {};
+    const References::Target target = document.references->resolve(name);
+    if (isCommonSymbol(target.rest)) return {};  // layer 0 and the like are never qualified
+    // A referenced drawing's own record under a longer name overrides a nested one's.
+    for (Mount* mount = target.mount; mount != nullptr; mount = mount->parent) {
+        const std::wstring rest(name.substr(mount->name.size() + 1));
+        if (mount->parent != nullptr) {
+            const std::wstring outer(name.substr(mount->parent->name.size() + 1));
+            if (const RecordNumber over = mount->parent->drawing->findSymbol(narrowTable, outer))
+                return symbolList({mount->parent->drawing.get(), over, mount->parent}, table);
+        }
+        if (mount != target.mount) continue;
+        if (const RecordNumber found = mount->drawing->findSymbol(narrowTable, rest))
+            return symbolList({mount->drawing.get(), found, mount}, table);
+    }
+    return {};
 }
 
 /// Where the walk over the table stands: a record, or a container for "BLOCK".
@@ -109,18 +191,15 @@ resbuf* acdbTblSearch(const wchar_t* table, const wchar_t* symbol, int setNext) 
         return nullptr;
     host::Drawing& drawing = *document->drawing;
     const std::wstring name = mor::upperCase(table);
-    host::RecordNumber& position = host::positionOf(*document, name);
     if (name == L"BLOCK") {
         const host::ContainerNumber block = drawing.findBlock(symbol);
-        if (block == host::kNoContainer) return nullptr;
-        if (setNext != 0) position = block;
-        return host::blockList(drawing, block).release();  // caller owns
+        if (setNext != 0 && block != host::kNoContainer) host::positionOf(*document, name) = block;
+        return host::findBlockList(*document, symbol).release();  // caller owns
     }
     if (host::shownCodes(name).empty()) return nullptr;
-    const host::RecordNumber number = drawing.findSymbol(mor::narrow(name), symbol);
-    if (number == 0) return nullptr;
-    if (setNext != 0) position = number;
-    return host::symbolList(drawing, name, number).release();  // caller owns
+    const host::RecordNumber own = drawing.findSymbol(mor::narrow(name), symbol);
+    if (setNext != 0 && own != 0) host::positionOf(*document, name) = own;
+    return host::findSymbolList(*document, name, symbol).release();  // caller owns
 }
 
 resbuf* acdbTblNext(const wchar_t* table, int rewind) {
@@ -135,12 +214,12 @@ resbuf* acdbTblNext(const wchar_t* table, int rewind) {
         const host::ContainerNumber block = host::nextBlock(drawing, position);
         if (block == host::kNoContainer) return nullptr;
         position = block;
-        return host::blockList(drawing, block).release();  // caller owns
+        return host::blockList(*document, nullptr, block).release();  // caller owns
     }
     const host::ContainerNumber container = drawing.findTable(mor::narrow(name));
     if (container == host::kNoContainer || host::shownCodes(name).empty()) return nullptr;
     const host::RecordNumber next = drawing.nextMember(container, position);
     if (next == 0) return nullptr;
     position = next;
-    return host::symbolList(drawing, name, next).release();  // caller owns
+    return host::symbolList({&drawing, next, nullptr}, name).release();  // caller owns
 }

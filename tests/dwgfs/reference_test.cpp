@@ -15,7 +15,7 @@ class ReferencedStore : public StoreTest {
 protected:
     void SetUp() override {
         StoreTest::SetUp();
-        static_cast<void>(storedDrawing().save("stored.dxf"));
+        static_cast<void>(storedDrawing("").save("stored.dxf"));
         open(DxfDrawing{.layers = {"0"},
                         .blocks = referenceDefinition("PLAN", "stored.dxf"),
                         .entities = insertEntity("A1", "0", "PLAN")}

@@ -20,7 +20,7 @@ namespace mor::test {
 
 /// A drawing with a store as its file has it: "/ [a/ [f=5 b/ [g="x"]]]", where /a lies in paper
 /// space.
-[[nodiscard]] inline DxfDrawing storedDrawing() {
+[[nodiscard]] inline DxfDrawing storedDrawing(const std::string& space = "67 1;") {
     const std::string anchor =
         "0 ATTDEF;5 10;8 0;10 0.0;20 0.0;30 0.0;40 1.0;1 ;3 mor;2 mor;70 3;" +
         attributeTags("1000 \\U+005EDWG_FILESYSTEM_ROOT;1000 12;");
@@ -28,7 +28,7 @@ namespace mor::test {
         .layers = {"0", "MOR_CONTROL_LAYER"},
         .blocks = blockDefinition("MOR_DWGFILES", anchor),
         .entities = directoryTags("12", "/", "1000 \\U+005Ea;1000 13;") +
-                    directoryTags("13", "/a", "1000 f;1071 5;1000 \\U+005Eb;1000 14;", "67 1;") +
+                    directoryTags("13", "/a", "1000 f;1071 5;1000 \\U+005Eb;1000 14;", space) +
                     directoryTags("14", "/a/b", "1000 g;1000 x;")};
 }
 

@@ -1,0 +1,168 @@
+#include "host/reference.h"
+
+#include "host/document.h"
+#include "platform/runtime.h"
+
+#include <algorithm>
+#include <system_error>
+#include <utility>
+
+namespace mor::host {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::int64_t kReferenceFlag = 4;
+constexpr std::int64_t kOverlayFlag = 8;
+
+std::int64_t flagsOf(Drawing& drawing, ContainerNumber block) {
+    const RecordNumber head = drawing.container(block).head;
+    return head == 0 ? 0 : drawing.integerOf(head, 70).value_or(0);
+}
+
+fs::path realPath(const fs::path& path) {
+    std::error_code code;
+    const fs::path real = fs::weakly_canonical(fs::absolute(path), code);
+    return code ? path : real;
+}
+
+}  // namespace
+
+bool isCommonSymbol(std::wstring_view symbol) {
+    return symbol.empty() || symbol == L"0" || equalNoCase(symbol, L"Continuous") ||
+           equalNoCase(symbol, L"ByLayer") || equalNoCase(symbol, L"ByBlock");
+}
+
+bool isReferenceBlock(Drawing& drawing, ContainerNumber block) {
+    // Overlays alone carry 8 where some writers leave 4 out.
+    return (flagsOf(drawing, block) & (kReferenceFlag | kOverlayFlag)) != 0;
+}
+
+bool isOverlayBlock(Drawing& drawing, ContainerNumber block) {
+    return (flagsOf(drawing, block) & kOverlayFlag) != 0;
+}
+
+EntityName Located::nameOf(RecordNumber other) const {
+    const EntityName own = drawing->nameOf(other);
+    return mount == nullptr || other == 0 ? own : EntityName{own.first, mount->number};
+}
+
+std::wstring Located::qualified(std::wstring_view symbol) const {
+    if (mount == nullptr || isCommonSymbol(symbol)) return std::wstring(symbol);
+    return mount->name + L"|" + std::wstring(symbol);
+}
+
+Located locate(EntityName name) {
+    AcApDocument* document = currentDocument();
+    if (document == nullptr || name.isNone()) return {};
+    if (const RecordNumber own = document->drawing->numberOf(name))
+        return {document->drawing.get(), own, nullptr};
+    const Mount* mount = document->references->find(name.second);
+    if (mount == nullptr || !mount->drawing) return {};
+    const EntityName inside{name.first, mount->drawing->nameOf(1).second};
+    const RecordNumber number = mount->drawing->numberOf(inside);
+    return number == 0 ? Located{} : Located{mount->drawing.get(), number, mount};
+}
+
+Drawing& References::drawingOf(const Mount* parent) const {
+    return parent == nullptr ? *m_document.drawing : *parent->drawing;
+}
+
+fs::path References::fileOf(const Mount* parent) const {
+    return parent == nullptr ? m_document.path : parent->path;
+}
+
+Mount* References::mount(Mount* parent, ContainerNumber block) {
+    Drawing& owner = drawingOf(parent);
+    if (!isReferenceBlock(owner, block)) return nullptr;
+    if (parent != nullptr && isOverlayBlock(owner, block)) return nullptr;
+    auto& slot = (parent == nullptr ? m_mounts : parent->children)[block];
+    if (slot) return slot.get();
+    slot = std::make_unique<Mount>();
+    slot->number = nextDrawingNumber();
+    slot->name = owner.containerName(block);
+    if (parent != nullptr) slot->name = parent->name + L"|" + slot->name;
+    slot->parent = parent;
+    slot->block = block;
+    m_byNumber.emplace(slot->number, slot.get());
+    load(*slot);
+    return slot.get();
+}
+
+bool References::closesCircle(const Mount& mount, const fs::path& file) const {
+    if (!m_document.path.empty() && realPath(m_document.path) == file) return true;
+    for (const Mount* above = mount.parent; above != nullptr; above = above->parent)
+        if (realPath(above->path) == file) return true;
+    return false;
+}
+
+void References::load(Mount& mount) {
+    Drawing& owner = drawingOf(mount.parent);
+    const std::wstring saved = owner.textOf(owner.container(mount.block).head, 1).value_or(L"");
+    const auto found = findReference(saved, fileOf(mount.parent), mount.tries);
+    if (!found) {
+        mount.status = ReferenceStatus::NotFound;
+        return;
+    }
+    mount.path = *found;
+    const fs::path file = realPath(*found);
+    if (closesCircle(mount, file)) {
+        mount.tries.push_back({*found, "it refers back to a drawing that refers to it"});
+        return;
+    }
+    auto& shared = m_drawings[file];
+    if (!shared) {
+        auto source = openFileSource(*found);
+        auto drawing = source ? Drawing::load(std::move(source.value()), found->string())
+                              : Result<std::unique_ptr<Drawing>>(source.error());
+        if (!drawing) {
+            mount.tries.push_back({*found, drawing.error().message()});
+            m_drawings.erase(file);
+            return;
+        }
+        shared = std::move(drawing.value());
+    }
+    mount.drawing = shared;
+    mount.status = ReferenceStatus::Loaded;
+}
+
+const Mount* References::find(std::int64_t number) const {
+    const auto found = m_byNumber.find(number);
+    return found == m_byNumber.end() ? nullptr : found->second;
+}
+
+References::Target References::resolve(std::wstring_view qualified) {
+    Target target{nullptr, std::wstring(qualified)};
+    while (true) {
+        const std::size_t bar = target.rest.find(L'|');
+        if (bar == std::wstring::npos) return target;
+        Drawing& owner = drawingOf(target.mount);
+        const ContainerNumber block = owner.findBlock(target.rest.substr(0, bar));
+        Mount* next = block == kNoContainer ? nullptr : mount(target.mount, block);
+        if (next == nullptr || !next->drawing) return target;
+        target.mount = next;
+        target.rest.erase(0, bar + 1);
+    }
+}
+
+void References::forget(Mount& mount) {
+    for (auto& [block, child] : mount.children) forget(*child);
+    m_byNumber.erase(mount.number);
+    if (!mount.path.empty()) m_drawings.erase(realPath(mount.path));
+}
+
+void References::drop(ContainerNumber block) {
+    const auto found = m_mounts.find(block);
+    if (found == m_mounts.end()) return;
+    forget(*found->second);
+    m_mounts.erase(found);
+}
+
+void References::dropAll() {
+    m_mounts.clear();
+    m_byNumber.clear();
+    m_drawings.clear();
+}
+
+}  // namespace mor::host

@@ -1,0 +1,92 @@
+#pragma once
+
+#include "host/drawing.h"
+#include "host/host.h"
+#include "host/xref_loader.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+class AcApDocument;
+
+namespace mor::host {
+
+class References;
+
+/// One external reference of the document's drawing, or of a referenced one: the drawing behind it
+/// under a number and a name of its own. Two references to one file share its index.
+struct Mount {
+    std::int64_t number = 0;               ///< second word of its entities' names
+    std::wstring name;                     ///< by the path of references: PLAN, PLAN|CORE
+    Mount* parent = nullptr;               ///< null below the document's own drawing
+    ContainerNumber block = kNoContainer;  ///< of the referring drawing
+    std::shared_ptr<Drawing> drawing;      ///< null when it is not loaded
+    std::filesystem::path path;            ///< of the file, as it was found
+    ReferenceStatus status = ReferenceStatus::Unresolved;
+    std::vector<ReferenceTry> tries;
+    std::map<ContainerNumber, std::unique_ptr<Mount>> children;  ///< by block of `drawing`
+};
+
+/// A record of the document's drawing or of one referenced by it.
+struct Located {
+    Drawing* drawing = nullptr;
+    RecordNumber number = 0;
+    const Mount* mount = nullptr;  ///< null in the document's own drawing
+
+    explicit operator bool() const { return number != 0; }
+    [[nodiscard]] EntityName nameOf(RecordNumber other) const;
+    /// The name under which the document knows a symbol of the record's drawing: layer 0 and the
+    /// like stay.
+    [[nodiscard]] std::wstring qualified(std::wstring_view symbol) const;
+};
+
+/// The references of one document, resolved on first touch and kept until they are reloaded.
+class References {
+public:
+    explicit References(AcApDocument& document) : m_document(document) {}
+
+    /// The mount behind a reference block; never null for one, whatever became of its file.
+    /// `parent` is null for blocks of the document's own drawing. Null for an ordinary block and
+    /// for an overlay below a reference.
+    Mount* mount(Mount* parent, ContainerNumber block);
+    [[nodiscard]] const Mount* find(std::int64_t number) const;
+    /// The drawing that holds the block and the rest of a qualified name: "PLAN|DOOR" is DOOR of
+    /// PLAN's drawing.
+    struct Target {
+        Mount* mount = nullptr;
+        std::wstring rest;
+    };
+    [[nodiscard]] Target resolve(std::wstring_view qualified);
+    /// Forgets what was loaded for a block of the document's own drawing, and its file's index.
+    void drop(ContainerNumber block);
+    void dropAll();
+
+private:
+    void load(Mount& mount);
+    [[nodiscard]] Drawing& drawingOf(const Mount* parent) const;
+    [[nodiscard]] std::filesystem::path fileOf(const Mount* parent) const;
+    [[nodiscard]] bool closesCircle(const Mount& mount, const std::filesystem::path& file) const;
+    void forget(Mount& mount);
+
+    AcApDocument& m_document;
+    std::map<ContainerNumber, std::unique_ptr<Mount>> m_mounts;
+    std::map<std::int64_t, Mount*> m_byNumber;
+    std::map<std::filesystem::path, std::shared_ptr<Drawing>> m_drawings;
+};
+
+/// Symbols that mean the same in every drawing: layer 0, Continuous, ByLayer, ByBlock.
+[[nodiscard]] bool isCommonSymbol(std::wstring_view symbol);
+[[nodiscard]] bool isReferenceBlock(Drawing& drawing, ContainerNumber block);
+[[nodiscard]] bool isOverlayBlock(Drawing& drawing, ContainerNumber block);
+/// Numbers drawings and mounts; never used again in the process.
+[[nodiscard]] std::int64_t nextDrawingNumber();
+
+/// The record of that name in the current document or in a drawing referenced by it.
+[[nodiscard]] Located locate(EntityName name);
+
+}  // namespace mor::host
