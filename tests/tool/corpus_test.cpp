@@ -1,0 +1,316 @@
+#include "tests/support/dxf_records.h"
+#include "tests/tool/expected_records.h"
+#include "tests/tool/tool_test.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <map>
+#include <set>
+#include <sstream>
+
+namespace mor::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Why a drawing is refused; empty for a whole text drawing from R12 on with line ends that are
+/// read.
+std::string refusalOf(const std::string& bytes) {
+    if (bytes.starts_with("AutoCAD Binary DXF")) return "binary";
+    if (bytes.find('\n') == std::string::npos) return "line ends";
+    const DxfFile file = splitDxf(bytes);
+    if (!file.broken.empty()) return file.broken;
+    const std::string version = file.variable("$ACADVER");
+    return !version.empty() && version < "AC1009" ? "older than R12" : "";
+}
+
+/// What was done to the records of a drawing.
+struct Comparison {
+    std::vector<const DxfRecord*> made;
+    std::vector<std::string> changed;  ///< texts of the changes
+    std::string lost;                  ///< the first record that is missing, or differs unduly
+};
+
+bool sameButLineEnd(const std::string& before, const std::string& after) {
+    return before == after ||
+           (!before.ends_with('\n') && (after == before + "\n" || after == before + "\r\n"));
+}
+
+/// The groups of both records, compared by `judge` where they differ; false when one has others.
+template <typename Judge>
+bool sameGroups(const DxfRecord& before, const DxfRecord& after, Judge judge) {
+    for (std::size_t i = 0; i < before.tags.size(); ++i) {
+        if (i >= after.tags.size()) return false;
+        if (before.tags[i].bytes != after.tags[i].bytes && !judge(i)) return false;
+    }
+    return true;
+}
+
+/// A header may get another seed, another $HANDLING, and both at its end where they are missing.
+bool isHeaderChange(const DxfRecord& before, const DxfRecord& after) {
+    const auto variable = [&](std::size_t i) { return withoutBlanks(before.tags[i - 1].value); };
+    if (!sameGroups(before, after, [&](std::size_t i) {
+            return i > 0 && before.tags[i].code == after.tags[i].code &&
+                   (variable(i) == "$HANDSEED" || variable(i) == "$HANDLING");
+        }))
+        return false;
+    for (std::size_t i = before.tags.size(); i < after.tags.size(); ++i)
+        if (after.tags[i].code == 9 && after.tags[i].value != "$HANDSEED" &&
+            after.tags[i].value != "$HANDLING")
+            return false;
+    return true;
+}
+
+/// A table's count may go up when it was exact.
+bool isCountChange(const DxfRecord& before, const DxfRecord& after, long records) {
+    return before.tags.size() == after.tags.size() && sameGroups(before, after, [&](std::size_t i) {
+               return before.tags[i].code == 70 && std::stol(before.tags[i].value) == records;
+           });
+}
+
+Comparison compare(const DxfFile& before, const DxfFile& after) {
+    Comparison result;
+    std::size_t old = 0;
+    for (const DxfRecord& record : after.records) {
+        const DxfRecord* wanted = old < before.records.size() ? &before.records[old] : nullptr;
+        if (wanted == nullptr || wanted->type() != record.type() ||
+            wanted->section != record.section) {
+            result.made.push_back(&record);
+        } else if (sameButLineEnd(wanted->bytes, record.bytes)) {
+            ++old;
+        } else if ((record.section == "HEADER" && isHeaderChange(*wanted, record)) ||
+                   (record.is("TABLE") && wanted->container == record.container &&
+                    isCountChange(*wanted, record, before.countIn(record.container)))) {
+            result.changed.push_back(record.text());
+            ++old;
+        } else {
+            result.made.push_back(&record);
+        }
+    }
+    if (old < before.records.size()) result.lost = before.records[old].text().substr(0, 300);
+    return result;
+}
+
+/// "TABLES/LAYER LAYER": where each new record stands and what it is.
+std::string outline(const std::vector<const DxfRecord*>& made) {
+    std::string all;
+    for (const DxfRecord* record : made)
+        all += record->section + (record->container.empty() ? "" : "/" + record->container) + " " +
+               record->type() + "\n";
+    return all;
+}
+
+/// The new records that a first value under /cfg/user makes in this drawing, in file order.
+std::string expectedOutline(const DxfFile& before, const FileFacts& facts) {
+    const bool blockRecords = facts.markers && (!facts.version.empty() || facts.owners);
+    const auto table = [&](const std::string& name, const std::string& records) {
+        const std::string in = "TABLES/" + name + " ";
+        if (before.stray(name) != nullptr) return "TABLES " + name + "\n";
+        return before.table(name) != nullptr ? records : in + "TABLE\n" + records + in + "ENDTAB\n";
+    };
+    const auto section = [&](const std::string& name, const std::string& records) {
+        return before.section(name) != nullptr ? records
+                                               : name + " SECTION\n" + records + name + " ENDSEC\n";
+    };
+    const bool acad = facts.markers && before.table("APPID") == nullptr;
+    const std::string application = "TABLES/APPID APPID\n";
+    std::string applications = table("APPID", (acad ? application : "") + application);
+    std::string records =
+        blockRecords ? table("BLOCK_RECORD", "TABLES/BLOCK_RECORD BLOCK_RECORD\n") : "";
+    std::string layers = table("LAYER", "TABLES/LAYER LAYER\n");
+    // The order of the tables that the file has is its own.
+    std::vector<std::pair<std::ptrdiff_t, std::string>> tables = {
+        {before.table("LAYER") - before.records.data(), layers},
+        {before.table("APPID") - before.records.data(), applications},
+        {before.table("BLOCK_RECORD") - before.records.data(), records}};
+    if (before.table("LAYER") && before.table("APPID") && before.table("BLOCK_RECORD"))
+        std::ranges::sort(tables);
+    std::string all = before.section("HEADER") != nullptr ? "" : section("HEADER", "");
+    all += section("TABLES", tables[0].second + tables[1].second + tables[2].second);
+    all += section("BLOCKS",
+                   "BLOCKS/MOR_DWGFILES BLOCK\nBLOCKS/MOR_DWGFILES ATTDEF\n"
+                   "BLOCKS/MOR_DWGFILES ENDBLK\n");
+    return all + section("ENTITIES", "ENTITIES INSERT\nENTITIES INSERT\nENTITIES INSERT\n");
+}
+
+void expectFields(const DxfFile& before, const DxfFile& after,
+                  const std::vector<const DxfRecord*>& made) {
+    const ExpectedRecords expected(before, after);
+    std::vector<const DxfRecord*> inserts;
+    for (const DxfRecord* record : made)
+        if (record->is("INSERT")) inserts.push_back(record);
+    ASSERT_EQ(inserts.size(), 3u);
+    const auto handle = [&](std::size_t i) { return *inserts[i]->first(5); };
+    for (const DxfRecord* record : made) {
+        const std::string type = record->type();
+        std::string wanted = record->text();
+        if (type == "LAYER") wanted = expected.layer(*record);
+        if (type == "APPID") wanted = expected.application(*record);
+        if (type == "BLOCK_RECORD") wanted = expected.blockRecord(*record);
+        if (type == "BLOCK") wanted = expected.block(*record);
+        if (type == "ENDBLK") wanted = expected.blockEnd(*record);
+        if (type == "ATTDEF") wanted = expected.definition(*record, handle(0));
+        EXPECT_EQ(record->text(), wanted);
+    }
+    EXPECT_EQ(inserts[0]->text(),
+              expected.insert(*inserts[0], "/", "|1000 \\U+005Ecfg|1000 " + handle(1)));
+    EXPECT_EQ(inserts[1]->text(),
+              expected.insert(*inserts[1], "/cfg", "|1000 \\U+005Euser|1000 " + handle(2)));
+    EXPECT_EQ(inserts[2]->text(), expected.insert(*inserts[2], "/cfg/user",
+                                                  "|1000 x|1002 {|1071 1|1071 2|1071 3|1002 }"));
+}
+
+void expectGoodHandles(const DxfFile& before, const DxfFile& after,
+                       const std::vector<const DxfRecord*>& made) {
+    std::set<std::uint64_t> used;
+    for (const DxfRecord& record : before.records) used.insert(record.handle());
+    const std::uint64_t highest = *used.rbegin();
+    const std::uint64_t seed = handleNumber(after.variable("$HANDSEED"));
+    for (const DxfRecord* record : made) {
+        if (record->handle() == 0) continue;
+        EXPECT_TRUE(used.insert(record->handle()).second) << record->text();
+        EXPECT_GT(record->handle(), highest) << record->text();
+        EXPECT_GE(record->handle(), handleNumber(before.variable("$HANDSEED"))) << record->text();
+        EXPECT_LT(record->handle(), seed) << record->text();
+    }
+    const std::string handling = after.variable("$HANDLING");
+    EXPECT_TRUE(after.variable("$ACADVER") >= "AC1015" || (handling != "" && handling != "0"));
+}
+
+/// Every table whose count was exact has an exact one; every new table too.
+void expectGoodCounts(const DxfFile& before, const DxfFile& after) {
+    for (const DxfRecord& record : after.records) {
+        if (!record.is("TABLE") || record.section != "TABLES") continue;
+        const DxfRecord* former = before.table(record.container);
+        const bool exact = former == nullptr ||
+                           former->first(70) == std::to_string(before.countIn(record.container));
+        EXPECT_EQ(record.first(70),
+                  exact ? std::to_string(after.countIn(record.container)) : former->first(70))
+            << record.container;
+    }
+}
+
+/// New lines end as those of the file.
+void expectLineEnds(const std::string& before, const std::vector<const DxfRecord*>& made) {
+    const std::size_t feed = before.find('\n');
+    const bool crlf = feed > 0 && before[feed - 1] == '\r';
+    for (const DxfRecord* record : made) {
+        const auto feeds = std::ranges::count(record->bytes, '\n');
+        EXPECT_EQ(std::ranges::count(record->bytes, '\r'), crlf ? feeds : 0) << record->text();
+    }
+}
+
+class Corpus : public ToolTest {
+protected:
+    void SetUp() override {
+        ToolTest::SetUp();
+        const char* place = std::getenv("MORADMIN_CORPUS");
+        if (place == nullptr || *place == '\0')
+            GTEST_SKIP() << "MORADMIN_CORPUS names no folder with drawings";
+        for (const auto& entry : fs::recursive_directory_iterator(place)) {
+            std::string extension = entry.path().extension().string();
+            std::ranges::transform(extension, extension.begin(),
+                                   [](char c) { return c >= 'A' && c <= 'Z' ? char(c + 32) : c; });
+            if (extension == ".dxf") m_drawings.push_back(entry.path());
+        }
+        std::ranges::sort(m_drawings);
+        ASSERT_FALSE(m_drawings.empty()) << place;
+    }
+    /// The drawings that are read or refused; each as bytes.
+    [[nodiscard]] std::vector<fs::path> drawings(bool refused) const {
+        std::vector<fs::path> result;
+        for (const fs::path& path : m_drawings)
+            if (refusalOf(readFile(path)).empty() != refused) result.push_back(path);
+        return result;
+    }
+    /// A copy with a value stored in it.
+    std::string stored(const fs::path& original) const {
+        std::string copy = file(original.filename().string());
+        writeFile(copy, readFile(original));
+        const Outcome put = run({"put", copy, "/cfg/user/x", "(1 2 3)", "--no-backup"});
+        EXPECT_EQ(put.code, 0) << put.err;
+        EXPECT_EQ(put.out + put.err, "");
+        return copy;
+    }
+
+private:
+    std::vector<fs::path> m_drawings;
+};
+
+TEST_F(Corpus, KeepsAStoredValueAndEveryByteOfTheOthers) {
+    for (const fs::path& original : drawings(false)) {
+        SCOPED_TRACE(original.string());
+        const std::string copy = stored(original);
+        EXPECT_EQ(run({"cat", copy, "/cfg/user/x"}).out, "(1 2 3)\n");
+        const std::string bytes = readFile(original);
+        const DxfFile before = splitDxf(bytes);
+        const DxfFile after = splitDxf(readFile(copy));
+        EXPECT_EQ(after.broken, "");
+        EXPECT_EQ(after.head, before.head);
+        const Comparison compared = compare(before, after);
+        EXPECT_EQ(compared.lost, "");
+        EXPECT_EQ(outline(compared.made), expectedOutline(before, FileFacts(before)));
+        expectFields(before, after, compared.made);
+        expectGoodHandles(before, after, compared.made);
+        expectGoodCounts(before, after);
+        expectLineEnds(bytes, compared.made);
+        fs::remove(copy);
+    }
+}
+
+TEST_F(Corpus, ChangesOnlyTheDirectoryWhenAValueIsStoredAgain) {
+    for (const fs::path& original : drawings(false)) {
+        SCOPED_TRACE(original.string());
+        const std::string copy = stored(original);
+        const DxfFile before = splitDxf(readFile(copy));
+        ASSERT_EQ(run({"put", copy, "/cfg/user/x", "4", "--no-backup"}).code, 0);
+        const DxfFile after = splitDxf(readFile(copy));
+        ASSERT_EQ(before.records.size(), after.records.size());
+        std::string changed;
+        for (std::size_t i = 0; i < before.records.size(); ++i)
+            if (before.records[i].bytes != after.records[i].bytes)
+                changed += after.records[i].text() + "\n";
+        EXPECT_EQ(changed.find("0 INSERT|"), 0u) << changed;
+        EXPECT_TRUE(changed.ends_with("|1000 /cfg/user|1000 x|1071 4\n")) << changed;
+        EXPECT_EQ(std::ranges::count(changed, '\n'), 1) << changed;
+        fs::remove(copy);
+    }
+}
+
+TEST_F(Corpus, IsRefusedWithAMessageAndUntouchedWhenItCannotBeRead) {
+    for (const fs::path& original : drawings(true)) {
+        SCOPED_TRACE(original.string());
+        const std::string bytes = readFile(original);
+        const std::string copy = file(original.filename().string());
+        writeFile(copy, bytes);
+        const Outcome put = run({"put", copy, "/cfg/user/x", "(1 2 3)"});
+        EXPECT_EQ(put.code, 3);
+        EXPECT_EQ(put.out, "");
+        EXPECT_EQ(put.err.find("moradmin: " + copy + ":"), 0u) << put.err;
+        EXPECT_EQ(readFile(copy), bytes);
+        fs::remove(copy);
+        EXPECT_EQ(names(), "");
+    }
+}
+
+TEST_F(Corpus, HasNoMoreFaultsForAnotherReaderThanBefore) {
+    const std::string python = "/usr/bin/python3";
+    if (!fs::exists(python) || run({}).code < 0 ||
+        runProgram({python, "-c", "import ezdxf"}, folder()).code != 0)
+        GTEST_SKIP() << "there is no ezdxf to judge drawings";
+    std::string pairs;
+    for (const fs::path& original : drawings(false))
+        pairs += original.string() + "\t" + stored(original) + "\n";
+    const Outcome judged = runProgram({python, MORADMIN_AUDIT_SCRIPT}, folder(), pairs);
+    ASSERT_EQ(judged.code, 0) << judged.err;
+    std::istringstream lines{judged.out};
+    std::size_t count = 0;
+    for (std::string line; std::getline(lines, line); ++count)
+        EXPECT_TRUE(line.starts_with("good\t")) << line;
+    EXPECT_EQ(count, drawings(false).size());
+}
+
+}  // namespace
+}  // namespace mor::test
