@@ -30,6 +30,11 @@ auto guarded(std::string_view name, Call call) -> decltype(call()) {
     return call();
 }
 
+/// Takes a name away, if it is there.
+void removeName(const fs::path& path) {
+    static_cast<void>(guarded("unlink", [&] { return ::unlink(path.c_str()); }));
+}
+
 /// Owns a file descriptor.
 class Descriptor {
 public:
@@ -98,6 +103,19 @@ bool writePlan(const SavePlan& plan, const Source& source, int target) {
     return true;
 }
 
+/// The absolute path of the file that is meant, also behind links that lead to none yet.
+fs::path followLinks(const fs::path& named, std::error_code& code) {
+    constexpr int kMostLinks = 40;
+    fs::path path = fs::weakly_canonical(fs::absolute(named), code);
+    for (int links = 0; !code && fs::is_symlink(fs::symlink_status(path)); ++links) {
+        if (links == kMostLinks)
+            code = std::make_error_code(std::errc::too_many_symbolic_link_levels);
+        const fs::path next = code ? fs::path() : fs::read_symlink(path, code);
+        if (!code) path = fs::weakly_canonical(path.parent_path() / next, code);
+    }
+    return path;
+}
+
 /// One save, step by step; what it leaves behind on a failure is taken away again.
 class SaveRun {
 public:
@@ -148,7 +166,7 @@ std::optional<Error> SaveRun::findTarget() {
     m_target = named;
     if (named.empty()) return Error{ErrorKind::Invalid, "", 0, "the drawing has no name yet"};
     std::error_code code;
-    const fs::path followed = fs::weakly_canonical(fs::absolute(named), code);
+    const fs::path followed = followLinks(named, code);
     if (code) return failure(code.message());
     m_target = followed;
     m_exists = ::stat(m_target.c_str(), &m_status) == 0;
@@ -183,7 +201,7 @@ std::optional<Error> SaveRun::lockTarget() {
 
 std::optional<Error> SaveRun::writeTemporary(const SavePlan& plan) {
     const fs::path temporary = beside(".moradmin-new");
-    ::unlink(temporary.c_str());  // of a save that was cut short
+    removeName(temporary);  // of a save that was cut short
     const mode_t mode = m_exists ? 0600 : 0666;
     Descriptor file;
     file.reset(guarded("open", [&] {
@@ -195,7 +213,8 @@ std::optional<Error> SaveRun::writeTemporary(const SavePlan& plan) {
         return systemFailure("writing failed");
     if (m_exists) {
         // Owner first: it may take mode bits away. Only the superuser can give files to others.
-        if (::fchown(file.get(), m_status.st_uid, m_status.st_gid) != 0) errno = 0;
+        static_cast<void>(guarded(
+            "fchown", [&] { return ::fchown(file.get(), m_status.st_uid, m_status.st_gid); }));
         if (guarded("fchmod", [&] { return ::fchmod(file.get(), m_status.st_mode & 07777); }) != 0)
             return systemFailure("its mode cannot be kept");
     }
@@ -230,7 +249,7 @@ bool SaveRun::copyToBackup() {
 std::optional<Error> SaveRun::keepBackup(SaveReport& report) {
     if (!m_exists || !m_options.backup) return std::nullopt;
     m_backupTemporary = beside(".moradmin-bak");
-    ::unlink(m_backupTemporary.c_str());
+    removeName(m_backupTemporary);
     const int linked =
         guarded("link", [&] { return ::link(m_target.c_str(), m_backupTemporary.c_str()); });
     if (linked != 0 && !copyToBackup())
@@ -239,7 +258,7 @@ std::optional<Error> SaveRun::keepBackup(SaveReport& report) {
     if (guarded("rename", [&] { return ::rename(m_backupTemporary.c_str(), backup.c_str()); }) != 0)
         return systemFailure("the backup cannot take its name");
     // Where both names already mean one file, rename leaves both.
-    ::unlink(m_backupTemporary.c_str());
+    removeName(m_backupTemporary);
     m_backupTemporary.clear();
     report.backup = backup;
     return std::nullopt;
@@ -265,6 +284,7 @@ std::optional<Error> SaveRun::replaceTarget() {
 }
 
 Result<SaveReport> SaveRun::run() {
+    faults::saveBegins();
     SaveReport report;
     SavePlan plan = planSave(m_drawing);
     report.edits = std::move(plan.edits);

@@ -1,0 +1,279 @@
+#include "dwgfs/dwg_file_system.h"
+#include "frame/module.h"
+#include "host/faults.h"
+#include "host/host.h"
+#include "tests/support/dxf_records.h"
+#include "tests/tool/tool_test.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+
+namespace mor::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Stores a value in an open drawing and saves it, as the tool does; false when the save failed.
+bool storeAndSave(const std::string& drawing, const host::SaveOptions& options = {}) {
+    if (attachModule() != 1) return false;
+    AcApDocument* document = host::openDocument(drawing).value();
+    host::setCurrentDocument(document);
+    host::setActiveDocument(document);
+    CMORCadDwgFileSystem* store = CMORCadDwgFileSystem::getTheGlobalObject();
+    const bool written = store->write(L"/cfg/x", host::makeString(L"new"));
+    const auto saved = host::saveDocument(document, options);
+    detachModule();
+    host::closeDocument(document);
+    return written && saved;
+}
+
+class Saving : public ToolTest {
+protected:
+    void SetUp() override {
+        ToolTest::SetUp();
+        host::faults::reset();
+        m_drawing = filledDrawing({{"/cfg/x", "\"old\""}});
+        m_old = readFile(m_drawing);
+        fs::copy_file(m_drawing, file("model"));
+        EXPECT_TRUE(storeAndSave(file("model")));
+        m_new = readFile(file("model"));
+        EXPECT_NE(m_new, m_old);
+        fs::remove(file("model"));
+        fs::remove(file("model.bak"));
+    }
+    void TearDown() override {
+        host::faults::reset();
+        ToolTest::TearDown();
+    }
+    /// The exit code of a process of its own that does `work`.
+    template <typename Work>
+    static int inProcess(Work work) {
+        const pid_t child = ::fork();
+        if (child == 0) ::_exit(work() ? 0 : 1);
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+    [[nodiscard]] const std::string& drawing() const { return m_drawing; }
+    [[nodiscard]] const std::string& before() const { return m_old; }
+    [[nodiscard]] const std::string& after() const { return m_new; }
+    /// Puts everything back for the next round.
+    void restore() const {
+        for (const auto& entry : fs::directory_iterator(folder())) fs::remove(entry.path());
+        writeFile(m_drawing, m_old);
+    }
+    [[nodiscard]] Outcome put(std::vector<std::string> options = {}) const {
+        options.insert(options.begin(), {"put", m_drawing, "/cfg/x", "\"new\""});
+        return run(options);
+    }
+
+private:
+    std::string m_drawing;
+    std::string m_old;
+    std::string m_new;
+};
+
+TEST_F(Saving, LeavesTheOldOrTheNewFileWhenTheProcessDiesAtAnyCall) {
+    int code = 99;
+    std::size_t call = 0;
+    while (code == 99) {
+        SCOPED_TRACE("dying before call " + std::to_string(++call));
+        restore();
+        code = inProcess([&] {
+            host::faults::dieAtSaveCall(call);
+            return storeAndSave(drawing());
+        });
+        const std::string left = readFile(drawing());
+        EXPECT_TRUE(left == before() || left == after());
+        EXPECT_TRUE(!fs::exists(drawing() + ".bak") || readFile(drawing() + ".bak") == before());
+        const Outcome next = run({"put", drawing(), "/cfg/y", "1"});
+        EXPECT_EQ(next.code, 0) << next.err;
+        EXPECT_EQ(names(), "d.dxf d.dxf.bak");
+        EXPECT_EQ(readFile(drawing() + ".bak"), left);
+    }
+    EXPECT_EQ(code, 0);
+    EXPECT_GT(call, 10u);
+}
+
+TEST_F(Saving, FailsCleanlyWhenAnyCallFails) {
+    bool struck = true;
+    for (std::size_t call = 1; struck; ++call) {
+        restore();
+        host::faults::reset();
+        host::faults::failSaveCall(call);
+        const bool saved = storeAndSave(drawing());
+        struck = host::faults::struck();
+        SCOPED_TRACE("failing call " + std::to_string(call) + ", " +
+                     (struck ? host::faults::saveCalls()[call - 1] : "none"));
+        EXPECT_TRUE(readFile(drawing()) == after() || (!saved && readFile(drawing()) == before()));
+        EXPECT_TRUE(struck || saved);
+        EXPECT_EQ(names().find("moradmin"), std::string::npos) << names();
+        EXPECT_EQ(run({"put", drawing(), "/cfg/y", "1"}).code, 0);
+    }
+}
+
+TEST_F(Saving, KeepsTheOldFileAsBackup) {
+    EXPECT_EQ(put().code, 0);
+    EXPECT_EQ(names(), "d.dxf d.dxf.bak");
+    EXPECT_EQ(readFile(drawing()), after());
+    EXPECT_EQ(readFile(drawing() + ".bak"), before());
+}
+
+TEST_F(Saving, ReplacesAnOlderBackup) {
+    writeFile(drawing() + ".bak", "older");
+    EXPECT_EQ(put().code, 0);
+    EXPECT_EQ(readFile(drawing() + ".bak"), before());
+}
+
+TEST_F(Saving, KeepsNoBackupWhenToldSo) {
+    EXPECT_EQ(put({"--no-backup"}).code, 0);
+    EXPECT_EQ(names(), "d.dxf");
+    EXPECT_EQ(readFile(drawing()), after());
+}
+
+TEST_F(Saving, WritesAnotherFileAndLeavesTheDrawingAlone) {
+    EXPECT_EQ(put({"-o", file("other.dxf")}).code, 0);
+    EXPECT_EQ(names(), "d.dxf other.dxf");
+    EXPECT_EQ(readFile(drawing()), before());
+    EXPECT_EQ(readFile(file("other.dxf")), after());
+}
+
+TEST_F(Saving, KeepsABackupOfTheOtherFileThatItReplaces) {
+    writeFile(file("other.dxf"), "precious");
+    EXPECT_EQ(put({"--output", file("other.dxf")}).code, 0);
+    EXPECT_EQ(names(), "d.dxf other.dxf other.dxf.bak");
+    EXPECT_EQ(readFile(file("other.dxf.bak")), "precious");
+}
+
+TEST_F(Saving, FollowsSymbolicLinks) {
+    fs::create_directory(folder() / "sub");
+    fs::rename(drawing(), folder() / "sub" / "real.dxf");
+    fs::create_symlink("sub/real.dxf", drawing());
+    EXPECT_EQ(put().code, 0);
+    EXPECT_EQ(names(), "d.dxf sub");
+    EXPECT_TRUE(fs::is_symlink(drawing()));
+    EXPECT_EQ(readFile(folder() / "sub" / "real.dxf"), after());
+    EXPECT_EQ(readFile(folder() / "sub" / "real.dxf.bak"), before());
+}
+
+TEST_F(Saving, WritesToTheFileBehindALinkThatLeadsToNoneYet) {
+    fs::create_symlink("later.dxf", file("link.dxf"));
+    EXPECT_EQ(put({"-o", file("link.dxf")}).code, 0);
+    EXPECT_EQ(names(), "d.dxf later.dxf link.dxf");
+    EXPECT_TRUE(fs::is_symlink(file("link.dxf")));
+}
+
+TEST_F(Saving, KeepsTheMode) {
+    for (const mode_t mode : {0600U, 0644U, 0660U, 0755U}) {
+        ASSERT_EQ(::chmod(drawing().c_str(), mode), 0);
+        ASSERT_EQ(run({"put", drawing(), "/cfg/m", std::to_string(mode)}).code, 0);
+        struct stat status {};
+        ASSERT_EQ(::stat(drawing().c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 07777, mode);
+    }
+}
+
+TEST_F(Saving, IsRefusedWhenTheFileChangedSinceItWasLoaded) {
+    host::setCurrentDocument(nullptr);
+    AcApDocument* document = host::openDocument(drawing()).value();
+    writeFile(drawing(), before() + "\n");
+    host::SaveOptions options;
+    host::setCurrentDocument(document);
+    host::setActiveDocument(document);
+    ASSERT_EQ(attachModule(), 1);
+    EXPECT_TRUE(CMORCadDwgFileSystem::getTheGlobalObject()->write(L"/cfg/x", L"new"));
+    const auto saved = host::saveDocument(document, options);
+    EXPECT_EQ(detachModule(), 1);
+    host::closeDocument(document);
+    ASSERT_FALSE(saved);
+    EXPECT_NE(saved.error().message().find("changed by another program"), std::string::npos);
+    EXPECT_EQ(readFile(drawing()), before() + "\n");
+    EXPECT_EQ(names(), "d.dxf");
+}
+
+TEST_F(Saving, IsRefusedWhileAnotherProcessHoldsTheLock) {
+    const int descriptor = ::open(drawing().c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(::flock(descriptor, LOCK_EX), 0);
+    const Outcome refused = put();
+    EXPECT_EQ(refused.code, 5);
+    EXPECT_NE(refused.err.find("another process"), std::string::npos) << refused.err;
+    EXPECT_EQ(readFile(drawing()), before());
+    EXPECT_EQ(names(), "d.dxf");
+    ::close(descriptor);
+    EXPECT_EQ(put().code, 0);
+}
+
+TEST_F(Saving, IsRefusedInAFolderThatCannotBeWritten) {
+    ASSERT_EQ(::chmod(drawing().c_str(), 0666), 0);
+    ASSERT_EQ(::chmod(folder().c_str(), 0555), 0);
+    const int code = inProcess([&] {
+        // The superuser would be allowed to.
+        constexpr uid_t kNobody = 65534;
+        if (::geteuid() == 0 && ::setuid(kNobody) != 0) return false;
+        return !storeAndSave(drawing());
+    });
+    ASSERT_EQ(::chmod(folder().c_str(), 0755), 0);
+    EXPECT_EQ(code, 0);
+    EXPECT_EQ(readFile(drawing()), before());
+    EXPECT_EQ(names(), "d.dxf");
+}
+
+TEST_F(Saving, IsRefusedWhenTheDrawingCannotBeWritten) {
+    ASSERT_EQ(::chmod(drawing().c_str(), 0444), 0);
+    const int code = inProcess([&] {
+        if (::geteuid() == 0 && ::setuid(65534) != 0) return false;
+        return !storeAndSave(drawing());
+    });
+    EXPECT_EQ(code, 0);
+    EXPECT_EQ(readFile(drawing()), before());
+}
+
+TEST_F(Saving, IsRefusedWhereTheFolderOrAFileIsMissing) {
+    EXPECT_EQ(put({"-o", file("nowhere/d.dxf")}).code, 5);
+    EXPECT_EQ(put({"-o", folder().string()}).code, 5);
+    EXPECT_EQ(names(), "d.dxf");
+    EXPECT_EQ(readFile(drawing()), before());
+}
+
+TEST_F(Saving, OfNothingWritesNothing) {
+    struct stat first {};
+    struct stat second {};
+    ASSERT_EQ(::stat(drawing().c_str(), &first), 0);
+    EXPECT_EQ(run({"put", drawing(), "/cfg/x", "\"old\""}).code, 0);
+    ASSERT_EQ(::stat(drawing().c_str(), &second), 0);
+    EXPECT_EQ(first.st_ino, second.st_ino);
+    EXPECT_EQ(names(), "d.dxf");
+}
+
+TEST_F(Saving, IsOnlyDescribedInADryRun) {
+    const Outcome dry = put({"--dry-run"});
+    EXPECT_EQ(dry.code, 0);
+    const DxfFile drawn = splitDxf(before());
+    std::string handle;
+    for (const DxfRecord& record : drawn.records)
+        if (record.is("INSERT") && record.text().find("|1000 /cfg|") != std::string::npos)
+            handle = *record.first(5);
+    EXPECT_EQ(dry.out, "changed\tINSERT\t" + handle + "\t/cfg\n");
+    EXPECT_EQ(readFile(drawing()), before());
+    EXPECT_EQ(names(), "d.dxf");
+}
+
+TEST_F(Saving, NamesEveryMadeRecordInADryRun) {
+    const std::string fresh = newDrawing("fresh.dxf");
+    const std::string bytes = readFile(fresh);
+    const Outcome dry = run({"put", fresh, "/a/b", "1", "--dry-run"});
+    EXPECT_EQ(dry.out,
+              "changed\tHEADER\t-\t$HANDSEED\n"
+              "changed\tTABLE\t1\tLAYER\nmade\tLAYER\t20\tMOR_CONTROL_LAYER\n"
+              "changed\tTABLE\t3\tAPPID\nmade\tAPPID\t26\tMOR_ATTRIBUTES\n"
+              "changed\tTABLE\t9\tBLOCK_RECORD\nmade\tBLOCK_RECORD\t21\tMOR_DWGFILES\n"
+              "made\tBLOCK\t22\tMOR_DWGFILES\nmade\tATTDEF\t23\t\n"
+              "made\tINSERT\t25\t/\nmade\tINSERT\t27\t/a\n");
+    EXPECT_EQ(readFile(fresh), bytes);
+}
+
+}  // namespace
+}  // namespace mor::test
