@@ -8,6 +8,7 @@
 #include <cctype>
 #include <iostream>
 #include <memory>
+#include <sstream>
 #include <string_view>
 
 namespace mor::tool {
@@ -16,9 +17,10 @@ namespace {
 
 constexpr std::string_view kVersion = MORADMIN_VERSION;
 
-/// Stands before a number such as -5 while the words are sorted, so that it is not taken for an
+/// Stands before a word such as -5 while the words are sorted, so that it is not taken for an
 /// option.
-constexpr char kNumberMark = '\x01';
+constexpr char kMark = '\x01';
+constexpr std::string_view kStringOption = "--string";
 
 bool isNegativeNumber(std::string_view word) {
     const auto digit = [&](std::size_t at) {
@@ -76,9 +78,9 @@ void addOptions(CLI::App& app, const Command& command, Options& options) {
     if (has(kRaw))
         app.add_flag("-r,--raw", options.raw, "print a string's own text, without quotes");
     if (has(kPutting)) {
-        app.add_option("--string", options.stringValue, "store TEXT as a string")
-            ->type_name("TEXT");
-        app.add_option("--file", options.fileValue, "read the LISP text from FILE; - is stdin")
+        app.add_flag(std::string(kStringOption), options.asString,
+                     "store the value as one string, as it stands");
+        app.add_option("--file", options.fileValue, "read the value from FILE; - is stdin")
             ->type_name("FILE");
     }
 }
@@ -96,14 +98,23 @@ void describeExits(CLI::App& app) {
         "4 damage is left, 5 the drawing cannot be written, 6 the store refused, 130 interrupted.");
 }
 
-/// The words behind the program's name, the last one first as the parser wants them; numbers
-/// marked.
+/// The words behind the program's name, the last one first as the parser wants them; those that
+/// only look like options marked.
 std::vector<std::string> reversedWords(const std::vector<std::string>& words) {
     std::vector<std::string> result;
     bool optionsEnded = false;
     for (std::string word : words) {
-        if (word == "--") optionsEnded = true;
-        if (!optionsEnded && isNegativeNumber(word)) word.insert(word.begin(), kNumberMark);
+        if (word == "--" && !optionsEnded) {
+            optionsEnded = true;
+            continue;
+        }
+        if (!optionsEnded && word.starts_with(std::string(kStringOption) + "=")) {
+            result.emplace_back(kStringOption);
+            result.push_back(kMark + word.substr(kStringOption.size() + 1));
+            continue;
+        }
+        if (optionsEnded ? word.starts_with('-') : isNegativeNumber(word))
+            word.insert(word.begin(), kMark);
         result.push_back(std::move(word));
     }
     std::ranges::reverse(result);
@@ -111,12 +122,38 @@ std::vector<std::string> reversedWords(const std::vector<std::string>& words) {
 }
 
 void unmark(std::string& word) {
-    if (!word.empty() && word.front() == kNumberMark) word.erase(word.begin());
+    if (!word.empty() && word.front() == kMark) word.erase(word.begin());
 }
 
-}  // namespace
+void unmarkAll(Options& options) {
+    std::ranges::for_each(options.arguments, unmark);
+    for (std::string* word : {&options.drawing, &options.output, &options.release}) unmark(*word);
+    if (options.fileValue) unmark(*options.fileValue);
+}
 
-namespace {
+std::string withoutMarks(std::string text) {
+    std::erase(text, kMark);
+    return text;
+}
+
+/// Says what is wrong with a command line, or prints the help or version that it asks for.
+int explain(const CLI::App& app, const CLI::ParseError& error,
+            const std::vector<std::string>& words) {
+    const auto known = [](std::string_view word) {
+        return word.starts_with('-') ||
+               std::ranges::find(commands(), word, &Command::name) != commands().end();
+    };
+    if (!words.empty() && !known(words.front())) {
+        std::cerr << "moradmin: \"" << words.front() << "\" is no command; these are:";
+        for (const Command& command : commands()) std::cerr << " " << command.name;
+        std::cerr << "\n";
+        return kUsage;
+    }
+    std::ostringstream complaint;
+    const int code = app.exit(error, std::cout, complaint);
+    std::cerr << withoutMarks(complaint.str());
+    return code == 0 ? kDone : kUsage;
+}
 
 /// The command line's rules, filling `options`.
 std::unique_ptr<CLI::App> makeApp(Options& options) {
@@ -138,21 +175,16 @@ std::unique_ptr<CLI::App> makeApp(Options& options) {
     return app;
 }
 
-void unmarkAll(Options& options) {
-    std::ranges::for_each(options.arguments, unmark);
-    if (options.stringValue) unmark(*options.stringValue);
-}
-
 }  // namespace
 
 ParsedLine parseCommandLine(int count, char** words) {
     ParsedLine line;
     const auto app = makeApp(line.options);
+    const std::vector<std::string> given(words + 1, words + count);
     try {
-        app->parse(reversedWords({words + 1, words + count}));
+        app->parse(reversedWords(given));
     } catch (const CLI::ParseError& error) {
-        const int code = app->exit(error, std::cout, std::cerr);
-        line.exitCode = code == 0 ? kDone : kUsage;
+        line.exitCode = explain(*app, error, given);
         return line;
     }
     unmarkAll(line.options);
@@ -167,7 +199,7 @@ Options parseScriptLine(const std::vector<std::string>& words, const std::string
     try {
         app->parse(reversedWords(all));
     } catch (const CLI::ParseError& error) {
-        throw Failure(kUsage, words.front() + ": " + error.what());
+        throw Failure(kUsage, withoutMarks(words.front() + ": " + error.what()));
     }
     unmarkAll(options);
     return options;

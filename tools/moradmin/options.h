@@ -30,7 +30,7 @@ struct Options {
     bool reset = false;
     bool replace = false;
     std::optional<std::string> script;  ///< run: the commands themselves
-    std::optional<std::string> stringValue;
+    bool asString = false;
     std::optional<std::string> fileValue;
 
     /// The first argument, or `missing` when there is none.

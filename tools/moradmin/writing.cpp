@@ -36,16 +36,13 @@ CMORAdsLispVar parsedValue(const std::string& text) {
 
 CMORAdsLispVar wantedValue(const Options& options) {
     const bool given = options.arguments.size() > 1;
-    const int ways = (given ? 1 : 0) + (options.stringValue ? 1 : 0) + (options.fileValue ? 1 : 0);
-    if (ways != 1)
-        throw Failure(
-            kUsage, ways == 0
-                        ? "a value is missing: LISP text, --string TEXT, --file FILE or - for stdin"
-                        : "one value, please: LISP text, --string TEXT or --file FILE");
-    if (options.stringValue) return host::makeString(wide(*options.stringValue));
-    if (options.fileValue) return parsedValue(readInput(*options.fileValue));
-    const std::string& text = options.arguments[1];
-    return parsedValue(text == "-" ? readInput("-") : text);
+    if (given && options.fileValue)
+        throw Failure(kUsage, "one value, please: on the command line or with --file FILE");
+    if (!given && !options.fileValue)
+        throw Failure(kUsage, "a value is missing: LISP text, - for stdin or --file FILE");
+    std::string text = given ? options.arguments[1] : readInput(*options.fileValue);
+    if (given && text == "-") text = readInput("-");
+    return options.asString ? host::makeString(wide(text)) : parsedValue(text);
 }
 
 [[noreturn]] void refuse(const Session& session, const std::wstring& path,
