@@ -43,6 +43,14 @@ bool Store::makeLinked(CMOREntity& parent, const std::wstring& name, const std::
     return makeDir(parent, name.c_str(), path.c_str(), directory);
 }
 
+mor::EntityName Store::directoryName(const std::wstring& path) {
+    std::wstring own = path;
+    CMOREntity directory;
+    ads_name name = {};
+    if (getDir(own.c_str(), false, directory)) directory.GetEName(name);
+    return mor::EntityName(name);
+}
+
 Session::Session(const std::string& file) : m_file(file) {
     auto opened = host::openDocument(file);
     if (!opened) throw Failure(opened.error());

@@ -2,6 +2,7 @@
 
 #include "dwgfs/dwg_file_system.h"
 #include "host/host.h"
+#include "platform/entity_name.h"
 #include "tools/moradmin/options.h"
 #include "tools/moradmin/store_walk.h"
 
@@ -32,6 +33,8 @@ public:
     /// Makes one directory and links it from its parent (the anchor, for "/").
     [[nodiscard]] bool makeLinked(CMOREntity& parent, const std::wstring& name,
                                   const std::wstring& path, CMOREntity& directory);
+    /// None when the directory does not resolve.
+    [[nodiscard]] mor::EntityName directoryName(const std::wstring& path);
 };
 
 /// One drawing opened for a command: current and active until the end. Throws Failure.

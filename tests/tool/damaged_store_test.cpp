@@ -1,0 +1,215 @@
+#include "tests/support/dxf_records.h"
+#include "tests/tool/tool_test.h"
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+
+namespace mor::test {
+namespace {
+
+/// Exchanges the only place where `old` stands; both are "code value|code value" groups.
+std::string exchanged(const std::string& bytes, const std::string& old, const std::string& fresh) {
+    DxfFile file = splitDxf(bytes);
+    const auto groups = [](std::string text) {
+        std::string lines;
+        for (std::size_t at = 0; !text.empty(); text = text.substr(std::min(at + 1, text.size()))) {
+            at = std::min(text.find('|'), text.size());
+            const std::string group = text.substr(0, at);
+            const std::size_t blank = group.find(' ');
+            lines += std::string(3 - std::min<std::size_t>(3, blank), ' ') +
+                     group.substr(0, blank) + "\n" + group.substr(blank + 1) + "\n";
+        }
+        return lines;
+    };
+    const std::string wanted = groups(old);
+    const std::size_t place = bytes.find(wanted);
+    if (place == std::string::npos || bytes.find(wanted, place + 1) != std::string::npos)
+        throw std::runtime_error("not exactly once: " + old);
+    return std::string(bytes).replace(place, wanted.size(), groups(fresh));
+}
+
+class DamagedStore : public ToolTest {
+protected:
+    void SetUp() override {
+        ToolTest::SetUp();
+        m_drawing = filledDrawing({{"/a/b/f", "1"}, {"/a/g", "2"}, {"/c/h", "3"}});
+    }
+    [[nodiscard]] const std::string& drawing() const { return m_drawing; }
+    /// The handle of the directory of that path.
+    [[nodiscard]] std::string handle(const std::string& path) const {
+        for (const DxfRecord& record : splitDxf(readFile(m_drawing)).records)
+            if (record.text().find("|1000 $INFO|1000 " + path + "|") != std::string::npos)
+                return *record.first(5);
+        throw std::runtime_error("no directory " + path);
+    }
+    /// The link as its groups stand in the file.
+    [[nodiscard]] static std::string link(const std::string& name, const std::string& target) {
+        return "1000 \\U+005E" + name + "|1000 " + target;
+    }
+    void damage(const std::string& old, const std::string& fresh) const {
+        writeFile(m_drawing, exchanged(readFile(m_drawing), old, fresh));
+    }
+    /// Leaves out the records that hold `part`.
+    void leaveOut(const std::string& part) const {
+        std::string bytes;
+        for (const DxfRecord& record : splitDxf(readFile(m_drawing)).records)
+            if (record.text().find(part) == std::string::npos) bytes += record.bytes;
+        writeFile(m_drawing, bytes);
+    }
+    /// Every command is refused with the finding's code, and changes nothing.
+    void expectRefusal(const std::string& code) const {
+        const std::string bytes = readFile(m_drawing);
+        const std::vector<std::string> calls[] = {{"cat", m_drawing, "/a/g"},
+                                                  {"ls", m_drawing},
+                                                  {"ls", m_drawing, "/a"},
+                                                  {"find", m_drawing, "/*/*"},
+                                                  {"df", m_drawing},
+                                                  {"put", m_drawing, "/a/g", "9"},
+                                                  {"put", m_drawing, "/n/n", "9"},
+                                                  {"rm", m_drawing, "/a/g"}};
+        for (const auto& words : calls) {
+            const Outcome outcome = run(words);
+            EXPECT_EQ(outcome.code, 4) << words[0];
+            EXPECT_EQ(outcome.out, "") << words[0];
+            EXPECT_NE(outcome.err.find("(" + code + ")"), std::string::npos) << outcome.err;
+            EXPECT_NE(outcome.err.find("moradmin repair"), std::string::npos) << outcome.err;
+        }
+        const Outcome info = run({"info", "--json", m_drawing});
+        EXPECT_EQ(info.code, 0);
+        EXPECT_EQ(nlohmann::json::parse(info.out)["store"]["state"], "damaged");
+        EXPECT_EQ(readFile(m_drawing), bytes);
+        EXPECT_EQ(names(), "d.dxf");
+    }
+    /// It reads as empty, and the next value fills it anew.
+    void expectEmpty() const {
+        EXPECT_EQ(run({"ls", m_drawing}).out, "");
+        EXPECT_EQ(run({"ls", m_drawing}).code, 0);
+        EXPECT_EQ(run({"cat", m_drawing, "/a/g"}).code, 6);
+        EXPECT_EQ(run({"find", m_drawing, "/*/*"}).code, 1);
+        EXPECT_EQ(run({"put", m_drawing, "/n/n", "9"}).code, 0);
+        EXPECT_EQ(run({"ls", "-R", m_drawing}).out, "n/\nn/n\n");
+        EXPECT_EQ(run({"cat", m_drawing, "/n/n"}).out, "9\n");
+    }
+
+private:
+    std::string m_drawing;
+};
+
+TEST_F(DamagedStore, WithADeadRootLinkIsLeftAlone) {
+    damage(link("DWG_FILESYSTEM_ROOT", handle("/")), link("DWG_FILESYSTEM_ROOT", "FFF0"));
+    expectRefusal("root-link-dead");
+}
+
+TEST_F(DamagedStore, WithoutItsRootLinkIsLeftAlone) {
+    damage(
+        "1001 MOR_ATTRIBUTES|1070      1|" + link("DWG_FILESYSTEM_ROOT", handle("/")) + "|0 ENDBLK",
+        "0 ENDBLK");
+    expectRefusal("root-link-absent");
+}
+
+TEST_F(DamagedStore, WithoutItsBlockEntityIsLeftAlone) {
+    leaveOut("0 ATTDEF|");
+    expectRefusal("block-empty");
+}
+
+TEST_F(DamagedStore, WithoutItsBlockIsLeftAlone) {
+    const DxfFile file = splitDxf(readFile(drawing()));
+    std::string bytes;
+    for (const DxfRecord& record : file.records)
+        if (record.container != "MOR_DWGFILES") bytes += record.bytes;
+    writeFile(drawing(), bytes);
+    expectRefusal("block-missing");
+}
+
+TEST_F(DamagedStore, WithADeadLinkIsLeftAlone) {
+    damage(link("b", handle("/a/b")), link("b", "FFF0"));
+    expectRefusal("link-dead");
+}
+
+TEST_F(DamagedStore, WithALinkToALineIsLeftAlone) {
+    damage("0 ENDSEC|0 SECTION|2 OBJECTS",
+           "0 LINE|5 FFF0|330 18|100 AcDbEntity|8 0|100 AcDbLine|10 0.0|20 0.0|30 0.0|11 1.0|21 "
+           "0.0|31 0.0|0 ENDSEC|0 SECTION|2 OBJECTS");
+    damage(link("b", handle("/a/b")), link("b", "FFF0"));
+    expectRefusal("link-wrong");
+}
+
+TEST_F(DamagedStore, WithARootLinkToALayerIsLeftAlone) {
+    damage(link("DWG_FILESYSTEM_ROOT", handle("/")), link("DWG_FILESYSTEM_ROOT", "14"));
+    expectRefusal("root-link-wrong");
+}
+
+TEST_F(DamagedStore, WithAnOrphanThatHoldsFilesIsLeftAlone) {
+    damage("1000 \\U+005Eb|1000 " + handle("/a/b") + "|1000 g", "1000 g");
+    expectRefusal("orphan");
+}
+
+TEST_F(DamagedStore, WithAnUnknownLayoutVersionIsLeftAlone) {
+    damage("1070      1|1000 $ID|1000 MOR_DWGFILES_DIR|1000 $INFO|1000 /a/b",
+           "1070      2|1000 $ID|1000 MOR_DWGFILES_DIR|1000 $INFO|1000 /a/b");
+    expectRefusal("attributes-damaged");
+}
+
+TEST_F(DamagedStore, WithAValueThatBreaksOffIsLeftAlone) {
+    damage("1000 h|1071         3", "1000 h|1002 {|1071         3");
+    expectRefusal("attributes-damaged");
+}
+
+TEST_F(DamagedStore, WithACircleIsShownUpToTheDirectoryThatHoldsItself) {
+    damage("1000 h|1071         3", link("h", handle("/")));
+    EXPECT_EQ(run({"ls", "-R", drawing()}).out, "a/\na/b/\na/b/f\na/g\nc/\nc/h/\n");
+    EXPECT_EQ(run({"cat", drawing(), "/c/h/a/g"}).out, "2\n");
+    EXPECT_EQ(run({"find", drawing(), "/*/*/*/*"}).out, "/c/h/a/g\n");
+    EXPECT_EQ(run({"put", drawing(), "/a/g", "9"}).code, 0);
+    EXPECT_EQ(run({"cat", drawing(), "/c/h/a/g"}).out, "9\n");
+}
+
+TEST_F(DamagedStore, WithADirectoryLinkedTwiceShowsItTwice) {
+    damage("1000 h|1071         3", link("h", handle("/a")));
+    EXPECT_EQ(run({"ls", "-R", drawing()}).out,
+              "a/\na/b/\na/b/f\na/g\nc/\nc/h/\nc/h/b/\nc/h/b/f\nc/h/g\n");
+    EXPECT_EQ(run({"rm", drawing(), "/c/h/g"}).code, 0);
+    EXPECT_EQ(run({"cat", drawing(), "/a/g"}).code, 6);
+}
+
+TEST_F(DamagedStore, WithAFileBehindADirectoryOfItsNameIsLeftAlone) {
+    damage("1000 g|1071         2", "1000 b|1071         2");
+    expectRefusal("name-taken-twice");
+}
+
+TEST_F(DamagedStore, ThatWasEmptiedReadsAsEmptyAndIsFilledAnew) {
+    leaveOut("|1000 $ID|1000 MOR_DWGFILES_DIR|");
+    expectEmpty();
+}
+
+TEST_F(DamagedStore, ThatWasEmptiedWithItsRootLinkIsFilledAnew) {
+    damage(
+        "1001 MOR_ATTRIBUTES|1070      1|" + link("DWG_FILESYSTEM_ROOT", handle("/")) + "|0 ENDBLK",
+        "0 ENDBLK");
+    leaveOut("|1000 $ID|1000 MOR_DWGFILES_DIR|");
+    expectEmpty();
+}
+
+TEST_F(DamagedStore, WithAnOpenLayerWorksAndIsLockedAgain) {
+    damage("2 MOR_CONTROL_LAYER|70      5", "2 MOR_CONTROL_LAYER|70      0");
+    EXPECT_EQ(run({"cat", drawing(), "/a/g"}).out, "2\n");
+    EXPECT_EQ(run({"put", drawing(), "/a/g", "9"}).code, 0);
+    EXPECT_EQ(run({"cat", drawing(), "/a/g"}).out, "9\n");
+    EXPECT_EQ(splitDxf(readFile(drawing())).named("LAYER", "MOR_CONTROL_LAYER")->first(70), "5");
+}
+
+TEST_F(DamagedStore, InPaperSpaceWorksAndIsMovedBack) {
+    const std::string bytes = readFile(drawing());
+    const std::string insert = "5 " + handle("/a") + "|330 18|100 AcDbEntity|";
+    damage(insert + "8 MOR_CONTROL_LAYER", insert + "67      1|8 MOR_CONTROL_LAYER");
+    EXPECT_EQ(run({"cat", drawing(), "/a/g"}).out, "2\n");
+    EXPECT_EQ(run({"put", drawing(), "/a/g", "9"}).code, 0);
+    EXPECT_EQ(run({"ls", "-R", drawing()}).out, "a/\na/b/\na/b/f\na/g\nc/\nc/h\n");
+    for (const DxfRecord& record : splitDxf(readFile(drawing())).records)
+        EXPECT_NE(record.first(67), "1");
+}
+
+}  // namespace
+}  // namespace mor::test
