@@ -1,0 +1,168 @@
+#include "tests/tool/tool_test.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+namespace mor::test {
+namespace {
+
+constexpr long kRoom = 16383;
+
+class FullStore : public ToolTest {
+protected:
+    /// The free bytes of a directory.
+    [[nodiscard]] long freeIn(const std::string& drawing, const std::string& path) const {
+        std::istringstream rows{run({"df", drawing}).out};
+        long used = 0;
+        long free = 0;
+        long entries = 0;
+        for (std::string name; rows >> used >> free >> entries >> name;)
+            if (name == path) return free;
+        return -1;
+    }
+    [[nodiscard]] Outcome putText(const std::string& drawing, const std::string& path,
+                                  long letters) const {
+        writeFile(file("value"), std::string(static_cast<std::size_t>(letters), 'v'));
+        Outcome outcome =
+            run({"put", drawing, path, "--string", "--file", file("value"), "--no-backup"});
+        std::filesystem::remove(file("value"));
+        return outcome;
+    }
+    /// The bytes that a text of ASCII letters takes under a name of one letter.
+    static long cost(long letters) {
+        const long chunks = letters == 0 ? 1 : (letters + 254) / 255;
+        return 3 + letters + 2 * chunks + (chunks > 1 ? 3 : 0);
+    }
+    /// Leaves so many bytes free in a directory.
+    void fillTo(const std::string& drawing, const std::string& directory, long wanted) const {
+        const long bytes = freeIn(drawing, directory) - wanted;
+        ASSERT_EQ(cost(lettersFor(bytes)), bytes) << "no text takes so many bytes";
+        ASSERT_EQ(putText(drawing, directory + "/f", lettersFor(bytes)).code, 0);
+        ASSERT_EQ(freeIn(drawing, directory), wanted);
+    }
+    /// The most letters that fit into so many bytes.
+    static long lettersFor(long bytes) {
+        long letters = 0;
+        while (cost(letters + 1) <= bytes) ++letters;
+        return letters;
+    }
+};
+
+TEST_F(FullStore, TakesAValueThatJustFits) {
+    const std::string d = filledDrawing({{"/a/x", "1"}});
+    ASSERT_EQ(run({"rm", d, "/a/x", "--no-backup"}).code, 0);
+    const long free = freeIn(d, "/a");
+    ASSERT_EQ(free, kRoom - 37);  // list 3, $ID 23, $INFO 7 + 4
+    const long most = lettersFor(free);
+    EXPECT_EQ(putText(d, "/a/x", most + 1).code, 6);
+    EXPECT_EQ(run({"ls", d, "/a"}).out, "");
+    EXPECT_EQ(putText(d, "/a/x", most).code, 0);
+    EXPECT_EQ(freeIn(d, "/a"), free - cost(most));
+    EXPECT_EQ(run({"cat", "-r", d, "/a/x"}).out.size(), static_cast<std::size_t>(most) + 1);
+}
+
+TEST_F(FullStore, ReplacesAValueByOneThatNeedsItsRoom) {
+    const std::string d = filledDrawing({{"/a/x", "1"}, {"/a/y", "2"}});
+    const long most = lettersFor(freeIn(d, "/a") + 8);  // x itself takes 8 bytes
+    EXPECT_EQ(putText(d, "/a/x", most).code, 0);
+    EXPECT_EQ(putText(d, "/a/x", most - 1).code, 0);
+    EXPECT_EQ(putText(d, "/a/x", most + 1).code, 6);
+    EXPECT_EQ(run({"cat", d, "/a/y"}).out, "2\n");
+}
+
+TEST_F(FullStore, RefusesWithTheRoomThatIsLeftAndLosesNothing) {
+    const std::string d = filledDrawing({{"/a/big", "1"}, {"/b/x", "5"}});
+    ASSERT_EQ(putText(d, "/a/fill", lettersFor(freeIn(d, "/a") - 3) - 20).code, 0);
+    const long free = freeIn(d, "/a");
+    const std::string before = readFile(d);
+    const Outcome refused = putText(d, "/a/n", free);
+    EXPECT_EQ(refused.code, 6);
+    EXPECT_EQ(refused.out, "");
+    EXPECT_EQ(refused.err, "moradmin: " + d + ": /a/n does not fit: it takes " +
+                               std::to_string(cost(free)) + " bytes, " + std::to_string(free) +
+                               " are free in /a\n");
+    EXPECT_EQ(readFile(d), before);
+    EXPECT_EQ(names(), "d.dxf");
+    EXPECT_EQ(run({"put", d, "/b/y", "6"}).code, 0);
+    EXPECT_EQ(run({"cat", d, "/a/big", "/b/x", "/b/y"}).out, "1\n5\n6\n");
+}
+
+TEST_F(FullStore, FillsADirectoryWithFilesUntilItIsFull) {
+    const std::string d = newDrawing();
+    std::string expected;
+    int stored = 0;
+    for (int i = 0;; ++i) {
+        const std::string path = "/a/f" + std::to_string(i);
+        const Outcome put = putText(d, path, 2000);
+        if (put.code != 0) {
+            EXPECT_EQ(put.code, 6);
+            EXPECT_NE(put.err.find("are free in /a"), std::string::npos) << put.err;
+            break;
+        }
+        expected += "f" + std::to_string(i) + "\n";
+        ++stored;
+    }
+    EXPECT_EQ(stored, 8);  // 2 + 2 + 2000 + 8 * 2 + 3 bytes each
+    EXPECT_EQ(run({"ls", d, "/a"}).out, expected);
+    EXPECT_EQ(run({"rm", d, "/a/f3", "--no-backup"}).code, 0);
+    EXPECT_EQ(putText(d, "/a/again", 1900).code, 0);
+}
+
+TEST_F(FullStore, RefusesAPathWhoseParentHasNoRoomForTheLink) {
+    const std::string d = filledDrawing({{"/a/x", "1"}});
+    ASSERT_EQ(putText(d, "/a/f", lettersFor(freeIn(d, "/a"))).code, 0);
+    const long free = freeIn(d, "/a");
+    ASSERT_LT(free, 20);
+    const std::string before = readFile(d);
+    const Outcome refused = run({"put", d, "/a/subdirectory/deep/x", "1"});
+    EXPECT_EQ(refused.code, 6);
+    EXPECT_EQ(refused.err, "moradmin: " + d + ": /a/subdirectory cannot be made: " +
+                               std::to_string(free) + " bytes are free in /a for the link to it\n");
+    EXPECT_EQ(readFile(d), before);
+    EXPECT_EQ(run({"cat", d, "/a/x"}).out, "1\n");
+}
+
+TEST_F(FullStore, MakesTheLinkThatJustFitsAndNotTheNext) {
+    const std::string d = filledDrawing({{"/a/x", "1"}, {"/b/x", "1"}});
+    // The link ^s with a handle of two digits takes 2 + 8 + 2 + 2 bytes.
+    fillTo(d, "/a", 14);
+    fillTo(d, "/b", 13);
+    EXPECT_EQ(run({"put", d, "/b/s/x", "2"}).code, 6);
+    EXPECT_EQ(run({"put", d, "/a/s/x", "2"}).code, 0);
+    EXPECT_EQ(freeIn(d, "/a"), 0);
+    EXPECT_EQ(run({"ls", "-R", d}).out, "a/\na/x\na/f\na/s/\na/s/x\nb/\nb/x\nb/f\n");
+}
+
+TEST_F(FullStore, CountsTheExtendedDataOfOtherApplications) {
+    const std::string d = filledDrawing({{"/a/x", "1"}});
+    const long free = freeIn(d, "/a");
+    std::string bytes = readFile(d);
+    const std::string mark = "1000\nx\n1071\n        1\n";
+    const std::size_t place = bytes.find(mark);
+    ASSERT_NE(place, std::string::npos);
+    bytes.insert(place + mark.size(), "1001\nACAD\n1000\nforeign\n1070\n     1\n");
+    writeFile(d, bytes);
+    EXPECT_EQ(freeIn(d, "/a"), free - (2 + 7) - 3);
+    EXPECT_EQ(putText(d, "/a/y", lettersFor(free)).code, 6);
+    EXPECT_EQ(putText(d, "/a/y", lettersFor(free - 12)).code, 0);
+    EXPECT_NE(readFile(d).find("1001\nACAD\n1000\nforeign\n1070\n     1\n"), std::string::npos);
+}
+
+TEST_F(FullStore, TakesTheDeepestPathThatTheRulesAllow) {
+    const std::string d = newDrawing();
+    std::string path;
+    while (path.size() + 2 + 2 <= 1023) path += "/d";
+    path += "/x";
+    ASSERT_LE(path.size(), 1023u);
+    EXPECT_EQ(run({"put", d, path, "1"}).code, 0);
+    EXPECT_EQ(run({"cat", d, path}).out, "1\n");
+    EXPECT_EQ(run({"put", d, "/d" + path, "1"}).code, 6);
+    EXPECT_EQ(run({"put", d, "/l/" + std::string(127, 'n'), "2"}).code, 0);
+    EXPECT_EQ(run({"cat", d, "/l/" + std::string(127, 'n')}).out, "2\n");
+    EXPECT_EQ(run({"put", d, "/" + std::string(126, 'm') + "/x", "3"}).code, 0);
+    EXPECT_EQ(run({"cat", d, "/" + std::string(126, 'm') + "/x"}).out, "3\n");
+}
+
+}  // namespace
+}  // namespace mor::test
