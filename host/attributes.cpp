@@ -1,7 +1,6 @@
 #include "host/attributes.h"
 
 #include "host/dxf_index.h"
-#include "host/dxf_text.h"
 #include "host/lisp_value.h"
 
 #include <algorithm>
@@ -144,8 +143,13 @@ long tokenCost(const LispToken& token) {
 /// Reads the groups of one list.
 class Decoder {
 public:
-    Decoder(const TagList& record, ExtendedRange range, HandleResolver& handles)
-        : m_record(record), m_at(range.begin + 1), m_end(range.end), m_handles(handles) {}
+    Decoder(const TagList& record, ExtendedRange range, const TextCoding& coding,
+            HandleResolver& handles)
+        : m_record(record),
+          m_at(range.begin + 1),
+          m_end(range.end),
+          m_coding(coding),
+          m_handles(handles) {}
 
     void run(AttributeList& list) {
         if (const auto version = takeInteger(1070); version != kLayoutVersion) {
@@ -193,11 +197,10 @@ private:
         text.clear();
         for (; chunks > 0; --chunks) {
             if (!skipComments() || tag().code != 1000) return false;
-            const std::string_view bytes = m_record.value(tag());
-            decodeEscapes(std::wstring(bytes.begin(), bytes.end()), text);
+            text += m_coding.decode(m_record.value(tag()));
             ++m_at;
         }
-        joinSurrogates(text);
+        joinSurrogates(text);  // of which one half may stand in the next chunk
         return true;
     }
     bool takeValue(CMORAdsLispVar& value) {
@@ -256,6 +259,7 @@ private:
     const TagList& m_record;
     std::size_t m_at;
     std::size_t m_end;
+    const TextCoding& m_coding;
     HandleResolver& m_handles;
 };
 
@@ -283,14 +287,15 @@ long AttributeList::own() const {
     return bytes;
 }
 
-AttributeList decodeAttributes(const TagList& record, HandleResolver& handles) {
+AttributeList decodeAttributes(const TagList& record, const TextCoding& coding,
+                               HandleResolver& handles) {
     AttributeList list;
     const auto ranges = extendedRanges(record, kAttributeApplication);
     list.foreign = foreignBytes(record, ranges);
     if (ranges.size() > 1)
         list.damage = "two lists of attributes on one record";
     else if (ranges.size() == 1)
-        Decoder(record, ranges.front(), handles).run(list);
+        Decoder(record, ranges.front(), coding, handles).run(list);
     return list;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/dxf_record.h"
+#include "host/dxf_text.h"
 #include "platform/entity_name.h"
 #include "platform/lisp.h"
 
@@ -42,8 +43,10 @@ public:
     [[nodiscard]] virtual std::uint64_t handleForName(EntityName name) = 0;
 };
 
-/// Decodes the attributes of a record.
-[[nodiscard]] AttributeList decodeAttributes(const TagList& record, HandleResolver& handles);
+/// Decodes the attributes of a record. What we write is ASCII; `coding` is that of the file, in
+/// which programs that decode escapes write the same texts.
+[[nodiscard]] AttributeList decodeAttributes(const TagList& record, const TextCoding& coding,
+                                             HandleResolver& handles);
 /// The list as extended data, its 1001 first; empty for no items.
 [[nodiscard]] std::string encodeAttributes(const std::vector<Attribute>& items,
                                            const LineStyle& style, HandleResolver& handles);

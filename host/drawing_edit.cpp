@@ -98,7 +98,7 @@ void Drawing::applyEdit(RecordNumber number, const RecordEdit& edit, TagList& re
     }
     if (!patches.empty()) record = TagList(applyPatches(record.bytes(), std::move(patches)));
     if (!edit.attributes) return;
-    const AttributeList before = decodeAttributes(record, *this);
+    const AttributeList before = decodeAttributes(record, m_text, *this);
     if (sameAttributes(before.items, edit.attributes->items)) return;
     record = TagList(withAttributes(
         record, m_style.lines, encodeAttributes(edit.attributes->items, m_style.lines, *this)));
@@ -117,7 +117,8 @@ std::shared_ptr<const AttributeList> Drawing::attributesOf(RecordNumber number) 
     if (edit != m_edits.end() && edit->second.attributes) return edit->second.attributes;
     auto& known = m_attributes[number];
     if (!known)
-        known = std::make_shared<const AttributeList>(decodeAttributes(original(number), *this));
+        known = std::make_shared<const AttributeList>(
+            decodeAttributes(original(number), m_text, *this));
     return known;
 }
 

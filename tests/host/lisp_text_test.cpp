@@ -1,15 +1,10 @@
 #include "host/host.h"
+#include "tests/host/random_values.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
-#include <bit>
-#include <cmath>
 #include <limits>
-
-void showValue(const CMORAdsLispVar& value, std::ostream& out) {
-    out << mor::host::lispText(value);
-}
 
 namespace mor::host {
 namespace {
@@ -132,33 +127,6 @@ TEST(ReadLisp, SaysWhereAndWhyItCannotRead) {
         EXPECT_EQ(result.error().text, c.error);
         EXPECT_EQ(result.error().kind, ErrorKind::Invalid);
     }
-}
-
-rc::Gen<CMORAdsLispVar> anyAtom() {
-    const auto number = rc::gen::map(rc::gen::arbitrary<std::int32_t>(), makeInteger);
-    const auto real = rc::gen::map(
-        rc::gen::suchThat(
-            rc::gen::map(rc::gen::arbitrary<std::uint64_t>(),
-                         [](std::uint64_t bits) { return std::bit_cast<double>(bits); }),
-            [](double value) { return std::isfinite(value); }),
-        makeReal);
-    const auto letter = rc::gen::oneOf(
-        rc::gen::elementOf(
-            std::wstring{L"ab0\\\"U+^\n\r\t\x1B\x01\x7F();' \u00E4\u20AC\U0001F600"}),
-        rc::gen::inRange<wchar_t>(0, 0xD800));
-    const auto text = rc::gen::map(rc::gen::container<std::wstring>(letter),
-                                   [](const std::wstring& t) { return makeString(t); });
-    return rc::gen::oneOf(number, real, text, rc::gen::just(CMORAdsLispVar{}));
-}
-
-rc::Gen<CMORAdsLispVar> anyValue(int depth) {
-    if (depth == 0) return anyAtom();
-    return rc::gen::oneOf(
-        anyAtom(),
-        rc::gen::apply([](const std::vector<CMORAdsLispVar>& items,
-                          const CMORAdsLispVar& tail) { return makeList(items, tail); },
-                       rc::gen::container<std::vector<CMORAdsLispVar>>(anyValue(depth - 1)),
-                       anyAtom()));
 }
 
 RC_GTEST_PROP(LispText, ReadsBackToTheSameValue, ()) {

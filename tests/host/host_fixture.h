@@ -1,0 +1,167 @@
+#pragma once
+
+#include "host/faults.h"
+#include "host/host.h"
+#include "platform/entity.h"
+#include "platform/entity_calls.h"
+#include "platform/owned.h"
+#include "tests/support/process.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace mor::test {
+
+/// DXF text from pieces "CODE VALUE|CODE VALUE|...", unpadded.
+[[nodiscard]] inline std::string dxfText(std::string_view groups, std::string_view end = "\n") {
+    std::string text;
+    while (!groups.empty()) {
+        const std::size_t bar = std::min(groups.find('|'), groups.size());
+        const std::string_view group = groups.substr(0, bar);
+        const std::size_t blank = std::min(group.find(' '), group.size());
+        text += group.substr(0, blank);
+        text += end;
+        if (blank < group.size()) text += group.substr(blank + 1);
+        text += end;
+        groups.remove_prefix(std::min(bar + 1, groups.size()));
+    }
+    return text;
+}
+
+/// A test of the drawing database with one current and active document, and a folder of its own.
+/// Locks, selection sets and lists that are left over fail it.
+class HostTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        const auto* test = testing::UnitTest::GetInstance()->current_test_info();
+        m_folder = std::filesystem::path{testing::TempDir()} /
+                   (std::string{"host_"} + test->test_suite_name() + "_" + test->name());
+        std::filesystem::remove_all(m_folder);
+        std::filesystem::create_directories(m_folder);
+        host::faults::reset();
+        host::resetCounters();
+        static_cast<void>(host::takePrintedText());
+    }
+    void TearDown() override {
+        host::faults::reset();
+        close();
+        EXPECT_EQ(host::counters().locksHeld, 0u);
+        EXPECT_EQ(host::counters().selectionSetsOpen, 0u);
+        EXPECT_EQ(host::counters().resbufsOpen, 0u);
+        std::filesystem::remove_all(m_folder);
+    }
+
+    [[nodiscard]] std::filesystem::path file(const std::string& name = "d.dxf") const {
+        return m_folder / name;
+    }
+    /// The open document becomes the current and active one; the former one is closed.
+    AcApDocument* use(AcApDocument* document) {
+        close();
+        m_document = document;
+        host::setCurrentDocument(document);
+        host::setActiveDocument(document);
+        return document;
+    }
+    AcApDocument* create(host::Release release = host::Release::R2018,
+                         std::string_view lineEnd = "\n") {
+        return use(host::createDocument(release, lineEnd));
+    }
+    /// Opens bytes as a drawing.
+    AcApDocument* open(std::string_view bytes) {
+        close();
+        writeFile(file(), bytes);
+        auto opened = host::openDocument(file());
+        EXPECT_TRUE(opened) << opened.error().message();
+        return opened ? use(opened.value()) : nullptr;
+    }
+    /// An R12 drawing of these entities, layers ("0 LAYER|..." records) and blocks.
+    AcApDocument* openEntities(std::string_view entities, std::string_view layers = "",
+                               std::string_view blocks = "") {
+        return open(dxfText(
+            "0 SECTION|2 HEADER|9 $ACADVER|1 AC1009|0 ENDSEC|0 SECTION|2 TABLES|"
+            "0 TABLE|2 LAYER|70 9|" +
+            std::string(layers) + "0 ENDTAB|0 ENDSEC|0 SECTION|2 BLOCKS|" + std::string(blocks) +
+            "0 ENDSEC|0 SECTION|2 ENTITIES|" + std::string(entities) + "0 ENDSEC|0 EOF"));
+    }
+    /// Why bytes are refused as a drawing: "LINE: TEXT", or empty when they are not.
+    [[nodiscard]] std::string refusal(std::string_view bytes) const {
+        writeFile(file("refused.dxf"), bytes);
+        auto opened = host::openDocument(file("refused.dxf"));
+        if (opened) host::closeDocument(opened.value());
+        return opened ? "" : std::to_string(opened.error().line) + ": " + opened.error().text;
+    }
+    [[nodiscard]] AcApDocument* document() const { return m_document; }
+    /// Saves and answers the bytes of the file.
+    [[nodiscard]] std::string savedBytes() const {
+        host::SaveOptions options;
+        options.output = file("saved.dxf");
+        options.backup = false;
+        const auto saved = host::saveDocument(m_document, options);
+        EXPECT_TRUE(saved) << saved.error().message();
+        return readFile(file("saved.dxf"));
+    }
+    /// Saves, closes, and opens what was saved.
+    AcApDocument* reopen() { return open(savedBytes()); }
+    void close() {
+        if (m_document != nullptr) host::closeDocument(m_document);
+        m_document = nullptr;
+    }
+
+    /// The entity of that handle, {0, 0} when there is none.
+    [[nodiscard]] EntityName named(std::wstring_view handle) const {
+        return host::findHandle(m_document, handle).value_or(EntityName{});
+    }
+    /// A new entity from a list that `acutBuildList` made.
+    static int make(resbuf* list) {
+        const ResbufList owned{list};
+        return acdbEntMake(owned.get());
+    }
+    static int makeLine(const wchar_t* layer = L"0") {
+        const double from[] = {0.0, 0.0, 0.0};
+        const double to[] = {1.0, 2.0, 3.0};
+        return make(acutBuildList(RTDXF0, L"LINE", 8, layer, 10, from, 11, to, 0));
+    }
+    /// "LINE:A1 INSERT:A2 ...": the entities from `first` on as `acdbEntNext` walks them.
+    [[nodiscard]] static std::string walk(EntityName first = {}) {
+        std::string all;
+        ads_name name = {};
+        first.copyTo(name);
+        bool more = !first.isNone() || acdbEntNext(nullptr, name) == RTNORM;
+        for (; more; more = acdbEntNext(name, name) == RTNORM)
+            all += (all.empty() ? "" : " ") + titleOf(EntityName{name});
+        return all;
+    }
+    [[nodiscard]] static std::string titleOf(EntityName name) {
+        CMOREntity entity;
+        ads_name words = {};
+        name.copyTo(words);
+        if (!entity.Connect(words)) return "none";
+        return host::toUtf8(static_cast<const wchar_t*>(entity.Type())) + ":" +
+               host::toUtf8(static_cast<const wchar_t*>(entity.Handle()));
+    }
+    [[nodiscard]] static EntityName lastEntity() {
+        ads_name name = {};
+        return acdbEntLast(name) == RTNORM ? EntityName{name} : EntityName{};
+    }
+
+private:
+    std::filesystem::path m_folder;
+    AcApDocument* m_document = nullptr;
+};
+
+/// An entity object connected to a name.
+class Connected : public CMOREntity {
+public:
+    explicit Connected(EntityName name) {
+        ads_name words = {};
+        name.copyTo(words);
+        EXPECT_TRUE(Connect(words));
+    }
+};
+
+}  // namespace mor::test
