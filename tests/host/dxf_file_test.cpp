@@ -1,0 +1,172 @@
+#include "tests/host/host_fixture.h"
+
+#include <gtest/gtest.h>
+
+namespace mor::test {
+namespace {
+
+constexpr const char* kLine = "0 LINE|5 A1|8 0|10 0.0|20 0.0|30 0.0|11 1.0|21 0.0|31 0.0|";
+
+std::string drawingText(const std::string& header, const std::string& entities,
+                        std::string_view end = "\n") {
+    return dxfText("0 SECTION|2 HEADER|9 $ACADVER|1 AC1009|" + header +
+                       "0 ENDSEC|0 SECTION|2 ENTITIES|" + entities + "0 ENDSEC|0 EOF",
+                   end);
+}
+
+class DxfFiles : public HostTest {
+protected:
+    /// The bytes after an attribute was put on the entity A1.
+    std::string changedBytes() {
+        Connected line{named(L"A1")};
+        EXPECT_TRUE(line.SetAttribute(L"x", host::makeInteger(7)) && line.Flush());
+        return savedBytes();
+    }
+};
+
+TEST_F(DxfFiles, AreSavedUnchangedWhenNothingChanged) {
+    const std::string texts[] = {drawingText("", kLine),
+                                 drawingText("", kLine, "\r\n"),
+                                 "\xEF\xBB\xBF" + drawingText("", kLine),
+                                 drawingText("", kLine) + "0\nLINE\njunk\x01",
+                                 dxfText("999 a remark|0 SECTION|999 another|2 ENTITIES|" +
+                                         std::string(kLine) + "999 inside|0 ENDSEC|999 last|0 EOF"),
+                                 dxfText("0 SECTION|2 ENTITIES|0 ENDSEC"),
+                                 dxfText("0 EOF"),
+                                 "  0\nSECTION\n  2\nENTITIES\n  0\nENDSEC\n  0\nEOF"};
+    for (const std::string& text : texts) {
+        open(text);
+        EXPECT_EQ(savedBytes(), text);
+    }
+}
+
+TEST_F(DxfFiles, GetNewGroupsBehindTheirOwnOnes) {
+    open(drawingText("9 $HANDSEED|5 B0|", kLine));
+    const std::string attributes = "1001 MOR_ATTRIBUTES|1070 1|1000 x|1071 7|";
+    const std::string bytes = changedBytes();
+    EXPECT_NE(bytes.find(dxfText(kLine + attributes + "0 ENDSEC|0 EOF")), std::string::npos);
+    EXPECT_NE(bytes.find(dxfText("0 TABLE|2 APPID|70 1|0 APPID|2 MOR_ATTRIBUTES|70 0|0 ENDTAB")),
+              std::string::npos);
+}
+
+TEST_F(DxfFiles, KeepEveryOddByteBesideAChange) {
+    const std::string before =
+        "\xEF\xBB\xBF"
+        "999\n head\n  0 \nSECTION\n2\nHEADER\n   9\n$ACADVER\n1\n"
+        "AC1009\n9\n$CUSTOM\n1\n a \n9\n$CUSTOM\n1\n^J\n999\nremark\n0\nENDSEC\n";
+    const std::string tables =
+        "0\nSECTION\n 2\nTABLES\n0\nTABLE\n2\nAPPID\n70\n99\n0\nAPPID\n2\n"
+        "MOR_ATTRIBUTES\n 70\n    0\n0\nENDTAB\n  0\nENDSEC\n";
+    const std::string line =
+        "0\nSECTION\n2\nENTITIES\n0\n LINE\n5\n 00a1 \n8\n0\n10\n.5\n20\n+1.\n30\n7\n"
+        "11\n1\n21\n0\n31\n-0.0\n";
+    const std::string remark = "999\nremark of the line\n";
+    const std::string rest = "0\nODD\n 1 \n\n0\nENDSEC\n0\nEOF\ntrash\n\r\n";
+    open(before + tables + line + remark + rest);
+    EXPECT_EQ(changedBytes(), before + tables + line + remark +
+                                  "1001\nMOR_ATTRIBUTES\n1070\n     1\n1000\nx\n1071\n        7\n" +
+                                  rest);
+}
+
+TEST_F(DxfFiles, WithoutALastLineEndAreClosedBeforeSomethingFollows) {
+    std::string text = dxfText("0 SECTION|2 ENTITIES|" + std::string(kLine) + "0 ENDSEC", "\r\n");
+    text.resize(text.size() - 2);
+    open(text);
+    const std::string bytes = changedBytes();
+    EXPECT_NE(bytes.find("ENDSEC\r\n"), std::string::npos);
+    EXPECT_EQ(std::ranges::count(bytes, '\n'), std::ranges::count(bytes, '\r'));
+    EXPECT_EQ(refusal(bytes), "");
+}
+
+TEST_F(DxfFiles, WithCrLfGetCrLf) {
+    open(drawingText("", kLine, "\r\n"));
+    const std::string bytes = changedBytes();
+    EXPECT_EQ(std::ranges::count(bytes, '\n'), std::ranges::count(bytes, '\r'));
+    EXPECT_NE(bytes.find("1071\r\n7\r\n"), std::string::npos);
+}
+
+TEST_F(DxfFiles, GetNumbersPaddedAsTheirOwn) {
+    std::string padded =
+        "  0\nSECTION\n  2\nENTITIES\n  0\nLINE\n  5\nA1\n  8\n0\n  0\nENDSEC\n  0\nEOF\n";
+    open(padded);
+    EXPECT_NE(changedBytes().find("1070\n     1\n1000\nx\n1071\n        7\n"), std::string::npos);
+}
+
+TEST_F(DxfFiles, AreRefusedWithTheLineWhereTheyBreak) {
+    const std::string start = dxfText("0 SECTION|2 ENTITIES|0 LINE|8 0");  // eight lines
+    const std::pair<std::string, const char*> cases[] = {
+        {"", "1: the file is empty, not a drawing"},
+        {"hello\nworld\n", "1: no DXF text: a group code was expected, found \"hello\""},
+        {"AC1032\x01\x02", "1: this is a DWG file (AC1032); save the drawing as DXF text"},
+        {"AutoCAD Binary DXF\r\n\x1A", "1: binary DXF is not read; save the drawing as DXF text"},
+        {"0\rSECTION\r2\rENTITIES\r",
+         "1: line ends are single carriage returns; LF or CR LF is read"},
+        {dxfText("0 LINE|8 0"), "1: a drawing begins with group 0 SECTION, not with \"LINE\""},
+        {dxfText("8 0|0 SECTION"), "1: a drawing begins with group 0 SECTION, here stands group 8"},
+        {start, "9: the file ends inside the section ENTITIES"},
+        {start + "x\n", "9: a group code was expected, found \"x\""},
+        {start + "\n\n", "9: a group code was expected, found \"\""},
+        {start + "10\n", "9: the file ends after a group code, without its value"},
+        {start + dxfText("0 SECTION|2 OBJECTS|0 ENDSEC"),
+         "9: a section begins inside the section ENTITIES, which has no ENDSEC"},
+        {start + dxfText("0 ENDSEC|0 ENDSEC"), "11: ENDSEC without a section"},
+        {dxfText("0 SECTION|2 TABLES|0 TABLE|2 LAYER|0 ENDSEC"),
+         "9: the section TABLES ends inside a table"},
+        {dxfText("0 SECTION|2 BLOCKS|0 BLOCK|2 A|0 BLOCK|2 B"),
+         "9: a block begins inside another one, which has no ENDBLK"}};
+    for (const auto& [bytes, text] : cases) EXPECT_EQ(refusal(bytes), text);
+}
+
+TEST_F(DxfFiles, OfOtherReleasesAreRefusedWithTheLine) {
+    const auto text = [](const std::string& version) {
+        return dxfText("0 SECTION|2 HEADER|9 $ACADVER|1 " + version + "|0 ENDSEC|0 EOF");
+    };
+    EXPECT_EQ(refusal(text("AC1006")),
+              "8: $ACADVER is AC1006, older than R12 (AC1009); save the drawing as R12 or later");
+    EXPECT_EQ(
+        refusal(text("AC1033")),
+        "8: $ACADVER is AC1033, newer than R2018 (AC1032); save the drawing as R2018 or earlier");
+    EXPECT_NE(refusal(text("R12")), "");
+    for (const char* version :
+         {"AC1009", "AC1012", "AC1014", "AC1015", "AC1018", "AC1021", "AC1024", "AC1027", "AC1032"})
+        EXPECT_EQ(refusal(text(version)), "") << version;
+}
+
+TEST_F(DxfFiles, TellTheirFacts) {
+    const std::string text = dxfText(
+        "0 SECTION|2 HEADER|9 $ACADVER|1 AC1015|9 $DWGCODEPAGE|3 ansi_1251|9 $HANDSEED|5 "
+        "00ff|0 ENDSEC|0 EOF",
+        "\r\n");
+    open(text);
+    const host::DocumentInfo info = host::documentInfo(document());
+    EXPECT_EQ(host::releaseName(info.release), "R2000");
+    EXPECT_EQ(info.version, "AC1015");
+    EXPECT_EQ(info.codePage, "ansi_1251");
+    EXPECT_EQ(info.encoding, "CP1251");
+    EXPECT_EQ(info.lineEnd, "CRLF");
+    EXPECT_EQ(info.bytes, text.size());
+    EXPECT_EQ(info.records, 3u);
+    EXPECT_EQ(info.handleSeed, 0xFFu);
+    EXPECT_TRUE(host::documentProblems(document()).empty());
+}
+
+TEST_F(DxfFiles, ReportAMissingEndAndDoubledHandles) {
+    open(dxfText("0 SECTION|2 ENTITIES|" + std::string(kLine) + kLine + kLine + "0 ENDSEC"));
+    const auto problems = host::documentProblems(document());
+    ASSERT_EQ(problems.size(), 2u);
+    EXPECT_EQ(problems[0].kind, host::Problem::Kind::MissingEof);
+    EXPECT_EQ(problems[1].text, "the handle A1 stands on 3 records");
+}
+
+TEST_F(DxfFiles, ReadXrecordsAndDynamicBlocksWithoutTakingDataForExtendedData) {
+    open(
+        dxfText("0 SECTION|2 HEADER|9 $ACADVER|1 AC1015|0 ENDSEC|0 SECTION|2 ENTITIES|0 ENDSEC|0 "
+                "SECTION|2 OBJECTS|0 XRECORD|5 A1|102 {ACAD_REACTORS|330 9|102 }|330 7|100 "
+                "AcDbXrecord|280 1|1070 5|1000 text|1010 1.0|0 ENDSEC|0 EOF"));
+    const auto attributes = host::recordAttributes(document(), named(L"A1"));
+    EXPECT_EQ(attributes.damage, "");
+    EXPECT_EQ(attributes.used, 0);
+}
+
+}  // namespace
+}  // namespace mor::test

@@ -1,0 +1,124 @@
+#include "tests/host/host_fixture.h"
+#include "tests/support/dxf_records.h"
+
+#include <gtest/gtest.h>
+
+namespace mor::test {
+namespace {
+
+std::string line(const std::string& handle) {
+    return "0 LINE|" + (handle.empty() ? "" : "5 " + handle + "|") +
+           "8 0|10 0.0|20 0.0|30 0.0|11 1.0|21 0.0|31 0.0|";
+}
+
+class Handles : public HostTest {
+protected:
+    AcApDocument* openLines(const std::string& header, const std::string& entities) {
+        return open(dxfText("0 SECTION|2 HEADER|9 $ACADVER|1 AC1009|" + header +
+                            "0 ENDSEC|0 SECTION|2 ENTITIES|" + entities + "0 ENDSEC|0 EOF"));
+    }
+    /// "HANDLE SEED" after a line was made and saved.
+    std::string madeAndSeed() {
+        EXPECT_EQ(makeLine(), RTNORM);
+        const DxfFile file = splitDxf(savedBytes());
+        std::string handle;
+        for (const DxfRecord& record : file.records)
+            if (record.is("LINE")) handle = record.first(5).value_or("none");
+        return handle + " " + file.variable("$HANDSEED");
+    }
+};
+
+TEST_F(Handles, BeginAtTheSeedOrAboveTheHighest) {
+    openLines("9 $HANDSEED|5 B0|", line("A1"));
+    EXPECT_EQ(madeAndSeed(), "B0 B1");
+    openLines("9 $HANDSEED|5 00000A0|", line("A1"));
+    EXPECT_EQ(madeAndSeed(), "A2 A3");
+    openLines("", line("ff"));
+    EXPECT_EQ(madeAndSeed(), "100 101");
+    openLines("", line(""));
+    EXPECT_EQ(madeAndSeed(), "1 2");
+    openLines("9 $HANDSEED|5 0|", line(""));
+    EXPECT_EQ(madeAndSeed(), "1 2");
+    openLines("9 $HANDSEED|5 junk|", line("I1"));
+    EXPECT_EQ(madeAndSeed(), "1 2");
+    openLines("9 $HANDSEED|5 FFFFFFFF0|", line("A1"));
+    EXPECT_EQ(madeAndSeed(), "FFFFFFFF0 FFFFFFFF1");
+}
+
+TEST_F(Handles, CountThoseOfTablesAndObjectsToo) {
+    open(
+        dxfText("0 SECTION|2 HEADER|9 $ACADVER|1 AC1015|9 $HANDSEED|5 10|0 ENDSEC|0 SECTION|2 "
+                "TABLES|0 TABLE|2 DIMSTYLE|5 A|0 DIMSTYLE|105 E0|5 FFFF|100 "
+                "AcDbDimStyleTableRecord|2 S|0 ENDTAB|0 ENDSEC|0 SECTION|2 ENTITIES|0 ENDSEC|0 "
+                "SECTION|2 OBJECTS|0 SORTENTSTABLE|5 D0|100 AcDbSortentsTable|5 FFFE|0 "
+                "DICTIONARY|5 F0|0 ENDSEC|0 EOF"));
+    EXPECT_EQ(madeAndSeed(), "F1 F2");
+}
+
+TEST_F(Handles, RunOutInsteadOfBeginningAgain) {
+    openLines("", line("FFFFFFFFFFFFFFFF"));
+    EXPECT_EQ(makeLine(), RTREJ);
+    openLines("9 $HANDSEED|5 FFFFFFFFFFFFFFFF|", line("1"));
+    EXPECT_EQ(makeLine(), RTNORM);
+    EXPECT_EQ(titleOf(lastEntity()), "LINE:FFFFFFFFFFFFFFFF");
+    EXPECT_EQ(makeLine(), RTREJ);
+}
+
+TEST_F(Handles, CompareAsNumbers) {
+    openLines("", line("00a1"));
+    for (const wchar_t* text : {L"A1", L"a1", L"0A1", L"000000000000000000A1"}) {
+        ads_name name = {};
+        EXPECT_EQ(acdbHandEnt(text, name), RTNORM) << host::toUtf8(text);
+        EXPECT_EQ(titleOf(EntityName{name}), "LINE:A1");
+    }
+    for (const wchar_t* text : {L"", L"0", L"A2", L"G", L"A1 ", L"-A1", L"0xA1", L"\u0661"}) {
+        ads_name name = {7, 7};
+        EXPECT_EQ(acdbHandEnt(text, name), RTERROR) << host::toUtf8(text);
+        EXPECT_EQ(name[0], 7);
+    }
+}
+
+TEST_F(Handles, ThatStandTwiceMeanTheFirstRecord) {
+    open(
+        dxfText("0 SECTION|2 TABLES|0 TABLE|2 LAYER|0 LAYER|5 A1|2 WALLS|70 0|0 ENDTAB|0 ENDSEC|0 "
+                "SECTION|2 ENTITIES|" +
+                line("A1") +
+                "0 CIRCLE|5 A2|8 0|0 POINT|5 A2|8 0|0 ENDSEC|"
+                "0 EOF"));
+    EXPECT_EQ(titleOf(named(L"A1")), "LAYER:A1");
+    EXPECT_EQ(titleOf(named(L"A2")), "CIRCLE:A2");
+    EXPECT_EQ(walk(), "LINE:A1 CIRCLE:A2 POINT:A2");
+}
+
+TEST_F(Handles, AreGivenInR12OnlyToRecordsThatNeedOne) {
+    openLines("9 $HANDLING|70 0|", line("") + line(""));
+    ads_name first = {};
+    ads_name second = {};
+    ASSERT_EQ(acdbEntNext(nullptr, first), RTNORM);
+    ASSERT_EQ(acdbEntNext(first, second), RTNORM);
+    Connected entity{EntityName{first}};
+    EXPECT_STREQ(entity.Handle(), L"");
+    EXPECT_TRUE(entity.SetAttribute(L"to", CMORAdsLispVar(second)) && entity.Flush());
+    const DxfFile file = splitDxf(savedBytes());
+    std::string texts;
+    for (const DxfRecord& record : file.records)
+        if (record.is("LINE")) texts += record.text() + "\n";
+    const std::string body = "8 0|10 0.0|20 0.0|30 0.0|11 1.0|21 0.0|31 0.0";
+    EXPECT_EQ(texts, "0 LINE|" + body + "|1001 MOR_ATTRIBUTES|1070 1|1000 to|1005 1\n0 LINE|5 1|" +
+                         body + "\n");
+    EXPECT_EQ(file.variable("$HANDLING"), "1");
+    EXPECT_EQ(file.variable("$HANDSEED"), "2");
+}
+
+TEST_F(Handles, OfReactorsAndDictionariesAreNotTheRecordsOwn) {
+    open(
+        dxfText("0 SECTION|2 HEADER|9 $ACADVER|1 AC1015|0 ENDSEC|0 SECTION|2 ENTITIES|0 LINE|5 A1|"
+                "102 {ACAD_REACTORS|330 B1|102 }|102 {ACAD_XDICTIONARY|360 C1|102 }|330 D1|100 "
+                "AcDbEntity|8 0|100 AcDbLine|5 E1|0 ENDSEC|0 EOF"));
+    EXPECT_EQ(walk(), "LINE:A1");
+    EXPECT_TRUE(named(L"B1").isNone());
+    EXPECT_TRUE(named(L"E1").isNone());
+}
+
+}  // namespace
+}  // namespace mor::test
