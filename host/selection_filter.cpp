@@ -25,6 +25,9 @@ std::optional<Relation> relationOf(std::wstring_view text) {
     return std::nullopt;
 }
 
+/// Group of the application whose extended data follows; behind -3 the one that is tested for.
+constexpr int kApplicationName = 1001;
+
 bool isIgnored(int code) { return code == -1 || code == 5 || (code >= 1000 && code <= 1071); }
 
 }  // namespace
@@ -123,6 +126,10 @@ bool SelectionFilter::openOrClose(std::wstring_view word, std::vector<std::size_
 }
 
 void SelectionFilter::addTest(const resbuf& item, const std::array<Relation, 3>& relation) {
+    if (item.restype == kApplicationName && m_nodes.back().kind == Kind::Application) {
+        m_nodes.back().pattern.emplace(filterText(item), WildcardCase::Ignored);
+        return;
+    }
     Node node;
     node.code = item.restype == RTDXF0 ? 0 : item.restype;
     node.relation = relation;
@@ -219,7 +226,11 @@ bool SelectionFilter::test(Node& node, RecordNumber number) {
                          node.number[0]);
         case Kind::Application: {
             const TagList& groups = record(number);
-            return groups.extendedBegin() < groups.tags().size();
+            for (std::size_t i = groups.extendedBegin(); i < groups.tags().size(); ++i)
+                if (groups.tags()[i].code == kApplicationName &&
+                    testText(node, groups.bare(groups.tags()[i])))
+                    return true;
+            return false;
         }
         default:
             return true;

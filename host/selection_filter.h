@@ -20,7 +20,8 @@ namespace mor::host {
 /// must hold;
 /// `-4` elements bracket AND, OR, XOR and NOT or give a relation for the number behind them. Texts
 /// of types and symbols are wildcard patterns without regard to case, evaluated once per distinct
-/// text.
+/// text. `-3` tests for extended data, of the application in a 1001 right behind it when there is
+/// one.
 class SelectionFilter {
 public:
     SelectionFilter(Drawing& drawing, const resbuf* filter);

@@ -1,0 +1,202 @@
+#include "platform/table_calls.h"
+#include "tests/host/host_fixture.h"
+#include "tests/support/dxf_records.h"
+
+#include <gtest/gtest.h>
+
+namespace mor::test {
+namespace {
+
+const double kOrigin[] = {0.0, 0.0, 0.0};
+
+class MakingEntities : public HostTest {
+protected:
+    void SetUp() override {
+        HostTest::SetUp();
+        create();
+    }
+    static int beginBlock(const wchar_t* name, int flags = 0) {
+        return make(acutBuildList(RTDXF0, L"BLOCK", 2, name, 10, kOrigin, 70, flags, 0));
+    }
+    static int endBlock() { return make(acutBuildList(RTDXF0, L"ENDBLK", 0)); }
+    static int insert(const wchar_t* block) {
+        return make(acutBuildList(RTDXF0, L"INSERT", 2, block, 10, kOrigin, 0));
+    }
+    /// A block with one line in it.
+    static void makeBlock(const wchar_t* name) {
+        EXPECT_EQ(beginBlock(name), RTNORM);
+        EXPECT_EQ(makeLine(), RTNORM);
+        EXPECT_EQ(endBlock(), RTKWORD);
+    }
+    /// "TYPE TYPE": the entities of a block definition, empty when there is no such block.
+    static std::string entitiesOf(const wchar_t* block) {
+        const ResbufList record{acdbTblSearch(L"BLOCK", block, 0)};
+        const resbuf* first = findGroup(record, -2);
+        return first == nullptr ? "" : walk(EntityName{first->resval.rlname});
+    }
+};
+
+TEST_F(MakingEntities, AnswersNormAndNamesTheLastOne) {
+    EXPECT_TRUE(lastEntity().isNone());
+    EXPECT_EQ(makeLine(), RTNORM);
+    EXPECT_EQ(titleOf(lastEntity()), "LINE:20");
+    EXPECT_EQ(make(acutBuildList(100, L"AcDbEntity", RTDXF0, L"LINE", 10, kOrigin, 0)), RTNORM);
+    EXPECT_EQ(walk(), "LINE:20 LINE:21");
+}
+
+TEST_F(MakingEntities, RefusesWhatDoesNotFit) {
+    const int results[] = {
+        make(acutBuildList(8, L"0", 0)),
+        make(acutBuildList(RTDXF0, L"NOSUCH", 8, L"0", 0)),
+        make(acutBuildList(8, L"0", 10, kOrigin, RTDXF0, L"LINE", 0)),  // the type comes third
+        make(acutBuildList(RTDXF0, L"VIEWPORT", 8, L"0", 0)),
+        make(acutBuildList(RTDXF0, L"ATTDEF", 1, L"", 10, kOrigin, 0)),  // without a tag
+        insert(L"UNKNOWN"),
+        make(acutBuildList(RTDXF0, L"INSERT", 10, kOrigin, 0)),
+        endBlock(),
+        beginBlock(L""),
+        beginBlock(L"A|B"),
+        beginBlock(L"XREF", 4),
+        beginBlock(L"OVERLAY", 12),
+        beginBlock(L"*Model_Space"),
+        beginBlock(L"*PAPER_SPACE")};
+    for (std::size_t i = 0; i < std::size(results); ++i) EXPECT_EQ(results[i], RTREJ) << i;
+    EXPECT_EQ(acdbEntMake(nullptr), RTERROR);
+    EXPECT_EQ(walk(), "");
+    EXPECT_TRUE(
+        host::saveDocument(document(), {.output = file(), .dryRun = true}).value().edits.empty());
+}
+
+TEST_F(MakingEntities, IgnoresHandlesAndNames) {
+    const ads_name name = {77, 1};
+    EXPECT_EQ(make(acutBuildList(-1, name, RTDXF0, L"LINE", 5, L"FFFF", 8, L"0", 10, kOrigin, 0)),
+              RTNORM);
+    EXPECT_EQ(walk(), "LINE:20");
+}
+
+TEST_F(MakingEntities, CreatesAnUnknownLayerWithDefaults) {
+    EXPECT_EQ(makeLine(L"Walls"), RTNORM);
+    EXPECT_EQ(makeLine(L"WALLS"), RTNORM);
+    const DxfFile saved = splitDxf(savedBytes());
+    ASSERT_NE(saved.named("LAYER", "Walls"), nullptr);
+    EXPECT_EQ(saved.countIn("LAYER"), 2);
+    EXPECT_EQ(
+        saved.named("LAYER", "Walls")->text(),
+        "0 LAYER|5 20|330 1|100 AcDbSymbolTableRecord|100 AcDbLayerTableRecord|2 Walls|70 0|62 "
+        "7|6 Continuous|370 -3|390 F");
+}
+
+TEST_F(MakingEntities, PutsThemInTheSpaceThatTheListNames) {
+    EXPECT_EQ(make(acutBuildList(RTDXF0, L"LINE", 10, kOrigin, 67, 1, 0)), RTNORM);
+    EXPECT_EQ(make(acutBuildList(RTDXF0, L"LINE", 10, kOrigin, 67, 0, 0)), RTNORM);
+    const DxfFile saved = splitDxf(savedBytes());
+    std::string spaces;
+    for (const DxfRecord& record : saved.records)
+        if (record.is("LINE"))
+            spaces += record.first(67).value_or("-") + " " + *record.first(330) + ";";
+    EXPECT_EQ(spaces, "- 18;1 1B;");  // model space first, then the active layout
+}
+
+TEST_F(MakingEntities, DefinesABlockWithKwordAtItsEnd) {
+    EXPECT_EQ(beginBlock(L"B"), RTNORM);
+    EXPECT_EQ(makeLine(), RTNORM);
+    EXPECT_FALSE(host::hasBlock(document(), L"B"));
+    EXPECT_TRUE(lastEntity().isNone());
+    EXPECT_EQ(endBlock(), RTKWORD);
+    EXPECT_TRUE(host::hasBlock(document(), L"b"));
+    EXPECT_TRUE(lastEntity().isNone());
+    EXPECT_EQ(entitiesOf(L"B"), "LINE:22");
+    EXPECT_EQ(insert(L"b"), RTNORM);
+    reopen();
+    EXPECT_EQ(entitiesOf(L"B"), "LINE:22");
+    EXPECT_EQ(walk(), "INSERT:24");
+}
+
+TEST_F(MakingEntities, ThrowsAPendingDefinitionAwayAfterABadList) {
+    EXPECT_EQ(beginBlock(L"B"), RTNORM);
+    EXPECT_EQ(makeLine(), RTNORM);
+    EXPECT_EQ(insert(L"UNKNOWN"), RTREJ);
+    EXPECT_EQ(endBlock(), RTREJ);
+    EXPECT_FALSE(host::hasBlock(document(), L"B"));
+    EXPECT_EQ(makeLine(), RTNORM);  // in model space again
+    EXPECT_EQ(walk(), "LINE:20");
+}
+
+TEST_F(MakingEntities, CancelsAPendingDefinitionWithAnEmptyCall) {
+    EXPECT_EQ(beginBlock(L"B"), RTNORM);
+    EXPECT_EQ(acdbEntMake(nullptr), RTNORM);
+    EXPECT_EQ(endBlock(), RTREJ);
+    EXPECT_EQ(beginBlock(L"B"), RTNORM);
+    EXPECT_EQ(beginBlock(L"C"), RTNORM);  // one definition at a time
+    EXPECT_EQ(endBlock(), RTKWORD);
+    EXPECT_FALSE(host::hasBlock(document(), L"B"));
+    EXPECT_TRUE(host::hasBlock(document(), L"C"));
+}
+
+TEST_F(MakingEntities, RefusesABlockThatHoldsItself) {
+    EXPECT_EQ(beginBlock(L"B"), RTNORM);
+    EXPECT_EQ(insert(L"b"), RTREJ);
+    makeBlock(L"B");
+    EXPECT_EQ(beginBlock(L"b"), RTNORM);
+    EXPECT_EQ(insert(L"B"), RTREJ);
+    EXPECT_EQ(entitiesOf(L"B"), "LINE:22");
+}
+
+TEST_F(MakingEntities, RedefinesABlockBetweenItsOldRecords) {
+    makeBlock(L"B");
+    EXPECT_EQ(insert(L"B"), RTNORM);
+    reopen();
+    const DxfFile before = splitDxf(readFile(file()));
+    const EntityName old = named(L"22");
+    EXPECT_EQ(beginBlock(L"b"), RTNORM);
+    EXPECT_EQ(make(acutBuildList(RTDXF0, L"CIRCLE", 10, kOrigin, 40, 2.5, 0)), RTNORM);
+    EXPECT_EQ(named(L"22"), old);
+    EXPECT_EQ(endBlock(), RTKWORD);
+    EXPECT_TRUE(named(L"22").isNone());
+    EXPECT_EQ(titleOf(old), "none");
+    EXPECT_EQ(entitiesOf(L"B"), "CIRCLE:25");
+    const DxfFile after = splitDxf(savedBytes());
+    ASSERT_EQ(after.records.size(), before.records.size());
+    std::string changed;
+    for (std::size_t i = 0; i < before.records.size(); ++i)
+        if (before.records[i].bytes != after.records[i].bytes &&
+            before.records[i].section != "HEADER")
+            changed += after.records[i].text();
+    EXPECT_EQ(changed,
+              "0 CIRCLE|5 25|330 20|100 AcDbEntity|8 0|100 AcDbCircle|10 0.0|20 0.0|30 "
+              "0.0|40 2.5");
+}
+
+TEST_F(MakingEntities, IsRefusedWhenFaultsSaySo) {
+    host::faults::refuseEntities(true);
+    EXPECT_EQ(makeLine(), RTREJ);
+    host::faults::reset();
+    host::faults::failCall("acdbEntMake", 2);
+    EXPECT_EQ(beginBlock(L"B"), RTNORM);
+    EXPECT_EQ(makeLine(), RTREJ);
+    EXPECT_EQ(endBlock(), RTREJ);
+    EXPECT_EQ(walk(), "");
+}
+
+TEST_F(MakingEntities, WritesTheFormOfEachRelease) {
+    const std::pair<host::Release, const char*> forms[] = {
+        {host::Release::R12, "0 LINE|5 1|8 0|10 0.0|20 0.0|30 0.0|11 1.0|21 2.0|31 3.0"},
+        {host::Release::R13,
+         "0 LINE|5 20|100 AcDbEntity|8 0|100 AcDbLine|10 0.0|20 0.0|30 0.0|11 "
+         "1.0|21 2.0|31 3.0"},
+        {host::Release::R2000,
+         "0 LINE|5 20|330 18|100 AcDbEntity|8 0|100 AcDbLine|10 0.0|20 0.0|30 "
+         "0.0|11 1.0|21 2.0|31 3.0"}};
+    for (const auto& [release, text] : forms) {
+        create(release);
+        EXPECT_EQ(makeLine(), RTNORM);
+        const DxfFile saved = splitDxf(savedBytes());
+        for (const DxfRecord& record : saved.records)
+            if (record.is("LINE")) {
+                EXPECT_EQ(record.text(), text);
+            }
+    }
+}
+
+}  // namespace
+}  // namespace mor::test

@@ -1,0 +1,178 @@
+#include "platform/selection_calls.h"
+#include "tests/host/host_fixture.h"
+
+#include <gtest/gtest.h>
+
+namespace mor::test {
+namespace {
+
+const double kPoint[] = {5.0, 5.0, 0.0};
+
+std::string entity(const std::string& type, const std::string& handle, const std::string& more) {
+    return "0 " + type + "|5 " + handle + "|" + more;
+}
+
+class Selections : public HostTest {
+protected:
+    void SetUp() override {
+        HostTest::SetUp();
+        openEntities(entity("LINE", "A1", "8 WALLS|62 1|10 0.0|20 0.0|30 0.0|") +
+                         entity("LINE", "A2", "8 walls|62 3|10 5.0|20 9.0|30 0.0|") +
+                         entity("CIRCLE", "A3", "8 DOORS|10 6.0|20 6.0|30 1.0|40 2.5|") +
+                         entity("INSERT", "A4", "8 DOORS|66 1|2 *U2|10 1.0|20 1.0|30 0.0|") +
+                         entity("ATTRIB", "A5", "8 WALLS|1 |2 T|") + "0 SEQEND|5 A6|8 0|" +
+                         entity("LINE", "A7", "67 1|8 WALLS|70 6|1001 APP|1000 x|") +
+                         entity("TEXT", "A8", "8 T#1|1 a|40 2.0|1001 OTHER|1000 y|"),
+                     "",
+                     "0 BLOCK|8 0|2 *U2|70 1|10 0.0|20 0.0|30 0.0|" +
+                         entity("LINE", "B1", "8 WALLS|") + "0 ENDBLK|8 0|");
+    }
+    /// The handles that a filter selects, in rising order; "none" when it answers no set.
+    std::string select(resbuf* filter, const wchar_t* mode = L"X") {
+        const ResbufList owned{filter};
+        SelectionSet set;
+        if (acedSSGet(mode, nullptr, nullptr, owned.get(), set.receive()) != RTNORM) return "none";
+        std::int32_t count = 0;
+        EXPECT_EQ(acedSSLength(set.get(), &count), RTNORM);
+        std::vector<std::string> handles;
+        for (std::int32_t i = 0; i < count; ++i) {
+            ads_name name = {};
+            EXPECT_EQ(acedSSName(set.get(), i, name), RTNORM);
+            handles.push_back(
+                titleOf(EntityName{name}).substr(titleOf(EntityName{name}).find(':') + 1));
+        }
+        std::ranges::sort(handles);
+        std::string all;
+        for (const std::string& handle : handles) all += (all.empty() ? "" : " ") + handle;
+        return all;
+    }
+};
+
+TEST_F(Selections, WithoutAFilterHoldEveryMainEntityOfTheSpaces) {
+    EXPECT_EQ(select(nullptr), "A1 A2 A3 A4 A7 A8");
+    EXPECT_EQ(select(nullptr, L"_X"), "A1 A2 A3 A4 A7 A8");
+    EXPECT_EQ(select(nullptr, L"P"), "none");
+    EXPECT_EQ(select(nullptr, nullptr), "none");
+}
+
+TEST_F(Selections, NeedEveryGroupOfTheFilter) {
+    EXPECT_EQ(select(acutBuildList(RTDXF0, L"LINE", 0)), "A1 A2 A7");
+    EXPECT_EQ(select(acutBuildList(RTDXF0, L"line,CIRCLE", 0)), "A1 A2 A3 A7");
+    EXPECT_EQ(select(acutBuildList(RTDXF0, L"~LINE", 0)), "A3 A4 A8");
+    EXPECT_EQ(select(acutBuildList(RTDXF0, L"LINE", 8, L"Walls", 62, 3, 0)), "A2");
+    EXPECT_EQ(select(acutBuildList(8, L"D*", 0)), "A3 A4");
+    EXPECT_EQ(select(acutBuildList(8, L"NOSUCH", 0)), "none");
+    EXPECT_EQ(select(acutBuildList(RTDXF0, L"INSERT", 2, L"`*U2", 0)), "A4");
+    EXPECT_EQ(select(acutBuildList(8, L"T#1", 0)), "none");  // a digit where the name has #
+    EXPECT_EQ(select(acutBuildList(8, L"T`#1", 0)), "A8");
+    EXPECT_EQ(select(acutBuildList(40, 2.5, 0)), "A3");
+}
+
+TEST_F(Selections, NeverMatchGroupsThatAnEntityLacksButTheSpace) {
+    EXPECT_EQ(select(acutBuildList(62, 256, 0)), "none");
+    EXPECT_EQ(select(acutBuildList(67, 0, 0)), "A1 A2 A3 A4 A8");
+    EXPECT_EQ(select(acutBuildList(67, 1, 0)), "A7");
+    EXPECT_EQ(select(acutBuildList(-4, L"<>", 62, 1, 0)), "A2");
+}
+
+TEST_F(Selections, IgnoreHandlesNamesAndExtendedData) {
+    const ads_name name = {1, 1};
+    EXPECT_EQ(select(acutBuildList(-1, name, 5, L"A1", RTDXF0, L"CIRCLE", 0)), "A3");
+    EXPECT_EQ(select(acutBuildList(RTDXF0, L"TEXT", 1000, L"z", 0)), "A8");
+}
+
+TEST_F(Selections, TestForAnApplication) {
+    const auto filter = [](const wchar_t* application) {
+        resbuf* list = acutNewRb(-3);
+        list->rbnext = acutBuildList(1001, application, 0);
+        return list;
+    };
+    EXPECT_EQ(select(filter(L"app")), "A7");
+    EXPECT_EQ(select(filter(L"*")), "A7 A8");
+    EXPECT_EQ(select(filter(L"NOSUCH")), "none");
+    EXPECT_EQ(select(acutNewRb(-3)), "A7 A8");
+}
+
+TEST_F(Selections, CombineTestsWithOperators) {
+    EXPECT_EQ(select(acutBuildList(-4, L"<OR", RTDXF0, L"CIRCLE", 62, 1, -4, L"OR>", 0)), "A1 A3");
+    EXPECT_EQ(select(acutBuildList(-4, L"<not", RTDXF0, L"LINE", -4, L"Not>", 0)), "A3 A4 A8");
+    EXPECT_EQ(
+        select(acutBuildList(-4, L"<XOR", RTDXF0, L"LINE", 8, L"WALLS,DOORS", -4, L"XOR>", 0)),
+        "A3 A4");
+    EXPECT_EQ(select(acutBuildList(-4, L"<OR", -4, L"<AND", RTDXF0, L"LINE", 62, 3, -4, L"AND>", -4,
+                                   L"<NOT", 8, L"WALLS,D*", -4, L"NOT>", -4, L"OR>", 67, 0, 0)),
+              "A2 A8");
+}
+
+TEST_F(Selections, CompareNumbersByRelations) {
+    const auto lines = [&](const wchar_t* relation, int colour) {
+        return select(acutBuildList(RTDXF0, L"LINE", -4, relation, 62, colour, 0));
+    };
+    EXPECT_EQ(lines(L"*", 9), "A1 A2");
+    EXPECT_EQ(lines(L"=", 3), "A2");
+    EXPECT_EQ(lines(L"!=", 3), "A1");
+    EXPECT_EQ(lines(L"/=", 3), "A1");
+    EXPECT_EQ(lines(L"<", 3), "A1");
+    EXPECT_EQ(lines(L"<=", 3), "A1 A2");
+    EXPECT_EQ(lines(L">", 1), "A2");
+    EXPECT_EQ(lines(L">=", 1), "A1 A2");
+    EXPECT_EQ(lines(L"&", 2), "A2");
+    EXPECT_EQ(lines(L"&=", 3), "A2");
+    EXPECT_EQ(select(acutBuildList(-4, L"&=", 70, 5, 0)), "none");
+    EXPECT_EQ(select(acutBuildList(-4, L"&=", 70, 6, 0)), "A7");
+    EXPECT_EQ(select(acutBuildList(-4, L">,>,*", 10, kPoint, 0)), "A3");
+    EXPECT_EQ(select(acutBuildList(-4, L">=,*", 10, kPoint, 0)), "A2 A3");
+}
+
+TEST_F(Selections, RefuseBadFilters) {
+    resbuf* const filters[] = {acutBuildList(-4, L"<OR", RTDXF0, L"LINE", 0),
+                               acutBuildList(RTDXF0, L"LINE", -4, L"OR>", 0),
+                               acutBuildList(-4, L"<AND", RTDXF0, L"LINE", -4, L"OR>", 0),
+                               acutBuildList(-4, L"<OR", -4, L"OR>", 0),
+                               acutBuildList(-4, L"<NOT", RTDXF0, L"LINE", 8, L"0", -4, L"NOT>", 0),
+                               acutBuildList(-4, L"<XOR", RTDXF0, L"LINE", -4, L"XOR>", 0),
+                               acutBuildList(-4, L"<NAND", RTDXF0, L"LINE", -4, L"NAND>", 0),
+                               acutBuildList(-4, L">", 0),
+                               acutBuildList(-4, L">", 8, L"0", 0),
+                               acutBuildList(-4, L">", -4, L"<", 62, 1, 0),
+                               acutBuildList(-4, L"~", 62, 1, 0)};
+    for (std::size_t i = 0; i < std::size(filters); ++i) EXPECT_EQ(select(filters[i]), "none") << i;
+}
+
+TEST_F(Selections, KeepNamesOfEntitiesErasedLater) {
+    const ResbufList filter{acutBuildList(RTDXF0, L"CIRCLE", 0)};
+    SelectionSet set;
+    ASSERT_EQ(acedSSGet(L"X", nullptr, nullptr, filter.get(), set.receive()), RTNORM);
+    ads_name name = {};
+    ASSERT_EQ(acedSSName(set.get(), 0, name), RTNORM);
+    EXPECT_EQ(acdbEntDel(name), RTNORM);
+    std::int32_t count = 0;
+    EXPECT_EQ(acedSSLength(set.get(), &count), RTNORM);
+    EXPECT_EQ(count, 1);
+    EXPECT_EQ(select(acutBuildList(RTDXF0, L"CIRCLE", 0)), "none");
+}
+
+TEST_F(Selections, AnswerNothingOutsideASetAndAfterItIsFreed) {
+    ads_name set = {};
+    ads_name name = {};
+    std::int32_t count = 0;
+    ASSERT_EQ(acedSSGet(L"X", nullptr, nullptr, nullptr, set), RTNORM);
+    EXPECT_EQ(acedSSName(set, 6, name), RTERROR);
+    EXPECT_EQ(acedSSName(set, -1, name), RTERROR);
+    EXPECT_EQ(acedSSFree(set), RTNORM);
+    EXPECT_EQ(acedSSFree(set), RTERROR);
+    EXPECT_EQ(acedSSLength(set, &count), RTERROR);
+    EXPECT_EQ(acedSSName(set, 0, name), RTERROR);
+}
+
+TEST_F(Selections, OpenAtOnceAreAtMost128) {
+    std::vector<SelectionSet> sets(128);
+    for (SelectionSet& set : sets)
+        ASSERT_EQ(acedSSGet(L"X", nullptr, nullptr, nullptr, set.receive()), RTNORM);
+    EXPECT_EQ(select(nullptr), "none");
+    sets[5].reset();
+    EXPECT_NE(select(nullptr), "none");
+}
+
+}  // namespace
+}  // namespace mor::test
