@@ -1,0 +1,378 @@
+#include "tests/host/host_fixture.h"
+#include "tests/support/dxf_records.h"
+
+#include <gtest/gtest.h>
+
+namespace mor::test {
+namespace {
+
+constexpr const char* kPlace = "10 0.0|20 0.0|30 0.0|";
+
+std::string line(const std::string& handle, const std::string& more = "") {
+    return "0 LINE|5 " + handle + "|" + more + "8 WALLS|" + kPlace;
+}
+std::string attributes(const std::string& items) { return "1001 MOR_ATTRIBUTES|1070 1|" + items; }
+
+class Entities : public HostTest {
+protected:
+    /// "a=1 b="x"": the attributes as an entity object of its own sees them.
+    [[nodiscard]] std::string stored(std::wstring_view handle) const {
+        Connected entity{named(handle)};
+        return shown(entity);
+    }
+    static std::string shown(const CMOREntity& entity) {
+        CMORStringList names;
+        entity.GetAttributeNames(names);
+        std::string all;
+        for (std::size_t i = 0; i < names.Entries(); ++i) {
+            CMORAdsLispVar value;
+            EXPECT_TRUE(entity.GetAttribute(names.Nth(i), value));
+            all += (i == 0 ? "" : " ") + host::toUtf8(names.Nth(i)) + "=" + host::lispText(value);
+        }
+        return all;
+    }
+    static CMORAdsLispVar number(int value) { return host::makeInteger(value); }
+};
+
+TEST_F(Entities, AreUnconnectedAtFirstAndAnswerNothing) {
+    openEntities(line("A1"));
+    CMOREntity entity;
+    ads_name name = {7, 7};
+    short space = 7;
+    const wchar_t* text = nullptr;
+    CMORAdsLispVar value;
+    EXPECT_FALSE(entity.Disconnect() || entity.Flush() || entity.Destroy());
+    EXPECT_FALSE(entity.GetEName(name));
+    EXPECT_EQ(name[0], 0);
+    EXPECT_STREQ(entity.Handle(), L"");
+    EXPECT_STREQ(entity.Type(), L"");
+    EXPECT_STREQ(entity.GetLayer(nullptr), L"");
+    EXPECT_FALSE(entity.SetLayer(L"0") || entity.GetEntityEntry(8, text));
+    EXPECT_FALSE(entity.GetGroupShort(67, &space) || entity.SetGroupShort(67, 0));
+    EXPECT_FALSE(entity.SetAttribute(L"x", number(1)) || entity.GetAttribute(L"x", value));
+    EXPECT_FALSE(entity.DeleteAttribute(L"x") || entity.SetAttributeText(L"x", L"y"));
+    EXPECT_EQ(entity.GetFreeXDataMem() + entity.GetXDataSize(L"x"), 0);
+}
+
+TEST_F(Entities, TellWhatTheirRecordsSay) {
+    openEntities("0 INSERT|5 00a1|8 Doors|2 B|62 256|41 2.0|" + std::string(kPlace), "",
+                 "0 BLOCK|8 0|2 B|70 0|" + std::string(kPlace) + "0 ENDBLK|8 0|");
+    Connected entity{named(L"A1")};
+    const wchar_t* text = nullptr;
+    short colour = 0;
+    wchar_t layer[16] = L"";
+    EXPECT_STREQ(entity.Handle(), L"A1");
+    EXPECT_STREQ(entity.Type(), L"INSERT");
+    EXPECT_STREQ(entity.GetLayer(layer), L"Doors");
+    EXPECT_STREQ(layer, L"Doors");
+    EXPECT_TRUE(entity.GetEntityEntry(2, text));
+    EXPECT_STREQ(text, L"B");
+    EXPECT_FALSE(entity.GetEntityEntry(7, text));
+    EXPECT_TRUE(entity.GetGroupShort(62, &colour));
+    EXPECT_EQ(colour, 256);
+    EXPECT_FALSE(entity.GetGroupShort(70, &colour));
+}
+
+TEST_F(Entities, ConnectToRecordsOfEveryKindButStructure) {
+    openEntities(
+        line("A1"), "0 LAYER|5 B1|2 WALLS|70 0|62 7|6 CONTINUOUS|",
+        "0 BLOCK|5 C1|8 0|2 B|70 0|" + std::string(kPlace) + line("C2") + "0 ENDBLK|5 C3|8 0|");
+    EXPECT_EQ(titleOf(named(L"B1")), "LAYER:B1");
+    EXPECT_EQ(titleOf(named(L"C2")), "LINE:C2");
+    EXPECT_EQ(titleOf(named(L"C1")), "none");
+    EXPECT_EQ(titleOf(named(L"C3")), "none");
+    Connected entity{named(L"A1")};
+    ads_name unknown = {12345, 1};
+    EXPECT_FALSE(entity.Connect(unknown));
+    EXPECT_FALSE(entity.Flush());  // unconnected now
+}
+
+TEST_F(Entities, KeepChangesForThemselvesUntilTheFlush) {
+    openEntities(line("A1"));
+    Connected entity{named(L"A1")};
+    EXPECT_TRUE(entity.SetAttribute(L"a", number(1)));
+    EXPECT_TRUE(entity.SetLayer(L"DOORS"));
+    EXPECT_EQ(shown(entity), "a=1");
+    EXPECT_STREQ(entity.GetLayer(nullptr), L"DOORS");
+    EXPECT_EQ(stored(L"A1"), "");
+    EXPECT_STREQ(Connected{named(L"A1")}.GetLayer(nullptr), L"WALLS");
+    EXPECT_TRUE(entity.Flush());
+    EXPECT_EQ(stored(L"A1"), "a=1");
+    EXPECT_STREQ(Connected{named(L"A1")}.GetLayer(nullptr), L"DOORS");
+}
+
+TEST_F(Entities, DiscardChangesThatAreNotFlushed) {
+    openEntities(line("A1") + line("A2"));
+    ads_name other = {};
+    named(L"A2").copyTo(other);
+    {
+        Connected entity{named(L"A1")};
+        EXPECT_TRUE(entity.SetAttribute(L"destroyed", number(1)));
+    }
+    Connected entity{named(L"A1")};
+    EXPECT_TRUE(entity.SetAttribute(L"disconnected", number(1)));
+    EXPECT_TRUE(entity.Disconnect());
+    EXPECT_FALSE(entity.Flush());
+    Connected moved{named(L"A1")};
+    EXPECT_TRUE(moved.SetAttribute(L"connected", number(1)));
+    EXPECT_TRUE(moved.Connect(other));
+    EXPECT_TRUE(moved.Flush());
+    EXPECT_EQ(stored(L"A1") + stored(L"A2"), "");
+}
+
+TEST_F(Entities, OnOneRecordKeepTheChangesOfBoth) {
+    openEntities(line("A1"));
+    Connected first{named(L"A1")};
+    Connected second{named(L"A1")};
+    EXPECT_TRUE(first.SetAttribute(L"a", number(1)) && second.SetAttribute(L"b", number(2)));
+    EXPECT_TRUE(first.SetAttribute(L"both", number(1)) && second.SetAttribute(L"both", number(2)));
+    EXPECT_TRUE(first.Flush());
+    EXPECT_EQ(shown(second), "a=1 both=2 b=2");
+    EXPECT_TRUE(second.SetLayer(L"DOORS") && second.Flush());
+    EXPECT_EQ(shown(first), "a=1 both=2 b=2");
+    EXPECT_STREQ(first.GetLayer(nullptr), L"DOORS");
+}
+
+TEST_F(Entities, KeepAttributesInTheOrderInWhichTheyWereFirstSet) {
+    openEntities(line("A1"));
+    Connected entity{named(L"A1")};
+    for (const wchar_t* name : {L"c", L"a", L"b"})
+        EXPECT_TRUE(entity.SetAttribute(name, number(1)));
+    EXPECT_TRUE(entity.SetAttribute(L"a", number(2)));
+    EXPECT_EQ(shown(entity), "c=1 a=2 b=1");
+    EXPECT_TRUE(entity.Flush() && entity.SetAttribute(L"c", number(3)));
+    EXPECT_EQ(shown(entity), "c=3 a=2 b=1");
+    EXPECT_TRUE(entity.DeleteAttribute(L"c") && entity.SetAttribute(L"c", number(4)));
+    EXPECT_EQ(shown(entity), "a=2 b=1 c=4");
+    EXPECT_TRUE(entity.Flush());
+    reopen();
+    EXPECT_EQ(stored(L"A1"), "a=2 b=1 c=4");
+}
+
+TEST_F(Entities, LoseAttributesThatAreSetToNilOrDeleted) {
+    openEntities(line("A1"));
+    Connected entity{named(L"A1")};
+    EXPECT_TRUE(entity.SetAttribute(L"none", {}));  // a missing one: true, nothing stored
+    EXPECT_FALSE(entity.DeleteAttribute(L"none"));
+    EXPECT_TRUE(entity.SetAttribute(L"a", number(1)) && entity.SetAttribute(L"b", number(2)));
+    EXPECT_TRUE(entity.SetAttribute(L"a", {}) && entity.Flush());
+    EXPECT_EQ(stored(L"A1"), "b=2");
+    EXPECT_TRUE(entity.DeleteAttribute(L"b") && entity.Flush());
+    EXPECT_EQ(stored(L"A1"), "");
+    EXPECT_EQ(savedBytes().find("1001"), std::string::npos);  // no empty list stays
+}
+
+TEST_F(Entities, CompareNamesOfAttributesExactly) {
+    openEntities(line("A1"));
+    Connected entity{named(L"A1")};
+    EXPECT_TRUE(entity.SetAttribute(L"a", number(1)) && entity.SetAttribute(L"A", number(2)));
+    EXPECT_EQ(shown(entity), "a=1 A=2");
+    CMORAdsLispVar value = number(9);
+    EXPECT_FALSE(entity.GetAttribute(L"B", value));
+    EXPECT_EQ(host::integerOf(value), 9);
+    EXPECT_FALSE(entity.SetAttribute(L"", number(1)) || entity.SetAttribute(nullptr, number(1)));
+}
+
+TEST_F(Entities, GiveTextsUpTo2047Characters) {
+    openEntities(line("A1"));
+    Connected entity{named(L"A1")};
+    wchar_t buffer[2048] = L"untouched";
+    EXPECT_FALSE(entity.GetAttributeText(L"t", buffer));
+    EXPECT_STREQ(buffer, L"untouched");
+    EXPECT_TRUE(entity.SetAttributeText(L"t", std::wstring(3000, L'x').c_str()));
+    EXPECT_TRUE(entity.GetAttributeText(L"t", buffer));
+    EXPECT_EQ(std::wstring(buffer), std::wstring(2047, L'x'));
+    CMORAdsLispVar value;
+    EXPECT_TRUE(entity.GetAttribute(L"t", value));
+    EXPECT_EQ(host::stringOf(value).size(), 3000u);
+    EXPECT_TRUE(entity.SetAttribute(L"n", host::makeList({number(1), host::makeReal(0.5)})));
+    EXPECT_TRUE(entity.GetAttributeText(L"n", buffer));
+    EXPECT_STREQ(buffer, L"(1 0.5)");
+}
+
+TEST_F(Entities, CountTheirRoomForAllApplicationsTogether) {
+    openEntities(line("A1") +
+                 "1001 ACAD|1000 foreign|1070 1|1040 1.0|1010 1.0|1020 1.0|1030 0.0|1004 "
+                 "FFFF|1005 A1|1002 {|1002 }|");
+    Connected entity{named(L"A1")};
+    const long foreign = 9 + 3 + 9 + 25 + 4 + 9 + 4;
+    EXPECT_EQ(entity.GetFreeXDataMem(), 16383 - foreign);
+    EXPECT_TRUE(entity.SetAttribute(L"n", number(1)));
+    EXPECT_EQ(entity.GetXDataSize(L"n"), 3 + 5);
+    EXPECT_EQ(entity.GetFreeXDataMem(), 16383 - foreign - 3 - 8);
+    const auto fits = [&](std::size_t size) {
+        return entity.SetAttributeText(L"t", std::wstring(size, L'x').c_str());
+    };
+    EXPECT_FALSE(fits(17000));
+    EXPECT_EQ(shown(entity), "n=1");
+    EXPECT_TRUE(fits(16000) && entity.Flush());
+    EXPECT_FALSE(fits(16383));
+    EXPECT_EQ(host::recordAttributes(document(), named(L"A1")).free, entity.GetFreeXDataMem());
+}
+
+TEST_F(Entities, AreFlushedWithAllChangesOrNone) {
+    openEntities(line("A1"));
+    Connected first{named(L"A1")};
+    Connected second{named(L"A1")};
+    const std::wstring big(9000, L'x');
+    EXPECT_TRUE(first.SetAttributeText(L"a", big.c_str()));
+    EXPECT_TRUE(second.SetAttributeText(L"b", big.c_str()) && second.SetLayer(L"DOORS"));
+    EXPECT_TRUE(first.Flush());
+    EXPECT_FALSE(second.Flush());  // no longer fits
+    EXPECT_STREQ(Connected{named(L"A1")}.GetLayer(nullptr), L"WALLS");
+    EXPECT_EQ(host::recordAttributes(document(), named(L"A1")).items.size(), 1u);
+}
+
+TEST_F(Entities, OverTheirRoomMayShrink) {
+    std::string items;
+    for (int i = 0; i < 70; ++i)
+        items += "1000 n" + std::to_string(i) + "|1000 " + std::string(250, 'x') + "|";
+    openEntities(line("A1") + attributes(items));
+    Connected entity{named(L"A1")};
+    EXPECT_LT(entity.GetFreeXDataMem(), 0);
+    EXPECT_FALSE(entity.SetAttribute(L"more", number(1)));
+    EXPECT_TRUE(entity.SetAttribute(L"n5", number(1)) && entity.Flush());
+    EXPECT_TRUE(entity.DeleteAttribute(L"n6") && entity.Flush());
+    EXPECT_EQ(host::recordAttributes(document(), named(L"A1")).items.size(), 69u);
+}
+
+TEST_F(Entities, OfAnotherLayoutVersionAreNotWritten) {
+    openEntities(line("A1") + "1001 MOR_ATTRIBUTES|1070 2|1000 a|1071 1|");
+    Connected entity{named(L"A1")};
+    EXPECT_EQ(shown(entity), "");
+    EXPECT_FALSE(entity.SetAttribute(L"a", number(1)));
+    EXPECT_FALSE(entity.SetAttribute(L"a", {}));
+    EXPECT_EQ(host::recordAttributes(document(), named(L"A1")).damage, "unknown layout version 2");
+    EXPECT_TRUE(entity.SetLayer(L"DOORS") && entity.Flush());
+    EXPECT_NE(savedBytes().find(dxfText("1001 MOR_ATTRIBUTES|1070 2|1000 a|1071 1")),
+              std::string::npos);
+}
+
+TEST_F(Entities, NameTheDamageOfTheirLists) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"1001 MOR_ATTRIBUTES|", "the layout version is missing"},
+        {"1001 MOR_ATTRIBUTES|1000 a|", "the layout version is missing"},
+        {"1001 MOR_ATTRIBUTES|1070 1|1000 a|", "the list of attributes breaks off"},
+        {"1001 MOR_ATTRIBUTES|1070 1|1000 a|1002 {|1071 1|", "the list of attributes breaks off"},
+        {"1001 MOR_ATTRIBUTES|1070 1|1000 a|1002 }|", "the list of attributes breaks off"},
+        {"1001 MOR_ATTRIBUTES|1070 1|1000 a|1070 3|1000 x|1000 y|",
+         "the list of attributes breaks off"},
+        {"1001 MOR_ATTRIBUTES|1070 1|1000 a|1041 1.0|", "the list of attributes breaks off"},
+        {"1001 MOR_ATTRIBUTES|1070 1|1071 5|1071 5|", "the list of attributes breaks off"},
+        {"1001 MOR_ATTRIBUTES|1070 1|1000 a|1071 1|1000 a|1071 2|",
+         "two attributes of the name \"a\""},
+        {"1001 MOR_ATTRIBUTES|1070 1|1000 a|1071 1|1001 Mor_Attributes|1070 1|1000 b|1071 1|",
+         "two lists of attributes on one record"}};
+    for (const auto& [items, damage] : cases) {
+        openEntities(line("A1") + items);
+        const auto attributes = host::recordAttributes(document(), named(L"A1"));
+        EXPECT_TRUE(attributes.damage.starts_with(damage)) << items << attributes.damage;
+        EXPECT_TRUE(attributes.items.empty()) << items;
+        EXPECT_FALSE(Connected{named(L"A1")}.SetAttribute(L"n", number(1))) << items;
+    }
+}
+
+TEST_F(Entities, MoveFromTheActiveLayoutInPlace) {
+    openEntities(line("A1") + line("A2", "67 1|") + "0 INSERT|5 A3|67 1|66 1|8 0|2 B|" + kPlace +
+                     "0 ATTRIB|5 A4|67 1|8 0|" + kPlace + "0 SEQEND|5 A5|67 1|8 0|" + line("A6"),
+                 "", "0 BLOCK|8 0|2 B|70 0|" + std::string(kPlace) + "0 ENDBLK|8 0|");
+    short space = 0;
+    Connected insert{named(L"A3")};
+    EXPECT_TRUE(insert.GetGroupShort(67, &space));
+    EXPECT_EQ(space, 1);
+    EXPECT_TRUE(insert.SetGroupShort(67, 0) && insert.Flush() && insert.GetGroupShort(67, &space));
+    EXPECT_EQ(space, 0);
+    EXPECT_EQ(walk(), "LINE:A1 INSERT:A3 ATTRIB:A4 SEQEND:A5 LINE:A6");
+    reopen();
+    EXPECT_EQ(walk(), "LINE:A1 INSERT:A3 ATTRIB:A4 SEQEND:A5 LINE:A6");
+}
+
+TEST_F(Entities, MoveFromAnotherLayoutsBlockToTheEndOfModelSpace) {
+    open(
+        dxfText("0 SECTION|2 HEADER|9 $ACADVER|1 AC1015|9 $HANDSEED|5 100|0 ENDSEC|0 SECTION|2 "
+                "TABLES|0 TABLE|2 BLOCK_RECORD|5 1|70 2|0 BLOCK_RECORD|5 D1|330 1|2 "
+                "*Model_Space|0 BLOCK_RECORD|5 D2|330 1|2 *Paper_Space0|0 ENDTAB|0 ENDSEC|0 "
+                "SECTION|2 BLOCKS|0 BLOCK|5 E1|330 D2|8 0|2 *Paper_Space0|70 0|0 LINE|5 A1|330 "
+                "D2|67 1|8 0|0 LINE|5 A2|330 D2|67 1|8 0|0 ENDBLK|5 E2|330 D2|8 0|0 ENDSEC|0 "
+                "SECTION|2 ENTITIES|0 LINE|5 A3|330 D1|8 0|0 ENDSEC|0 EOF"));
+    Connected entity{named(L"A1")};
+    EXPECT_TRUE(entity.SetGroupShort(67, 0) && entity.Flush());
+    EXPECT_EQ(walk(), "LINE:A3 LINE:A1");
+    reopen();
+    EXPECT_EQ(walk(), "LINE:A3 LINE:A1");
+    EXPECT_EQ(walk(named(L"A2")), "LINE:A2");
+    EXPECT_EQ(host::recordGroup(document(), named(L"A1"), 330), "D1");
+    EXPECT_EQ(host::recordGroup(document(), named(L"A1"), 67), "0");
+}
+
+TEST_F(Entities, FlushAndDestroyNothingThatIsErased) {
+    openEntities(line("A1"));
+    Connected first{named(L"A1")};
+    Connected second{named(L"A1")};
+    EXPECT_TRUE(first.SetAttribute(L"a", number(1)));
+    EXPECT_TRUE(second.Destroy());
+    EXPECT_FALSE(second.Destroy() || second.Flush());
+    EXPECT_FALSE(first.Flush() || first.Destroy());
+    EXPECT_EQ(walk(), "");
+}
+
+TEST_F(Entities, StayAsTheyWereWhenEverythingIsSetBack) {
+    openEntities(line("A1") +
+                 "1001 MOR_ATTRIBUTES|1070 1|1000 a|1071 1|1000 \\U+00e4|1000 \\U+00e4|");
+    const std::string before = readFile(file());
+    Connected entity{named(L"A1")};
+    EXPECT_TRUE(entity.SetAttribute(L"a", number(2)) && entity.SetLayer(L"DOORS") &&
+                entity.Flush());
+    EXPECT_TRUE(entity.SetAttribute(L"a", number(1)) && entity.SetLayer(L"WALLS") &&
+                entity.Flush());
+    EXPECT_TRUE(entity.SetAttributeText(L"\u00E4", L"\u00E4") && entity.Flush());
+    host::SaveOptions dry;
+    dry.dryRun = true;
+    const auto report = host::saveDocument(document(), dry);
+    ASSERT_TRUE(report);
+    std::string edits;
+    for (const auto& edit : report.value().edits) edits += edit.type + " ";
+    EXPECT_EQ(edits, "TABLE APPID ");  // a registered application stays
+}
+
+TEST_F(Entities, KeepUnknownHandlesInValues) {
+    openEntities(line("A1") + attributes("1000 a|1005 BAD1|1000 b|1005 0|"));
+    EXPECT_EQ(stored(L"A1"), "a=(handent \"BAD1\") b=(handent \"0\")");
+    Connected entity{named(L"A1")};
+    CMORAdsLispVar value;
+    ads_name name = {};
+    EXPECT_TRUE(entity.GetAttribute(L"a", value));
+    CMORAdsLisp::SetQ(name, value);
+    CMOREntity other;
+    EXPECT_FALSE(other.Connect(name));
+    EXPECT_TRUE(entity.SetAttribute(L"c", value) && entity.Flush());
+    reopen();
+    EXPECT_EQ(stored(L"A1"), "a=(handent \"BAD1\") b=(handent \"0\") c=(handent \"BAD1\")");
+}
+
+TEST_F(Entities, RefuseNamesOfAnotherDrawing) {
+    openEntities(line("A1"));
+    AcApDocument* other = host::createDocument(host::Release::R12);
+    host::setCurrentDocument(other);
+    ASSERT_EQ(makeLine(), RTNORM);
+    ads_name foreign = {};
+    lastEntity().copyTo(foreign);
+    host::setCurrentDocument(document());
+    Connected entity{named(L"A1")};
+    EXPECT_FALSE(entity.SetAttribute(L"a", CMORAdsLispVar(foreign)));
+    EXPECT_FALSE(entity.SetAttribute(L"a", host::makeList({CMORAdsLispVar(foreign)})));
+    host::closeDocument(other);
+}
+
+TEST_F(Entities, OnALockedLayerAreRefusedOnlyWhenFaultsEnforceLocks) {
+    openEntities(line("A1"), "0 LAYER|2 WALLS|70 4|62 7|6 CONTINUOUS|");
+    Connected entity{named(L"A1")};
+    host::faults::enforceLayerLocks(true);
+    EXPECT_TRUE(entity.SetAttribute(L"a", number(1)));
+    EXPECT_FALSE(entity.Flush() || entity.Destroy());
+    host::faults::enforceLayerLocks(false);
+    EXPECT_TRUE(entity.Flush() && entity.Destroy());
+}
+
+}  // namespace
+}  // namespace mor::test
