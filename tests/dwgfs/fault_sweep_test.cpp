@@ -1,0 +1,215 @@
+#include "tests/dwgfs/store_fixture.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace mor::test {
+namespace {
+
+/// What the guard of an operation promises about the control layer.
+enum class Layer { Locked, AsBefore };
+
+struct Operation {
+    std::string_view name;  // as the header has it: a lint compares the two
+    Layer layer;
+    bool reads;  // changes nothing itself; look-ups may repair
+    std::function<bool(CMORCadDwgFileSystem&)> run;
+};
+
+bool runOnCopy(CMORCadDwgFileSystem& fs, CMORMDIDocumentVariable* made) {
+    const std::unique_ptr<CMORMDIDocumentVariable> copy(made);
+    CMORAdsLispVar value;
+    return fs.read(L"/a/f", value);
+}
+
+const std::vector<Operation>& operations() {
+    using Fs = CMORCadDwgFileSystem;
+    static const std::vector<Operation> all = {
+        {"CreateInstance", Layer::AsBefore, true,
+         [](Fs& fs) { return runOnCopy(fs, fs.CreateInstance()); }},
+        {"CreateCopy", Layer::AsBefore, true,
+         [](Fs& fs) { return runOnCopy(fs, fs.CreateCopy()); }},
+        {"getTheGlobalObject", Layer::AsBefore, true,
+         [](Fs&) { return Fs::getTheGlobalObject() != nullptr; }},
+        {"connect", Layer::AsBefore, true,
+         [](Fs& fs) { return fs.connect(*CMORCadView::getTheGlobalObject()); }},
+        {"IsInModelSpace", Layer::AsBefore, true, [](Fs& fs) { return fs.IsInModelSpace(); }},
+        {"ViewHandle", Layer::AsBefore, true, [](Fs& fs) { return fs.ViewHandle() != nullptr; }},
+        {"getViewHandle", Layer::AsBefore, true,
+         [](Fs& fs) { return fs.getViewHandle() != nullptr; }},
+        {"getViewName", Layer::AsBefore, true, [](Fs& fs) { return fs.getViewName() != nullptr; }},
+        {"hasWriteableView", Layer::AsBefore, true, [](Fs& fs) { return fs.hasWriteableView(); }},
+        {"getRoot", Layer::AsBefore, true,
+         [](Fs& fs) {
+             CMOREntity root;
+             return fs.getRoot(root, true);
+         }},
+        {"isDirectory", Layer::AsBefore, true, [](Fs& fs) { return fs.isDirectory(L"/a/b"); }},
+        {"isFile", Layer::AsBefore, true, [](Fs& fs) { return fs.isFile(L"/a/b/g"); }},
+        {"isValidDirName", Layer::AsBefore, true, [](Fs&) { return Fs::isValidDirName(L"a"); }},
+        {"isValidFileName", Layer::AsBefore, true, [](Fs&) { return Fs::isValidFileName(L">a"); }},
+        {"isValidDirPathName", Layer::AsBefore, true,
+         [](Fs&) { return Fs::isValidDirPathName(L"/a"); }},
+        {"isValidFilePathName", Layer::AsBefore, true,
+         [](Fs&) { return Fs::isValidFilePathName(L"/a/f"); }},
+        {"read", Layer::AsBefore, true,
+         [](Fs& fs) {
+             CMORAdsLispVar value;
+             return fs.read(L"/a/f", value);
+         }},
+        {"write", Layer::Locked, false,
+         [](Fs& fs) { return fs.write(L"/a/f", host::makeInteger(7)); }},
+        {"write", Layer::Locked, false,
+         [](Fs& fs) { return fs.write(L"/c/d/new", host::makeInteger(7)); }},
+        {"del", Layer::Locked, false, [](Fs& fs) { return fs.del(L"/a/f"); }},
+        {"delDir", Layer::Locked, false, [](Fs& fs) { return fs.delDir(L"/a"); }},
+        {"getFreeMem", Layer::AsBefore, true, [](Fs& fs) { return fs.getFreeMem(L"/a") > 0; }},
+        {"getUsedMem", Layer::AsBefore, true, [](Fs& fs) { return fs.getUsedMem(L"/a/f") > 0; }},
+        {"getAllDirs", Layer::AsBefore, true,
+         [](Fs& fs) {
+             CMORStringList names;
+             CMORAdsLispVar list;
+             return fs.getAllDirs(L"/a", names) && fs.getAllDirs(L"/a", list);
+         }},
+        {"getAllFiles", Layer::AsBefore, true,
+         [](Fs& fs) {
+             CMORStringList names;
+             CMORAdsLispVar list;
+             return fs.getAllFiles(L"/a", names) && fs.getAllFiles(L"/a", list);
+         }},
+        {"readAllFiles", Layer::AsBefore, true,
+         [](Fs& fs) {
+             CMORAdsLispVar files;
+             return fs.readAllFiles(L"/a", files);
+         }},
+        {"readAllMatchingFiles", Layer::AsBefore, true,
+         [](Fs& fs) {
+             CMORAdsLispVar files;
+             return fs.readAllMatchingFiles(L"/*/*", files);
+         }},
+        {"dir", Layer::AsBefore, true, [](Fs& fs) { return fs.dir(L"/", true); }},
+        {"checkFileSystem", Layer::AsBefore, true,
+         [](Fs& fs) {
+             fs.checkFileSystem();
+             return true;
+         }},
+        {"removeFileSystem", Layer::Locked, false,
+         [](Fs& fs) {
+             fs.removeFileSystem();
+             return true;
+         }},
+        {"removeFileSystemEx", Layer::Locked, false,
+         [](Fs& fs) {
+             fs.removeFileSystemEx();
+             return true;
+         }},
+    };
+    return all;
+}
+
+constexpr std::string_view kCalls[] = {
+    "acdbEntMake",
+    "acdbEntLast",
+    "acdbEntNext",
+    "acdbEntDel",
+    "acdbHandEnt",
+    "acdbTblSearch",
+    "acdbTblNext",
+    "acedSSGet",
+    "acedSSLength",
+    "acedSSName",
+    "lockDocument",
+    "CMOREntity::Connect",
+    "CMOREntity::Flush",
+    "CMOREntity::Destroy",
+    "CMOREntity::GetAttribute",
+    "CMOREntity::SetAttribute",
+    "CMOREntity::GetAttributeText",
+    "CMOREntity::SetAttributeText",
+    "CMOREntity::DeleteAttribute",
+    "CMORAdsLayer::Connect",
+    "CMORAdsLayer::Create",
+    "CMORAdsLayer::Flush",
+};
+
+/// Failures after which a look-up may reset the store, or take its root for missing.
+bool mayReset(std::string_view call) {
+    static constexpr std::string_view causes[] = {"acdbHandEnt", "acdbEntDel", "acdbTblSearch",
+                                                  "CMOREntity::Connect",
+                                                  "CMOREntity::GetAttributeText"};
+    return std::ranges::find(causes, call) != std::end(causes);
+}
+
+class FaultSweep : public StoreTest, public ::testing::WithParamInterface<std::string_view> {
+protected:
+    static constexpr std::string_view kTree = R"(/ [a/ [f=5 b/ [g="x"]]])";
+
+    /// The drawing of each attempt, with its layer open, so that a lock shows who took it.
+    void prepare() {
+        replace();
+        ASSERT_TRUE(write("/a/f", "5"));
+        ASSERT_TRUE(write("/a/b/g", R"("x")"));
+        setLayer(true, false);
+        ASSERT_EQ(tree(), kTree);
+    }
+    /// Closes the last attempt's document as a program does it.
+    void replace() {
+        send(3);
+        AcApDocument* former = replaceDocument(host::createDocument(host::Release::R2018));
+        host::closeDocument(former);
+        static_cast<void>(printed());
+    }
+    void expectPromises(const Operation& operation, std::string_view call, bool result) const {
+        EXPECT_EQ(host::counters().locksHeld, 0U);
+        EXPECT_EQ(host::counters().selectionSetsOpen, 0U);
+        EXPECT_EQ(host::counters().resbufsOpen, 0U);
+        if (!call.starts_with("CMORAdsLayer")) {
+            EXPECT_EQ(layer(),
+                      operation.layer == Layer::Locked ? "frozen locked" : "frozen unlocked");
+        }
+        if (mayReset(call)) return;
+        if (operation.reads) {
+            EXPECT_EQ(tree(), kTree);
+        } else if (operation.name == "write" && !result) {
+            EXPECT_NE(tree().find("f=5"), std::string::npos) << tree();
+        } else if (operation.name == "delDir" && result && call != "CMOREntity::DeleteAttribute" &&
+                   call != "CMOREntity::Flush" && call != "CMOREntity::Destroy") {
+            EXPECT_EQ(tree(), "/");
+        }
+    }
+};
+
+TEST_P(FaultSweep, LeaksNothingAndKeepsItsPromises) {
+    const std::string_view call = GetParam();
+    for (const Operation& operation : operations()) {
+        for (std::size_t nth = 1; nth < 200; ++nth) {
+            SCOPED_TRACE(std::string(operation.name) + " with failing " + std::string(call) + " " +
+                         std::to_string(nth));
+            prepare();
+            CMORCadDwgFileSystem store(*CMORCadView::getTheGlobalObject());
+            host::faults::failCall(call, nth);
+            const bool result = operation.run(store);
+            const bool struck = host::faults::struck();
+            host::faults::reset();
+            expectPromises(operation, call, result);
+            if (!struck) break;
+            ASSERT_LT(nth, 199U) << "the operation never got through";
+        }
+    }
+}
+
+std::string parameterName(const testing::TestParamInfo<std::string_view>& info) {
+    std::string name(info.param);
+    std::erase(name, ':');
+    return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Calls, FaultSweep, testing::ValuesIn(kCalls), parameterName);
+
+}  // namespace
+}  // namespace mor::test
