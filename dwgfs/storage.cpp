@@ -83,7 +83,8 @@ bool CMORCadDwgFileSystem::makeBlock() {
     // in whatever is made next.
     acdbEntMake(header.get());
     acdbEntMake(attribute.get());
-    if (acdbEntMake(end.get()) != RTKWORD) acdbEntMake(nullptr);
+    const int ended = acdbEntMake(end.get());
+    if (ended != RTKWORD && ended != RTNORM) acdbEntMake(nullptr);
     return true;
 }
 

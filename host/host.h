@@ -177,6 +177,8 @@ void forEachRecord(const AcApDocument* document,
                    const std::function<void(const RecordInfo&)>& visit);
 [[nodiscard]] std::optional<RecordInfo> recordInfo(const AcApDocument* document,
                                                    mor::EntityName name);
+/// Upper-case hexadecimal; empty for 0.
+[[nodiscard]] std::string handleText(std::uint64_t handle);
 /// The record that a handle look-up finds, erased ones included.
 [[nodiscard]] std::optional<mor::EntityName> findHandle(const AcApDocument* document,
                                                         std::wstring_view handle);

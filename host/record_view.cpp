@@ -64,6 +64,8 @@ void forEachRecord(const AcApDocument* document,
         if (!drawing.entry(number).has(kGone)) visit(infoOf(drawing, number));
 }
 
+std::string handleText(std::uint64_t handle) { return handleToText(handle); }
+
 std::optional<RecordInfo> recordInfo(const AcApDocument* document, EntityName name) {
     const Drawing& drawing = drawingOf(document);
     const RecordNumber number = drawing.numberOf(name);

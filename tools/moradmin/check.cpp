@@ -114,14 +114,13 @@ int checkOne(const Options& options, const std::string& file) {
     return exitOf(findings);
 }
 
-/// Of several drawings the most serious answer wins.
+}  // namespace
+
 int moreSerious(int a, int b) {
     static constexpr std::array<int, 8> order = {kInterrupted, kUsage,   kUnwritable, kUnreadable,
                                                  kDamaged,     kRefused, kNo,         kDone};
     return std::ranges::find(order, a) < std::ranges::find(order, b) ? a : b;
 }
-
-}  // namespace
 
 std::string libraryAnswer(const StoreState& state) {
     for (const Answer& answer : kAnswers)

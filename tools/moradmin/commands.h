@@ -23,7 +23,9 @@ enum Option : unsigned {
     kExtended = 1024,
     kReplace = 2048,
     kScript = 4096,
-    kRepairing = 8192
+    kRepairing = 8192,
+    kInside = 16384,     ///< --in and where references are looked for
+    kReferences = 32768  ///< --tree, --missing, -v
 };
 
 /// One row of the command table, from which the command line, help and documentation come.
@@ -47,7 +49,10 @@ struct Command {
 int runNew(const Options& options);
 /// Commands that open several drawings, or save them in an order of their own.
 int runCheck(const Options& options);
+/// Of two exit codes the one that several drawings end with.
+[[nodiscard]] int moreSerious(int a, int b);
 int runDiff(const Options& options);
+int runReferences(const Options& options);
 int runCopy(const Options& options);
 int runMove(const Options& options);
 int runInfo(Session& session, const Options& options);

@@ -85,6 +85,25 @@ void addOptions(CLI::App& app, const Command& command, Options& options) {
     }
 }
 
+void addReferenceOptions(CLI::App& app, const Command& command, Options& options) {
+    if ((command.options & kInside) != 0)
+        app.add_option("--in", options.inside,
+                       "look through a reference: its name, or the handle of an insert")
+            ->type_name("NAME|HANDLE");
+    app.add_option("--xref-path", options.referenceFolders,
+                   "look for references in DIR too (repeatable)")
+        ->type_name("DIR")
+        ->expected(1);
+    app.add_option("--map", options.referenceMappings,
+                   "beginning of saved paths and its place here: C:\\proj=/srv/proj")
+        ->type_name("FROM=TO")
+        ->expected(1);
+    if ((command.options & kReferences) == 0) return;
+    app.add_flag("--tree", options.tree, "draw which drawing refers to which");
+    app.add_flag("--missing", options.missing, "only missing ones; exit code 1 when there is one");
+    app.add_flag("-v,--verbose", options.verbose, "where each one was looked for");
+}
+
 void addRepairOptions(CLI::App& app, Options& options) {
     app.add_flag("--salvage", options.salvage,
                  "rebuild the tree without losing a value (the default)");
@@ -168,6 +187,8 @@ std::unique_ptr<CLI::App> makeApp(Options& options) {
         CLI::App* sub = app->add_subcommand(std::string(command.name), std::string(command.help));
         addArguments(*sub, command, options);
         addOptions(*sub, command, options);
+        if ((command.options & (kInside | kReferences)) != 0)
+            addReferenceOptions(*sub, command, options);
         if ((command.options & kRepairing) != 0) addRepairOptions(*sub, options);
         describeExits(*sub);
         sub->callback([&options, name = std::string(command.name)] { options.command = name; });

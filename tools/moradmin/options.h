@@ -29,13 +29,19 @@ struct Options {
     bool library = false;
     bool reset = false;
     bool replace = false;
+    std::string inside;  ///< --in: a reference's name or the handle of its insert
+    std::vector<std::string> referenceFolders;
+    std::vector<std::string> referenceMappings;
+    bool tree = false;
+    bool missing = false;
+    bool verbose = false;
     std::optional<std::string> script;  ///< run: the commands themselves
     bool asString = false;
     std::optional<std::string> fileValue;
 
-    /// The first argument, or `missing` when there is none.
-    [[nodiscard]] std::string argument(const std::string& missing = {}) const {
-        return arguments.empty() ? missing : arguments.front();
+    /// The first argument, or `otherwise` when there is none.
+    [[nodiscard]] std::string argument(const std::string& otherwise = {}) const {
+        return arguments.empty() ? otherwise : arguments.front();
     }
 };
 

@@ -94,7 +94,8 @@ void Builder::renewDoubledHandles() {
 }
 
 void Builder::placeRecords() {
-    if (std::ranges::find(m_state.findings, "application-unregistered", &Finding::code) != m_state.findings.end())
+    if (std::ranges::find(m_state.findings, "application-unregistered", &Finding::code) !=
+        m_state.findings.end())
         say("registered the application of the attributes");
     for (const SalvagePlan::Place& place : m_plan.places) {
         const StoredDirectory& directory = record(place);

@@ -40,7 +40,7 @@ public:
 /// One drawing opened for a command: current and active until the end. Throws Failure.
 class Session {
 public:
-    explicit Session(const Options& options) : Session(options.drawing) {}
+    explicit Session(const Options& options);
     explicit Session(const std::string& file);
     ~Session();
     Session(const Session&) = delete;
@@ -71,10 +71,17 @@ public:
     }
 
 private:
+    void enter(const std::string& reference);
+
     std::string m_file;
+    std::string
+        m_inside;  ///< file of the reference that is looked through; empty for the drawing itself
     AcApDocument* m_document = nullptr;
     std::optional<StoreState> m_state;
     std::unique_ptr<Store> m_store;
 };
+
+/// Tells the host where references are looked for. Throws Failure for a mapping without "=".
+void setReferencePlaces(const Options& options);
 
 }  // namespace mor::tool

@@ -281,8 +281,8 @@ void Walker::addOrphans() {
             std::string("no link leads to the directory") +
                 (holds ? "; its values are out of reach" : ""));
         if (!directory.attributes.damage.empty())
-            add("attributes-damaged", Severity::Error, directory.info, directory.handle, true, false,
-                "the attributes cannot be read: " + directory.attributes.damage);
+            add("attributes-damaged", Severity::Error, directory.info, directory.handle, true,
+                false, "the attributes cannot be read: " + directory.attributes.damage);
         m_state.directories.push_back(directory);
     }
 }
