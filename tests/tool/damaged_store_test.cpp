@@ -160,10 +160,17 @@ TEST_F(DamagedStore, WithAValueThatBreaksOffIsLeftAlone) {
 TEST_F(DamagedStore, WithACircleIsShownUpToTheDirectoryThatHoldsItself) {
     damage("1000 h|1071         3", link("h", handle("/")));
     EXPECT_EQ(run({"ls", "-R", drawing()}).out, "a/\na/b/\na/b/f\na/g\nc/\nc/h/\n");
+    EXPECT_EQ(
+        run({"tree", drawing(), "/c"}).out,
+        "/c\n└── h/\n    ├── a/\n    │   ├── b/\n    │   │   └── f\n    │   └── g\n    └── c/\n");
+    const auto dump = nlohmann::json::parse(run({"dump", drawing()}).out);
+    EXPECT_EQ(dump["entries"][1]["entries"][0]["entries"], nlohmann::json::array());
     EXPECT_EQ(run({"cat", drawing(), "/c/h/a/g"}).out, "2\n");
     EXPECT_EQ(run({"find", drawing(), "/*/*/*/*"}).out, "/c/h/a/g\n");
     EXPECT_EQ(run({"put", drawing(), "/a/g", "9"}).code, 0);
     EXPECT_EQ(run({"cat", drawing(), "/c/h/a/g"}).out, "9\n");
+    EXPECT_EQ(run({"cp", drawing(), "/c", "/d"}).code, 0);
+    EXPECT_EQ(run({"ls", "-R", drawing(), "/d"}).out, "h/\nh/a/\nh/a/b/\nh/a/b/f\nh/a/g\nh/c/\n");
 }
 
 TEST_F(DamagedStore, WithADirectoryLinkedTwiceShowsItTwice) {

@@ -17,16 +17,18 @@ namespace {
 
 constexpr int kSchema = 1;
 
-/// A directory's entries as JSON; directories nest as deep as paths are long.
-Json entriesJson(Session& session, const std::wstring& directory) {
+/// The entries of a directory that was entered, as JSON; directories nest as deep as paths are
+/// long.
+Json entriesJson(Session& session, const std::wstring& directory, Way& way) {
     Json entries = Json::array();
     for (const Store::Entry& entry : session.store().entries(directory)) {
         const std::wstring path = joined(directory, entry.name);
         Json object{{"name", utf8(entry.name)}};
         if (entry.directory) {
             object["kind"] = "directory";
-            object["entries"] =
-                path.size() < kMaxPathLength ? entriesJson(session, path) : Json::array();
+            const bool entered = way.enter(session.store(), path);
+            object["entries"] = entered ? entriesJson(session, path, way) : Json::array();
+            if (entered) way.leave();
         } else {
             CMORAdsLispVar value;
             session.store().read(path.c_str(), value);
@@ -38,6 +40,19 @@ Json entriesJson(Session& session, const std::wstring& directory) {
         entries.push_back(std::move(object));
     }
     return entries;
+}
+
+void addBelow(Session& session, const std::wstring& directory, Way& way,
+              std::vector<Stored>& items) {
+    for (const Store::Entry& entry : session.store().entries(directory)) {
+        const std::wstring path = joined(directory, entry.name);
+        Stored item{path, entry.directory, {}};
+        if (!entry.directory) session.store().read(path.c_str(), item.value);
+        items.push_back(std::move(item));
+        if (!entry.directory || !way.enter(session.store(), path)) continue;
+        addBelow(session, path, way, items);
+        way.leave();
+    }
 }
 
 [[noreturn]] void refuseJson(const std::string& text) {
@@ -97,15 +112,9 @@ void removeEverything(Session& session, const std::wstring& directory) {
 
 std::vector<Stored> everythingBelow(Session& session, const std::wstring& directory) {
     std::vector<Stored> items;
-    if (!session.hasDirectories()) return items;
-    for (const Store::Entry& entry : session.store().entries(directory)) {
-        const std::wstring path = joined(directory, entry.name);
-        Stored item{path, entry.directory, {}};
-        if (!entry.directory) session.store().read(path.c_str(), item.value);
-        items.push_back(item);
-        if (!entry.directory || path.size() >= kMaxPathLength) continue;
-        for (Stored& below : everythingBelow(session, path)) items.push_back(std::move(below));
-    }
+    Way way;
+    if (session.hasDirectories() && way.enter(session.store(), directory))
+        addBelow(session, directory, way, items);
     return items;
 }
 
@@ -137,7 +146,9 @@ int runDump(Session& session, const Options& options) {
     Json object = jsonHead(options);
     object["schema"] = kSchema;
     object["path"] = utf8(path);
-    object["entries"] = stored ? entriesJson(session, path) : Json::array();
+    Way way;
+    const bool entered = stored && way.enter(session.store(), path);
+    object["entries"] = entered ? entriesJson(session, path, way) : Json::array();
     std::cout << object.dump(1, ' ', false, Json::error_handler_t::replace) << "\n";
     return kDone;
 }

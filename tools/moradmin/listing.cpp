@@ -64,11 +64,14 @@ int runTree(Session& session, const Options& options) {
     if (!isStoredDirectory(session, top)) refuseMissing(session, top);
     std::cout << coloured(utf8(top), true) << "\n";
     if (!session.hasDirectories()) return kDone;
+    Way way;
+    if (!way.enter(session.store(), top)) return kDone;
     std::vector<Branch> open = {{top, session.store().entries(top), 0}};
     while (!open.empty()) {
         Branch& branch = open.back();
         if (branch.next == branch.entries.size()) {
             open.pop_back();
+            way.leave();
             continue;
         }
         for (std::size_t i = 0; i + 1 < open.size(); ++i)
@@ -79,7 +82,8 @@ int runTree(Session& session, const Options& options) {
                   << "\n";
         if (!entry.directory) continue;
         const std::wstring path = joined(branch.path, entry.name);
-        if (open.size() < 1024) open.push_back({path, session.store().entries(path), 0});
+        if (way.enter(session.store(), path))
+            open.push_back({path, session.store().entries(path), 0});
     }
     return kDone;
 }

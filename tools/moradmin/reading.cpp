@@ -7,7 +7,6 @@
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/paths.h"
 
-#include <algorithm>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -42,19 +41,16 @@ struct Listed {
     bool directory = false;
 };
 
-/// Lists a directory and, when asked to, everything below it. `way` holds the directories from the
-/// first one down to this: one that holds itself is shown and not entered again.
+/// Lists the directory entered last and, when asked to, everything below it.
 void collect(Session& session, const std::wstring& directory, const std::wstring& prefix,
-             bool recursive, std::vector<mor::EntityName>& way, std::vector<Listed>& listed) {
-    way.push_back(session.store().directoryName(directory));
+             bool recursive, Way& way, std::vector<Listed>& listed) {
     for (const Store::Entry& entry : session.store().entries(directory)) {
         const std::wstring path = joined(directory, entry.name);
         listed.push_back({path, prefix + entry.name, entry.directory});
-        if (!recursive || !entry.directory || path.size() >= kMaxPathLength) continue;
-        if (std::ranges::find(way, session.store().directoryName(path)) == way.end())
-            collect(session, path, prefix + entry.name + L"/", recursive, way, listed);
+        if (!recursive || !entry.directory || !way.enter(session.store(), path)) continue;
+        collect(session, path, prefix + entry.name + L"/", recursive, way, listed);
+        way.leave();
     }
-    way.pop_back();
 }
 
 Json listedJson(Session& session, const Listed& item) {
@@ -217,8 +213,9 @@ int runLs(Session& session, const Options& options) {
         const bool there = path == L"/" || (stored && session.store().isDirectory(path.c_str()));
         if (!there)
             throw Failure(kRefused, session.message(utf8(path) + " is not there"), utf8(path));
-        std::vector<mor::EntityName> way;
-        if (stored) collect(session, path, L"", options.recursive, way, listed);
+        Way way;
+        if (stored && way.enter(session.store(), path))
+            collect(session, path, L"", options.recursive, way, listed);
     }
     printListed(session, options, listed, path);
     return kDone;

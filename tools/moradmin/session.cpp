@@ -1,5 +1,6 @@
 #include "tools/moradmin/session.h"
 
+#include "dwgfs/path_rules.h"
 #include "frame/message_system.h"
 #include "platform/runtime.h"
 #include "space/global_view.h"
@@ -54,6 +55,15 @@ mor::EntityName Store::directoryName(const std::wstring& path) {
     ads_name name = {};
     if (getDir(own.c_str(), false, directory)) directory.GetEName(name);
     return mor::EntityName(name);
+}
+
+bool Way::enter(Store& store, const std::wstring& path) {
+    if (path.size() >= kMaxPathLength) return false;
+    const mor::EntityName name = store.directoryName(path);
+    if (name.isNone() || std::ranges::find(m_directories, name) != m_directories.end())
+        return false;
+    m_directories.push_back(name);
+    return true;
 }
 
 Session::Session(const std::string& file) : m_file(file) {

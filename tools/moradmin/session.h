@@ -37,6 +37,19 @@ public:
     [[nodiscard]] mor::EntityName directoryName(const std::wstring& path);
 };
 
+/// The directories on the way down a tree. Links may lead in a circle: a walk shows a directory
+/// that holds itself and does not enter it again.
+class Way {
+public:
+    /// False, and not entered, when the directory is on the way already, does not resolve, or has a
+    /// path too long to go on.
+    [[nodiscard]] bool enter(Store& store, const std::wstring& path);
+    void leave() { m_directories.pop_back(); }
+
+private:
+    std::vector<mor::EntityName> m_directories;
+};
+
 /// One drawing opened for a command: current and active until the end. Throws Failure.
 class Session {
 public:
