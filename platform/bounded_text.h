@@ -6,7 +6,8 @@
 
 namespace mor {
 
-/// Wide text of at most N - 1 characters in a fixed buffer. What does not fit is refused, never cut.
+/// Wide text of at most N - 1 characters in a fixed buffer. What does not fit is refused, never
+/// cut.
 template <std::size_t N>
 class BoundedText {
 public:

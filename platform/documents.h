@@ -30,8 +30,8 @@ public:
     [[nodiscard]] virtual AcApDocument* mdiActiveDocument() const = 0;
     /// Takes a lock, counted per document; eOk on success. The command names may be null.
     virtual Acad::ErrorStatus lockDocument(AcApDocument* document, AcAp::DocLockMode mode,
-                                           const wchar_t* globalCommand, const wchar_t* localCommand,
-                                           bool prompt) = 0;
+                                           const wchar_t* globalCommand,
+                                           const wchar_t* localCommand, bool prompt) = 0;
     /// Gives one lock back; eInvalidInput when none is held.
     virtual Acad::ErrorStatus unlockDocument(AcApDocument* document) = 0;
 };

@@ -28,15 +28,16 @@ class CMORAdsTransformation {
 public:
     CMORAdsTransformation() = default;  ///< the identity
     virtual ~CMORAdsTransformation() = default;
-    /// Takes the transformation that carries coordinates of the referenced block definition to those of the
-    /// reference's owner; false, and unchanged, when `name` is no live block reference.
+    /// Takes the transformation that carries coordinates of the referenced block definition to
+    /// those of the reference's owner; false, and unchanged, when `name` is no live block
+    /// reference.
     virtual bool loadFromEntity(const ads_name name);
 
     CMORMathTransMatrix matrix;
 };
 
-/// A wildcard pattern with the rules of `acutWcMatch`; matches the whole text from the start position or not
-/// at all.
+/// A wildcard pattern with the rules of `acutWcMatch`; matches the whole text from the start
+/// position or not at all.
 class MOR_Wildcard : public MOR_RWCRegexp {
 public:
     explicit MOR_Wildcard(const char* pattern);

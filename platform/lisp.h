@@ -13,13 +13,13 @@ struct LispAccess;  // through which the host reaches it
 
 class CMORConsProxy;
 
-/// One LISP value: nil, integer (32 bits), real, string, entity name or list. Copied by value; a copy never
-/// changes through another. Nesting and length are limited by memory only.
+/// One LISP value: nil, integer (32 bits), real, string, entity name or list. Copied by value; a
+/// copy never changes through another. Nesting and length are limited by memory only.
 class CMORAdsLispVar {
 public:
-    CMORAdsLispVar() noexcept = default;                            // nil
-    CMORAdsLispVar(const wchar_t* text);                            // NOLINT: a string; null gives nil
-    CMORAdsLispVar(const CMORConsProxy& cons);                      // NOLINT: as LISP code reads
+    CMORAdsLispVar() noexcept = default;        // nil
+    CMORAdsLispVar(const wchar_t* text);        // NOLINT: a string; null gives nil
+    CMORAdsLispVar(const CMORConsProxy& cons);  // NOLINT: as LISP code reads
     explicit CMORAdsLispVar(const ads_name name);
     CMORAdsLispVar(const CMORAdsLispVar&) noexcept = default;
     CMORAdsLispVar(CMORAdsLispVar&&) noexcept = default;
@@ -27,13 +27,14 @@ public:
     CMORAdsLispVar& operator=(CMORAdsLispVar&&) noexcept = default;
     ~CMORAdsLispVar() = default;
 
-    /// Appends the elements of `list` to this list, in place; nil adds nothing. A value that is no proper list,
-    /// on either side, leaves this one unchanged.
+    /// Appends the elements of `list` to this list, in place; nil adds nothing. A value that is no
+    /// proper list, on either side, leaves this one unchanged.
     CMORAdsLispVar& Append(const CMORAdsLispVar& list);
 
 private:
     friend struct mor::LispAccess;
-    std::shared_ptr<mor::LispTokens> m_tokens;  // null: nil; shared between copies, copied before a change
+    std::shared_ptr<mor::LispTokens>
+        m_tokens;  // null: nil; shared between copies, copied before a change
 };
 
 /// What `CMORAdsLisp::Cons` and `Reverse` answer, until it is turned into a value.
@@ -89,8 +90,10 @@ public:
     /// The entity name; {0, 0} for any other value.
     static void SetQ(ads_name target, const CMORAdsLispVar& value);
 
-    /// The value of the system variable whose name is the string `name` (any case); nil when unknown.
+    /// The value of the system variable whose name is the string `name` (any case); nil when
+    /// unknown.
     [[nodiscard]] static CMORAdsLispVar GetVar(const CMORAdsLispVar& name);
-    /// Prints the value on the command line as princ does: strings without quotes, reals with six digits.
+    /// Prints the value on the command line as princ does: strings without quotes, reals with six
+    /// digits.
     static void PrinC(const CMORAdsLispVar& value);
 };

@@ -69,16 +69,18 @@ private:
 
 enum class LockResult { Locked, NotActive, Refused };
 
-/// A write lock on the current document, taken only when it is the active one; given back at the end.
+/// A write lock on the current document, taken only when it is the active one; given back at the
+/// end.
 class DocumentLock {
 public:
     DocumentLock() {
         AcApDocManager* manager = acDocManagerPtr();
         AcApDocument* document = manager->curDocument();
         if (document == nullptr || document != manager->mdiActiveDocument()) return;
-        m_result = manager->lockDocument(document, AcAp::kWrite, nullptr, nullptr, true) == Acad::eOk
-                       ? LockResult::Locked
-                       : LockResult::Refused;
+        m_result =
+            manager->lockDocument(document, AcAp::kWrite, nullptr, nullptr, true) == Acad::eOk
+                ? LockResult::Locked
+                : LockResult::Refused;
         if (m_result == LockResult::Locked) m_document = document;
     }
     ~DocumentLock() {

@@ -4,11 +4,11 @@
 
 #include <cstdint>
 
-/// Selects entities of the current drawing: mode "X" or "_X" looks at model space and every layout, whatever
-/// their layers' state, not at block definitions and sub-entities. All groups of `filter` must hold; texts of
-/// types and symbols are wildcard patterns without regard to case; no filter selects all.
-/// RTNORM and a set that the caller frees when something matches, else RTERROR and no set. At most 128 sets
-/// are open at once. `first` and `second` are null.
+/// Selects entities of the current drawing: mode "X" or "_X" looks at model space and every layout,
+/// whatever their layers' state, not at block definitions and sub-entities. All groups of `filter`
+/// must hold; texts of types and symbols are wildcard patterns without regard to case; no filter
+/// selects all. RTNORM and a set that the caller frees when something matches, else RTERROR and no
+/// set. At most 128 sets are open at once. `first` and `second` are null.
 int acedSSGet(const wchar_t* mode, const void* first, const void* second, const resbuf* filter,
               ads_name result);
 

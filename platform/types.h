@@ -17,8 +17,8 @@ union ads_u_val {
     std::int32_t rlong;
 };
 
-/// One element of a singly linked list of typed values: a DXF group code or a result type, and its value.
-/// Whoever receives a list from an operation owns it and releases it with `acutRelRb`.
+/// One element of a singly linked list of typed values: a DXF group code or a result type, and its
+/// value. Whoever receives a list from an operation owns it and releases it with `acutRelRb`.
 struct resbuf {
     resbuf* rbnext;
     short restype;
@@ -31,7 +31,8 @@ inline constexpr int RTERROR = -5001;
 inline constexpr int RTCAN = -5002;
 inline constexpr int RTREJ = -5003;
 inline constexpr int RTFAIL = -5004;
-inline constexpr int RTKWORD = -5005;  ///< also what `acdbEntMake` answers to a completed block definition
+inline constexpr int RTKWORD =
+    -5005;  ///< also what `acdbEntMake` answers to a completed block definition
 
 // Result types.
 inline constexpr int RTREAL = 5001;

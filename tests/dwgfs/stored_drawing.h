@@ -24,12 +24,11 @@ namespace mor::test {
     const std::string anchor =
         "0 ATTDEF;5 10;8 0;10 0.0;20 0.0;30 0.0;40 1.0;1 ;3 mor;2 mor;70 3;" +
         attributeTags("1000 \\U+005EDWG_FILESYSTEM_ROOT;1000 12;");
-    return {
-        .layers = {"0", "MOR_CONTROL_LAYER"},
-        .blocks = blockDefinition("MOR_DWGFILES", anchor),
-        .entities = directoryTags("12", "/", "1000 \\U+005Ea;1000 13;") +
-                    directoryTags("13", "/a", "1000 f;1071 5;1000 \\U+005Eb;1000 14;", space) +
-                    directoryTags("14", "/a/b", "1000 g;1000 x;")};
+    return {.layers = {"0", "MOR_CONTROL_LAYER"},
+            .blocks = blockDefinition("MOR_DWGFILES", anchor),
+            .entities = directoryTags("12", "/", "1000 \\U+005Ea;1000 13;") +
+                        directoryTags("13", "/a", "1000 f;1071 5;1000 \\U+005Eb;1000 14;", space) +
+                        directoryTags("14", "/a/b", "1000 g;1000 x;")};
 }
 
 }  // namespace mor::test

@@ -10,8 +10,8 @@
 
 namespace mor::test {
 
-/// A test with one new drawing that is current and active, and nothing left over from other tests. What the
-/// test leaves open, locked or unreleased fails it.
+/// A test with one new drawing that is current and active, and nothing left over from other tests.
+/// What the test leaves open, locked or unreleased fails it.
 class DrawingTest : public ::testing::Test {
 protected:
     explicit DrawingTest(host::Release release = host::Release::R2018) : m_release(release) {}
