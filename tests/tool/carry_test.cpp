@@ -1,0 +1,154 @@
+#include "tests/tool/tool_test.h"
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <random>
+#include <string>
+
+namespace mor::test {
+namespace {
+
+class Carry : public ToolTest {
+protected:
+    [[nodiscard]] std::string list(const std::string& drawing) const {
+        return run({"ls", "-R", drawing}).out;
+    }
+};
+
+/// Random values and directories as lines of a script.
+std::string randomScript(unsigned seed) {
+    std::mt19937 engine(seed);
+    const auto random = [&engine] { return static_cast<unsigned>(engine()); };
+    static const char* const values[] = {"1",
+                                         "-2.5",
+                                         "'\"a \\\"b\\\" ^J\"'",
+                                         "'(1 (2 . 3) nil \"x\")'",
+                                         "'(\"é\" . 1e-300)'",
+                                         "2147483647",
+                                         "'((1) (2 (3)))'"};
+    std::string script;
+    for (int i = 0; i < 25; ++i) {
+        std::string path;
+        for (unsigned depth = 1U + random() % 3U; depth > 0; --depth)
+            path += std::string("/d") + static_cast<char>('a' + random() % 3);
+        script +=
+            "put " + path + "/f" + std::to_string(random() % 9) + " " + values[random() % 7] + "\n";
+    }
+    return script;
+}
+
+TEST_F(Carry, DumpAndLoadAreInverseForRandomTrees) {
+    for (unsigned seed = 1; seed <= 8; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        const std::string a = newDrawing("a.dxf");
+        const std::string b = newDrawing("b.dxf", "R12");
+        EXPECT_EQ(run({"run", a, "-"}, randomScript(seed)).code, 0);
+        const Outcome dump = run({"dump", a});
+        EXPECT_EQ(run({"load", b, "-"}, dump.out).code, 0);
+        EXPECT_EQ(run({"diff", a, b}).out, "");
+        EXPECT_EQ(run({"dump", b}).out, dump.out);
+        std::filesystem::remove(a);
+        std::filesystem::remove(b);
+    }
+}
+
+TEST_F(Carry, LoadAddsOrReplaces) {
+    const std::string a = filledDrawing({{"/a/x", "1"}}, "a.dxf");
+    const std::string dump = run({"dump", a}).out;
+    const std::string b = filledDrawing({{"/a/x", "9"}, {"/b/y", "2"}}, "b.dxf");
+    EXPECT_EQ(run({"load", b}, dump).code, 0);
+    EXPECT_EQ(list(b), "a/\na/x\nb/\nb/y\n");
+    EXPECT_EQ(run({"cat", b, "/a/x"}).out, "1\n");
+    EXPECT_EQ(run({"load", "--replace", b}, dump).code, 0);
+    EXPECT_EQ(list(b), "a/\na/x\n");
+    EXPECT_EQ(run({"load", b}, "{}").code, 2);
+    EXPECT_EQ(run({"load", b}, "no json").code, 2);
+}
+
+TEST_F(Carry, DiffTellsWhatWasAddedRemovedAndChanged) {
+    const std::string a = filledDrawing({{"/a/x", "1"}, {"/a/y", "2"}}, "a.dxf");
+    const std::string b = filledDrawing({{"/a/x", "9"}, {"/a/z", "3"}}, "b.dxf");
+    const Outcome diff = run({"diff", a, b});
+    EXPECT_EQ(diff.code, 1);
+    EXPECT_EQ(diff.out, "~ /a/x\t1\t->\t9\n- /a/y\t2\n+ /a/z\t3\n");
+    EXPECT_EQ(run({"diff", a, a}).code, 0);
+    EXPECT_EQ(run({"diff", a, b, "/none"}).code, 0);
+}
+
+TEST_F(Carry, CopiesAndMovesWithinAndBetweenDrawings) {
+    const std::string a = filledDrawing({{"/a/x", "1"}, {"/a/s/y", "2"}}, "a.dxf");
+    const std::string b = newDrawing("b.dxf");
+    EXPECT_EQ(run({"cp", a, "/a", "/k"}).code, 0);
+    EXPECT_EQ(list(a), "a/\na/x\na/s/\na/s/y\nk/\nk/x\nk/s/\nk/s/y\n");
+    EXPECT_EQ(run({"mv", a + ":/k", b + ":/"}).code, 0);
+    EXPECT_EQ(list(a), "a/\na/x\na/s/\na/s/y\n");
+    EXPECT_EQ(list(b), "k/\nk/x\nk/s/\nk/s/y\n");
+    EXPECT_EQ(run({"mv", b, "/k/x", "/k/renamed"}).code, 0);
+    EXPECT_EQ(run({"cat", b, "/k/renamed"}).out, "1\n");
+    EXPECT_EQ(run({"cp", a, "/a", "/a/s"}).code, 6);
+    EXPECT_EQ(run({"cp", a, "/none", "/z"}).code, 6);
+}
+
+TEST_F(Carry, ScriptsSaveAllOrNothing) {
+    const std::string a = filledDrawing({{"/a/x", "1"}}, "a.dxf");
+    const std::string bytes = readFile(a);
+    const Outcome failed = run({"run", a, "-c", "put /a/y 2; rm /a/none; put /a/z 3"});
+    EXPECT_EQ(failed.code, 6);
+    EXPECT_NE(failed.err.find("line 1"), std::string::npos) << failed.err;
+    EXPECT_EQ(readFile(a), bytes);
+    const Outcome done = run({"run", a, "-"},
+                             "# a comment\nput /a/y '(1 2)'\nput /a/t --string \"x y\"\n\ncat "
+                             "/a/y\nrm -r /a\nput /b/n -7\n");
+    EXPECT_EQ(done.code, 0) << done.err;
+    EXPECT_EQ(done.out, "(1 2)\n");
+    EXPECT_EQ(list(a), "b/\nb/n\n");
+    EXPECT_EQ(run({"run", a, "-c", "run -c 'ls'"}).code, 2);
+}
+
+TEST_F(Carry, ListsAsTheLibraryDoesIt) {
+    const std::string a = filledDrawing({{"/a/f", "1"}, {"/a/b/g", "2"}}, "a.dxf");
+    const std::string rule(65, '-');
+    const std::string end(65, '=');
+    EXPECT_EQ(run({"dir", a, "/a", "-R"}).out,
+              "\n=========== MOR = DWG FILE SYSTEM === DIRECTORY LISTING =========\n\nRECURSIVE "
+              "LISTING OF PATH: "
+              "/a\n\nTyp  Memory[Byte]   pszPath\n" +
+                  rule +
+                  "\nDir   16321 free    /a\nFile      8 used    /a/f \nDir   16329 free    "
+                  "/a/b\nFile      8 used    "
+                  "/a/b/g \n\n" +
+                  end + "\n\n");
+    const Outcome missing = run({"dir", a, "/none"});
+    EXPECT_EQ(missing.code, 6);
+    EXPECT_NE(missing.out.find("invalid pszPath        /none\n"), std::string::npos);
+}
+
+TEST_F(Carry, LooksThroughReferences) {
+    const std::string plan = filledDrawing({{"/cfg/x", "(1 2)"}}, "plan.dxf");
+    const std::string host = newDrawing("host.dxf", "R12");
+    std::string bytes = readFile(host);
+    const auto put = [&bytes](const std::string& before, const std::string& text) {
+        bytes.insert(bytes.find(before), text);
+    };
+    put("  0\nENDSEC\n  0\nSECTION\n  2\nENTITIES",
+        "  0\nBLOCK\n  8\n0\n  2\nPLAN\n 70\n4\n 10\n0.0\n 20\n0.0\n 30\n0.0\n  3\nPLAN\n  "
+        "1\nC:\\proj\\PLAN.dwg\n  0\nENDBLK\n  8\n0\n");
+    put("  0\nENDSEC\n  0\nEOF",
+        "  0\nINSERT\n  5\nA1\n  8\n0\n  2\nPLAN\n 10\n0.0\n 20\n0.0\n 30\n0.0\n");
+    writeFile(host, bytes);
+    const std::string planBytes = readFile(plan);
+    EXPECT_EQ(run({"ls", "-R", host, "--in", "PLAN"}).out, list(plan));
+    EXPECT_EQ(run({"cat", host, "/cfg/x", "--in", "A1"}).out, "(1 2)\n");
+    EXPECT_EQ(run({"put", host, "/cfg/x", "3", "--in", "PLAN"}).code, 6);
+    EXPECT_EQ(readFile(host), bytes);
+    EXPECT_EQ(readFile(plan), planBytes);
+    EXPECT_EQ(run({"xrefs", host, "--missing"}).code, 0);
+    std::filesystem::remove(plan);
+    EXPECT_EQ(run({"xrefs", host, "--missing"}).code, 1);
+    EXPECT_EQ(run({"ls", host, "--in", "PLAN"}).code, 6);
+    EXPECT_EQ(run({"ls", host, "--in", "OTHER"}).code, 6);
+}
+
+}  // namespace
+}  // namespace mor::test
