@@ -169,6 +169,9 @@ std::optional<Error> SaveRun::findTarget() {
     const fs::path followed = followLinks(named, code);
     if (code) return failure(code.message());
     m_target = followed;
+    // Named anew or not, what was loaded must still be what is replaced.
+    std::error_code unknown;
+    m_inPlace = m_inPlace || fs::equivalent(m_target, m_document.path, unknown);
     m_exists = ::stat(m_target.c_str(), &m_status) == 0;
     if (m_exists && !S_ISREG(m_status.st_mode)) return failure("is no regular file");
     if (m_exists && !m_options.overwrite) return failure("exists already; choose another name");

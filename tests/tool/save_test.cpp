@@ -194,6 +194,17 @@ TEST_F(Saving, IsRefusedWhenTheFileChangedSinceItWasLoaded) {
     EXPECT_EQ(names(), "d.dxf");
 }
 
+TEST_F(Saving, UnderItsOwnNameInFullLooksForChangesToo) {
+    AcApDocument* document = host::openDocument(drawing()).value();
+    writeFile(drawing(), before() + "\n");
+    host::SaveOptions options;
+    options.output = folder() / "." / "d.dxf";
+    const auto saved = host::saveDocument(document, options);
+    host::closeDocument(document);
+    EXPECT_FALSE(saved);
+    EXPECT_EQ(readFile(drawing()), before() + "\n");
+}
+
 TEST_F(Saving, IsRefusedWhileAnotherProcessHoldsTheLock) {
     const int descriptor = ::open(drawing().c_str(), O_RDONLY | O_CLOEXEC);
     ASSERT_EQ(::flock(descriptor, LOCK_EX), 0);
