@@ -115,7 +115,7 @@ TEST_F(Carry, ListsAsTheLibraryDoesIt) {
               "LISTING OF PATH: "
               "/a\n\nTyp  Memory[Byte]   pszPath\n" +
                   rule +
-                  "\nDir   16321 free    /a\nFile      8 used    /a/f \nDir   16329 free    "
+                  "\nDir   16324 free    /a\nFile      8 used    /a/f \nDir   16336 free    "
                   "/a/b\nFile      8 used    "
                   "/a/b/g \n\n" +
                   end + "\n\n");

@@ -28,7 +28,8 @@ public:
     }
     [[nodiscard]] bool checkNames(const std::string& code) const {
         const Outcome check = run({"check", "--json", drawing()});
-        for (const auto& finding : nlohmann::json::parse(check.out)["findings"])
+        const auto report = nlohmann::json::parse(check.out);
+        for (const auto& finding : report["findings"])
             if (finding["code"] == code) return true;
         return false;
     }
@@ -87,7 +88,7 @@ TEST_F(Repair, MendsEachKindOfDamageWithoutLosingAValue) {
          [](const Repair& t) { t.damage("1000 g|1071         2", "1000 b|1071         2"); }},
         {"layer-not-locked", 0,
          [](const Repair& t) {
-             t.damage("2 MOR_CONTROL_LAYER| 70      5", "2 MOR_CONTROL_LAYER| 70      0");
+             t.damage("2 MOR_CONTROL_LAYER|70      5", "2 MOR_CONTROL_LAYER|70      0");
          }},
         {"application-unregistered", 4, [](const Repair& t) { t.leaveOut("0 APPID|5 26|"); }},
     };
