@@ -37,8 +37,8 @@ void scanNewlines(benchmark::State& state) {
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * drawing.bytes()));
 }
 
-BENCHMARK(openDrawing)->RangeMultiplier(4)->Range(1000, 256000)->Complexity();
-BENCHMARK(scanNewlines)->RangeMultiplier(4)->Range(1000, 256000);
+BENCHMARK(openDrawing)->RangeMultiplier(4)->Range(1024, 262144)->Complexity();
+BENCHMARK(scanNewlines)->RangeMultiplier(4)->Range(1024, 262144);
 
 }  // namespace
 }  // namespace mor::bench
