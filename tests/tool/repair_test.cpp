@@ -127,6 +127,14 @@ TEST_F(Repair, KeepsTwoDirectoriesOfOnePathBesideEachOther) {
     EXPECT_EQ(run({"cat", drawing(), "/a/g", "/a-2/h"}).out, "2\n3\n");
 }
 
+TEST_F(Repair, KeepsTheOrderOfEntries) {
+    const std::string before = run({"dump", drawing()}).out;
+    damage(link("b", handle("/a/b")), link("b", "FFF0"));
+    damage(link("a", handle("/a")), link("a", handle("/c")));
+    EXPECT_EQ(run({"repair", drawing()}).code, 0);
+    EXPECT_EQ(run({"dump", drawing()}).out, before);
+}
+
 TEST_F(Repair, LeavesASoundStoreAlone) {
     const std::string bytes = readFile(drawing());
     const Outcome repair = run({"repair", drawing()});

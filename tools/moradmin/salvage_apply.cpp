@@ -52,6 +52,12 @@ private:
     void renewDoubledHandles();
     void placeRecords();
     void drop(std::size_t index);
+    /// Whether the plan has a directory there or below.
+    [[nodiscard]] bool isNeeded(const std::wstring& path) const {
+        return std::ranges::any_of(m_plan.places, [&path](const SalvagePlan::Place& place) {
+            return place.path == path || place.path.starts_with(path + L"/");
+        });
+    }
     void dropWrongLinks();
     void linkAll();
     mor::EntityName ensure(const std::wstring& path);
@@ -127,7 +133,8 @@ void Builder::drop(std::size_t index) {
             "], its path is taken");
 }
 
-/// Links that lead nowhere, or elsewhere than the plan has it.
+/// Links to what stands elsewhere now or nowhere. One whose name is needed stays, so that entries
+/// keep their order; it gets another handle when its directory is linked.
 void Builder::dropWrongLinks() {
     for (const SalvagePlan::Place& place : m_plan.places) {
         CMOREntity entity;
@@ -138,14 +145,7 @@ void Builder::dropWrongLinks() {
             const auto name = dirNameOfLink(attribute.name);
             if (!name || !isDirName(*name) || attribute.name == kRootLink) continue;
             const std::wstring path = joined(place.path, std::wstring(*name));
-            const auto planned = m_plan.byPath.find(path);
-            const auto target =
-                host::findHandle(m_session.document(), host::stringOf(attribute.value));
-            if (planned != m_plan.byPath.end()) {
-                const auto child =
-                    std::ranges::find(m_plan.places, path, &SalvagePlan::Place::path);
-                if (target && record(*child).name == *target) continue;
-            }
+            if (isNeeded(path)) continue;
             entity.DeleteAttribute(attribute.name.c_str());
             changed = true;
             say("dropped the wrong link to " + utf8(path));
