@@ -338,6 +338,23 @@ TEST_F(Commands, PrintValuesAsJson) {
     EXPECT_EQ(all[2]["type"], "dotted");
 }
 
+TEST_F(Commands, PrintTheLispOfValuesThatAreTooDeepForJson) {
+    const std::string d = newDrawing();
+    const std::string deep = std::string(3900, '(') + "1" + std::string(3900, ')');
+    ASSERT_EQ(run({"put", d, "/a/x", "-"}, deep).code, 0);
+    const json shown = json::parse(run({"cat", "--json", d, "/a/x"}).out);
+    EXPECT_EQ(shown["lisp"], deep);
+    std::size_t depth = 0;
+    json value = shown["value"];
+    for (; value.is_array(); value = json(value[0])) ++depth;
+    EXPECT_EQ(depth, 256u);
+    EXPECT_TRUE(value.is_null());
+    const Outcome dump = run({"dump", d});
+    const std::string other = newDrawing("other.dxf");
+    EXPECT_EQ(run({"load", other}, dump.out).code, 0);
+    EXPECT_EQ(run({"cat", other, "/a/x"}).out, deep + "\n");
+}
+
 TEST_F(Commands, PrintListingsAsJson) {
     const std::string d = filled();
     const json listed = json::parse(run({"ls", "--json", d, "/cfg"}).out);

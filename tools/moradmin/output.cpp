@@ -20,6 +20,9 @@ struct OpenList {
     Json done = Json::array();
 };
 
+/// Writers and readers of JSON go down a level of the stack for each array.
+constexpr std::size_t kDeepestJson = 256;
+
 Json jsonAtom(const CMORAdsLispVar& value) {
     switch (host::kindOf(value)) {
         case host::ValueKind::Integer:
@@ -106,10 +109,12 @@ Json jsonValue(const CMORAdsLispVar& value) {
         OpenList& list = open.back();
         if (list.next < list.items.size()) {
             const CMORAdsLispVar item = list.items[list.next++];
-            if (isList(item))
-                open.push_back(openList(item));
-            else
+            if (!isList(item))
                 list.done.push_back(jsonAtom(item));
+            else if (open.size() == kDeepestJson)
+                list.done.push_back(nullptr);
+            else
+                open.push_back(openList(item));
             continue;
         }
         Json closed = closeList(std::move(list));

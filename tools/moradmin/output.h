@@ -25,8 +25,7 @@ void printJson(const Json& object);
 [[nodiscard]] std::wstring wide(const std::string& text);
 
 /// The convenient form: numbers, texts, null, arrays; `{"list": [...], "tail": x}` for a dotted
-/// list,
-/// `{"handle": "1A2F"}` for an entity name.
+/// list, `{"handle": "1A2F"}` for an entity name. Lists more than 256 levels deep are null.
 [[nodiscard]] Json jsonValue(const CMORAdsLispVar& value);
 /// `nil`, `integer`, `real`, `string`, `entity`, `list` or `dotted`.
 [[nodiscard]] std::string typeName(const CMORAdsLispVar& value);
