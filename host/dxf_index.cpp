@@ -1,8 +1,9 @@
 #include "host/dxf_index.h"
 
+#include "host/dxf_record.h"
+
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstring>
 #include <optional>
 #include <utility>
@@ -480,25 +481,6 @@ Result<std::unique_ptr<DxfIndex>> indexDxf(std::shared_ptr<Source> source,
     Indexer indexer(*index, name);
     if (auto error = indexer.run()) return *error;
     return index;
-}
-
-std::uint64_t parseHandle(std::string_view text) noexcept {
-    std::uint64_t value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, 16);
-    if (error != std::errc{} || end != text.data() + text.size()) return 0;
-    return value;
-}
-
-std::string handleToText(std::uint64_t handle) {
-    if (handle == 0) return {};
-    std::array<char, 16> digits{};
-    const auto [end, error] =
-        std::to_chars(digits.data(), digits.data() + digits.size(), handle, 16);
-    static_cast<void>(error);
-    std::string text(digits.data(), end);
-    for (char& c : text)
-        if (c >= 'a') c = static_cast<char>(c - 'a' + 'A');
-    return text;
 }
 
 }  // namespace mor::host

@@ -67,8 +67,4 @@ struct DxfIndex {
 /// a section, lines that should be group codes and are not.
 Result<std::unique_ptr<DxfIndex>> indexDxf(std::shared_ptr<Source> source, const std::string& name);
 
-/// Hexadecimal text as a handle; 0 when it is none.
-[[nodiscard]] std::uint64_t parseHandle(std::string_view text) noexcept;
-[[nodiscard]] std::string handleToText(std::uint64_t handle);  ///< upper case; empty for 0
-
 }  // namespace mor::host

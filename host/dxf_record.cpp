@@ -140,6 +140,25 @@ std::optional<double> parseReal(std::string_view text) {
     return value;
 }
 
+std::uint64_t parseHandle(std::string_view text) noexcept {
+    std::uint64_t value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, 16);
+    if (error != std::errc{} || end != text.data() + text.size()) return 0;
+    return value;
+}
+
+std::string handleToText(std::uint64_t handle) {
+    if (handle == 0) return {};
+    std::array<char, 16> digits{};
+    const auto [end, error] =
+        std::to_chars(digits.data(), digits.data() + digits.size(), handle, 16);
+    static_cast<void>(error);
+    std::string text(digits.data(), end);
+    for (char& c : text)
+        if (c >= 'a') c = static_cast<char>(c - 'a' + 'A');
+    return text;
+}
+
 std::vector<ExtendedRange> extendedRanges(const TagList& record, std::string_view application) {
     std::vector<ExtendedRange> ranges;
     const auto& tags = record.tags();

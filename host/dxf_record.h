@@ -64,6 +64,10 @@ struct LineStyle {
 [[nodiscard]] std::optional<std::int64_t> parseInteger(std::string_view text);
 [[nodiscard]] std::optional<double> parseReal(std::string_view text);
 
+/// Hexadecimal text as a handle; 0 when it is none.
+[[nodiscard]] std::uint64_t parseHandle(std::string_view text) noexcept;
+[[nodiscard]] std::string handleToText(std::uint64_t handle);  ///< upper case; empty for 0
+
 /// The groups of one application's extended data.
 struct ExtendedRange {
     std::size_t begin = 0;  ///< index of its 1001
