@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -145,13 +146,13 @@ void printFinding(const std::string& file, const Finding& finding) {
     std::cout << (finding.mends ? " (repair mends it)" : "") << "\n";
 }
 
-int runCheck(const Options& options) {
+int overDrawings(const Options& options, const std::function<int(const std::string&)>& visit) {
     int code = kDone;
     std::vector<std::string> files = {options.drawing};
     files.insert(files.end(), options.arguments.begin(), options.arguments.end());
     for (const std::string& file : files) {
         try {
-            code = moreSerious(code, checkOne(options, file));
+            code = moreSerious(code, visit(file));
         } catch (const Failure& failure) {
             std::cout.flush();
             printFailure(options, failure);
@@ -159,6 +160,11 @@ int runCheck(const Options& options) {
         }
     }
     return code;
+}
+
+int runCheck(const Options& options) {
+    return overDrawings(options,
+                        [&options](const std::string& file) { return checkOne(options, file); });
 }
 
 }  // namespace mor::tool

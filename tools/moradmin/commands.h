@@ -3,7 +3,9 @@
 #include "tools/moradmin/options.h"
 #include "tools/moradmin/session.h"
 
+#include <functional>
 #include <span>
+#include <string>
 #include <string_view>
 
 namespace mor::tool {
@@ -51,6 +53,9 @@ int runNew(const Options& options);
 int runCheck(const Options& options);
 /// Of two exit codes the one that several drawings end with.
 [[nodiscard]] int moreSerious(int a, int b);
+/// Visits the drawing and those named behind it. One that fails is reported and does not stop the
+/// others; answers the most serious exit code.
+int overDrawings(const Options& options, const std::function<int(const std::string&)>& visit);
 int runDiff(const Options& options);
 int runReferences(const Options& options);
 int runCopy(const Options& options);

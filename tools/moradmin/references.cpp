@@ -101,19 +101,9 @@ bool listOne(const Options& options, const std::string& file) {
 }  // namespace
 
 int runReferences(const Options& options) {
-    std::vector<std::string> files = {options.drawing};
-    files.insert(files.end(), options.arguments.begin(), options.arguments.end());
-    int code = kDone;
-    for (const std::string& file : files) {
-        try {
-            if (listOne(options, file) && options.missing) code = moreSerious(code, kNo);
-        } catch (const Failure& failure) {
-            std::cout.flush();
-            printFailure(options, failure);
-            code = moreSerious(code, failure.code());
-        }
-    }
-    return code;
+    return overDrawings(options, [&options](const std::string& file) {
+        return listOne(options, file) && options.missing ? kNo : kDone;
+    });
 }
 
 }  // namespace mor::tool
