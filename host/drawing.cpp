@@ -13,6 +13,8 @@ namespace mor::host {
 namespace {
 
 constexpr std::uint64_t kWindowBytes = 256 * 1024;
+/// A reader that skips no more records than this goes on with a walk.
+constexpr RecordNumber kWalkStep = 8;
 
 struct HeaderFacts {
     std::string version;
@@ -142,24 +144,29 @@ const std::string& Drawing::typeOf(RecordNumber number) const {
     return m_index->types.name(m_records[number].type);
 }
 
-std::string Drawing::originalBytes(RecordNumber number) const {
+std::string_view Drawing::originalBytes(RecordNumber number) const {
     const RecordEntry& entry = m_records[number];
     if (entry.has(kMade)) return m_made[static_cast<std::size_t>(entry.place)];
     const std::uint64_t end = endOf(number);
     const std::uint64_t size = end - entry.place;
-    const bool inWindow = entry.place >= m_windowAt && end <= m_windowAt + m_window.size();
-    if (!inWindow && number == m_lastRead + 1 && size < kWindowBytes) {
+    const auto inWindow = [&] {
+        return entry.place >= m_windowAt && end <= m_windowAt + m_window.size();
+    };
+    if (!inWindow()) {
+        // A walk reads ahead; a single look-up reads its record alone.
+        const bool walks =
+            number > m_lastRead && number - m_lastRead <= kWalkStep && size < kWindowBytes;
+        m_window = m_index->source->read(entry.place, walks ? kWindowBytes : size);
         m_windowAt = entry.place;
-        m_window = m_index->source->read(m_windowAt, kWindowBytes);
     }
     m_lastRead = number;
-    if (entry.place >= m_windowAt && end <= m_windowAt + m_window.size())
-        return m_window.substr(static_cast<std::size_t>(entry.place - m_windowAt),
-                               static_cast<std::size_t>(size));
-    return m_index->source->read(entry.place, size);
+    return std::string_view(m_window).substr(static_cast<std::size_t>(entry.place - m_windowAt),
+                                             static_cast<std::size_t>(size));
 }
 
-TagList Drawing::original(RecordNumber number) const { return TagList(originalBytes(number)); }
+TagList Drawing::original(RecordNumber number) const {
+    return TagList(std::string(originalBytes(number)));
+}
 
 TagList Drawing::current(RecordNumber number) {
     TagList record = original(number);
@@ -172,10 +179,15 @@ std::string Drawing::render(RecordNumber number) { return current(number).bytes(
 
 bool Drawing::changed(RecordNumber number) {
     if (!m_edits.contains(number)) return false;
-    return render(number) != originalBytes(number);
+    const std::string now = render(number);
+    return now != originalBytes(number);
 }
 
 std::optional<std::wstring> Drawing::textOf(RecordNumber number, int code) {
+    if (!m_edits.contains(number)) {
+        const auto value = findValue(originalBytes(number), code);
+        return value ? std::optional(m_text.decode(*value)) : std::nullopt;
+    }
     const TagList record = current(number);
     const Tag* tag = record.find(code);
     if (tag == nullptr) return std::nullopt;
@@ -183,6 +195,10 @@ std::optional<std::wstring> Drawing::textOf(RecordNumber number, int code) {
 }
 
 std::optional<std::int64_t> Drawing::integerOf(RecordNumber number, int code) {
+    if (!m_edits.contains(number)) {
+        const auto value = findValue(originalBytes(number), code);
+        return value ? parseInteger(*value) : std::nullopt;
+    }
     const TagList record = current(number);
     const Tag* tag = record.find(code);
     return tag == nullptr ? std::nullopt : parseInteger(record.value(*tag));

@@ -145,7 +145,8 @@ private:
     Drawing(std::unique_ptr<DxfIndex> index, RecordStyle style, TextCoding text);
     static Result<Release> releaseOf(const std::string& version, const std::string& file,
                                      std::uint64_t line);
-    [[nodiscard]] std::string originalBytes(RecordNumber number) const;
+    /// Valid until another record is read.
+    [[nodiscard]] std::string_view originalBytes(RecordNumber number) const;
     void applyEdit(RecordNumber number, const RecordEdit& edit, TagList& record);
     void buildHandles();
     void learnName(ContainerNumber container, RecordNumber number);
@@ -175,7 +176,7 @@ private:
     std::map<std::uint64_t, std::int64_t> m_unknownHandles;  ///< reserved first words
     std::map<ContainerNumber, std::unordered_map<std::wstring, RecordNumber>> m_symbols;
     std::optional<std::unordered_map<std::wstring, ContainerNumber>> m_blocks;
-    mutable std::string m_window;  ///< bytes read ahead of a sequential walk
+    mutable std::string m_window;  ///< the record read last, and what a walk has read ahead
     mutable std::uint64_t m_windowAt = 0;
     mutable RecordNumber m_lastRead = 0;
     mutable std::size_t m_walkAt = 0;  ///< where the last walk stood among the added members

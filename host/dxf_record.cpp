@@ -25,37 +25,54 @@ std::string padLeft(std::string text, std::size_t width) {
     return text;
 }
 
+constexpr int kApplication = 1001;   // begins the extended data
+constexpr int kGroupOfGroups = 102;  // "{..." opens groups that belong together, "}" closes them
+
+/// Cuts the group that begins at `at` and goes on behind it; false at the end and at bytes behind
+/// EOF.
+bool nextTag(std::string_view bytes, std::size_t& at, Tag& tag) {
+    if (at >= bytes.size()) return false;
+    const std::size_t codeEnd = bytes.find('\n', at);
+    if (codeEnd == std::string_view::npos) return false;
+    std::size_t codeStop = codeEnd;
+    if (codeStop > at && bytes[codeStop - 1] == '\r') --codeStop;
+    const auto code = parseInteger(bytes.substr(at, codeStop - at));
+    if (!code) return false;
+    const std::size_t valueEnd = std::min(bytes.find('\n', codeEnd + 1), bytes.size());
+    tag.begin = static_cast<std::uint32_t>(at);
+    tag.code = static_cast<int>(*code);
+    tag.valueBegin = static_cast<std::uint32_t>(codeEnd + 1);
+    tag.valueEnd = static_cast<std::uint32_t>(valueEnd);
+    tag.end = static_cast<std::uint32_t>(std::min(valueEnd + 1, bytes.size()));
+    if (tag.valueEnd > tag.valueBegin && bytes[valueEnd - 1] == '\r') --tag.valueEnd;
+    at = tag.end;
+    return true;
+}
+
 }  // namespace
 
 TagList::TagList(std::string bytes) : m_bytes(std::move(bytes)) {
-    std::size_t at = 0;
-    const auto lineEnd = [&](std::size_t from) {
-        const std::size_t feed = m_bytes.find('\n', from);
-        return feed == std::string::npos ? m_bytes.size() : feed;
-    };
     bool extended = false;
-    while (at < m_bytes.size()) {
-        Tag tag;
-        tag.begin = static_cast<std::uint32_t>(at);
-        const std::size_t codeEnd = lineEnd(at);
-        std::size_t codeStop = codeEnd;
-        if (codeStop > at && m_bytes[codeStop - 1] == '\r') --codeStop;
-        const auto code = parseInteger(std::string_view(m_bytes).substr(at, codeStop - at));
-        if (!code || codeEnd == m_bytes.size()) break;  // bytes behind EOF
-        tag.code = static_cast<int>(*code);
-        tag.valueBegin = static_cast<std::uint32_t>(codeEnd + 1);
-        const std::size_t valueEnd = lineEnd(codeEnd + 1);
-        tag.end = static_cast<std::uint32_t>(std::min(valueEnd + 1, m_bytes.size()));
-        tag.valueEnd = static_cast<std::uint32_t>(valueEnd);
-        if (tag.valueEnd > tag.valueBegin && m_bytes[valueEnd - 1] == '\r') --tag.valueEnd;
-        if (tag.code == 1001 && !extended) {
-            extended = true;
-            m_extended = m_tags.size();
-        }
-        m_tags.push_back(tag);
-        at = tag.end;
+    Tag tag;
+    for (std::size_t at = 0; nextTag(m_bytes, at, tag); m_tags.push_back(tag)) {
+        if (tag.code != kApplication || extended) continue;
+        extended = true;
+        m_extended = m_tags.size();
     }
     if (!extended) m_extended = m_tags.size();
+}
+
+std::optional<std::string_view> findValue(std::string_view bytes, int code) {
+    bool inGroup = false;
+    Tag tag;
+    for (std::size_t at = 0; nextTag(bytes, at, tag) && tag.code != kApplication;) {
+        const std::string_view value = bytes.substr(tag.valueBegin, tag.valueEnd - tag.valueBegin);
+        if (tag.code == kGroupOfGroups)
+            inGroup = value.starts_with("{");
+        else if (tag.code == code && !inGroup)
+            return value;
+    }
+    return std::nullopt;
 }
 
 std::string_view TagList::bare(const Tag& tag) const { return withoutBlanks(value(tag)); }
@@ -64,7 +81,7 @@ const Tag* TagList::find(int code) const {
     bool inGroup = false;
     for (std::size_t i = 0; i < m_extended; ++i) {
         const Tag& tag = m_tags[i];
-        if (tag.code == 102)
+        if (tag.code == kGroupOfGroups)
             inGroup = value(tag).starts_with("{");
         else if (tag.code == code && !inGroup)
             return &tag;

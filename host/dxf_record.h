@@ -47,6 +47,10 @@ private:
     std::size_t m_extended = 0;
 };
 
+/// The value that `TagList::find` gives for a record's bytes, without cutting what stands behind
+/// it.
+[[nodiscard]] std::optional<std::string_view> findValue(std::string_view bytes, int code);
+
 /// How a file writes its lines.
 struct LineStyle {
     bool crlf = false;
