@@ -5,6 +5,7 @@
 #include "platform/entity_name.h"
 #include "platform/lisp.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -136,6 +137,9 @@ Result<CMORAdsLispVar> readLisp(std::string_view text,
 
 // ---- records, read-only -------------------------------------------------------------------------
 
+// Entity names may be those of references' records, as walks and look-ups give them. Texts are as
+// the record's own drawing has them, never qualified.
+
 /// Where a record stands.
 enum class Place {
     Structure,
@@ -209,7 +213,7 @@ struct Problem {
 };
 [[nodiscard]] std::vector<Problem> documentProblems(const AcApDocument* document);
 
-/// The live record of a symbol table, by name without regard to case.
+/// The live record of a symbol table of the document's own drawing, by name without regard to case.
 [[nodiscard]] std::optional<mor::EntityName> findSymbol(const AcApDocument* document,
                                                         std::string_view table,
                                                         std::wstring_view name);
@@ -228,6 +232,42 @@ void forEachInsert(const AcApDocument* document, std::wstring_view block,
 /// Gives a record another handle, for one that stands twice; false when there is none left. What
 /// names the old handle goes on naming the other record.
 bool renewHandle(AcApDocument* document, mor::EntityName name);
+
+/// A record of a symbol table.
+struct SymbolInfo {
+    mor::EntityName name;
+    std::wstring symbol;     ///< as its own drawing has it
+    std::wstring qualified;  ///< as the document knows it: PLAN|WALLS
+};
+/// The live records of a table in table order, without the blocks. `reference` is a path of
+/// references such as PLAN or PLAN|CORE, empty for the document's own drawing. Nothing when there
+/// is no such reference or it is not loaded.
+[[nodiscard]] std::vector<SymbolInfo> symbols(AcApDocument* document, std::wstring_view reference,
+                                              std::string_view table);
+/// The record that a look-up of a qualified name finds: the document's own, which overrides, else
+/// the reference's.
+[[nodiscard]] std::optional<mor::EntityName> resolveSymbol(AcApDocument* document,
+                                                           std::string_view table,
+                                                           std::wstring_view qualified);
+
+struct BlockInfo {
+    SymbolInfo symbol;       ///< `name` is that of its BLOCK record
+    std::int64_t flags = 0;  ///< as the file has them
+    std::array<double, 3> base{};
+    std::wstring path;         ///< saved with a reference, empty for other blocks
+    bool reference = false;    ///< an external reference, attached or overlaid
+    bool layout = false;       ///< stands for model space or a layout
+    std::size_t entities = 0;  ///< live main ones; of a reference those of its model space
+    std::size_t inserts = 0;   ///< live ones in the same drawing, block definitions included
+};
+/// The block definitions in the order of the file; `reference` as in `symbols`.
+[[nodiscard]] std::vector<BlockInfo> blocks(AcApDocument* document, std::wstring_view reference);
+
+/// The axes x, y and z of the plane in which an entity with that normal has its coordinates, of
+/// length 1 (arbitrary axis rule). The normal need not be of length 1; (0, 0, 0) counts as
+/// (0, 0, 1).
+using PlaneAxes = std::array<std::array<double, 3>, 3>;
+[[nodiscard]] PlaneAxes planeAxes(const std::array<double, 3>& normal);
 
 // ---- external references ------------------------------------------------------------------------
 

@@ -47,15 +47,19 @@ Vector vector(const TagList& record, int code, const Vector& missing) {
 
 }  // namespace
 
-/// q = scale * (p - base); turned about z; moved to the insertion point; then from the plane's axes
-/// (arbitrary axis rule) to the owner's. The first cell of an array is the reference itself.
-static CMORMathTransMatrix insertMatrix(const TagList& insert, const Vector& base) {
-    const Vector normal = normalised(vector(insert, 210, {0.0, 0.0, 1.0}));
+PlaneAxes planeAxes(const std::array<double, 3>& given) {
+    const Vector normal = normalised(given);
     const bool vertical =
         std::fabs(normal[0]) < kNearlyVertical && std::fabs(normal[1]) < kNearlyVertical;
     const Vector axisX =
         normalised(cross(vertical ? Vector{0.0, 1.0, 0.0} : Vector{0.0, 0.0, 1.0}, normal));
-    const Vector axisY = cross(normal, axisX);
+    return {axisX, cross(normal, axisX), normal};
+}
+
+/// q = scale * (p - base); turned about z; moved to the insertion point; then from the plane's axes
+/// (arbitrary axis rule) to the owner's. The first cell of an array is the reference itself.
+static CMORMathTransMatrix insertMatrix(const TagList& insert, const Vector& base) {
+    const auto [axisX, axisY, normal] = planeAxes(vector(insert, 210, {0.0, 0.0, 1.0}));
     const Vector place = vector(insert, 10, {0.0, 0.0, 0.0});
     const Vector scale = {real(insert, 41, 1.0), real(insert, 42, 1.0), real(insert, 43, 1.0)};
     const auto [sine, cosine] = sineAndCosine(real(insert, 50, 0.0));
@@ -83,13 +87,9 @@ static std::optional<CMORMathTransMatrix> matrixOf(const ads_name name) {
     const ContainerNumber number =
         found.drawing->findBlock(found.drawing->text().decode(insert.value(*block)));
     if (number == kNoContainer) return std::nullopt;
-    const TagList head = found.drawing->current(found.drawing->container(number).head);
-    Vector base = vector(head, 10, {0.0, 0.0, 0.0});
     // The mount of a nested reference belongs to the one whose drawing holds the insert.
     auto* owner = const_cast<Mount*>(found.mount);
-    const Mount* reference = currentDocument()->references->mount(owner, number);
-    if (reference != nullptr && reference->drawing)
-        if (const auto own = reference->drawing->insertionBase()) base = *own;
+    const Vector base = baseOf(*currentDocument(), owner, number);
     return insertMatrix(insert, base);
 }
 

@@ -51,18 +51,9 @@ public:
 
 /// The entities of a reference block are the referenced drawing's.
 Site entitySite(const Site& site, ContainerNumber block, ContainerNumber& container) {
-    Mount* reference = currentDocument()->references->mount(site.mount, block);
-    if (reference != nullptr && reference->drawing) {
-        container = kModelSpace;
-        return {reference->drawing.get(), reference};
-    }
-    const Container& definition = site.drawing->container(block);
-    const bool active = definition.name.size() == std::string_view("*Paper_Space").size();
-    container = !definition.layout  ? block
-                : !definition.paper ? kModelSpace
-                : active            ? kPaperSpace
-                                    : block;
-    return site;
+    const BlockEntities found = entitiesOf(*currentDocument(), site.mount, block);
+    container = found.drawing == nullptr ? block : found.container;
+    return found.drawing == nullptr ? site : Site{found.drawing, found.mount};
 }
 
 class EntityIterator final : public AcDbBlockTableRecordIterator {

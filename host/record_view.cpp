@@ -37,10 +37,12 @@ Place placeOf(const Drawing& drawing, RecordNumber number) {
     return Place::Other;
 }
 
-RecordInfo infoOf(const Drawing& drawing, RecordNumber number) {
+RecordInfo infoOf(const Located& found) {
+    const Drawing& drawing = *found.drawing;
+    const RecordNumber number = found.number;
     const RecordEntry& entry = drawing.entry(number);
     RecordInfo info;
-    info.name = drawing.nameOf(number);
+    info.name = found.nameOf(number);
     info.type = drawing.typeOf(number);
     info.handle = entry.handle;
     info.place = placeOf(drawing, number);
@@ -59,26 +61,24 @@ RecordInfo infoOf(const Drawing& drawing, RecordNumber number) {
 
 void forEachRecord(const AcApDocument* document,
                    const std::function<void(const RecordInfo&)>& visit) {
-    const Drawing& drawing = drawingOf(document);
+    Drawing& drawing = drawingOf(document);
     for (RecordNumber number = 1; number <= drawing.lastRecord(); ++number)
-        if (!drawing.entry(number).has(kGone)) visit(infoOf(drawing, number));
+        if (!drawing.entry(number).has(kGone)) visit(infoOf({&drawing, number, nullptr}));
 }
 
 std::string handleText(std::uint64_t handle) { return handleToText(handle); }
 
 std::optional<RecordInfo> recordInfo(const AcApDocument* document, EntityName name) {
-    const Drawing& drawing = drawingOf(document);
-    const RecordNumber number = drawing.numberOf(name);
-    if (number == 0) return std::nullopt;
-    return infoOf(drawing, number);
+    const Located found = locate(*document, name);
+    return found ? std::optional(infoOf(found)) : std::nullopt;
 }
 
 std::vector<RecordGroup> recordGroups(const AcApDocument* document, EntityName name) {
-    Drawing& drawing = drawingOf(document);
     std::vector<RecordGroup> groups;
-    const RecordNumber number = drawing.numberOf(name);
-    if (number == 0) return groups;
-    const TagList record = drawing.current(number);
+    const Located found = locate(*document, name);
+    if (!found) return groups;
+    Drawing& drawing = *found.drawing;
+    const TagList record = drawing.current(found.number);
     for (const Tag& tag : record.tags()) {
         const bool text =
             tag.code < 10 || (tag.code >= 100 && tag.code < 110) ||
@@ -92,19 +92,17 @@ std::vector<RecordGroup> recordGroups(const AcApDocument* document, EntityName n
 }
 
 std::optional<std::string> recordGroup(const AcApDocument* document, EntityName name, int code) {
-    Drawing& drawing = drawingOf(document);
-    const RecordNumber number = drawing.numberOf(name);
-    if (number == 0) return std::nullopt;
-    const auto text = drawing.textOf(number, code);
+    const Located found = locate(*document, name);
+    if (!found) return std::nullopt;
+    const auto text = found.drawing->textOf(found.number, code);
     return text ? std::optional(toUtf8(*text)) : std::nullopt;
 }
 
 RecordAttributes recordAttributes(const AcApDocument* document, EntityName name) {
-    Drawing& drawing = drawingOf(document);
     RecordAttributes result;
-    const RecordNumber number = drawing.numberOf(name);
-    if (number == 0) return result;
-    const auto list = drawing.attributesOf(number);
+    const Located found = locate(*document, name);
+    if (!found) return result;
+    const auto list = found.drawing->attributesOf(found.number);
     for (const Attribute& attribute : list->items)
         result.items.push_back({attribute.name, attribute.value, attributeCost(attribute)});
     result.used = list->used();
@@ -142,7 +140,7 @@ void forEachInsert(const AcApDocument* document, std::wstring_view block,
         if (entry.type != insert || entry.has(kErased | kGone) || !drawing.isSpace(entry.container))
             continue;
         const auto name = drawing.textOf(number, 2);
-        if (name && upperCase(*name) == wanted) visit(infoOf(drawing, number));
+        if (name && upperCase(*name) == wanted) visit(infoOf({&drawing, number, nullptr}));
     }
 }
 

@@ -53,16 +53,20 @@ std::wstring Located::qualified(std::wstring_view symbol) const {
     return mount->name + L"|" + std::wstring(symbol);
 }
 
-Located locate(EntityName name) {
-    AcApDocument* document = currentDocument();
-    if (document == nullptr || name.isNone()) return {};
-    if (const RecordNumber own = document->drawing->numberOf(name))
-        return {document->drawing.get(), own, nullptr};
-    const Mount* mount = document->references->find(name.second);
+Located locate(const AcApDocument& document, EntityName name) {
+    if (name.isNone()) return {};
+    if (const RecordNumber own = document.drawing->numberOf(name))
+        return {document.drawing.get(), own, nullptr};
+    const Mount* mount = document.references->find(name.second);
     if (mount == nullptr || !mount->drawing) return {};
     const EntityName inside{name.first, mount->drawing->nameOf(1).second};
     const RecordNumber number = mount->drawing->numberOf(inside);
     return number == 0 ? Located{} : Located{mount->drawing.get(), number, mount};
+}
+
+Located locate(EntityName name) {
+    const AcApDocument* document = currentDocument();
+    return document == nullptr ? Located{} : locate(*document, name);
 }
 
 Drawing& References::drawingOf(const Mount* parent) const {

@@ -4,6 +4,7 @@
 #include "host/host.h"
 #include "host/xref_loader.h"
 
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <map>
@@ -86,7 +87,36 @@ private:
 /// Numbers drawings and mounts; never used again in the process.
 [[nodiscard]] std::int64_t nextDrawingNumber();
 
-/// The record of that name in the current document or in a drawing referenced by it.
+/// The record of that name in the current document, in the given one, or in a drawing referenced by
+/// it.
 [[nodiscard]] Located locate(EntityName name);
+[[nodiscard]] Located locate(const AcApDocument& document, EntityName name);
+
+// What a block shows; `owner` is null for blocks of the document's own drawing.
+
+/// Where the entities of a block stand: a reference's in model space of the referenced drawing,
+/// those of a layout in its space. The number is the container; a reference that is not loaded has
+/// no drawing.
+struct BlockEntities {
+    Drawing* drawing = nullptr;
+    Mount* mount = nullptr;
+    ContainerNumber container = kNoContainer;
+};
+[[nodiscard]] BlockEntities entitiesOf(AcApDocument& document, Mount* owner, ContainerNumber block);
+[[nodiscard]] Located firstEntityOf(AcApDocument& document, Mount* owner, ContainerNumber block);
+/// The base point: a loaded reference's is the insertion base of its drawing, where it has one.
+[[nodiscard]] std::array<double, 3> baseOf(AcApDocument& document, Mount* owner,
+                                           ContainerNumber block);
+
+/// How often each block is inserted by live records of the drawing, definitions included; by
+/// upper-case name.
+[[nodiscard]] std::map<std::wstring, std::size_t> countInserts(Drawing& drawing);
+/// Live main entities.
+[[nodiscard]] std::size_t countEntities(const Drawing& drawing, ContainerNumber container);
+
+/// The record of a symbol table that a look-up of the name finds: the document's own, else, for a
+/// qualified name, that of the referenced drawing.
+[[nodiscard]] Located resolveSymbol(AcApDocument& document, std::string_view table,
+                                    std::wstring_view name);
 
 }  // namespace mor::host

@@ -3,32 +3,11 @@
 #include "platform/runtime.h"
 
 #include <map>
-#include <set>
 #include <utility>
 
 namespace mor::host {
 
 namespace {
-
-/// How often each block is inserted by live records, definitions included.
-std::map<std::wstring, std::size_t> countInserts(Drawing& drawing) {
-    std::map<std::wstring, std::size_t> counts;
-    const std::uint16_t insert = drawing.typeNumber("INSERT");
-    for (RecordNumber number = 1; number <= drawing.lastRecord(); ++number) {
-        const RecordEntry& entry = drawing.entry(number);
-        if (entry.type != insert || entry.has(kErased | kGone)) continue;
-        if (const auto name = drawing.textOf(number, 2)) ++counts[upperCase(*name)];
-    }
-    return counts;
-}
-
-std::size_t countEntities(const Drawing& drawing) {
-    std::size_t count = 0;
-    for (RecordNumber at = drawing.nextMember(kModelSpace, 0); at != 0;
-         at = drawing.nextMember(kModelSpace, at))
-        if (!drawing.entry(at).has(kSubEntity)) ++count;
-    return count;
-}
 
 class Lister {
 public:
@@ -66,7 +45,7 @@ private:
         info.found = mount->path;
         info.tries = mount->tries;
         if (mount->drawing) {
-            info.entities = countEntities(*mount->drawing);
+            info.entities = countEntities(*mount->drawing, kModelSpace);
             info.hasStore = mount->drawing->findBlock(L"MOR_DWGFILES") != kNoContainer;
             if (info.inserts == 0) info.status = ReferenceStatus::Unreferenced;
         }

@@ -70,21 +70,6 @@ ResbufList symbolList(const Located& found, std::wstring_view table) {
     return list.take();
 }
 
-/// Model space's own block names the entities of the space.
-ContainerNumber entitiesOf(const Drawing& drawing, ContainerNumber block) {
-    const Container& container = drawing.container(block);
-    if (!container.layout) return block;
-    if (!container.paper) return kModelSpace;
-    const bool active = container.name.size() == std::string_view("*Paper_Space").size();
-    return active ? kPaperSpace : block;
-}
-
-/// Where a reference's coordinates begin: the referenced drawing's insertion base.
-void takeBase(const Mount& mount, double* base) {
-    const auto own = mount.drawing->insertionBase();
-    if (own) std::ranges::copy(*own, base);
-}
-
 /// A block as program lists show it. `owner` is null for blocks of the current drawing.
 ResbufList blockList(AcApDocument& document, Mount* owner, ContainerNumber block) {
     Drawing& drawing = owner == nullptr ? *document.drawing : *owner->drawing;
@@ -96,11 +81,7 @@ ResbufList blockList(AcApDocument& document, Mount* owner, ContainerNumber block
     const bool loaded = reference != nullptr && reference->drawing != nullptr;
     if (loaded) value |= kResolvedBit;
     if (owner != nullptr) value |= kDependentBit | kResolvedBit;
-    std::array<double, 3> base{};
-    for (std::size_t i = 0; i < 3; ++i)
-        if (const Tag* tag = record.find(10 * (static_cast<int>(i) + 1)))
-            base[i] = parseReal(record.value(*tag)).value_or(0.0);
-    if (loaded) takeBase(*reference, base.data());
+    const std::array<double, 3> base = baseOf(document, owner, block);
     ListBuilder list;
     list.text(0, L"BLOCK");
     list.text(2, (owner == nullptr ? L"" : owner->name + L"|") + drawing.containerName(block));
@@ -109,15 +90,8 @@ ResbufList blockList(AcApDocument& document, Mount* owner, ContainerNumber block
     if ((value & kReferenceBit) != 0)
         if (const Tag* path = record.find(1))
             list.text(1, drawing.text().decode(record.value(*path)));
-    if (loaded) {
-        const Located place{reference->drawing.get(), 0, reference};
-        const RecordNumber first = reference->drawing->nextMember(kModelSpace, 0);
-        if (first != 0) list.name(-2, place.nameOf(first));
-    } else if (reference == nullptr && (value & kReferenceBit) == 0) {
-        const Located place{&drawing, 0, owner};
-        const RecordNumber first = drawing.nextMember(entitiesOf(drawing, block), 0);
-        if (first != 0) list.name(-2, place.nameOf(first));
-    }
+    if (const Located first = firstEntityOf(document, owner, block))
+        list.name(-2, first.nameOf(first.number));
     return list.take();
 }
 
@@ -139,26 +113,8 @@ ResbufList findBlockList(AcApDocument& document, std::wstring_view name) {
 
 /// A symbol of the current drawing, else of one that it refers to.
 ResbufList findSymbolList(AcApDocument& document, std::wstring_view table, std::wstring_view name) {
-    const std::string narrowTable = narrow(table);
-    if (const RecordNumber own = document.drawing->findSymbol(narrowTable, name))
-        return symbolList({document.drawing.get(), own, nullptr}, table);
-    // Names of applications are the same in every drawing, never qualified.
-    if (name.find(L'|') == std::wstring_view::npos || table == L"APPID") return {};
-    const References::Target target = document.references->resolve(name);
-    if (isCommonSymbol(target.rest)) return {};  // layer 0 and the like are never qualified
-    // A referenced drawing's own record under a longer name overrides a nested one's.
-    for (Mount* mount = target.mount; mount != nullptr; mount = mount->parent) {
-        const std::wstring rest(name.substr(mount->name.size() + 1));
-        if (mount->parent != nullptr) {
-            const std::wstring outer(name.substr(mount->parent->name.size() + 1));
-            if (const RecordNumber over = mount->parent->drawing->findSymbol(narrowTable, outer))
-                return symbolList({mount->parent->drawing.get(), over, mount->parent}, table);
-        }
-        if (mount != target.mount) continue;
-        if (const RecordNumber found = mount->drawing->findSymbol(narrowTable, rest))
-            return symbolList({mount->drawing.get(), found, mount}, table);
-    }
-    return {};
+    const Located found = resolveSymbol(document, narrow(table), name);
+    return found ? symbolList(found, table) : ResbufList();
 }
 
 /// Where the walk over the table stands: a record, or a container for "BLOCK".

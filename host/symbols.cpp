@@ -1,0 +1,159 @@
+#include "host/document.h"
+#include "host/host.h"
+#include "host/reference.h"
+#include "platform/runtime.h"
+
+#include <string_view>
+#include <utility>
+
+namespace mor::host {
+
+namespace {
+
+constexpr std::string_view kActivePaper = "*Paper_Space";
+
+std::array<double, 3> pointOf(const TagList& record, int code) {
+    std::array<double, 3> point{};
+    for (std::size_t i = 0; i < point.size(); ++i)
+        if (const Tag* tag = record.find(code + 10 * static_cast<int>(i)))
+            point[i] = parseReal(record.value(*tag)).value_or(0.0);
+    return point;
+}
+
+}  // namespace
+
+std::map<std::wstring, std::size_t> countInserts(Drawing& drawing) {
+    std::map<std::wstring, std::size_t> counts;
+    const std::uint16_t insert = drawing.typeNumber("INSERT");
+    for (RecordNumber number = 1; number <= drawing.lastRecord(); ++number) {
+        const RecordEntry& entry = drawing.entry(number);
+        if (entry.type != insert || entry.has(kErased | kGone)) continue;
+        if (const auto name = drawing.textOf(number, 2)) ++counts[upperCase(*name)];
+    }
+    return counts;
+}
+
+std::size_t countEntities(const Drawing& drawing, ContainerNumber container) {
+    std::size_t count = 0;
+    for (RecordNumber at = drawing.nextMember(container, 0); at != 0;
+         at = drawing.nextMember(container, at))
+        if (!drawing.entry(at).has(kSubEntity)) ++count;
+    return count;
+}
+
+BlockEntities entitiesOf(AcApDocument& document, Mount* owner, ContainerNumber block) {
+    Drawing& drawing = owner == nullptr ? *document.drawing : *owner->drawing;
+    if (Mount* reference = document.references->mount(owner, block))
+        return {reference->drawing.get(), reference, kModelSpace};
+    const Container& container = drawing.container(block);
+    if (!container.layout)
+        return {isReferenceBlock(drawing, block) ? nullptr : &drawing, owner, block};
+    // The block of a space may be empty and its entities stand in the space itself.
+    const bool active = container.name.size() == kActivePaper.size();
+    return {&drawing, owner, !container.paper ? kModelSpace : active ? kPaperSpace : block};
+}
+
+Located firstEntityOf(AcApDocument& document, Mount* owner, ContainerNumber block) {
+    const BlockEntities found = entitiesOf(document, owner, block);
+    if (found.drawing == nullptr) return {};
+    const RecordNumber first = found.drawing->nextMember(found.container, 0);
+    return {found.drawing, first, found.mount};
+}
+
+std::array<double, 3> baseOf(AcApDocument& document, Mount* owner, ContainerNumber block) {
+    Drawing& drawing = owner == nullptr ? *document.drawing : *owner->drawing;
+    const Mount* reference = document.references->mount(owner, block);
+    if (reference != nullptr && reference->drawing)
+        if (const auto own = reference->drawing->insertionBase()) return *own;
+    return pointOf(drawing.current(drawing.container(block).head), 10);
+}
+
+Located resolveSymbol(AcApDocument& document, std::string_view table, std::wstring_view name) {
+    if (const RecordNumber own = document.drawing->findSymbol(table, name))
+        return {document.drawing.get(), own, nullptr};
+    // Names of applications are the same in every drawing, never qualified.
+    if (name.find(L'|') == std::wstring_view::npos || table == "APPID") return {};
+    const References::Target target = document.references->resolve(name);
+    if (target.mount == nullptr || isCommonSymbol(target.rest)) return {};
+    // A referring drawing's own record wins over that of the drawing it refers to, like the
+    // document's.
+    Located over;
+    for (const Mount* mount = target.mount->parent; mount != nullptr; mount = mount->parent) {
+        const std::wstring_view rest = name.substr(mount->name.size() + 1);
+        if (const RecordNumber outer = mount->drawing->findSymbol(table, rest))
+            over = {mount->drawing.get(), outer, mount};
+    }
+    if (over) return over;
+    Drawing& drawing = *target.mount->drawing;
+    return {&drawing, drawing.findSymbol(table, target.rest), target.mount};
+}
+
+namespace {
+
+/// A drawing that a path of references leads to; no drawing when there is none.
+struct Reached {
+    Drawing* drawing = nullptr;
+    Mount* mount = nullptr;
+
+    [[nodiscard]] SymbolInfo symbol(RecordNumber number, std::wstring text) const {
+        const Located found{drawing, number, mount};
+        std::wstring qualified = found.qualified(text);
+        return {found.nameOf(number), std::move(text), std::move(qualified)};
+    }
+};
+
+Reached reach(AcApDocument& document, std::wstring_view reference) {
+    if (reference.empty()) return {document.drawing.get(), nullptr};
+    const References::Target target = document.references->resolve(std::wstring(reference) + L"|");
+    if (target.mount == nullptr || !target.rest.empty()) return {};
+    return {target.mount->drawing.get(), target.mount};
+}
+
+}  // namespace
+
+std::vector<SymbolInfo> symbols(AcApDocument* document, std::wstring_view reference,
+                                std::string_view table) {
+    std::vector<SymbolInfo> result;
+    const Reached found = reach(*document, reference);
+    if (found.drawing == nullptr) return result;
+    const ContainerNumber container = found.drawing->findTable(table);
+    if (container == kNoContainer) return result;
+    for (RecordNumber at = found.drawing->nextMember(container, 0); at != 0;
+         at = found.drawing->nextMember(container, at))
+        if (auto text = found.drawing->textOf(at, 2))
+            result.push_back(found.symbol(at, std::move(*text)));
+    return result;
+}
+
+std::optional<EntityName> resolveSymbol(AcApDocument* document, std::string_view table,
+                                        std::wstring_view qualified) {
+    const Located found = resolveSymbol(*document, table, qualified);
+    return found ? std::optional(found.nameOf(found.number)) : std::nullopt;
+}
+
+std::vector<BlockInfo> blocks(AcApDocument* document, std::wstring_view reference) {
+    std::vector<BlockInfo> result;
+    const Reached found = reach(*document, reference);
+    if (found.drawing == nullptr) return result;
+    Drawing& drawing = *found.drawing;
+    std::map<std::wstring, std::size_t> inserts = countInserts(drawing);
+    for (ContainerNumber block = 1; block < drawing.containers().size(); ++block) {
+        const Container& container = drawing.container(block);
+        if (container.kind != ContainerKind::Block || container.head == 0) continue;
+        BlockInfo info;
+        info.symbol = found.symbol(container.head, drawing.containerName(block));
+        info.flags = drawing.integerOf(container.head, 70).value_or(0);
+        info.reference = isReferenceBlock(drawing, block);
+        info.layout = container.layout;
+        if (info.reference) info.path = drawing.textOf(container.head, 1).value_or(L"");
+        info.base = baseOf(*document, found.mount, block);
+        const BlockEntities entities = entitiesOf(*document, found.mount, block);
+        if (entities.drawing != nullptr)
+            info.entities = countEntities(*entities.drawing, entities.container);
+        info.inserts = inserts[upperCase(info.symbol.symbol)];
+        result.push_back(std::move(info));
+    }
+    return result;
+}
+
+}  // namespace mor::host
