@@ -268,6 +268,8 @@ struct BlockInfo {
 /// (0, 0, 1).
 using PlaneAxes = std::array<std::array<double, 3>, 3>;
 [[nodiscard]] PlaneAxes planeAxes(const std::array<double, 3>& normal);
+/// Sine and cosine of an angle in degrees; exact at the multiples of 90.
+[[nodiscard]] std::array<double, 2> sineAndCosine(double degrees);
 
 // ---- external references ------------------------------------------------------------------------
 
@@ -294,7 +296,8 @@ struct ReferenceInfo {
     std::wstring block;  ///< in the referring drawing
     bool overlay = false;
     ReferenceStatus status = ReferenceStatus::Unresolved;
-    std::wstring saved;  ///< path as the referring drawing has it
+    bool loaded = false;  ///< its file was read, whether an insert refers to it or not
+    std::wstring saved;   ///< path as the referring drawing has it
     std::filesystem::path found;
     std::vector<ReferenceTry> tries;
     std::size_t inserts = 0;   ///< live ones in the referring drawing, block definitions included

@@ -24,17 +24,6 @@ Vector normalised(const Vector& v) {
     return {v[0] / length, v[1] / length, v[2] / length};
 }
 
-/// Sine and cosine of an angle in degrees; exact at the multiples of 90.
-std::array<double, 2> sineAndCosine(double degrees) {
-    const double turn = std::fmod(degrees, 360.0);
-    if (turn == 0.0) return {0.0, 1.0};
-    if (turn == 90.0 || turn == -270.0) return {1.0, 0.0};
-    if (turn == 180.0 || turn == -180.0) return {0.0, -1.0};
-    if (turn == 270.0 || turn == -90.0) return {-1.0, 0.0};
-    const double radians = turn * (std::acos(-1.0) / 180.0);
-    return {std::sin(radians), std::cos(radians)};
-}
-
 double real(const TagList& record, int code, double missing) {
     const Tag* tag = record.find(code);
     return tag == nullptr ? missing : parseReal(record.value(*tag)).value_or(missing);
@@ -46,6 +35,16 @@ Vector vector(const TagList& record, int code, const Vector& missing) {
 }
 
 }  // namespace
+
+std::array<double, 2> sineAndCosine(double degrees) {
+    const double turn = std::fmod(degrees, 360.0);
+    if (turn == 0.0) return {0.0, 1.0};
+    if (turn == 90.0 || turn == -270.0) return {1.0, 0.0};
+    if (turn == 180.0 || turn == -180.0) return {0.0, -1.0};
+    if (turn == 270.0 || turn == -90.0) return {-1.0, 0.0};
+    const double radians = turn * (std::acos(-1.0) / 180.0);
+    return {std::sin(radians), std::cos(radians)};
+}
 
 PlaneAxes planeAxes(const std::array<double, 3>& given) {
     const Vector normal = normalised(given);

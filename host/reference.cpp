@@ -153,6 +153,7 @@ References::Target References::resolve(std::wstring_view qualified) {
 void References::forget(Mount& mount) {
     for (auto& [block, child] : mount.children) forget(*child);
     m_byNumber.erase(mount.number);
+    m_document.databases.erase(mount.number);
     if (!mount.path.empty()) m_drawings.erase(realPath(mount.path));
 }
 

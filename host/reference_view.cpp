@@ -45,6 +45,7 @@ private:
         info.found = mount->path;
         info.tries = mount->tries;
         if (mount->drawing) {
+            info.loaded = true;
             info.entities = countEntities(*mount->drawing, kModelSpace);
             info.hasStore = mount->drawing->findBlock(L"MOR_DWGFILES") != kNoContainer;
             if (info.inserts == 0) info.status = ReferenceStatus::Unreferenced;

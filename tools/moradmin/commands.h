@@ -26,8 +26,12 @@ enum Option : unsigned {
     kReplace = 2048,
     kScript = 4096,
     kRepairing = 8192,
-    kInside = 16384,     ///< --in and where references are looked for
-    kReferences = 32768  ///< --tree, --missing, -v
+    kInside = 16384,      ///< --in and where references are looked for
+    kReferences = 32768,  ///< --tree, --missing, -v
+    kLayers = 65536,      ///< --layer
+    kWalking = 131072,    ///< --type, --world, --count
+    kBlocks = 262144,     ///< --dump
+    kDrawing = 524288     ///< -o, --no-xrefs
 };
 
 /// One row of the command table, from which the command line, help and documentation come.
@@ -63,6 +67,13 @@ int runMove(const Options& options);
 int runInfo(Session& session, const Options& options);
 int runPut(Session& session, const Options& options);
 int runCat(Session& session, const Options& options);
+int runLayers(Session& session, const Options& options);
+int runBlocks(Session& session, const Options& options);
+int runEntities(Session& session, const Options& options);
+int runEntity(Session& session, const Options& options);
+int runPoint(Session& session, const Options& options);
+int runMatrix(Session& session, const Options& options);
+int runDraw(Session& session, const Options& options);
 int runLs(Session& session, const Options& options);
 int runFind(Session& session, const Options& options);
 int runRm(Session& session, const Options& options);

@@ -85,6 +85,29 @@ void addOptions(CLI::App& app, const Command& command, Options& options) {
     }
 }
 
+void addLookingOptions(CLI::App& app, const Command& command, Options& options) {
+    const auto has = [&command](Option option) { return (command.options & option) != 0; };
+    if (has(kLayers))
+        app.add_option("--layer", options.layers,
+                       "only on layers that match a wildcard pattern (repeatable; a comma splits)")
+            ->type_name("PATTERN")
+            ->expected(1);
+    if (has(kWalking)) {
+        app.add_option("--type", options.types, "only entities of these types, as LINE,ARC")
+            ->type_name("PATTERN")
+            ->expected(1);
+        app.add_flag("--world", options.world, "the points too, in coordinates of the drawing");
+        app.add_flag("--count", options.count, "only how many there are");
+    }
+    if (has(kBlocks))
+        app.add_flag("--dump", options.blockDump,
+                     "the library's own listing of the blocks of references");
+    if (!has(kDrawing)) return;
+    app.add_option("-o,--output", options.output, "write the picture to FILE instead of stdout")
+        ->type_name("FILE");
+    app.add_flag("--no-xrefs", options.noReferences, "leave out external references");
+}
+
 void addReferenceOptions(CLI::App& app, const Command& command, Options& options) {
     if ((command.options & kInside) != 0)
         app.add_option("--in", options.inside,
@@ -146,6 +169,7 @@ void unmark(std::string& word) {
 
 void unmarkAll(Options& options) {
     std::ranges::for_each(options.arguments, unmark);
+    std::ranges::for_each(options.layers, unmark);
     for (std::string* word : {&options.drawing, &options.output, &options.release}) unmark(*word);
     if (options.fileValue) unmark(*options.fileValue);
 }
@@ -187,6 +211,7 @@ std::unique_ptr<CLI::App> makeApp(Options& options) {
         CLI::App* sub = app->add_subcommand(std::string(command.name), std::string(command.help));
         addArguments(*sub, command, options);
         addOptions(*sub, command, options);
+        addLookingOptions(*sub, command, options);
         if ((command.options & (kInside | kReferences)) != 0)
             addReferenceOptions(*sub, command, options);
         if ((command.options & kRepairing) != 0) addRepairOptions(*sub, options);

@@ -35,6 +35,12 @@ struct Options {
     bool tree = false;
     bool missing = false;
     bool verbose = false;
+    std::vector<std::string> layers;  ///< --layer: patterns
+    std::vector<std::string> types;   ///< --type: patterns
+    bool world = false;
+    bool count = false;
+    bool blockDump = false;
+    bool noReferences = false;
     std::optional<std::string> script;  ///< run: the commands themselves
     bool asString = false;
     std::optional<std::string> fileValue;

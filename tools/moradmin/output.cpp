@@ -144,6 +144,25 @@ std::string typeName(const CMORAdsLispVar& value) {
     return "nil";
 }
 
+std::string pointText(const std::array<double, 3>& point) {
+    std::string text;
+    for (const double coordinate : point)
+        text += (text.empty() ? "" : " ") + host::lispText(host::makeReal(coordinate));
+    return text;
+}
+
+std::string oneLine(const std::string& text) {
+    std::string result;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte >= 0x20)
+            result += c;
+        else
+            result.append({'^', static_cast<char>(byte + 0x40)});
+    }
+    return result;
+}
+
 bool onTerminal() { return ::isatty(STDOUT_FILENO) == 1; }
 
 std::string coloured(const std::string& text, bool directory) {

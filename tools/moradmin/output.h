@@ -4,6 +4,7 @@
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/options.h"
 
+#include <array>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
@@ -29,6 +30,11 @@ void printJson(const Json& object);
 [[nodiscard]] Json jsonValue(const CMORAdsLispVar& value);
 /// `nil`, `integer`, `real`, `string`, `entity`, `list` or `dotted`.
 [[nodiscard]] std::string typeName(const CMORAdsLispVar& value);
+
+/// "X Y Z", each with the shortest digits that read back to the same bits.
+[[nodiscard]] std::string pointText(const std::array<double, 3>& point);
+/// A text in which control characters are written as ^J and the like.
+[[nodiscard]] std::string oneLine(const std::string& text);
 
 /// Whether stdout is a terminal: columns and headings there, plain lines elsewhere.
 [[nodiscard]] bool onTerminal();

@@ -150,11 +150,13 @@ const char* stateName(StoreState::Kind kind) {
 }  // namespace
 
 int runInfo(Session& session, const Options& options) {
-    const host::DocumentInfo info = host::documentInfo(session.document());
     const StoreState& state = session.state();
+    const host::DocumentInfo& info = session.info();
+    const std::string path = session.reference().empty() ? session.file() : info.path.string();
     const StoreTotals totals = totalsOf(state);
     Json object = jsonHead(options);
-    object["path"] = session.file();
+    object["path"] = path;
+    if (!session.reference().empty()) object["reference"] = utf8(session.reference());
     object["release"] = host::releaseName(info.release);
     object["version"] = info.version;
     object["codePage"] = info.codePage;
@@ -171,7 +173,7 @@ int runInfo(Session& session, const Options& options) {
         printJson(object);
         return kDone;
     }
-    std::cout << "drawing   " << session.file() << "\n"
+    std::cout << "drawing   " << path << "\n"
               << "release   " << host::releaseName(info.release) << " ("
               << (info.version.empty() ? "no $ACADVER" : info.version) << ")\n"
               << "text      " << info.encoding << ", " << info.lineEnd << "\n"

@@ -1,3 +1,5 @@
+#include "tools/moradmin/references.h"
+
 #include "host/host.h"
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
@@ -99,6 +101,13 @@ bool listOne(const Options& options, const std::string& file) {
 }
 
 }  // namespace
+
+std::vector<std::wstring> loadedReferences(const Session& session) {
+    std::vector<std::wstring> names;
+    for (const host::ReferenceInfo& info : host::references(session.document()))
+        if (info.loaded) names.push_back(info.name);
+    return names;
+}
 
 int runReferences(const Options& options) {
     return overDrawings(options, [&options](const std::string& file) {

@@ -77,59 +77,6 @@ Session::Session(const Options& options) : Session(options.drawing) {
     if (!options.inside.empty()) enter(options.inside);
 }
 
-namespace {
-
-/// The insert by which a reference is looked through: its own handle, or the first one of the
-/// block.
-std::string findInsert(const Session& session, const std::string& word) {
-    const std::wstring name = wide(word);
-    std::string handle;
-    host::forEachInsert(session.document(), name, [&](const host::RecordInfo& info) {
-        if (handle.empty() && info.handle != 0) handle = host::handleText(info.handle);
-    });
-    if (!handle.empty()) return handle;
-    if (host::hasBlock(session.document(), name))
-        throw Failure(kRefused, session.message(word + " is attached but nowhere inserted"), word);
-    const auto record = host::findHandle(session.document(), name);
-    if (!record || host::recordInfo(session.document(), *record)->type != "INSERT")
-        throw Failure(
-            kRefused,
-            session.message("there is no reference \"" + word + "\" and no insert of that handle"),
-            word);
-    return word;
-}
-
-const host::ReferenceInfo* findReference(const std::vector<host::ReferenceInfo>& all,
-                                         std::wstring_view name) {
-    const auto found = std::ranges::find_if(
-        all, [name](const host::ReferenceInfo& info) { return equalNoCase(info.name, name); });
-    return found == all.end() ? nullptr : &*found;
-}
-
-}  // namespace
-
-void Session::enter(const std::string& reference) {
-    const std::wstring handle = wide(findInsert(*this, reference));
-    const auto record = host::findHandle(m_document, handle);
-    const std::wstring block = wide(host::recordGroup(m_document, *record, 2).value_or(""));
-    const std::vector<host::ReferenceInfo> all = host::references(m_document);
-    const host::ReferenceInfo* info = findReference(all, block);
-    if (info == nullptr)
-        throw Failure(kRefused, message(reference + " is no external reference"), reference);
-    if (info->status != host::ReferenceStatus::Loaded) {
-        std::string why;
-        for (const host::ReferenceTry& attempt : info->tries)
-            why += "; " + attempt.path.string() + ": " + attempt.why;
-        throw Failure(kRefused, message("the reference " + utf8(block) + " is not loaded" + why),
-                      reference);
-    }
-    if (!mor_xref::SwitchGlobalView(handle.c_str()))
-        throw Failure(kRefused,
-                      message("the reference " + utf8(block) + " has no entities to look through"),
-                      reference);
-    m_inside = info->found.string();
-}
-
 void setReferencePlaces(const Options& options) {
     std::vector<std::filesystem::path> folders(options.referenceFolders.begin(),
                                                options.referenceFolders.end());
@@ -163,18 +110,28 @@ Session::~Session() {
     host::closeDocument(m_document);
 }
 
+void Session::learn(const AcApDocument* document) {
+    m_state = walkStore(document);
+    m_info = host::documentInfo(document);
+}
+
 const StoreState& Session::state() {
     if (m_state) return *m_state;
     if (m_inside.empty()) {
-        m_state = walkStore(m_document);
+        learn(m_document);
         return *m_state;
     }
     // The records of the reference are those of its own file.
     const auto opened = host::openDocument(m_inside);
     if (!opened) throw Failure(opened.error());
-    m_state = walkStore(opened.value());
+    learn(opened.value());
     host::closeDocument(opened.value());
     return *m_state;
+}
+
+const host::DocumentInfo& Session::info() {
+    static_cast<void>(state());  // learns it too
+    return *m_info;
 }
 
 const StoreState& Session::safeState() {

@@ -61,8 +61,22 @@ public:
 
     [[nodiscard]] AcApDocument* document() const { return m_document; }
     [[nodiscard]] const std::string& file() const { return m_file; }
-    /// What the records say, as loaded.
+    /// What the records say, as loaded; of the referenced drawing when one is looked through.
     [[nodiscard]] const StoreState& state();
+    /// Facts about the file, the referenced drawing's likewise.
+    [[nodiscard]] const host::DocumentInfo& info();
+
+    /// The reference that is looked through, by the path of references: PLAN, PLAN|CORE; empty for
+    /// the drawing itself.
+    [[nodiscard]] const std::wstring& reference() const { return m_reference; }
+    /// The space of the drawing or of the reference, as the global view sees it.
+    [[nodiscard]] const CMORCadView& view() const { return *CMORCadView::getTheGlobalObject(); }
+    /// What carries coordinates of that space into the drawing's own: the view's transformation,
+    /// behind those of the references on the way. Throws Failure.
+    [[nodiscard]] CMORMathTransMatrix placement() const;
+    /// The block definition in which the first insert on the way stands; empty for a space of the
+    /// drawing. The placement then leads to the coordinates of that definition.
+    [[nodiscard]] const std::string& placedIn() const { return m_placedIn; }
     /// The same, after a refusal when a look-up would do harm (exit 4).
     [[nodiscard]] const StoreState& safeState();
     /// Whether there is a store with directories in it; refuses like `safeState`.
@@ -84,13 +98,20 @@ public:
     }
 
 private:
-    void enter(const std::string& reference);
+    void enter(const std::string& words);
+    [[nodiscard]] mor::EntityName findInsert(const std::string& word);
+    [[nodiscard]] mor::EntityName findInsertBelow(const std::string& word);
+    void goThrough(mor::EntityName insert, const std::string& word);
+    void learn(const AcApDocument* document);
 
     std::string m_file;
-    std::string
-        m_inside;  ///< file of the reference that is looked through; empty for the drawing itself
     AcApDocument* m_document = nullptr;
+    std::wstring m_reference;
+    std::string m_inside;                    ///< file of the reference
+    std::vector<mor::EntityName> m_inserts;  ///< on the way to it, from the drawing's own on
+    std::string m_placedIn;
     std::optional<StoreState> m_state;
+    std::optional<host::DocumentInfo> m_info;
     std::unique_ptr<Store> m_store;
 };
 

@@ -1,0 +1,176 @@
+#include "tests/support/dxf_drawing.h"
+#include "tests/tool/tool_test.h"
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace mor::test {
+namespace {
+
+using nlohmann::json;
+
+/// A drawing that attaches PLAN (turned by 90 degrees, doubled, moved; CORE in it), inserts an
+/// ordinary block and a reference whose file is missing, and holds a layer of PLAN's itself.
+class Looking : public ToolTest {
+protected:
+    void SetUp() override {
+        ToolTest::SetUp();
+        static_cast<void>(DxfDrawing{.layers = {"0", "SHAFT;70 0;62 5"},
+                                     .entities = lineEntity("F1", "SHAFT") + lineEntity("A1", "0")}
+                              .save("core.dxf"));
+        m_plan = DxfDrawing{.layers = {"0", "WALLS;70 1;62 -3", "Doors;70 4;62 6", "~odd"},
+                            .blocks = blockDefinition("DOOR", lineEntity("B1", "0"), 2) +
+                                      referenceDefinition("CORE", "core.dxf"),
+                            .entities = lineEntity("A1", "WALLS") + lineEntity("A2", "Doors") +
+                                        insertEntity("A3", "Doors", "DOOR") +
+                                        insertEntity("A4", "0", "CORE", "10 5.0;20 0.0;30 1.0;") +
+                                        "0 CIRCLE;5 A5;8 ~odd;10 1.0;20 2.0;30 0.0;40 1.0;"}
+                     .save("plan.dxf")
+                     .string();
+        m_host =
+            DxfDrawing{
+                .layers = {"0", "WALLS", "PLAN|WALLS;70 0;62 2"},
+                .blocks = blockDefinition("GATE", lineEntity("D1", "0")) +
+                          blockDefinition("PLAN|DOOR", "", 1) +
+                          referenceDefinition("PLAN", "plan.dxf") +
+                          referenceDefinition("LOST", "gone\\lost.dwg"),
+                .entities = lineEntity("A1", "WALLS") +
+                            insertEntity("10", "0", "PLAN",
+                                         "10 100.0;20 200.0;30 0.0;41 2.0;42 2.0;43 2.0;50 90.0;") +
+                            insertEntity("12", "WALLS", "GATE") + insertEntity("13", "0", "LOST") +
+                            "0 TEXT;5 A2;8 WALLS;10 0.0;20 0.0;40 1.0;1 a^Jb;67 1;"}
+                .save("host.dxf")
+                .string();
+    }
+    [[nodiscard]] std::string out(std::vector<std::string> words, int code = 0) const {
+        words.insert(words.begin() + 1, m_host);
+        const Outcome outcome = run(std::move(words));
+        EXPECT_EQ(outcome.code, code) << outcome.err;
+        return outcome.out;
+    }
+    [[nodiscard]] std::string error(std::vector<std::string> words, int code) const {
+        words.insert(words.begin() + 1, m_host);
+        const Outcome outcome = run(std::move(words));
+        EXPECT_EQ(outcome.code, code) << outcome.out;
+        return outcome.err;
+    }
+    /// The handles that a listing begins its lines with.
+    [[nodiscard]] std::string handles(std::vector<std::string> words, int code = 0) const {
+        std::istringstream lines(out(std::move(words), code));
+        std::string all;
+        for (std::string line; std::getline(lines, line);)
+            all += (all.empty() ? "" : " ") + line.substr(0, line.find('\t'));
+        return all;
+    }
+
+    std::string m_host;
+    std::string m_plan;
+};
+
+TEST_F(Looking, LayersStandBesideWhatTheDrawingSaysOfThem) {
+    EXPECT_EQ(out({"layers"}),
+              "0\t7\tCONTINUOUS\ton\t7 CONTINUOUS on\t-\n"
+              "WALLS\t7\tCONTINUOUS\ton\t7 CONTINUOUS on\t-\n"
+              "PLAN|WALLS\t2\tCONTINUOUS\ton\t2 CONTINUOUS on\t3 CONTINUOUS off,frozen\n"
+              "PLAN|Doors\t6\tCONTINUOUS\tlocked\t-\t6 CONTINUOUS locked\n"
+              "PLAN|~odd\t7\tCONTINUOUS\ton\t-\t7 CONTINUOUS on\n"
+              "PLAN|CORE|SHAFT\t5\tCONTINUOUS\ton\t-\t5 CONTINUOUS on\n");
+    const json layer = json::parse(out({"layers", "--json", "--in", "PLAN"}))["layers"][1];
+    EXPECT_EQ(layer["name"], "WALLS");
+    EXPECT_EQ(layer["qualified"], "PLAN|WALLS");
+    EXPECT_EQ(layer["frozen"], false);
+    EXPECT_EQ(layer["host"]["color"], 2);
+    EXPECT_EQ(layer["reference"]["frozen"], true);
+}
+
+TEST_F(Looking, BlocksStandBesideWhatTheDrawingSaysOfThem) {
+    EXPECT_EQ(out({"blocks"}),
+              "GATE\t-\t1\t1\t0.0 0.0 0.0\t-\t0 0.0 0.0 0.0\n"
+              "PLAN\treference,resolved\t5\t1\t0.0 0.0 0.0\tplan.dxf\t4 0.0 0.0 0.0\n"
+              "LOST\treference\t0\t1\t0.0 0.0 0.0\tgone\\lost.dwg\t4 0.0 0.0 0.0\n"
+              "PLAN|DOOR\tattributes,dependent,resolved\t1\t1\t0.0 0.0 0.0\t-\t1 0.0 0.0 0.0\n"
+              "PLAN|CORE\treference,dependent,resolved\t2\t1\t0.0 0.0 0.0\tcore.dxf\t-\n");
+    const json block = json::parse(out({"blocks", "--json", "--in", "PLAN"}))["blocks"][0];
+    EXPECT_EQ(block["name"], "DOOR");
+    EXPECT_EQ(block["flags"], 50);
+    EXPECT_EQ(block["host"]["flags"], 1);
+    const std::string dump = out({"blocks", "--dump", "--in", "PLAN"});
+    EXPECT_NE(dump.find("Members of xref [PLAN]\n"), std::string::npos);
+    EXPECT_NE(dump.find("[DOOR                ] xref: 0 ovl: 0 att: 1"), std::string::npos);
+    EXPECT_NE(error({"blocks", "--dump"}, 6).find("LOST has no entities"), std::string::npos);
+    EXPECT_EQ(error({"blocks", "--dump", "--json"}, 2).substr(0, 1), "{");
+}
+
+TEST_F(Looking, EntitiesAreChosenByLayerAndType) {
+    EXPECT_EQ(out({"entities"}),
+              "A1\tLINE\tWALLS\tModelSpace\n10\tINSERT\t0\tModelSpace\n"
+              "12\tINSERT\tWALLS\tModelSpace\n13\tINSERT\t0\tModelSpace\n"
+              "A2\tTEXT\tWALLS\t*Paper_Space\n");
+    EXPECT_EQ(handles({"entities", "--layer", "w*"}), "A1 12 A2");
+    EXPECT_EQ(handles({"entities", "--layer", "~w*", "--type", "line,ins*"}), "10 13");
+    EXPECT_EQ(handles({"entities", "--in", "PLAN"}), "A1 A2 A3 A4 A5");
+    EXPECT_EQ(out({"entities", "--in", "PLAN", "--layer", "wa*", "--type", "LINE"}),
+              "A1\tLINE\tPLAN|WALLS\tPLAN\n");
+    // Each alternative is qualified; a leading ~ stands for itself then.
+    EXPECT_EQ(handles({"entities", "--in", "PLAN", "--layer", "WALLS,~odd"}), "A1 A5");
+    EXPECT_EQ(handles({"entities", "--in", "PLAN", "--layer", "*"}), "A1 A2 A3 A4 A5");
+    EXPECT_EQ(out({"entities", "--in", "10", "--count", "--type", "INSERT"}), "2\n");
+    EXPECT_EQ(out({"entities", "--layer", "NONE", "--count"}, 1), "0\n");
+    EXPECT_EQ(handles({"entities", "--layer", "NONE"}, 1), "");
+}
+
+TEST_F(Looking, PointsAreCarriedIntoTheDrawing) {
+    EXPECT_EQ(out({"point", "--in", "PLAN", "1", "-2", "3"}), "104.0 202.0 6.0\n");
+    EXPECT_EQ(out({"point", "--in", "10", "1", "0"}), "100.0 202.0 0.0\n");
+    EXPECT_EQ(out({"matrix", "--in", "PLAN"}),
+              "0.0 -2.0 0.0 100.0\n2.0 0.0 0.0 200.0\n0.0 0.0 2.0 0.0\n0.0 0.0 0.0 1.0\n");
+    EXPECT_EQ(out({"entities", "--world", "--in", "PLAN", "--type", "LINE", "--layer", "Doors"}),
+              "A2\tLINE\tPLAN|Doors\tPLAN\t100.0 200.0 0.0\t100.0 202.0 0.0\n");
+    const json matrix = json::parse(out({"matrix", "--json", "--in", "PLAN"}))["matrix"];
+    EXPECT_EQ(matrix[1], json::parse("[2.0, 0.0, 0.0, 200.0]"));
+}
+
+TEST_F(Looking, NestedReferencesAreReachedByTheirPath) {
+    EXPECT_EQ(handles({"entities", "--in", "PLAN|CORE"}), "F1 A1");
+    EXPECT_EQ(handles({"entities", "--in", "10|a4"}), "F1 A1");
+    // Moved by (5, 0, 1) within PLAN, then doubled, turned and moved with it.
+    EXPECT_EQ(out({"point", "--in", "PLAN|CORE", "1", "0"}), "100.0 212.0 2.0\n");
+    EXPECT_EQ(out({"entities", "--in", "PLAN|CORE", "--layer", "SHAFT"}),
+              "F1\tLINE\tPLAN|CORE|SHAFT\tPLAN|CORE\n");
+    EXPECT_NE(error({"entities", "--in", "PLAN|NONE"}, 6).find("PLAN has no insert"),
+              std::string::npos);
+    EXPECT_EQ(error({"entities", "--in", "PLAN|A3"}, 6).substr(0, 9), "moradmin:");
+}
+
+TEST_F(Looking, OneRecordShowsGroupsAndAttributes) {
+    EXPECT_EQ(run({"put", m_plan, "/cfg/x", "(1 2)"}).code, 0);
+    const json anchor = json::parse(out({"entity", "A1", "--json", "--in", "PLAN"}));
+    EXPECT_EQ(anchor["layer"], "PLAN|WALLS");
+    EXPECT_EQ(anchor["groups"][3], json::parse(R"({"code":10,"value":0.0})"));
+    EXPECT_NE(out({"entity", "A2"}).find("1\ta^Jb\n"), std::string::npos);
+    EXPECT_EQ(json::parse(out({"entity", "A1", "--json"}))["layer"], "WALLS");
+    EXPECT_NE(error({"entity", "FF"}, 6).find("no record has the handle FF"), std::string::npos);
+    const std::string rows = run({"entities", m_plan, "--layer", "MOR*"}).out;
+    const std::string directory = rows.substr(rows.find('\n') + 1, 2);
+    EXPECT_NE(run({"entity", m_plan, directory}).out.find("attribute\tx\t(1 2)\n"),
+              std::string::npos)
+        << rows;
+}
+
+TEST_F(Looking, WrongCallsSayWhatWouldWork) {
+    EXPECT_NE(error({"point", "1", "2"}, 2).find("--in NAME"), std::string::npos);
+    EXPECT_NE(error({"point", "--in", "PLAN", "1", "x"}, 2).find("\"x\" is no coordinate"),
+              std::string::npos);
+    EXPECT_NE(error({"matrix", "--in", "GATE"}, 6).find("is no external reference"),
+              std::string::npos);
+    EXPECT_NE(error({"matrix", "--in", "LOST"}, 6).find("lost.dxf: not there"), std::string::npos);
+    EXPECT_NE(error({"matrix", "--in", "A1"}, 6).find("no insert of that handle"),
+              std::string::npos);
+}
+
+}  // namespace
+}  // namespace mor::test

@@ -1,0 +1,73 @@
+#include "tools/moradmin/commands.h"
+#include "tools/moradmin/failure.h"
+#include "tools/moradmin/output.h"
+#include "tools/moradmin/painter.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <string>
+#include <system_error>
+
+namespace mor::tool {
+
+namespace {
+
+/// A picture must not take the place of a drawing.
+void refuseDrawings(const Session& session, const std::string& output) {
+    const auto same = [&output](const std::filesystem::path& file) {
+        std::error_code ignored;
+        return std::filesystem::equivalent(file, output, ignored);
+    };
+    bool taken = same(session.file());
+    for (const host::ReferenceInfo& reference : host::references(session.document()))
+        taken = taken || (!reference.found.empty() && same(reference.found));
+    if (taken)
+        throw Failure(kUsage, output + " is a drawing; name another file for the picture, as -o " +
+                                  std::filesystem::path(output).stem().string() + ".svg");
+}
+
+void writeTo(const std::string& output, const Picture& picture, const std::string& title) {
+    std::ofstream file(output, std::ios::binary | std::ios::trunc);
+    picture.write(file, title);
+    file.close();
+    if (!file)
+        throw Failure(kUnwritable, output +
+                                       ": the picture cannot be written; is there such a "
+                                       "folder, and room in it?");
+}
+
+void printSummary(const Options& options, const Painter& painter) {
+    Json object = jsonHead(options);
+    object["output"] = options.output;
+    object["elements"] = painter.picture().elements();
+    object["leftOut"] = painter.leftOut();
+    object["missing"] = painter.missing();
+    printJson(object);
+}
+
+}  // namespace
+
+int runDraw(Session& session, const Options& options) {
+    if (options.json && options.output.empty())
+        throw Failure(kUsage, "draw --json wants -o FILE: the picture itself is no JSON");
+    if (!options.output.empty()) refuseDrawings(session, options.output);
+    if (!session.placedIn().empty())
+        printNote(session.message("the insert stands in the block " + session.placedIn() +
+                                  ": it is drawn in the coordinates of that block"));
+    Painter painter(session, {options.layers, !options.noReferences});
+    painter.paint();
+    if (options.output.empty())
+        painter.picture().write(std::cout, session.file());
+    else
+        writeTo(options.output, painter.picture(), session.file());
+    for (const auto& [why, count] : painter.leftOut())
+        printNote(session.message("not drawn: " + std::to_string(count) + " " + why));
+    for (const auto& [path, count] : painter.missing())
+        printNote(session.message("missing reference, drawn as a box: " + path));
+    if (painter.picture().elements() == 0) printNote(session.message("there is nothing to draw"));
+    if (options.json) printSummary(options, painter);
+    return kDone;
+}
+
+}  // namespace mor::tool

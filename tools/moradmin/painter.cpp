@@ -1,0 +1,289 @@
+#include "tools/moradmin/painter.h"
+
+#include "platform/entity.h"
+#include "platform/entity_calls.h"
+#include "platform/owned.h"
+#include "platform/runtime.h"
+#include "platform/table_calls.h"
+#include "tools/moradmin/colours.h"
+#include "tools/moradmin/failure.h"
+#include "tools/moradmin/output.h"
+#include "xref/space_iterator.h"
+#include "xref/xref_view.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
+namespace mor::tool {
+
+namespace {
+
+constexpr int kFrozen = 1;
+constexpr int kInvisibleAttribute = 1;
+/// A drawing whose blocks multiply to more than this is drawn in part.
+constexpr std::size_t kMostElements = 2'000'000;
+constexpr std::size_t kMostVisited = 20'000'000;
+constexpr std::size_t kDeepest = 64;
+/// Coordinates larger than this are shifted: viewers of pictures calculate with seven digits.
+constexpr double kLargest = 1e5;
+constexpr double kShiftStep = 1000.0;
+
+constexpr const char* kTooMany = "beyond two million elements";
+constexpr const char* kHiddenLayer = "on layers that are off or frozen";
+
+/// The first entity of a block; none for an empty or unknown one.
+std::optional<mor::EntityName> firstEntity(const std::wstring& block, bool& known) {
+    const mor::ResbufList record{acdbTblSearch(L"BLOCK", block.c_str(), 0)};
+    known = static_cast<bool>(record);
+    const resbuf* first = mor::findGroup(record, -2);
+    return first == nullptr ? std::nullopt : std::optional(mor::EntityName(first->resval.rlname));
+}
+
+std::wstring blockOf(mor::EntityName insert) {
+    ads_name words{};
+    insert.copyTo(words);
+    CMOREntity entity;
+    const wchar_t* block = nullptr;
+    if (!entity.Connect(words) || !entity.GetEntityEntry(2, block) || block == nullptr) return {};
+    return block;
+}
+
+bool isSubEntity(const std::string& type) {
+    return type == "ATTRIB" || type == "VERTEX" || type == "SEQEND";
+}
+
+CMORMathTransMatrix moved(const CMORMathTransMatrix& placement, const Point& by) {
+    CMORMathTransMatrix result = placement;
+    const Point step = turned(placement, by);
+    for (std::size_t row = 0; row < 3; ++row) result.rows[row][3] += step[row];
+    return result;
+}
+
+/// Where the first point of the first entity that has one lies: what large coordinates are counted
+/// from.
+Point shiftOf(const Session& session, const CMORMathTransMatrix& placement) {
+    MOR_SpaceIterator entities(session.view());
+    while (const ads_name* name = entities()) {
+        const std::vector<Point> points = pointsOf(session.document(), mor::EntityName(*name));
+        if (points.empty()) continue;
+        Point shift = transformed(placement, points.front());
+        for (double& coordinate : shift)
+            coordinate = std::fabs(coordinate) > kLargest
+                             ? std::floor(coordinate / kShiftStep) * kShiftStep
+                             : 0.0;
+        return shift;
+    }
+    return {};
+}
+
+}  // namespace
+
+Painter::Painter(Session& session, const Choice& choice)
+    : m_session(session),
+      m_patterns(choice.layers),
+      m_references(choice.references),
+      m_prefix(session.reference().empty() ? "" : utf8(session.reference()) + "|"),
+      m_picture(shiftOf(session, session.placement())),
+      m_known(host::references(session.document())) {}
+
+void Painter::paint() {
+    Inserted top{m_session.placement(), utf8(m_session.reference()), {}, paletteColour(7), {}};
+    std::vector<mor::EntityName> names;
+    MOR_SpaceIterator entities(m_session.view());
+    while (const ads_name* name = entities()) names.emplace_back(*name);
+    std::ranges::sort(names);  // later ones are drawn over earlier ones
+    for (const mor::EntityName& name : names) paintEntity(name, top);
+}
+
+void Painter::paintEntity(mor::EntityName name, const Inserted& where) {
+    ads_name words{};
+    name.copyTo(words);
+    CMOREntity entity;
+    short paper = 0;
+    if (!entity.Connect(words)) return;
+    const std::string type = utf8(entity.Type().GetString());
+    if (isSubEntity(type) || type == "ATTDEF" || type == "VIEWPORT") return;
+    if (entity.GetGroupShort(67, &paper) && paper != 0) return;  // of a layout
+    if (m_picture.elements() >= kMostElements || m_visited >= kMostVisited)
+        return leaveOut(kTooMany);
+    ++m_visited;
+    const Origin origin{utf8(entity.Handle().GetString()), utf8(entity.GetLayer(nullptr)), type,
+                        where.reference};
+    const bool inherits = origin.layer == "0" && !where.layer.empty();
+    const std::string& layerName = inherits ? where.layer : origin.layer;
+    const Layer& shown = layer(layerName);
+    const EntityRecord record(m_session.document(), name);
+    const std::string colour = colourOf(record, shown, where);
+    if (record.integer(60) != 0) return leaveOut("invisible");
+    if (type == "INSERT") {
+        if (shown.frozen) return leaveOut(kHiddenLayer);
+        return paintInsert(name, record, origin, layerName, colour, where);
+    }
+    if (!wanted(layerName)) return;
+    if (shown.frozen || shown.off) return leaveOut(kHiddenLayer);
+    if (type == "DIMENSION") return paintDimension(record, origin, layerName, colour, where);
+    const auto shape =
+        shapeOf(m_session.document(), name, record, where.placement, m_picture.shift());
+    if (!shape) return leaveOut(type == "POLYLINE" && isMesh(record) ? "POLYLINE meshes" : type);
+    m_picture.add(origin, *shape, colour);
+}
+
+void Painter::paintInsert(mor::EntityName name, const EntityRecord& record, const Origin& origin,
+                          const std::string& layerName, const std::string& colour,
+                          const Inserted& where) {
+    const std::wstring block = blockOf(name);
+    const host::ReferenceInfo* reference = findReference(block);
+    if (reference != nullptr && skipsReference(*reference)) return;
+    if (reference != nullptr && !reference->loaded)
+        return paintMissing(record, origin, *reference, where);
+    const bool nested = !where.reference.empty() || !where.blocks.empty();
+    const auto own = placementOf(name, reference != nullptr, nested);
+    bool known = false;
+    const auto first = firstEntity(block, known);
+    const std::wstring key = upperCase(block);
+    if (!known || !own) return leaveOut("INSERT of a block that is not there");
+    if (where.blocks.size() >= kDeepest ||
+        std::ranges::find(where.blocks, key) != where.blocks.end())
+        return leaveOut("INSERT of a block within itself");
+    paintAttributes(name, where);
+    if (!first) return;
+    Inserted inner{{}, where.reference, layerName, colour, where.blocks};
+    if (reference != nullptr) inner.reference = utf8(reference->name);
+    inner.blocks.push_back(key);
+    m_picture.open(origin, utf8(block));
+    paintCells(*first, record, *own, where.placement, inner);
+    m_picture.close();
+}
+
+void Painter::paintCells(mor::EntityName first, const EntityRecord& insert,
+                         const CMORMathTransMatrix& own, const CMORMathTransMatrix& owner,
+                         Inserted& inner) {
+    const host::PlaneAxes axes = insert.plane();
+    const auto [sine, cosine] = host::sineAndCosine(insert.real(50));
+    const Point along = fromPlane(axes, {cosine, sine, 0.0});
+    const Point upwards = fromPlane(axes, {-sine, cosine, 0.0});
+    const int columns = std::max(insert.integer(70, 1), 1);
+    const int rows = std::max(insert.integer(71, 1), 1);
+    for (int row = 0; row < rows; ++row)
+        for (int column = 0; column < columns; ++column) {
+            // The cells lie along the turned axes; the first one is the insert itself.
+            const Point by = column * insert.real(44) * along + row * insert.real(45) * upwards;
+            inner.placement = product(moved(owner, by), own);
+            const std::size_t before = m_picture.elements();
+            paintBlock(first, inner);
+            if (m_picture.elements() == before || m_visited >= kMostVisited) return;
+        }
+}
+
+void Painter::paintBlock(mor::EntityName first, const Inserted& inner) {
+    ads_name at{};
+    first.copyTo(at);
+    do {
+        paintEntity(mor::EntityName(at), inner);
+    } while (acdbEntNext(at, at) == RTNORM);
+}
+
+/// The texts behind an insert, in the coordinates of its owner.
+void Painter::paintAttributes(mor::EntityName insert, const Inserted& where) {
+    ads_name at{};
+    insert.copyTo(at);
+    CMOREntity entity;
+    while (acdbEntNext(at, at) == RTNORM && entity.Connect(at) &&
+           entity.Type().CompareNoCase(L"ATTRIB") == 0) {
+        const EntityRecord record(m_session.document(), mor::EntityName(at));
+        const Origin origin{utf8(entity.Handle().GetString()), utf8(entity.GetLayer(nullptr)),
+                            record.type(), where.reference};
+        const std::string& layerName =
+            origin.layer == "0" && !where.layer.empty() ? where.layer : origin.layer;
+        const Layer& shown = layer(layerName);
+        if ((record.integer(70) & kInvisibleAttribute) != 0 || !wanted(layerName)) continue;
+        if (shown.frozen || shown.off) {
+            leaveOut(kHiddenLayer);
+            continue;
+        }
+        if (const auto shape = shapeOf(m_session.document(), mor::EntityName(at), record,
+                                       where.placement, m_picture.shift()))
+            m_picture.add(origin, *shape, colourOf(record, shown, where));
+    }
+}
+
+/// A dimension's lines stand in a block of its own, where they are to be seen.
+void Painter::paintDimension(const EntityRecord& record, const Origin& origin,
+                             const std::string& layerName, const std::string& colour,
+                             const Inserted& where) {
+    std::wstring block = wide(record.text(2));
+    if (!where.reference.empty()) block = wide(where.reference) + L"|" + block;
+    bool known = false;
+    const auto first = firstEntity(block, known);
+    if (!first || where.blocks.size() >= kDeepest) return leaveOut(record.type());
+    Inserted inner{where.placement, where.reference, layerName, colour, where.blocks};
+    inner.blocks.push_back(upperCase(block));
+    m_picture.open(origin, utf8(block));
+    paintBlock(*first, inner);
+    m_picture.close();
+}
+
+bool Painter::skipsReference(const host::ReferenceInfo& reference) {
+    const char* why = nullptr;
+    if (!m_references) why = "references (--no-xrefs)";
+    if (reference.status == host::ReferenceStatus::Orphaned) why = "overlays below a reference";
+    if (why != nullptr) leaveOut(why);
+    return why != nullptr;
+}
+
+void Painter::paintMissing(const EntityRecord& insert, const Origin& origin,
+                           const host::ReferenceInfo& reference, const Inserted& where) {
+    const std::string saved = utf8(reference.saved);
+    ++m_missing[saved];
+    m_picture.addMissing(
+        origin, transformed(where.placement, fromPlane(insert.plane(), insert.point(10, Point{}))),
+        saved);
+}
+
+std::optional<CMORMathTransMatrix> Painter::placementOf(mor::EntityName insert, bool reference,
+                                                        bool nested) {
+    ads_name words{};
+    insert.copyTo(words);
+    CMORAdsTransformation own;
+    MOR_XRefView view;
+    if (reference && !nested && view.connect(words) && view.getMat(own)) return own.matrix;
+    return own.loadFromEntity(words) ? std::optional(own.matrix) : std::nullopt;
+}
+
+const Painter::Layer& Painter::layer(const std::string& name) {
+    const auto [known, added] = m_layers.try_emplace(name);
+    if (!added) return known->second;
+    Layer& found = known->second;
+    found.colour = paletteColour(7);
+    const auto record = host::resolveSymbol(m_session.document(), "LAYER", wide(name));
+    if (!record) return found;
+    const EntityRecord groups(m_session.document(), *record);
+    const int colour = groups.integer(62, 7);
+    found.off = colour < 0;
+    found.frozen = (groups.integer(70) & kFrozen) != 0;
+    found.colour = groups.find(420) != nullptr ? trueColour(groups.integer(420))
+                                               : paletteColour(std::abs(colour));
+    return found;
+}
+
+std::string Painter::colourOf(const EntityRecord& record, const Layer& layer,
+                              const Inserted& where) const {
+    if (record.find(420) != nullptr) return trueColour(record.integer(420));
+    const int colour = record.integer(62, kByLayer);
+    if (colour == kByBlock) return where.colour;
+    return colour == kByLayer ? layer.colour : paletteColour(std::abs(colour));
+}
+
+bool Painter::wanted(const std::string& layer) const {
+    const bool inside = !m_prefix.empty() && layer.starts_with(m_prefix);
+    return m_patterns.match(inside ? layer.substr(m_prefix.size()) : layer);
+}
+
+const host::ReferenceInfo* Painter::findReference(const std::wstring& block) const {
+    const auto found = std::ranges::find_if(
+        m_known, [&](const host::ReferenceInfo& info) { return equalNoCase(info.name, block); });
+    return found == m_known.end() ? nullptr : &*found;
+}
+
+}  // namespace mor::tool
