@@ -30,10 +30,11 @@ namespace mor::test {
 }
 
 [[nodiscard]] inline std::string blockDefinition(std::string_view name, std::string_view entities,
-                                                 int flags = 0, std::string_view path = "") {
+                                                 int flags = 0, std::string_view path = "",
+                                                 std::string_view base = "10 0.0;20 0.0;30 0.0;") {
     std::ostringstream tags;
-    tags << "0 BLOCK;8 0;2 " << name << ";70 " << flags << ";10 0.0;20 0.0;30 0.0;3 " << name
-         << ";1 " << path << ";" << entities << "0 ENDBLK;8 0;";
+    tags << "0 BLOCK;8 0;2 " << name << ";70 " << flags << ";" << base << "3 " << name << ";1 "
+         << path << ";" << entities << "0 ENDBLK;8 0;";
     return tags.str();
 }
 
@@ -48,13 +49,18 @@ struct DxfDrawing {
     std::vector<std::string> layers = {};
     std::string blocks = {};    ///< pieces of `blockDefinition`
     std::string entities = {};  ///< pieces of `lineEntity` and the like
+    std::string header = {};    ///< more header variables: "9 $INSBASE;10 1.0;20 0.0;30 0.0;"
+    std::string records = {};   ///< records behind those of the layers, of their table
+    std::string tables = {};    ///< whole tables behind that of the layers
+    std::string version = "AC1009";
 
     [[nodiscard]] std::string tags() const {
-        std::string all = "0 SECTION;2 HEADER;9 $ACADVER;1 AC1009;0 ENDSEC;0 SECTION;2 TABLES;";
-        all += "0 TABLE;2 LAYER;70 " + std::to_string(layers.size()) + ";";
+        std::string all = "0 SECTION;2 HEADER;9 $ACADVER;1 " + version + ";" + header + "0 ENDSEC;";
+        all += "0 SECTION;2 TABLES;0 TABLE;2 LAYER;70 " + std::to_string(layers.size()) + ";";
         for (const std::string& name : layers)
             all += "0 LAYER;2 " + name + ";70 0;62 7;6 CONTINUOUS;";
-        all += "0 ENDTAB;0 ENDSEC;0 SECTION;2 BLOCKS;" + blocks + "0 ENDSEC;";
+        all += records + "0 ENDTAB;" + tables + "0 ENDSEC;";
+        all += "0 SECTION;2 BLOCKS;" + blocks + "0 ENDSEC;";
         return all + "0 SECTION;2 ENTITIES;" + entities + "0 ENDSEC;0 EOF;";
     }
 

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 
 namespace mor::test {
@@ -52,7 +53,12 @@ protected:
         static_cast<void>(planDrawing().save("plan.dxf"));
         static_cast<void>(
             DxfDrawing{.layers = {"0"}, .entities = lineEntity("F1", "0")}.save("core.dxf"));
-        auto opened = host::openDocument(siteDrawing().save("site.dxf"));
+        open(siteDrawing().save("site.dxf"));
+    }
+    /// Opens a drawing in place of the current one.
+    void open(const std::filesystem::path& path) {
+        releaseDocumentObjects();
+        auto opened = host::openDocument(path);
         ASSERT_TRUE(opened) << opened.error().message();
         host::closeDocument(replaceDocument(opened.value()));
     }
