@@ -32,11 +32,12 @@ std::wstring handleText(EntityName name) {
     if (const Located found = locate(name)) {
         handle = found.drawing->handleOf(found.number);
     } else if (AcApDocument* document = currentDocument()) {
-        // A handle that no record has, kept under a reserved name.
+        // A handle that no record has, kept under a reserved name; a drawing knows only its own.
         const Mount* mount = document->references->find(name.second);
-        Drawing* drawing = mount == nullptr ? document->drawing.get() : mount->drawing.get();
-        if (drawing != nullptr)
-            handle = drawing->handleForName({name.first, drawing->nameOf(1).second});
+        if (mount == nullptr)
+            handle = document->drawing->handleForName(name);
+        else if (mount->drawing)
+            handle = mount->drawing->handleForName({name.first, mount->drawing->nameOf(1).second});
     }
     const std::string text = handleToText(handle);
     return {text.begin(), text.end()};

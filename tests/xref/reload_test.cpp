@@ -94,6 +94,26 @@ TEST_F(Reloading, NamesOfTheFormerStateNameNothing) {
     EXPECT_EQ(acdbEntNext(old, old), RTERROR);
 }
 
+TEST_F(Reloading, ANameKeptForAHandleIsNoHandleOfTheDrawingAfterwards) {
+    const auto line = [](const std::string& handle) {  // with an attribute: a handle of no entity
+        return lineEntity("A1", "0") + "1001 MOR_ATTRIBUTES;1070 1;1000 x;1005 " + handle + ";";
+    };
+    static_cast<void>(DxfDrawing{.entities = line("BEEF")}.save("plan.dxf"));
+    open(DxfDrawing{.blocks = referenceDefinition("PLAN", "plan.dxf"), .entities = line("CAFE")}
+             .save("site.dxf"));
+    CMOREntity entity;
+    CMORAdsLispVar own;
+    CMORAdsLispVar old;
+    ads_name name{};
+    find(L"A1", name);
+    ASSERT_TRUE(entity.Connect(name) && entity.GetAttribute(L"x", own));
+    ASSERT_TRUE(mor_xref::HandEnt(L"PLAN", L"A1", name));
+    ASSERT_TRUE(entity.Connect(name) && entity.GetAttribute(L"x", old));
+    EXPECT_EQ(host::lispText(own) + host::lispText(old), R"((handent "CAFE")(handent "BEEF"))");
+    ASSERT_TRUE(reload(L"PLAN"));
+    EXPECT_EQ(host::lispText(old), R"((handent ""))");
+}
+
 TEST_F(Reloading, AViewKeepsOnlyAPlacementThatItHasRead) {
     const MOR_XRefView unread{m_view};
     const CMORCadView& global = *CMORCadView::getTheGlobalObject();
