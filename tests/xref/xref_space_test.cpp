@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <set>
 #include <string>
 
 namespace mor::test {
@@ -91,6 +92,45 @@ TEST_F(XRefSpace, AHandleOfBothDrawingsNamesTheReferencesEntity) {
     CMOREntity entity;
     ASSERT_TRUE(entity.Connect(inPlan));
     EXPECT_STREQ(entity.GetLayer(nullptr), L"PLAN|Doors");
+}
+
+TEST_F(XRefSpace, EachSpaceFindsItsOwnEntityOfAHandle) {
+    const auto sub = [](const std::string& type, const std::string& layer) {
+        return "0 " + type + ";5 E1;8 " + layer + ";10 0.0;20 0.0;0 SEQEND;5 E2;8 " + layer + ";";
+    };
+    static_cast<void>(
+        DxfDrawing{.entities = lineEntity("A1", "IN") + lineEntity("E1", "IN")}.save("c.dxf"));
+    static_cast<void>(DxfDrawing{.blocks = referenceDefinition("C", "c.dxf"),
+                                 .entities = insertEntity("A1", "MID", "C") + sub("ATTRIB", "MID")}
+                          .save("p.dxf"));
+    static_cast<void>(
+        DxfDrawing{.entities = "0 POLYLINE;5 A1;8 OUT;" + sub("VERTEX", "OUT")}.save("q.dxf"));
+    open(DxfDrawing{.blocks = referenceDefinition("P", "p.dxf") + referenceDefinition("Q", "q.dxf"),
+                    .entities = lineEntity("A1", "OWN") + lineEntity("E2", "OWN")}
+             .save("site.dxf"));
+    const struct {
+        const wchar_t* space;
+        const wchar_t* found[3];  // of the handles A1, E1 and E2
+    } cases[] = {{L"", {L"LINE OWN", L"none", L"LINE OWN"}},
+                 {L"P", {L"INSERT P|MID", L"ATTRIB P|MID", L"SEQEND P|MID"}},
+                 {L"Q", {L"POLYLINE Q|OUT", L"VERTEX Q|OUT", L"SEQEND Q|OUT"}},
+                 {L"P|C", {L"LINE P|C|IN", L"LINE P|C|IN", L"none"}}};
+    std::set<EntityName> names;
+    for (const auto& c : cases) {
+        CMORCadSpace space;
+        ASSERT_TRUE(*c.space == L'\0' ? space.connect() : space.connect(c.space));
+        for (std::size_t i = 0; i < 3; ++i) {
+            ads_name name{};
+            CMOREntity entity;
+            std::wstring found = L"none";
+            if (space.handEnt(i == 0 ? L"A1" : i == 1 ? L"E1" : L"E2", name)) {
+                ASSERT_TRUE(entity.Connect(name));
+                found = std::wstring{entity.Type().GetString()} + L" " + entity.GetLayer(nullptr);
+                EXPECT_TRUE(names.insert(EntityName{name}).second) << "a name that stands twice";
+            }
+            EXPECT_EQ(found, c.found[i]);
+        }
+    }
 }
 
 TEST_F(XRefSpace, AnUnknownReferenceFindsNothingAndTouchesNothing) {

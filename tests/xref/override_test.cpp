@@ -1,0 +1,110 @@
+#include "platform/owned.h"
+#include "platform/table_calls.h"
+#include "tests/xref/reference_fixture.h"
+#include "xref/xref_space.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+
+namespace mor::test {
+namespace {
+
+/// A drawing that overrides some symbols of PLAN and of PLAN's own reference CORE; PLAN, too,
+/// overrides some of CORE's.
+class Overrides : public ReferenceTest {
+protected:
+    void SetUp() override {
+        ReferenceTest::SetUp();
+        const std::string types = "0 TABLE;2 LTYPE;70 9;";
+        const std::string styles = "0 ENDTAB;0 TABLE;2 STYLE;70 1;";
+        const DxfDrawing core{.layers = {"A", "B", "C"}, .entities = lineEntity("F1", "C")};
+        static_cast<void>(core.save("core.dxf"));
+        const DxfDrawing plan{
+            .layers = {"0", "WALLS", "Defpoints"},
+            .blocks = blockDefinition("DOOR", lineEntity("B1", "0"), 0, "", "10 4.0;") +
+                      referenceDefinition("CORE", "core.dxf"),
+            .entities = lineEntity("51", "0;6 ByLayer") + lineEntity("52", "Defpoints;6 DASHED") +
+                        lineEntity("53", "WALLS;6 CONTINUOUS"),
+            .records =
+                "0 LAYER;2 Doors;70 4;62 2;6 DASHED;0 LAYER;2 CORE|A;70 48;62 6;"
+                "0 LAYER;2 CORE|B;70 48;62 5;",
+            .tables = types +
+                      "0 LTYPE;2 CONTINUOUS;70 0;0 LTYPE;2 ByLayer;70 0;0 LTYPE;2 DASHED;"
+                      "70 0;3 plan;0 LTYPE;2 DOT;70 0;3 plan;" +
+                      styles + "0 STYLE;2 NOTES;70 0;3 plan;0 ENDTAB;"};
+        static_cast<void>(plan.save("plan.dxf"));
+        const DxfDrawing site{
+            .layers = {"0"},
+            .blocks = blockDefinition("PLAN|DOOR", lineEntity("D9", "0"), 48) +
+                      referenceDefinition("PLAN", "plan.dxf"),
+            .records = "0 LAYER;2 Plan|Walls;70 49;62 -3;0 LAYER;2 PLAN|CORE|A;70 48;62 1;",
+            .tables = types + "0 LTYPE;2 PLAN|DASHED;70 0;3 site;" + styles +
+                      "0 STYLE;2 PLAN|NOTES;70 0;3 site;0 ENDTAB;"};
+        open(site.save("site.dxf"));
+    }
+    /// Groups 2, 3, 6, 62 and 70 of a record, in its order.
+    static std::wstring show(const ResbufList& record) {
+        std::wstring text;
+        for (const resbuf* group = findGroup(record, 2); group != nullptr; group = group->rbnext)
+            if (group->restype == 62 || group->restype == 70)
+                text += std::to_wstring(group->resval.rint) + L" ";
+            else if (group->restype == 2 || group->restype == 3 || group->restype == 6)
+                text += std::wstring{group->resval.rstring} + L" ";
+        return record ? text : L"none";
+    }
+};
+
+TEST_F(Overrides, ARecordOfTheDrawingItselfWinsOverTheReferences) {
+    const struct {
+        const wchar_t* table;
+        const wchar_t* symbol;
+        const wchar_t* shown;
+    } cases[] = {{L"LAYER", L"WALLS", L"Plan|Walls 49 -3 "},
+                 {L"LAYER", L"doors", L"PLAN|Doors 52 2 PLAN|DASHED "},
+                 {L"LAYER", L"Defpoints", L"PLAN|Defpoints 48 7 CONTINUOUS "},
+                 {L"LAYER", L"CORE|A", L"PLAN|CORE|A 48 1 "},             // of the drawing
+                 {L"LAYER", L"CORE|B", L"PLAN|CORE|B 48 5 "},             // of PLAN
+                 {L"LAYER", L"CORE|C", L"PLAN|CORE|C 48 7 CONTINUOUS "},  // of CORE
+                 {L"LAYER", L"PLAN|WALLS", L"none"},
+                 {L"LTYPE", L"dashed", L"PLAN|DASHED 0 site "},
+                 {L"LTYPE", L"DOT", L"PLAN|DOT 48 plan "},
+                 {L"LTYPE", L"Continuous", L"none"},  // never qualified
+                 {L"STYLE", L"NOTES", L"PLAN|NOTES 0 site "}};
+    MOR_XRef plan;
+    ASSERT_TRUE(plan.connect(L"PLAN"));
+    for (const auto& c : cases)
+        EXPECT_EQ(show(ResbufList{plan.tblSearch(c.table, c.symbol)}), c.shown);
+    const ResbufList door{plan.searchBlock(L"DOOR")};  // but its entities are the reference's
+    ASSERT_NE(findGroup(door, -2), nullptr);
+    EXPECT_EQ(handleOf(findGroup(door, -2)->resval.rlname), L"B1");
+    EXPECT_EQ(findGroup(door, 10)->resval.rpoint[0], 4.0);
+}
+
+TEST_F(Overrides, AWalkOverATableListsWhatTheFileHolds) {
+    for (const auto& [name, listed] :
+         {std::pair{L"LAYER", L"0 Plan|Walls PLAN|CORE|A "}, {L"BLOCK", L"PLAN|DOOR PLAN "}}) {
+        std::wstring found;
+        for (ResbufList record{acdbTblNext(name, 1)}; record;
+             record = ResbufList{acdbTblNext(name, 0)})
+            found += std::wstring{findGroup(record, 2)->resval.rstring} + L" ";
+        EXPECT_EQ(found, listed);
+    }
+}
+
+TEST_F(Overrides, SymbolsThatMeanTheSameEverywhereKeepTheirNames) {
+    for (const auto& [handle, symbols] : {std::pair{L"51", L"0 ByLayer"},
+                                          {L"52", L"PLAN|Defpoints PLAN|DASHED"},
+                                          {L"53", L"PLAN|WALLS CONTINUOUS"}}) {
+        ads_name name{};
+        CMOREntity entity;
+        const wchar_t* text = nullptr;
+        ASSERT_TRUE(mor_xref::HandEnt(L"PLAN", handle, name) && entity.Connect(name));
+        ASSERT_TRUE(entity.GetEntityEntry(6, text));
+        EXPECT_EQ(entity.GetLayer(nullptr) + (L" " + std::wstring{text}), symbols);
+    }
+}
+
+}  // namespace
+}  // namespace mor::test
