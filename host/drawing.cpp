@@ -183,25 +183,21 @@ bool Drawing::changed(RecordNumber number) {
     return now != originalBytes(number);
 }
 
+std::optional<std::string_view> Drawing::valueOf(RecordNumber number, int code) {
+    if (!m_edits.contains(number)) return findValue(originalBytes(number), code);
+    m_edited = current(number);
+    const Tag* tag = m_edited.find(code);
+    return tag == nullptr ? std::nullopt : std::optional(m_edited.value(*tag));
+}
+
 std::optional<std::wstring> Drawing::textOf(RecordNumber number, int code) {
-    if (!m_edits.contains(number)) {
-        const auto value = findValue(originalBytes(number), code);
-        return value ? std::optional(m_text.decode(*value)) : std::nullopt;
-    }
-    const TagList record = current(number);
-    const Tag* tag = record.find(code);
-    if (tag == nullptr) return std::nullopt;
-    return m_text.decode(record.value(*tag));
+    const auto value = valueOf(number, code);
+    return value ? std::optional(m_text.decode(*value)) : std::nullopt;
 }
 
 std::optional<std::int64_t> Drawing::integerOf(RecordNumber number, int code) {
-    if (!m_edits.contains(number)) {
-        const auto value = findValue(originalBytes(number), code);
-        return value ? parseInteger(*value) : std::nullopt;
-    }
-    const TagList record = current(number);
-    const Tag* tag = record.find(code);
-    return tag == nullptr ? std::nullopt : parseInteger(record.value(*tag));
+    const auto value = valueOf(number, code);
+    return value ? parseInteger(*value) : std::nullopt;
 }
 
 // ---- handles ------------------------------------------------------------------------------------

@@ -81,6 +81,9 @@ public:
     /// The record as it was loaded or made, and with its edits.
     [[nodiscard]] TagList original(RecordNumber number) const;
     [[nodiscard]] TagList current(RecordNumber number);
+    /// The first group with that code before the extended data, as the file has it; valid until
+    /// the drawing is asked again. Nothing behind it is looked at.
+    [[nodiscard]] std::optional<std::string_view> valueOf(RecordNumber number, int code);
     [[nodiscard]] std::optional<std::wstring> textOf(RecordNumber number, int code);
     [[nodiscard]] std::optional<std::int64_t> integerOf(RecordNumber number, int code);
     [[nodiscard]] bool changed(RecordNumber number);
@@ -177,6 +180,7 @@ private:
     std::map<ContainerNumber, std::unordered_map<std::wstring, RecordNumber>> m_symbols;
     std::optional<std::unordered_map<std::wstring, ContainerNumber>> m_blocks;
     mutable std::string m_window;  ///< the record read last, and what a walk has read ahead
+    TagList m_edited;              ///< the edited record looked into last
     mutable std::uint64_t m_windowAt = 0;
     mutable RecordNumber m_lastRead = 0;
     mutable std::size_t m_walkAt = 0;  ///< where the last walk stood among the added members

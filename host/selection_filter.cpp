@@ -212,9 +212,8 @@ bool SelectionFilter::test(Node& node, RecordNumber number) {
     switch (node.kind) {
         case Kind::Text: {
             if (node.code == 0) return testText(node, m_drawing.typeOf(number));
-            const TagList& groups = record(number);
-            const Tag* tag = groups.find(node.code);
-            return tag != nullptr && testText(node, groups.value(*tag));
+            const auto value = m_drawing.valueOf(number, node.code);
+            return value && testText(node, *value);
         }
         case Kind::Number:
         case Kind::Point:

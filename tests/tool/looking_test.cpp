@@ -146,6 +146,28 @@ TEST_F(Looking, NestedReferencesAreReachedByTheirPath) {
     EXPECT_EQ(error({"entities", "--in", "PLAN|A3"}, 6).substr(0, 9), "moradmin:");
 }
 
+TEST_F(Looking, AnInsertWithoutHandleIsLookedThrough) {
+    const std::string old = DxfDrawing{.blocks = referenceDefinition("PLAN", "plan.dxf"),
+                                       .entities = "0 INSERT;8 0;2 PLAN;10 1.0;20 0.0;30 0.0;"}
+                                .save("old.dxf")
+                                .string();
+    EXPECT_EQ(run({"point", old, "--in", "PLAN", "1", "2"}).out, "2.0 2.0 0.0\n");
+}
+
+TEST_F(Looking, AnInsertInABlockLeadsToCoordinatesOfTheBlock) {
+    const std::string host =
+        DxfDrawing{
+            .blocks = referenceDefinition("PLAN", "plan.dxf") +
+                      blockDefinition("B", insertEntity("20", "0", "PLAN", "10 1.0;20 2.0;")),
+            .entities = insertEntity("21", "0", "B", "10 7.0;20 7.0;")}
+            .save("in_block.dxf")
+            .string();
+    const Outcome point = run({"point", host, "--in", "20", "0", "0"});
+    EXPECT_EQ(point.out, "1.0 2.0 0.0\n");
+    EXPECT_NE(point.err.find("coordinates of that block"), std::string::npos);
+    EXPECT_NE(run({"ls", host, "--in", "PLAN"}).err.find("nowhere inserted"), std::string::npos);
+}
+
 TEST_F(Looking, OneRecordShowsGroupsAndAttributes) {
     EXPECT_EQ(run({"put", m_plan, "/cfg/x", "(1 2)"}).code, 0);
     const json anchor = json::parse(out({"entity", "A1", "--json", "--in", "PLAN"}));

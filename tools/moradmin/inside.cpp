@@ -56,8 +56,18 @@ mor::EntityName Session::findInsert(const std::string& word) {
         if (found.isNone()) found = info.name;
     });
     if (!found.isNone()) return found;
-    if (host::hasBlock(m_document, name))
-        throw Failure(kRefused, message(word + " is attached but nowhere inserted"), word);
+    if (host::hasBlock(m_document, name)) {
+        const std::vector<host::ReferenceInfo> all = host::references(m_document);
+        const host::ReferenceInfo* info = findReference(all, name);
+        if (info == nullptr)
+            throw Failure(kRefused, message(word + " is no external reference"), word);
+        throw Failure(
+            kRefused,
+            message(
+                word + " is attached but nowhere inserted" +
+                (info->inserts == 0 ? "" : " in a space; an insert in a block goes by its handle")),
+            word);
+    }
     const auto record = host::findHandle(m_document, name);
     if (!record || host::recordInfo(m_document, *record)->type != "INSERT")
         throw Failure(
