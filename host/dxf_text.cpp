@@ -137,6 +137,13 @@ TextCoding::TextCoding(TextCoding&&) noexcept = default;
 TextCoding& TextCoding::operator=(TextCoding&&) noexcept = default;
 const std::string& TextCoding::name() const { return m_converter->name; }
 
+void TextCoding::decodeBehind(std::wstring& text, std::string_view bytes) const {
+    if (isAscii(bytes) && bytes.find_first_of("\\^") == std::string_view::npos)
+        text.append(bytes.begin(), bytes.end());
+    else
+        text += decode(bytes);
+}
+
 std::wstring TextCoding::decode(std::string_view bytes) const {
     std::wstring characters;
     if (isAscii(bytes)) {

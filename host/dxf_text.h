@@ -22,6 +22,8 @@ public:
     TextCoding& operator=(TextCoding&&) noexcept;
 
     [[nodiscard]] std::wstring decode(std::string_view bytes) const;
+    /// The same, behind a text that is there.
+    void decodeBehind(std::wstring& text, std::string_view bytes) const;
     /// A character that the code page lacks is written as `\U+XXXX`, control characters in caret
     /// coding.
     [[nodiscard]] std::string encode(std::wstring_view text) const;

@@ -8,6 +8,7 @@
 #include "platform/runtime.h"
 
 #include <algorithm>
+#include <array>
 #include <map>
 #include <optional>
 #include <utility>
@@ -24,6 +25,13 @@ struct EntityState {
     mutable CString type;
     mutable std::wstring layer;
     mutable std::wstring entry;
+
+    /// Texts that were given out keep their room: walks connect one object to many entities.
+    void disconnect() {
+        name = {};
+        groups.clear();
+        attributes.clear();
+    }
 };
 
 }  // namespace mor
@@ -115,6 +123,27 @@ CMORAdsLispVar asSeenFrom(const Located& found, const CMORAdsLispVar& value) {
     return LispAccess::make(std::move(tokens));
 }
 
+/// Short ASCII text, without taking room for it each time.
+void assign(CString& target, std::string_view text) {
+    std::array<wchar_t, 64> wide{};
+    if (text.size() < wide.size()) {
+        std::ranges::copy(text, wide.begin());
+        target = wide.data();
+    } else {
+        target = std::wstring(text.begin(), text.end()).c_str();
+    }
+}
+
+/// The layer as the document knows it: the part of every walk that is done for each entity.
+void appendLayer(std::wstring& layer, const Located& found) {
+    const auto bytes = found.drawing->valueOf(found.number, 8);
+    found.drawing->text().decodeBehind(layer, bytes.value_or("0"));
+    if (found.mount != nullptr && !isCommonSymbol(layer)) {
+        layer.insert(0, 1, L'|');
+        layer.insert(0, found.mount->name);
+    }
+}
+
 void note(std::vector<std::pair<std::wstring, CMORAdsLispVar>>& attributes, std::wstring_view name,
           const CMORAdsLispVar& value) {
     const auto last = lastChange(attributes, name);
@@ -143,7 +172,7 @@ CMOREntity::CMOREntity() : m_state(std::make_unique<mor::EntityState>()) {}
 CMOREntity::~CMOREntity() = default;
 
 bool CMOREntity::Connect(const ads_name name) {
-    *m_state = {};
+    m_state->disconnect();
     const host::Located found = host::locate(mor::EntityName(name));
     if (!found || host::faults::shouldFail("CMOREntity::Connect")) return false;
     if (found.drawing->entry(found.number).has(host::kEdge | host::kErased)) return false;
@@ -153,7 +182,7 @@ bool CMOREntity::Connect(const ads_name name) {
 
 bool CMOREntity::Disconnect() {
     const bool connected = !m_state->name.isNone();
-    *m_state = {};
+    m_state->disconnect();
     return connected;
 }
 
@@ -204,18 +233,19 @@ bool CMOREntity::GetEName(ads_name result) const {
 }
 
 const CString& CMOREntity::Handle() const {
-    m_state->handle = host::handleText(m_state->name).c_str();
+    if (const host::Located found = host::locate(m_state->name))
+        host::assign(m_state->handle, host::handleToText(found.drawing->handleOf(found.number)));
+    else
+        m_state->handle = host::handleText(m_state->name).c_str();
     return m_state->handle;
 }
 
 const CString& CMOREntity::Type() const {
     const host::Located found = host::locate(m_state->name);
-    if (!found) {
+    if (found)
+        host::assign(m_state->type, found.drawing->typeOf(found.number));
+    else
         m_state->type.Empty();
-    } else {
-        const std::string& type = found.drawing->typeOf(found.number);
-        m_state->type = std::wstring(type.begin(), type.end()).c_str();
-    }
     return m_state->type;
 }
 
@@ -225,7 +255,7 @@ const wchar_t* CMOREntity::GetLayer(wchar_t* buffer) const {
     if (const auto pending = m_state->groups.find(8); pending != m_state->groups.end())
         m_state->layer = std::get<std::wstring>(pending->second);
     else if (found)
-        m_state->layer = found.qualified(found.drawing->textOf(found.number, 8).value_or(L"0"));
+        host::appendLayer(m_state->layer, found);
     if (buffer != nullptr) *std::ranges::copy(m_state->layer, buffer).out = L'\0';
     return m_state->layer.c_str();
 }

@@ -28,7 +28,10 @@ void AfxThrowInvalidArgException() { throw CInvalidArgException{}; }
 CString::CString(const wchar_t* text) : m_text(text == nullptr ? L"" : text) {}
 
 CString& CString::operator=(const wchar_t* text) {
-    m_text = CString{text}.m_text;  // a copy first: the text may be our own
+    if (text == nullptr)
+        m_text.clear();
+    else
+        m_text.assign(text);  // which may be our own
     return *this;
 }
 
@@ -37,7 +40,7 @@ int CString::CompareNoCase(const wchar_t* other) const {
 }
 
 CString& CString::MakeUpper() {
-    m_text = mor::upperCase(m_text);
+    for (wchar_t& c : m_text) c = mor::toUpper(c);
     return *this;
 }
 

@@ -30,8 +30,10 @@ fs::path realPath(const fs::path& path) {
 }  // namespace
 
 bool isCommonSymbol(std::wstring_view symbol) {
-    return symbol.empty() || symbol == L"0" || equalNoCase(symbol, L"Continuous") ||
-           equalNoCase(symbol, L"ByLayer") || equalNoCase(symbol, L"ByBlock");
+    static constexpr std::wstring_view common[] = {L"", L"0", L"Continuous", L"ByLayer",
+                                                   L"ByBlock"};
+    return std::ranges::any_of(common,
+                               [symbol](std::wstring_view c) { return equalNoCase(symbol, c); });
 }
 
 bool isReferenceBlock(Drawing& drawing, ContainerNumber block) {
@@ -50,7 +52,9 @@ EntityName Located::nameOf(RecordNumber other) const {
 
 std::wstring Located::qualified(std::wstring_view symbol) const {
     if (mount == nullptr || isCommonSymbol(symbol)) return std::wstring(symbol);
-    return mount->name + L"|" + std::wstring(symbol);
+    std::wstring name;
+    name.reserve(mount->name.size() + 1 + symbol.size());
+    return name.append(mount->name).append(1, L'|').append(symbol);
 }
 
 Located locate(const AcApDocument& document, EntityName name) {

@@ -76,6 +76,7 @@ wchar_t toUpper(wchar_t c) noexcept {
 int compareNoCase(std::wstring_view a, std::wstring_view b) noexcept {
     const std::size_t common = std::min(a.size(), b.size());
     for (std::size_t i = 0; i < common; ++i) {
+        if (a[i] == b[i]) continue;
         const auto left = static_cast<char32_t>(toUpper(a[i]));
         const auto right = static_cast<char32_t>(toUpper(b[i]));
         if (left != right) return left < right ? -1 : 1;

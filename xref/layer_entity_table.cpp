@@ -33,13 +33,13 @@ private:
     std::vector<std::unique_ptr<MOR_Wildcard>> m_patterns;
 };
 
-using LayerMap = std::map<std::wstring, std::set<mor::EntityName>, mor::LessNoCase>;
+using LayerMap = std::map<std::wstring, mor::EntitySet, mor::LessNoCase>;
 
 std::unique_ptr<MOR_Letter_XRefSpaceIterator> collect(const LayerMap& layers,
                                                       const LayerPatterns& patterns) {
     auto iterator = std::make_unique<MOR_Letter_XRefSpaceIterator>();
     for (const auto& [layer, entities] : layers)
-        if (patterns.match(layer)) iterator->add(entities);
+        if (patterns.match(layer)) iterator->add(entities.names());
     iterator->reset();
     return iterator;
 }
@@ -51,7 +51,9 @@ MOR_LayerXRefEntityTable::MOR_LayerXRefEntityTable() = default;
 MOR_LayerXRefEntityTable::~MOR_LayerXRefEntityTable() = default;
 
 bool MOR_LayerXRefEntityTable::add(const ads_name entity, const wchar_t* layer) {
-    m_layers[layer].insert(mor::EntityName{entity});
+    auto found = m_layers.find(std::wstring_view{layer});
+    if (found == m_layers.end()) found = m_layers.try_emplace(layer).first;
+    found->second.add(mor::EntityName{entity});
     return true;
 }
 

@@ -1,13 +1,12 @@
 #pragma once
 
-#include "platform/entity_name.h"
 #include "platform/lisp.h"
 #include "platform/runtime.h"
 #include "platform/string_list.h"
 #include "platform/types.h"
+#include "xref/entity_set.h"
 
 #include <map>
-#include <set>
 #include <string>
 
 class MOR_Letter_XRefSpaceIterator;
@@ -31,5 +30,5 @@ public:
         const CMORAdsLispVar& patterns) const;
 
 private:
-    std::map<std::wstring, std::set<mor::EntityName>, mor::LessNoCase> m_layers;
+    std::map<std::wstring, mor::EntitySet, mor::LessNoCase> m_layers;
 };

@@ -3,7 +3,8 @@
 #include "platform/entity_name.h"
 #include "space/letter_iterator.h"
 
-#include <set>
+#include <cstddef>
+#include <vector>
 
 /// Steps through entities of an external reference, in the order of their names. Holds a copy of
 /// the names, so it outlives the reference's letter, though what they name may be gone.
@@ -12,15 +13,15 @@ public:
     MOR_Letter_XRefSpaceIterator();
     ~MOR_Letter_XRefSpaceIterator() override;
 
-    /// Adds names; `reset` before the next `next`.
-    void add(const std::set<mor::EntityName>& entities);
+    /// Adds names, in any order; `reset` before the next `next`.
+    void add(const std::vector<mor::EntityName>& entities);
 
     void reset() override;
     [[nodiscard]] ads_name* next() override;
 
 private:
-    std::set<mor::EntityName> m_entities;
-    std::set<mor::EntityName>::const_iterator m_position;
+    std::vector<mor::EntityName> m_entities;  // in order, each once, from the first `next` on
+    std::size_t m_position = 0;
     bool m_restart = true;
     ads_name m_current{};
 };

@@ -4,6 +4,7 @@
 #include "platform/entity_calls.h"
 #include "platform/output_calls.h"
 #include "platform/owned.h"
+#include "platform/runtime.h"
 #include "platform/table_calls.h"
 #include "xref/layer_filter.h"
 #include "xref/xref_iterator.h"
@@ -16,8 +17,7 @@ constexpr int kFlagExternalReference = 4;
 
 /// Sub-entities lie on no layer of their own.
 bool isSubEntity(const CMOREntity& entity) {
-    CString type = entity.Type();
-    type.MakeUpper();
+    const CString& type = entity.Type();
     return type.CompareNoCase(L"ATTRIB") == 0 || type.CompareNoCase(L"SEQEND") == 0 ||
            type.CompareNoCase(L"VERTEX") == 0;
 }
@@ -60,10 +60,9 @@ bool MOR_Letter_XRef::handEnt(const wchar_t* handle, ads_name result) {
         acutPrintf(L"unable building hashtable\n");
         return false;
     }
-    const auto found = m_handles.find(std::wstring_view{handle});
-    const mor::EntityName entity = found == m_handles.end() ? mor::EntityName{} : found->second;
+    const mor::EntityName entity = m_handles.find(handle);
     entity.copyTo(result);
-    return found != m_handles.end();
+    return !entity.isNone();
 }
 
 bool MOR_Letter_XRef::isWriteable() { return false; }
@@ -100,6 +99,7 @@ bool MOR_Letter_XRef::buildHashtable() {
         record(entity, mor::EntityName{current});
         entity.Disconnect();
     } while (acdbEntNext(current, current) == RTNORM);
+    m_handles.order();
     m_built = true;
     return true;
 }
@@ -122,15 +122,14 @@ bool MOR_Letter_XRef::lookUpBlock(mor::EntityName& firstEntity) const {
 }
 
 void MOR_Letter_XRef::record(const CMOREntity& entity, const mor::EntityName& name) {
-    CString handle = entity.Handle();
     // The first one keeps its handle. Entities of old drawings may have none, and no text finds
     // those.
-    if (!handle.IsEmpty()) m_handles.try_emplace(handle.MakeUpper().GetString(), name);
+    const CString& handle = entity.Handle();
+    if (!handle.IsEmpty()) m_handles.add(handle.GetString(), name);
     if (isSubEntity(entity)) return;
-    CString layer = entity.GetLayer(nullptr);
     ads_name words{};
     name.copyTo(words);
-    m_layers.add(words, layer.MakeUpper());
+    m_layers.add(words, mor::upperCase(entity.GetLayer(nullptr)).c_str());
 }
 
 bool mor_xref::HandEnt(const wchar_t* xrefName, const wchar_t* handle, ads_name result) {

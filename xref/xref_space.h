@@ -2,15 +2,13 @@
 
 #include "platform/bounded_text.h"
 #include "platform/entity_name.h"
-#include "platform/runtime.h"
 #include "platform/types.h"
 #include "space/letter_space.h"
 #include "space/space.h"
+#include "xref/handle_table.h"
 #include "xref/layer_entity_table.h"
 
 #include <cstddef>
-#include <map>
-#include <string>
 
 class CMOREntity;
 
@@ -68,7 +66,7 @@ private:
     [[nodiscard]] bool lookUpBlock(mor::EntityName& firstEntity) const;
     void record(const CMOREntity& entity, const mor::EntityName& name);
 
-    std::map<std::wstring, mor::EntityName, mor::LessNoCase> m_handles;
+    mor::HandleTable m_handles;
     bool m_connected = false;
     bool m_built = false;
     mor::BoundedText<kNameSize> m_name;

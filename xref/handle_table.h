@@ -1,0 +1,40 @@
+#pragma once
+
+#include "platform/entity_name.h"
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace mor {
+
+/// Entity names by handle, an ordered map whose keys are compared without regard to case. It is
+/// filled once and asked often, and may hold a million handles: the texts stand in one piece, the
+/// entries in a row.
+class HandleTable {
+public:
+    /// Keeps the handle in upper case. One that is there already keeps its first entity.
+    void add(std::wstring_view handle, const EntityName& entity);
+    /// Puts in order what was added; to be called before `find`. Quick when most handles were added
+    /// in their order, as drawings have them.
+    void order();
+    /// None when the handle is unknown. Any case.
+    [[nodiscard]] EntityName find(std::wstring_view handle) const;
+
+private:
+    struct Entry {
+        std::size_t begin = 0;  // in m_texts
+        std::size_t length = 0;
+        EntityName entity;
+    };
+    [[nodiscard]] std::wstring_view textOf(const Entry& entry) const {
+        return std::wstring_view(m_texts).substr(entry.begin, entry.length);
+    }
+    [[nodiscard]] bool less(const Entry& a, const Entry& b) const;
+
+    std::wstring m_texts;
+    std::vector<Entry> m_entries;
+};
+
+}  // namespace mor
