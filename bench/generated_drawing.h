@@ -9,8 +9,8 @@
 
 namespace mor::bench {
 
-/// An R12 drawing of that many lines on layers WALLS0, WALLS1 and so on, in the folder for
-/// temporary files while it lives.
+/// An R12 drawing of that many lines on layers WALLS0, WALLS1 and so on, ten lines of one layer at a
+/// time, in the folder for temporary files while it lives.
 class GeneratedDrawing {
 public:
     explicit GeneratedDrawing(std::size_t lines, std::size_t layers = 40)
@@ -22,7 +22,8 @@ public:
                 "0\nSECTION\n2\nENTITIES\n";
         for (std::size_t i = 0; i < lines; ++i)
             file << "  0\nLINE\n  5\n"
-                 << std::hex << i + 0x100 << std::dec << "\n  8\nWALLS" << i % layers << "\n 10\n"
+                 << std::hex << i + 0x100 << std::dec << "\n  8\nWALLS" << i / 10 % layers
+                 << "\n 10\n"
                  << static_cast<double>(i) * 0.37 << "\n 20\n"
                  << static_cast<double>(i % 997) * 1.25 << "\n 30\n0.0\n 11\n"
                  << static_cast<double>(i) * 0.41 << "\n 21\n12.5\n 31\n0.0\n";

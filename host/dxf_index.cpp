@@ -37,6 +37,41 @@ std::optional<int> parseCode(const char* begin, const char* end) {
     return negative ? -value : value;
 }
 
+/// Reads a code line in its usual form: blanks, one to four digits, the line end. Answers where its
+/// line feed stands; null for any other form, which is looked at with more care.
+const char* plainCode(const char* at, const char* end, unsigned& code) {
+    while (at != end && *at == ' ') ++at;
+    const char* const digits = at;
+    unsigned value = 0;
+    for (; at != end; ++at) {
+        const unsigned digit = static_cast<unsigned char>(*at) - unsigned{'0'};
+        if (digit > 9) break;
+        value = value * 10 + digit;
+    }
+    if (at == digits || at - digits > 4) return nullptr;
+    if (at != end && *at == '\r') ++at;
+    code = value;
+    return at != end && *at == '\n' ? at : nullptr;
+}
+
+/// Groups of which the index notes something.
+bool isNoted(unsigned code) {
+    switch (code) {
+        case 0:
+        case 2:
+        case 5:
+        case 67:
+        case 100:
+        case 102:
+        case 105:
+        case 330:
+        case 1001:
+            return true;
+        default:
+            return false;
+    }
+}
+
 bool equalsNoCaseAscii(std::string_view a, std::string_view b) {
     return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
                const auto fold = [](char c) { return c >= 'a' && c <= 'z' ? char(c - 32) : c; };
@@ -99,6 +134,12 @@ private:
         return {ErrorKind::Damaged, m_file, line, std::move(text)};
     }
     std::optional<Error> checkStart(std::string_view bytes) const;
+    /// Cuts the bytes of the source from `base` on into pairs and moves `at` behind the last one.
+    /// `last`: nothing follows.
+    std::optional<Error> scan(std::string_view bytes, std::uint64_t base, bool last,
+                              const char*& at);
+    std::optional<Error> oddPair(std::string_view rest, std::uint64_t offset, bool last,
+                                 const char*& at);
     std::optional<Error> pair(int code, std::string_view value, std::uint64_t offset);
     void group(int code, std::string_view value);
     void beginRecord(std::string_view type, std::uint64_t offset);
@@ -112,6 +153,7 @@ private:
     void member(RecordNumber number);
     ContainerNumber addContainer(ContainerKind kind, std::string name, RecordNumber head);
     std::optional<Error> finish(std::uint64_t end);
+    void expectRecords(std::uint64_t size, std::uint64_t seen);
 
     DxfIndex& m_index;
     std::string m_file;
@@ -385,6 +427,65 @@ std::optional<Error> Indexer::finish(std::uint64_t end) {
     return std::nullopt;
 }
 
+std::optional<Error> Indexer::scan(std::string_view bytes, std::uint64_t base, bool last,
+                                   const char*& at) {
+    const char* const end = bytes.data() + bytes.size();
+    while (at != end && !m_ended) {
+        unsigned code = 0;
+        const char* const codeEnd = plainCode(at, end, code);
+        const char* const value = codeEnd == nullptr ? end : codeEnd + 1;
+        const void* const feed = std::memchr(value, '\n', static_cast<std::size_t>(end - value));
+        const std::uint64_t offset = base + static_cast<std::uint64_t>(at - bytes.data());
+        if (feed == nullptr) {
+            const char* const before = at;
+            const std::string_view rest(at, static_cast<std::size_t>(end - at));
+            if (auto error = oddPair(rest, offset, last, at)) return error;
+            if (at == before) return std::nullopt;
+            continue;
+        }
+        const auto* const valueEnd = static_cast<const char*>(feed);
+        if (isNoted(code) || m_index.records.size() == 1) {
+            std::string_view text(value, static_cast<std::size_t>(valueEnd - value));
+            if (text.ends_with('\r')) text.remove_suffix(1);
+            if (auto error = pair(static_cast<int>(code), text, offset)) return error;
+        }
+        m_line += 2;
+        at = valueEnd + 1;
+        m_index.endsWithoutLineEnd = false;
+    }
+    return std::nullopt;
+}
+
+/// A pair that is not of the usual form: another way to write the code, the end of the bytes, or
+/// damage. Leaves `at` where it is when more bytes are wanted or nothing follows.
+std::optional<Error> Indexer::oddPair(std::string_view rest, std::uint64_t offset, bool last,
+                                      const char*& at) {
+    const std::size_t codeEnd = rest.find('\n');
+    const bool valueMissing = codeEnd == std::string_view::npos || codeEnd + 1 == rest.size();
+    if (valueMissing && !last) return std::nullopt;
+    const std::size_t valueEnd = valueMissing ? rest.size() : rest.find('\n', codeEnd + 1);
+    if (valueEnd == std::string_view::npos && !last) return std::nullopt;
+    std::string_view codeText = rest.substr(0, codeEnd);
+    if (codeText.ends_with('\r')) codeText.remove_suffix(1);
+    const auto code = parseCode(codeText.data(), codeText.data() + codeText.size());
+    if (!code) {
+        if (trimmed(codeText).empty() && valueMissing) return std::nullopt;  // at the very end
+        const bool foreign = m_index.records.size() == 1;
+        return Error{foreign ? ErrorKind::Unreadable : ErrorKind::Damaged, m_file, m_line,
+                     (foreign ? "no DXF text: " : "") +
+                         std::string("a group code was expected, found \"") +
+                         std::string(codeText.substr(0, 40)) + "\""};
+    }
+    if (valueMissing) return damage(m_line, "the file ends after a group code, without its value");
+    std::string_view text = rest.substr(codeEnd + 1, valueEnd - codeEnd - 1);
+    if (text.ends_with('\r')) text.remove_suffix(1);
+    if (auto error = pair(*code, text, offset)) return error;
+    m_line += 2;
+    at += valueEnd == std::string_view::npos ? rest.size() : valueEnd + 1;
+    m_index.endsWithoutLineEnd = valueEnd == std::string_view::npos;
+    return std::nullopt;
+}
+
 std::optional<Error> Indexer::run() {
     const std::uint64_t size = m_index.source->size();
     std::string buffer;
@@ -401,50 +502,16 @@ std::optional<Error> Indexer::run() {
         next += got;
         const bool last = got == 0 || next >= size;
         const char* at = buffer.data();
-        const char* const end = at + buffer.size();
         if (first) {
-            first = false;
             if (auto error = checkStart(buffer)) return error;
             if (buffer.starts_with("\xEF\xBB\xBF")) at += 3;
             const std::size_t feed = buffer.find('\n');
             m_index.crlf = feed != std::string::npos && feed > 0 && buffer[feed - 1] == '\r';
         }
-        while (at != end && !m_ended) {
-            const auto* codeEnd =
-                static_cast<const char*>(std::memchr(at, '\n', static_cast<std::size_t>(end - at)));
-            if (codeEnd == nullptr && !last) break;
-            const bool valueMissing = codeEnd == nullptr || codeEnd + 1 == end;
-            if (valueMissing && !last) break;
-            const char* value = valueMissing ? end : codeEnd + 1;
-            const auto* valueEnd = static_cast<const char*>(
-                std::memchr(value, '\n', static_cast<std::size_t>(end - value)));
-            if (valueEnd == nullptr && !last) break;
-            const char* stop = valueEnd == nullptr ? end : valueEnd;
-            const char* codeStop = codeEnd == nullptr ? end : codeEnd;
-            if (codeStop != at && codeStop[-1] == '\r') --codeStop;
-            const auto code = parseCode(at, codeStop);
-            if (!code) {
-                if (trimmed({at, static_cast<std::size_t>(codeStop - at)}).empty() && valueMissing)
-                    break;  // a blank line at the very end
-                const std::string found(
-                    at, std::min<std::size_t>(40, static_cast<std::size_t>(codeStop - at)));
-                const bool foreign = m_index.records.size() == 1;
-                return Error{foreign ? ErrorKind::Unreadable : ErrorKind::Damaged, m_file, m_line,
-                             (foreign ? "no DXF text: " : "") +
-                                 std::string("a group code was expected, found \"") + found + "\""};
-            }
-            if (valueMissing)
-                return damage(m_line, "the file ends after a group code, without its value");
-            std::string_view text(value, static_cast<std::size_t>(stop - value));
-            if (!text.empty() && text.back() == '\r') text.remove_suffix(1);
-            if (auto error =
-                    pair(*code, text, base + static_cast<std::uint64_t>(at - buffer.data())))
-                return error;
-            m_line += 2;
-            at = valueEnd == nullptr ? end : valueEnd + 1;
-            m_index.endsWithoutLineEnd = valueEnd == nullptr;
-        }
+        if (auto error = scan(buffer, base, last, at)) return error;
         if (last) break;
+        if (first) expectRecords(size, next);
+        first = false;
         const auto used = static_cast<std::size_t>(at - buffer.data());
         if (used == 0 && buffer.size() > kLongestLine)
             return damage(m_line, "a line of more than 64 MiB");
@@ -454,13 +521,20 @@ std::optional<Error> Indexer::run() {
     return finish(size);
 }
 
+/// Makes room for as many records as the file will have when it goes on as it began.
+void Indexer::expectRecords(std::uint64_t size, std::uint64_t seen) {
+    const std::uint64_t expected = m_index.records.size() * (size / seen + 1);
+    m_index.records.reserve(static_cast<std::size_t>(expected + expected / 8));
+}
+
 }  // namespace
 
 TypeNames::TypeNames() { static_cast<void>(number("")); }
 
 std::uint16_t TypeNames::number(std::string_view name) {
+    if (m_names.size() > m_last && m_names[m_last] == name) return m_last;
     const auto found = m_numbers.find(std::string(name));
-    if (found != m_numbers.end()) return found->second;
+    if (found != m_numbers.end()) return m_last = found->second;
     if (m_names.size() >= 0xFFFF) return 0;
     const auto number = static_cast<std::uint16_t>(m_names.size());
     m_names.emplace_back(name);

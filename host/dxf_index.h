@@ -24,6 +24,7 @@ public:
 private:
     std::vector<std::string> m_names;
     std::unordered_map<std::string, std::uint16_t> m_numbers;
+    std::uint16_t m_last = 0;  ///< asked for last: entities of one type often stand together
 };
 
 /// A section of the file.

@@ -3,20 +3,36 @@
 #include "platform/runtime.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <utility>
 
 namespace mor {
 
-bool HandleTable::less(const Entry& a, const Entry& b) const {
-    return compareNoCase(textOf(a), textOf(b)) < 0;
+namespace {
+
+constexpr wchar_t kLastAscii = 0x7F;
+
+}  // namespace
+
+void HandleTable::append(std::string& texts, std::wstring_view handle) {
+    for (const wchar_t c : handle) {
+        const wchar_t upper = toUpper(c);
+        if (upper <= kLastAscii)
+            texts += static_cast<char>(upper);
+        else
+            texts += narrow({&upper, 1});
+    }
 }
 
 void HandleTable::add(std::wstring_view handle, const EntityName& entity) {
-    m_entries.push_back({m_texts.size(), handle.size(), entity});
-    for (const wchar_t c : handle) m_texts += toUpper(c);
+    const std::size_t begin = m_texts.size();
+    append(m_texts, handle);
+    m_entries.push_back({static_cast<std::uint32_t>(begin),
+                         static_cast<std::uint32_t>(m_texts.size() - begin), entity});
 }
 
 void HandleTable::order() {
-    const auto before = [this](const Entry& a, const Entry& b) { return less(a, b); };
+    const auto before = [this](const Entry& a, const Entry& b) { return textOf(a) < textOf(b); };
     // Runs that stand in order already are merged, neighbour with neighbour, until one is left.
     std::vector<std::ptrdiff_t> ends = {0};
     for (auto at = m_entries.begin(); at != m_entries.end();) {
@@ -34,18 +50,18 @@ void HandleTable::order() {
         ends = std::move(merged);
     }
     // Of equal ones the first stays: merging keeps their order.
-    const auto same = [this](const Entry& a, const Entry& b) {
-        return equalNoCase(textOf(a), textOf(b));
-    };
-    m_entries.erase(std::unique(m_entries.begin(), m_entries.end(), same), m_entries.end());
+    const auto doubled =
+        std::ranges::unique(m_entries, {}, [this](const Entry& entry) { return textOf(entry); });
+    m_entries.erase(doubled.begin(), doubled.end());
 }
 
 EntityName HandleTable::find(std::wstring_view handle) const {
-    const auto found = std::ranges::lower_bound(
-        m_entries, handle,
-        [](std::wstring_view a, std::wstring_view b) { return compareNoCase(a, b) < 0; },
-        [this](const Entry& entry) { return textOf(entry); });
-    const bool known = found != m_entries.end() && equalNoCase(textOf(*found), handle);
+    std::string text;
+    append(text, handle);
+    const auto found =
+        std::ranges::lower_bound(m_entries, std::string_view(text), {},
+                                 [this](const Entry& entry) { return textOf(entry); });
+    const bool known = found != m_entries.end() && textOf(*found) == text;
     return known ? found->entity : EntityName{};
 }
 

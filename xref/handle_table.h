@@ -2,7 +2,7 @@
 
 #include "platform/entity_name.h"
 
-#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,16 +24,16 @@ public:
 
 private:
     struct Entry {
-        std::size_t begin = 0;  // in m_texts
-        std::size_t length = 0;
+        std::uint32_t begin = 0;  // in m_texts
+        std::uint32_t length = 0;
         EntityName entity;
     };
-    [[nodiscard]] std::wstring_view textOf(const Entry& entry) const {
-        return std::wstring_view(m_texts).substr(entry.begin, entry.length);
+    [[nodiscard]] std::string_view textOf(const Entry& entry) const {
+        return std::string_view(m_texts).substr(entry.begin, entry.length);
     }
-    [[nodiscard]] bool less(const Entry& a, const Entry& b) const;
+    static void append(std::string& texts, std::wstring_view handle);
 
-    std::wstring m_texts;
+    std::string m_texts;  // upper-case, UTF-8
     std::vector<Entry> m_entries;
 };
 

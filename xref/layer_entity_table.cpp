@@ -51,9 +51,10 @@ MOR_LayerXRefEntityTable::MOR_LayerXRefEntityTable() = default;
 MOR_LayerXRefEntityTable::~MOR_LayerXRefEntityTable() = default;
 
 bool MOR_LayerXRefEntityTable::add(const ads_name entity, const wchar_t* layer) {
-    auto found = m_layers.find(std::wstring_view{layer});
-    if (found == m_layers.end()) found = m_layers.try_emplace(layer).first;
-    found->second.add(mor::EntityName{entity});
+    auto known = m_given.find(std::wstring_view{layer});
+    if (known == m_given.end())
+        known = m_given.emplace(layer, &m_layers.try_emplace(layer).first->second).first;
+    known->second->add(mor::EntityName{entity});
     return true;
 }
 

@@ -6,8 +6,12 @@
 #include "platform/types.h"
 #include "xref/entity_set.h"
 
+#include <cstddef>
+#include <functional>
 #include <map>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 
 class MOR_Letter_XRefSpaceIterator;
 
@@ -15,6 +19,8 @@ class MOR_Letter_XRefSpaceIterator;
 class MOR_LayerXRefEntityTable {
 public:
     MOR_LayerXRefEntityTable();
+    MOR_LayerXRefEntityTable(const MOR_LayerXRefEntityTable&) = delete;
+    MOR_LayerXRefEntityTable& operator=(const MOR_LayerXRefEntityTable&) = delete;
     virtual ~MOR_LayerXRefEntityTable();
 
     /// Files the entity under the layer, once; always true. A new layer's name is kept as it is
@@ -30,5 +36,15 @@ public:
         const CMORAdsLispVar& patterns) const;
 
 private:
+    struct TextHash {
+        using is_transparent = void;
+        [[nodiscard]] std::size_t operator()(std::wstring_view text) const noexcept {
+            return std::hash<std::wstring_view>{}(text);
+        }
+    };
+
     std::map<std::wstring, mor::EntitySet, mor::LessNoCase> m_layers;
+    /// The sets in `m_layers` by the very texts that were given: there are many more entities than
+    /// layers.
+    std::unordered_map<std::wstring, mor::EntitySet*, TextHash, std::equal_to<>> m_given;
 };
