@@ -9,8 +9,8 @@
 
 namespace mor::bench {
 
-/// An R12 drawing of that many lines on layers WALLS0, WALLS1 and so on, ten lines of one layer at a
-/// time, in the folder for temporary files while it lives.
+/// An R12 drawing of that many lines on layers WALLS0, WALLS1 and so on, ten lines of one layer at
+/// a time, in the folder for temporary files while it lives.
 class GeneratedDrawing {
 public:
     explicit GeneratedDrawing(std::size_t lines, std::size_t layers = 40)

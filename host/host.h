@@ -251,12 +251,13 @@ struct SymbolInfo {
                                                            std::wstring_view qualified);
 
 struct BlockInfo {
-    SymbolInfo symbol;       ///< `name` is that of its BLOCK record
-    std::int64_t flags = 0;  ///< as the file has them
-    std::array<double, 3> base{};
-    std::wstring path;         ///< saved with a reference, empty for other blocks
-    bool reference = false;    ///< an external reference, attached or overlaid
-    bool layout = false;       ///< stands for model space or a layout
+    SymbolInfo symbol;                     ///< `name` is that of its BLOCK record
+    std::int64_t flags = 0;                ///< as the file has them
+    std::array<double, 3> base{};          ///< of a loaded reference that of its drawing
+    std::array<double, 3> recordedBase{};  ///< as its BLOCK record has it
+    std::wstring path;                     ///< saved with a reference, empty for other blocks
+    bool reference = false;                ///< an external reference, attached or overlaid
+    bool layout = false;                   ///< stands for model space or a layout
     std::size_t entities = 0;  ///< live main ones; of a reference those of its model space
     std::size_t inserts = 0;   ///< live ones in the same drawing, block definitions included
 };

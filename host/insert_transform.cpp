@@ -75,27 +75,25 @@ static CMORMathTransMatrix insertMatrix(const TagList& insert, const Vector& bas
     return matrix;
 }
 
-static std::optional<CMORMathTransMatrix> matrixOf(const ads_name name) {
-    const Located found = locate(EntityName(name));
+static std::optional<CMORMathTransMatrix> matrixOf(EntityName entity) {
+    const Located found = locate(entity);
     if (!found || found.drawing->entry(found.number).has(kErased) ||
         found.drawing->typeOf(found.number) != "INSERT")
         return std::nullopt;
     const TagList insert = found.drawing->current(found.number);
     const Tag* block = insert.find(2);
     if (block == nullptr) return std::nullopt;
-    const ContainerNumber number =
-        found.drawing->findBlock(found.drawing->text().decode(insert.value(*block)));
-    if (number == kNoContainer) return std::nullopt;
-    // The mount of a nested reference belongs to the one whose drawing holds the insert.
-    auto* owner = const_cast<Mount*>(found.mount);
-    const Vector base = baseOf(*currentDocument(), owner, number);
+    const std::wstring name = found.qualified(found.drawing->text().decode(insert.value(*block)));
+    const FoundBlock inserted = resolveBlock(*currentDocument(), name);
+    if (inserted.block == kNoContainer) return std::nullopt;
+    const Vector base = baseOf(*currentDocument(), inserted.owner, inserted.block);
     return insertMatrix(insert, base);
 }
 
 }  // namespace mor::host
 
 bool CMORAdsTransformation::loadFromEntity(const ads_name name) {
-    const auto loaded = mor::host::matrixOf(name);
+    const auto loaded = mor::host::matrixOf(mor::EntityName(name));
     if (!loaded) return false;
     matrix = *loaded;
     return true;

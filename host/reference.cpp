@@ -36,9 +36,22 @@ bool isCommonSymbol(std::wstring_view symbol) {
                                [symbol](std::wstring_view c) { return equalNoCase(symbol, c); });
 }
 
+/// Whether the block belongs to a reference of the drawing: the record that a drawing keeps of its
+/// reference's own reference looks like one of its own.
+static bool isDependentBlock(Drawing& drawing, ContainerNumber block) {
+    const std::wstring name = drawing.containerName(block);
+    for (std::size_t bar = name.find(L'|'); bar != std::wstring::npos;
+         bar = name.find(L'|', bar + 1)) {
+        const ContainerNumber reference = drawing.findBlock(name.substr(0, bar));
+        if (reference != kNoContainer && isReferenceBlock(drawing, reference)) return true;
+    }
+    return false;
+}
+
 bool isReferenceBlock(Drawing& drawing, ContainerNumber block) {
     // Overlays alone carry 8 where some writers leave 4 out.
-    return (flagsOf(drawing, block) & (kReferenceFlag | kOverlayFlag)) != 0;
+    return (flagsOf(drawing, block) & (kReferenceFlag | kOverlayFlag)) != 0 &&
+           !isDependentBlock(drawing, block);
 }
 
 bool isOverlayBlock(Drawing& drawing, ContainerNumber block) {
@@ -143,11 +156,15 @@ const Mount* References::find(std::int64_t number) const {
 References::Target References::resolve(std::wstring_view qualified) {
     Target target{nullptr, std::wstring(qualified)};
     while (true) {
-        const std::size_t bar = target.rest.find(L'|');
-        if (bar == std::wstring::npos) return target;
         Drawing& owner = drawingOf(target.mount);
-        const ContainerNumber block = owner.findBlock(target.rest.substr(0, bar));
-        Mount* next = block == kNoContainer ? nullptr : mount(target.mount, block);
+        Mount* next = nullptr;
+        std::size_t bar = target.rest.find(L'|');
+        // The name of a reference may itself have bars in it.
+        for (; bar != std::wstring::npos; bar = target.rest.find(L'|', bar + 1)) {
+            const ContainerNumber block = owner.findBlock(target.rest.substr(0, bar));
+            next = block == kNoContainer ? nullptr : mount(target.mount, block);
+            if (next != nullptr) break;
+        }
         if (next == nullptr || !next->drawing) return target;
         target.mount = next;
         target.rest.erase(0, bar + 1);

@@ -82,6 +82,7 @@ private:
 
 /// Symbols that mean the same in every drawing: layer 0, Continuous, ByLayer, ByBlock.
 [[nodiscard]] bool isCommonSymbol(std::wstring_view symbol);
+/// An external reference of the drawing's own; not what it keeps of a reference's reference.
 [[nodiscard]] bool isReferenceBlock(Drawing& drawing, ContainerNumber block);
 [[nodiscard]] bool isOverlayBlock(Drawing& drawing, ContainerNumber block);
 /// Numbers drawings and mounts; never used again in the process.
@@ -94,6 +95,14 @@ private:
 
 // What a block shows; `owner` is null for blocks of the document's own drawing.
 
+/// The block that a look-up of the name finds. A dependent block is the referenced drawing's, also
+/// where the document's own drawing holds a record under its qualified name. No block when there is
+/// none.
+struct FoundBlock {
+    Mount* owner = nullptr;
+    ContainerNumber block = kNoContainer;
+};
+[[nodiscard]] FoundBlock resolveBlock(AcApDocument& document, std::wstring_view name);
 /// Where the entities of a block stand: a reference's in model space of the referenced drawing,
 /// those of a layout in its space. The number is the container; a reference that is not loaded has
 /// no drawing.

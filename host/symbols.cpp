@@ -20,6 +20,10 @@ std::array<double, 3> pointOf(const TagList& record, int code) {
     return point;
 }
 
+std::array<double, 3> recordedBase(Drawing& drawing, ContainerNumber block) {
+    return pointOf(drawing.current(drawing.container(block).head), 10);
+}
+
 }  // namespace
 
 std::map<std::wstring, std::size_t> countInserts(Drawing& drawing) {
@@ -39,6 +43,19 @@ std::size_t countEntities(const Drawing& drawing, ContainerNumber container) {
          at = drawing.nextMember(container, at))
         if (!drawing.entry(at).has(kSubEntity)) ++count;
     return count;
+}
+
+FoundBlock resolveBlock(AcApDocument& document, std::wstring_view name) {
+    if (name.find(L'|') != std::wstring_view::npos) {
+        const References::Target target = document.references->resolve(name);
+        if (target.mount != nullptr) {
+            Drawing& drawing = *target.mount->drawing;
+            const ContainerNumber block = drawing.findBlock(target.rest);
+            if (block != kNoContainer && !drawing.container(block).layout)
+                return {target.mount, block};
+        }
+    }
+    return {nullptr, document.drawing->findBlock(name)};
 }
 
 BlockEntities entitiesOf(AcApDocument& document, Mount* owner, ContainerNumber block) {
@@ -65,7 +82,7 @@ std::array<double, 3> baseOf(AcApDocument& document, Mount* owner, ContainerNumb
     const Mount* reference = document.references->mount(owner, block);
     if (reference != nullptr && reference->drawing)
         if (const auto own = reference->drawing->insertionBase()) return *own;
-    return pointOf(drawing.current(drawing.container(block).head), 10);
+    return recordedBase(drawing, block);
 }
 
 Located resolveSymbol(AcApDocument& document, std::string_view table, std::wstring_view name) {
@@ -147,6 +164,7 @@ std::vector<BlockInfo> blocks(AcApDocument* document, std::wstring_view referenc
         info.layout = container.layout;
         if (info.reference) info.path = drawing.textOf(container.head, 1).value_or(L"");
         info.base = baseOf(*document, found.mount, block);
+        info.recordedBase = recordedBase(drawing, block);
         const BlockEntities entities = entitiesOf(*document, found.mount, block);
         if (entities.drawing != nullptr)
             info.entities = countEntities(*entities.drawing, entities.container);

@@ -95,20 +95,11 @@ ResbufList blockList(AcApDocument& document, Mount* owner, ContainerNumber block
     return list.take();
 }
 
-/// A block of the current drawing, or of one that it refers to under a qualified name. A dependent
-/// block takes its entities from the reference even where the drawing holds a record of its own
-/// under that name.
+/// A block of the current drawing, or of one that it refers to under a qualified name.
 ResbufList findBlockList(AcApDocument& document, std::wstring_view name) {
-    if (name.find(L'|') != std::wstring_view::npos) {
-        const References::Target target = document.references->resolve(name);
-        if (target.mount != nullptr) {
-            const ContainerNumber block = target.mount->drawing->findBlock(target.rest);
-            if (block != kNoContainer && !target.mount->drawing->container(block).layout)
-                return blockList(document, target.mount, block);
-        }
-    }
-    const ContainerNumber block = document.drawing->findBlock(name);
-    return block == kNoContainer ? ResbufList() : blockList(document, nullptr, block);
+    const FoundBlock found = resolveBlock(document, name);
+    return found.block == kNoContainer ? ResbufList()
+                                       : blockList(document, found.owner, found.block);
 }
 
 /// A symbol of the current drawing, else of one that it refers to.
@@ -170,7 +161,10 @@ resbuf* acdbTblNext(const wchar_t* table, int rewind) {
         const host::ContainerNumber block = host::nextBlock(drawing, position);
         if (block == host::kNoContainer) return nullptr;
         position = block;
-        return host::blockList(*document, nullptr, block).release();  // caller owns
+        const std::wstring own = drawing.containerName(block);
+        host::FoundBlock found{nullptr, block};
+        if (own.find(L'|') != std::wstring::npos) found = host::resolveBlock(*document, own);
+        return host::blockList(*document, found.owner, found.block).release();  // caller owns
     }
     const host::ContainerNumber container = drawing.findTable(mor::narrow(name));
     if (container == host::kNoContainer || host::shownCodes(name).empty()) return nullptr;

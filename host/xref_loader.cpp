@@ -110,7 +110,8 @@ std::optional<fs::path> findReference(std::wstring_view saved, const fs::path& r
     std::error_code code;
     for (const fs::path& path : all) {
         if (fs::is_regular_file(path, code)) return path.lexically_normal();
-        tries.push_back({path.lexically_normal(), "not there"});
+        const bool there = fs::exists(path, code);
+        tries.push_back({path.lexically_normal(), there ? "is no regular file" : "not there"});
     }
     for (const fs::path& path : all) {
         const fs::path found = withoutCase(path);

@@ -140,7 +140,17 @@ TEST_F(Carry, LooksThroughReferences) {
     const std::string planBytes = readFile(plan);
     EXPECT_EQ(run({"ls", "-R", host, "--in", "PLAN"}).out, list(plan));
     EXPECT_EQ(run({"cat", host, "/cfg/x", "--in", "A1"}).out, "(1 2)\n");
-    EXPECT_EQ(run({"put", host, "/cfg/x", "3", "--in", "PLAN"}).code, 6);
+    for (const std::vector<std::string>& words :
+         {std::vector<std::string>{"put", host, "/cfg/x", "3"},
+          {"mv", host, "/cfg/x", "/cfg/z"},
+          {"run", host, "-c", "put /cfg/x 3"},
+          {"wipe", host, "--yes"},
+          {"repair", host}}) {
+        std::vector<std::string> inside = words;
+        inside.insert(inside.end(), {"--in", "PLAN"});
+        EXPECT_EQ(run(inside).code, 6) << words.front();
+    }
+    EXPECT_EQ(run({"run", host, "-c", "put /cfg/x 3 --in PLAN"}).code, 6);
     EXPECT_EQ(readFile(host), bytes);
     EXPECT_EQ(readFile(plan), planBytes);
     EXPECT_EQ(run({"xrefs", host, "--missing"}).code, 0);

@@ -386,6 +386,17 @@ TEST_F(Commands, PrintErrorsAsJsonOnStderr) {
     EXPECT_EQ(unread["error"]["path"], file("none.dxf"));
 }
 
+TEST_F(Commands, TakeWordsInBracketsAsTheyStand) {
+    const std::string d = newDrawing();
+    for (const char* text : {"[abc]", "[a,b]", "[]"}) {
+        EXPECT_EQ(run({"put", d, "/a/x", "--string", text}).code, 0) << text;
+        EXPECT_EQ(run({"cat", d, "/a/x", "-r"}).out, text + std::string("\n"));
+    }
+    EXPECT_EQ(run({"put", d, "/a/x", "--string=[x]"}).code, 0);
+    EXPECT_EQ(run({"cat", d, "/a/x"}).out, "\"[x]\"\n");
+    EXPECT_EQ(run({"put", d, "[/a/y]", "1"}).code, 6);
+}
+
 // ---- rm -----------------------------------------------------------------------------------------
 
 TEST_F(Commands, RemoveFilesAllOrNone) {

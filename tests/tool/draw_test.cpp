@@ -151,6 +151,22 @@ TEST_F(Drawing, CirclesInOtherPlanesAreEllipsesOrLines) {
     EXPECT_NE(paths(svg, "B1").find("A3 1 0 0 1 "), std::string::npos);
 }
 
+TEST_F(Drawing, WhatCannotBeDrawnIsCounted) {
+    const std::string svg = picture(
+        {.layers = {"0"},
+         .blocks = blockDefinition("*D1", "0 DIMENSION;5 B1;8 0;2 *D1;" + lineEntity("B2", "0"), 1),
+         .entities = "0 ARC;5 A1;8 0;10 0.0;20 0.0;40 2.0;50 1e300;51 -1e300;"
+                     "0 LINE;5 A2;8 0;10 1e308;20 0.0;11 -1e308;21 1e308;"
+                     "0 DIMENSION;5 A3;8 0;2 *D1;" +
+                     insertEntity("A4", "0", "*D1", "10 0.0;20 0.0;41 1e308;42 1e308;") +
+                     insertEntity("A5", "0", "NONE")});
+    EXPECT_EQ(paths(svg, "B2"), "M0 0L1 0\n");
+    EXPECT_TRUE(noted("2 DIMENSION") && noted("2 LINE") &&
+                noted("1 INSERT of a block that is not there"));
+    EXPECT_EQ(svg.find("inf"), std::string::npos);
+    EXPECT_EQ(svg.find("nan"), std::string::npos);
+}
+
 TEST_F(Drawing, LargeCoordinatesAreShifted) {
     const std::string svg =
         picture({.layers = {"0"},

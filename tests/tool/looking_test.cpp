@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
@@ -22,7 +23,8 @@ protected:
         static_cast<void>(DxfDrawing{.layers = {"0", "SHAFT;70 0;62 5"},
                                      .entities = lineEntity("F1", "SHAFT") + lineEntity("A1", "0")}
                               .save("core.dxf"));
-        m_plan = DxfDrawing{.layers = {"0", "WALLS;70 1;62 -3", "Doors;70 4;62 6", "~odd"},
+        m_plan = DxfDrawing{.layers = {"0", "WALLS;70 1;62 -3", "Doors;70 4;62 6", "~odd",
+                                       "CORE|SHAFT;70 1"},
                             .blocks = blockDefinition("DOOR", lineEntity("B1", "0"), 2) +
                                       referenceDefinition("CORE", "core.dxf"),
                             .entities = lineEntity("A1", "WALLS") + lineEntity("A2", "Doors") +
@@ -37,6 +39,7 @@ protected:
                 .blocks = blockDefinition("GATE", lineEntity("D1", "0")) +
                           blockDefinition("PLAN|DOOR", "", 1) +
                           referenceDefinition("PLAN", "plan.dxf") +
+                          referenceDefinition("PLAN|CORE", "other.dxf", 20) +
                           referenceDefinition("LOST", "gone\\lost.dwg"),
                 .entities = lineEntity("A1", "WALLS") +
                             insertEntity("10", "0", "PLAN",
@@ -78,7 +81,7 @@ TEST_F(Looking, LayersStandBesideWhatTheDrawingSaysOfThem) {
               "PLAN|WALLS\t2\tCONTINUOUS\ton\t2 CONTINUOUS on\t3 CONTINUOUS off,frozen\n"
               "PLAN|Doors\t6\tCONTINUOUS\tlocked\t-\t6 CONTINUOUS locked\n"
               "PLAN|~odd\t7\tCONTINUOUS\ton\t-\t7 CONTINUOUS on\n"
-              "PLAN|CORE|SHAFT\t5\tCONTINUOUS\ton\t-\t5 CONTINUOUS on\n");
+              "PLAN|CORE|SHAFT\t7\tCONTINUOUS\tfrozen\t-\t5 CONTINUOUS on\n");
     const json layer = json::parse(out({"layers", "--json", "--in", "PLAN"}))["layers"][1];
     EXPECT_EQ(layer["name"], "WALLS");
     EXPECT_EQ(layer["qualified"], "PLAN|WALLS");
@@ -90,10 +93,11 @@ TEST_F(Looking, LayersStandBesideWhatTheDrawingSaysOfThem) {
 TEST_F(Looking, BlocksStandBesideWhatTheDrawingSaysOfThem) {
     EXPECT_EQ(out({"blocks"}),
               "GATE\t-\t1\t1\t0.0 0.0 0.0\t-\t0 0.0 0.0 0.0\n"
-              "PLAN\treference,resolved\t5\t1\t0.0 0.0 0.0\tplan.dxf\t4 0.0 0.0 0.0\n"
-              "LOST\treference\t0\t1\t0.0 0.0 0.0\tgone\\lost.dwg\t4 0.0 0.0 0.0\n"
               "PLAN|DOOR\tattributes,dependent,resolved\t1\t1\t0.0 0.0 0.0\t-\t1 0.0 0.0 0.0\n"
-              "PLAN|CORE\treference,dependent,resolved\t2\t1\t0.0 0.0 0.0\tcore.dxf\t-\n");
+              "PLAN\treference,resolved\t5\t1\t0.0 0.0 0.0\tplan.dxf\t4 0.0 0.0 0.0\n"
+              "PLAN|CORE\treference,dependent,resolved\t2\t1\t0.0 0.0 0.0\tcore.dxf\t"
+              "20 0.0 0.0 0.0\n"
+              "LOST\treference\t0\t1\t0.0 0.0 0.0\tgone\\lost.dwg\t4 0.0 0.0 0.0\n");
     const json block = json::parse(out({"blocks", "--json", "--in", "PLAN"}))["blocks"][0];
     EXPECT_EQ(block["name"], "DOOR");
     EXPECT_EQ(block["flags"], 50);
@@ -119,7 +123,10 @@ TEST_F(Looking, EntitiesAreChosenByLayerAndType) {
     EXPECT_EQ(handles({"entities", "--in", "PLAN", "--layer", "WALLS,~odd"}), "A1 A5");
     EXPECT_EQ(handles({"entities", "--in", "PLAN", "--layer", "*"}), "A1 A2 A3 A4 A5");
     EXPECT_EQ(out({"entities", "--in", "10", "--count", "--type", "INSERT"}), "2\n");
+    EXPECT_EQ(handles({"entities", "--layer", "NONE", "--layer", "0"}), "10 13");
+    EXPECT_EQ(handles({"entities", "--layer", "[w]*", "--type", "[KLM]INE"}), "A1");
     EXPECT_EQ(out({"entities", "--layer", "NONE", "--count"}, 1), "0\n");
+    EXPECT_EQ(handles({"entities", "--layer", ","}, 1), "");
     EXPECT_EQ(handles({"entities", "--layer", "NONE"}, 1), "");
 }
 
@@ -132,6 +139,22 @@ TEST_F(Looking, PointsAreCarriedIntoTheDrawing) {
               "A2\tLINE\tPLAN|Doors\tPLAN\t100.0 200.0 0.0\t100.0 202.0 0.0\n");
     const json matrix = json::parse(out({"matrix", "--json", "--in", "PLAN"}))["matrix"];
     EXPECT_EQ(matrix[1], json::parse("[2.0, 0.0, 0.0, 200.0]"));
+}
+
+TEST_F(Looking, WhatIsKeptOfAReferencesReferenceIsNoReferenceOfItsOwn) {
+    const std::string list = out({"xrefs"});
+    EXPECT_EQ(std::count(list.begin(), list.end(), '\n'), 3) << list;
+    EXPECT_NE(list.find("PLAN|CORE\tattach\tloaded\t1\t2\t-\tcore.dxf"), std::string::npos);
+}
+
+TEST_F(Looking, NamesMayHaveBarsInThem) {
+    const std::string host = DxfDrawing{.blocks = referenceDefinition("X|Y", "core.dxf"),
+                                        .entities = insertEntity("10", "0", "X|Y")}
+                                 .save("bars.dxf")
+                                 .string();
+    EXPECT_EQ(run({"entities", host, "--in", "X|Y", "--layer", "SHAFT"}).out,
+              "F1\tLINE\tX|Y|SHAFT\tX|Y\n");
+    EXPECT_EQ(run({"layers", host}).out, "X|Y|SHAFT\t5\tCONTINUOUS\ton\t-\t5 CONTINUOUS on\n");
 }
 
 TEST_F(Looking, NestedReferencesAreReachedByTheirPath) {
@@ -185,6 +208,7 @@ TEST_F(Looking, OneRecordShowsGroupsAndAttributes) {
 
 TEST_F(Looking, WrongCallsSayWhatWouldWork) {
     EXPECT_NE(error({"point", "1", "2"}, 2).find("--in NAME"), std::string::npos);
+    EXPECT_EQ(run({"put", m_host, "/a/x", "1", "--in", ""}).code, 2);
     EXPECT_NE(error({"point", "--in", "PLAN", "1", "x"}, 2).find("\"x\" is no coordinate"),
               std::string::npos);
     EXPECT_NE(error({"matrix", "--in", "GATE"}, 6).find("is no external reference"),

@@ -2,6 +2,7 @@
 #include "platform/table_calls.h"
 #include "tests/xref/reference_fixture.h"
 #include "xref/xref_space.h"
+#include "xref/xref_view.h"
 
 #include <gtest/gtest.h>
 
@@ -39,6 +40,8 @@ protected:
             .layers = {"0"},
             .blocks = blockDefinition("PLAN|DOOR", lineEntity("D9", "0"), 48) +
                       referenceDefinition("PLAN", "plan.dxf"),
+            .entities = insertEntity("71", "0", "PLAN|DOOR", "10 10.0;20 0.0;30 0.0;") +
+                        insertEntity("72", "0", "PLAN|CORE", "10 5.0;20 0.0;30 0.0;"),
             .records = "0 LAYER;2 Plan|Walls;70 49;62 -3;0 LAYER;2 PLAN|CORE|A;70 48;62 1;",
             .tables = types + "0 LTYPE;2 PLAN|DASHED;70 0;3 site;" + styles +
                       "0 STYLE;2 PLAN|NOTES;70 0;3 site;0 ENDTAB;"};
@@ -80,6 +83,19 @@ TEST_F(Overrides, ARecordOfTheDrawingItselfWinsOverTheReferences) {
     ASSERT_NE(findGroup(door, -2), nullptr);
     EXPECT_EQ(handleOf(findGroup(door, -2)->resval.rlname), L"B1");
     EXPECT_EQ(findGroup(door, 10)->resval.rpoint[0], 4.0);
+}
+
+TEST_F(Overrides, DependentBlocksAreInsertedAsTheReferenceHasThem) {
+    ads_name insert{};
+    CMORAdsTransformation placement;
+    find(L"71", insert);
+    ASSERT_TRUE(placement.loadFromEntity(insert));
+    EXPECT_EQ(placement.matrix.rows[0][3], 10.0 - 4.0);  // the base point is the reference's
+    find(L"72", insert);
+    MOR_XRefView view;
+    ASSERT_TRUE(view.connect(insert) && view.getMat(placement));
+    EXPECT_EQ(placement.matrix.rows[0][3], 5.0);
+    EXPECT_STREQ(view.SpaceName(), L"PLAN|CORE");
 }
 
 TEST_F(Overrides, AWalkOverATableListsWhatTheFileHolds) {

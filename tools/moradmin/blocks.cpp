@@ -11,7 +11,6 @@
 #include <iostream>
 #include <map>
 #include <optional>
-#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -33,41 +32,30 @@ std::int64_t shownFlags(const host::BlockInfo& block) {
     return flags == nullptr || block.layout ? block.flags : flags->resval.rint;
 }
 
-/// Blocks of references, with what the drawing holds under their qualified names.
-std::vector<BlockRow> referenceRows(const Session& session, const std::wstring& reference,
-                                    const std::vector<host::BlockInfo>& own) {
-    std::vector<BlockRow> rows;
-    for (const host::BlockInfo& block : host::blocks(session.document(), reference)) {
-        // Only within the reference itself its spaces are blocks of it.
-        if (block.layout && session.reference().empty()) continue;
-        BlockRow row{block, shownFlags(block), {}};
-        for (const host::BlockInfo& other : own)
-            if (equalNoCase(other.symbol.symbol, block.symbol.qualified)) row.host = other;
-        rows.push_back(std::move(row));
-    }
-    return rows;
-}
-
+/// The blocks of the drawing that is looked at, then those of its references. What it keeps of
+/// theirs stands with them.
 std::vector<BlockRow> blockRows(const Session& session) {
-    const std::vector<host::BlockInfo> own = host::blocks(session.document(), L"");
-    // What is kept of dependent blocks has a bar in its name.
-    std::vector<host::BlockInfo> kept = own;
-    std::erase_if(kept, [](const host::BlockInfo& block) {
-        return block.symbol.symbol.find(L'|') == std::wstring::npos;
-    });
-    if (!session.reference().empty()) return referenceRows(session, session.reference(), kept);
-    std::vector<BlockRow> dependent;
-    for (const std::wstring& reference : loadedReferences(session))
-        for (BlockRow& row : referenceRows(session, reference, kept))
-            dependent.push_back(std::move(row));
-    std::set<std::wstring> shown;
-    for (const BlockRow& row : dependent)
-        if (row.host) shown.insert(upperCase(row.host->symbol.symbol));
+    std::map<std::wstring, host::BlockInfo> own;  // by upper-case name
+    for (const host::BlockInfo& block : host::blocks(session.document(), L""))
+        own.try_emplace(upperCase(block.symbol.symbol), block);
+    std::vector<std::wstring> references = loadedReferences(session);
+    references.insert(references.begin(), session.reference());
     std::vector<BlockRow> rows;
-    for (const host::BlockInfo& block : own)
-        if (!shown.contains(upperCase(block.symbol.symbol)))
-            rows.push_back({block, shownFlags(block), block});
-    rows.insert(rows.end(), dependent.begin(), dependent.end());
+    std::map<std::wstring, std::size_t> known;  // by upper-case qualified name
+    for (const std::wstring& reference : references)
+        for (const host::BlockInfo& block : host::blocks(session.document(), reference)) {
+            const bool below = reference != session.reference();
+            // A reference's spaces are blocks within itself only.
+            if (below && block.layout) continue;
+            const std::wstring name = upperCase(block.symbol.qualified);
+            BlockRow row{block, shownFlags(block), {}};
+            if (const auto found = own.find(name); found != own.end()) row.host = found->second;
+            const auto [at, added] = known.try_emplace(name, rows.size());
+            if (added)
+                rows.push_back(std::move(row));
+            else if (below)
+                rows[at->second] = std::move(row);
+        }
     return rows;
 }
 
@@ -83,13 +71,12 @@ std::string flagsText(const BlockRow& row) {
 
 std::string hostText(const std::optional<host::BlockInfo>& block) {
     if (!block) return "-";
-    return std::to_string(block->flags) + " " + pointText(block->base);
+    return std::to_string(block->flags) + " " + pointText(block->recordedBase);
 }
 
 Json blockJson(const Session& session, const BlockRow& row) {
     const host::BlockInfo& block = row.block;
-    const bool inside = !session.reference().empty();
-    Json object{{"name", utf8(inside ? block.symbol.symbol : block.symbol.qualified)},
+    Json object{{"name", nameWithin(session, block.symbol.qualified)},
                 {"qualified", utf8(block.symbol.qualified)},
                 {"flags", row.flags}};
     object["layout"] = block.layout;
@@ -100,7 +87,7 @@ Json blockJson(const Session& session, const BlockRow& row) {
     object["inserts"] = block.inserts;
     object["path"] = utf8(block.path);
     object["host"] = nullptr;
-    if (row.host) object["host"] = {{"flags", row.host->flags}, {"base", row.host->base}};
+    if (row.host) object["host"] = {{"flags", row.host->flags}, {"base", row.host->recordedBase}};
     return object;
 }
 
@@ -136,13 +123,11 @@ int runBlocks(Session& session, const Options& options) {
             throw Failure(kUsage, "--dump prints the library's own listing; leave out --json");
         return dumpBlocks(session);
     }
-    const bool inside = !session.reference().empty();
     Json blocks = Json::array();
     std::vector<std::vector<std::string>> rows;
     for (const BlockRow& row : blockRows(session)) {
         blocks.push_back(blockJson(session, row));
-        const host::SymbolInfo& symbol = row.block.symbol;
-        rows.push_back({utf8(inside ? symbol.symbol : symbol.qualified), flagsText(row),
+        rows.push_back({nameWithin(session, row.block.symbol.qualified), flagsText(row),
                         std::to_string(row.block.entities), std::to_string(row.block.inserts),
                         pointText(row.block.base),
                         row.block.path.empty() ? "-" : utf8(row.block.path), hostText(row.host)});

@@ -34,9 +34,9 @@ constexpr std::array kCommands = {
     Command{"rm", "remove files, with -r directories", "PATH", "paths such as /cfg/user/x", 1,
             kMany, kChanging | kRemoving | kInside, runRm},
     Command{"cp", "copy a file or directory: DRAWING FROM TO, or A.dxf:/FROM B.dxf:/TO", "FROM TO",
-            kPathHelp, 1, 2, kChanging, nullptr, runCopy},
+            kPathHelp, 1, 2, kChanging | kInside, nullptr, runCopy},
     Command{"mv", "move a file or directory, as cp copies it", "FROM TO", kPathHelp, 1, 2,
-            kChanging, nullptr, runMove},
+            kChanging | kInside, nullptr, runMove},
     Command{"dump", "print a directory and everything below it as JSON", "PATH",
             "a directory, / when left out", 0, 1, kInside, runDump},
     Command{"load", "store what dump printed", "FILE", "the JSON; - or nothing is stdin", 0, 1,
@@ -62,12 +62,12 @@ constexpr std::array kCommands = {
     Command{"draw", "draw the plan view as SVG, references in their places", "", "", 0, 0,
             kJson | kInside | kLayers | kDrawing, runDraw},
     Command{"repair", "mend a damaged store without losing a value", "", "", 0, 0,
-            kChanging | kRepairing | kYes, runRepair},
+            kChanging | kRepairing | kYes | kInside, runRepair},
     Command{"wipe", "remove the store: all directories and files", "", "", 0, 0,
-            kChanging | kExtended | kYes, runWipe},
+            kChanging | kExtended | kYes | kInside, runWipe},
     Command{"run", "many commands on one drawing: one load, one save, all or nothing", "FILE",
             "a script, one command a line without the drawing; - is stdin", 0, 1,
-            kChanging | kScript, runScript},
+            kChanging | kScript | kInside, runScript},
 };
 
 }  // namespace

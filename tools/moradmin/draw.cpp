@@ -42,7 +42,8 @@ void printSummary(const Options& options, const Painter& painter) {
     object["output"] = options.output;
     object["elements"] = painter.picture().elements();
     object["leftOut"] = painter.leftOut();
-    object["missing"] = painter.missing();
+    object["missing"] = Json::object();
+    for (const auto& [path, missing] : painter.missing()) object["missing"][path] = missing.count;
     printJson(object);
 }
 
@@ -63,8 +64,9 @@ int runDraw(Session& session, const Options& options) {
         writeTo(options.output, painter.picture(), session.file());
     for (const auto& [why, count] : painter.leftOut())
         printNote(session.message("not drawn: " + std::to_string(count) + " " + why));
-    for (const auto& [path, count] : painter.missing())
-        printNote(session.message("missing reference, drawn as a box: " + path));
+    for (const auto& [path, missing] : painter.missing())
+        printNote(session.message("missing reference, drawn as a box: " + path + " (" +
+                                  missing.why + ")"));
     if (painter.picture().elements() == 0) printNote(session.message("there is nothing to draw"));
     if (options.json) printSummary(options, painter);
     return kDone;

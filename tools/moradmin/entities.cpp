@@ -68,7 +68,8 @@ public:
         std::vector<Point> points;
         if (m_options.world)
             for (const Point& point : pointsOf(m_session.document(), name))
-                points.push_back(transformed(m_placement, point));
+                if (const Point placed = transformed(m_placement, point); isFinite(placed))
+                    points.push_back(placed);
         if (m_options.json)
             printAsJson(entity, points);
         else
@@ -139,7 +140,11 @@ Json attributesJson(const host::RecordAttributes& attributes) {
 mor::EntityName findEntity(const Session& session, const std::string& word) {
     ads_name name{};
     const std::wstring handle = wide(word);
-    if (session.view().handEnt(handle.c_str(), name)) return mor::EntityName(name);
+    // Leading zeros do not count, but a reference looks for the text.
+    const std::wstring bare =
+        handle.substr(std::min(handle.find_first_not_of(L'0'), handle.size()));
+    for (const std::wstring& text : {handle, bare})
+        if (session.view().handEnt(text.c_str(), name)) return mor::EntityName(name);
     const std::string where = session.reference().empty() ? "" : " in " + utf8(session.reference());
     throw Failure(kRefused, session.message("no record has the handle " + word + where), word);
 }

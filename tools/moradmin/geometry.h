@@ -3,6 +3,8 @@
 #include "platform/geometry.h"
 
 #include <array>
+#include <cmath>
+#include <cstddef>
 
 namespace mor::tool {
 
@@ -20,6 +22,14 @@ using Point = std::array<double, 3>;
 
 [[nodiscard]] inline Point cross(const Point& a, const Point& b) {
     return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
+}
+
+/// Whether all coordinates are numbers, none larger than that.
+[[nodiscard]] inline bool isWithin(const Point& p, double most) {
+    return std::fabs(p[0]) <= most && std::fabs(p[1]) <= most && std::fabs(p[2]) <= most;
+}
+[[nodiscard]] inline bool isFinite(const Point& p) {
+    return std::isfinite(p[0]) && std::isfinite(p[1]) && std::isfinite(p[2]);
 }
 
 /// The transformation that applies `second` first and `first` to its result.

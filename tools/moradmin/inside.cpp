@@ -9,6 +9,7 @@
 #include "xref/xref_view.h"
 
 #include <algorithm>
+#include <cmath>
 #include <optional>
 
 // How a session comes to look through a reference.
@@ -28,6 +29,8 @@ const host::ReferenceInfo* findReference(const std::vector<host::ReferenceInfo>&
 
 std::string whyNotLoaded(const host::ReferenceInfo& info) {
     std::string why = "the reference " + utf8(info.name) + " is not loaded";
+    if (info.status == host::ReferenceStatus::Orphaned)
+        why += "; it is an overlay below a reference, which is not followed";
     for (const host::ReferenceTry& attempt : info.tries)
         why += "; " + attempt.path.string() + ": " + attempt.why;
     return why;
@@ -109,18 +112,24 @@ void Session::goThrough(mor::EntityName insert, const std::string& word) {
     ads_name words{};
     insert.copyTo(words);
     if (!CMORCadView::connectTheGlobalObject(words))
-        throw Failure(
-            kRefused,
-            message("the reference " + utf8(block) +
-                    (info->entities == 0 ? " has no entities to look through"
-                                         : " cannot be looked through: its insert has no handle")),
-            word);
+        throw Failure(kRefused,
+                      message("the reference " + utf8(block) +
+                              (info->entities == 0
+                                   ? " has no entities to look through"
+                                   : " cannot be looked through: its name is too long, or its "
+                                     "insert has no handle")),
+                      word);
     m_inserts.push_back(insert);
     m_reference = info->name;
     m_inside = info->found.string();
 }
 
 void Session::enter(const std::string& words) {
+    // A name with bars in it, or what the drawing itself inserts of a reference's reference.
+    bool whole = false;
+    host::forEachInsert(m_document, wide(words),
+                        [&whole](const host::RecordInfo& /*insert*/) { whole = true; });
+    if (whole) return goThrough(findInsert(words), words);
     for (std::size_t begin = 0, end = 0; end != std::string::npos; begin = end + 1) {
         end = words.find(kBar, begin);
         const std::string word = words.substr(begin, end == std::string::npos ? end : end - begin);
@@ -144,6 +153,10 @@ CMORMathTransMatrix Session::placement() const {
                           message("the placement of " + utf8(m_reference) + " cannot be read"));
         result = product(result, step.matrix);
     }
+    for (const auto& row : result.rows)
+        if (!std::ranges::all_of(row, [](double value) { return std::isfinite(value); }))
+            throw Failure(kRefused, message("the placement of " + utf8(m_reference) +
+                                            " holds numbers that are out of range"));
     return result;
 }
 

@@ -5,8 +5,8 @@
 #include "tools/moradmin/references.h"
 
 #include <cstdlib>
+#include <map>
 #include <optional>
-#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -38,41 +38,38 @@ struct LayerRow {
     std::optional<LayerState> reference;
 };
 
-LayerRow referenceLayer(const Session& session, const host::SymbolInfo& symbol) {
-    LayerRow row{symbol, {}, {}, layerState(session, symbol.name)};
-    if (const auto own = host::findSymbol(session.document(), "LAYER", symbol.qualified);
-        own && symbol.symbol != symbol.qualified)
-        row.host = layerState(session, *own);
-    const auto seen = host::resolveSymbol(session.document(), "LAYER", symbol.qualified);
-    row.shown = layerState(
-        session, symbol.symbol == symbol.qualified ? symbol.name : seen.value_or(symbol.name));
+LayerRow rowOf(const Session& session, const host::SymbolInfo& symbol, bool ofReference) {
+    const LayerState own = layerState(session, symbol.name);
+    if (!ofReference) return {symbol, own, own, {}};
+    // Layer 0 and the like have no qualified name.
+    if (symbol.symbol == symbol.qualified) return {symbol, own, {}, own};
+    LayerRow row{symbol, own, {}, own};
+    if (const auto over = host::findSymbol(session.document(), "LAYER", symbol.qualified))
+        row.host = layerState(session, *over);
+    if (const auto seen = host::resolveSymbol(session.document(), "LAYER", symbol.qualified))
+        row.shown = layerState(session, *seen);
     return row;
 }
 
+/// The layers of the drawing that is looked at, then those of its references. What it keeps of
+/// theirs stands with them.
 std::vector<LayerRow> layerRows(const Session& session) {
+    std::vector<std::wstring> references = loadedReferences(session);
+    references.insert(references.begin(), session.reference());
     std::vector<LayerRow> rows;
-    if (!session.reference().empty()) {
-        for (const host::SymbolInfo& symbol :
-             host::symbols(session.document(), session.reference(), "LAYER"))
-            rows.push_back(referenceLayer(session, symbol));
-        return rows;
-    }
-    std::vector<LayerRow> dependent;
-    std::set<std::wstring> overridden;
-    for (const std::wstring& reference : loadedReferences(session))
+    std::map<std::wstring, std::size_t> known;  // by upper-case qualified name
+    for (const std::wstring& reference : references)
         for (const host::SymbolInfo& symbol :
              host::symbols(session.document(), reference, "LAYER")) {
-            // Layer 0 of a reference is the drawing's own.
-            if (symbol.symbol == symbol.qualified) continue;
-            dependent.push_back(referenceLayer(session, symbol));
-            overridden.insert(upperCase(symbol.qualified));
+            const bool below = reference != session.reference();
+            if (below && symbol.symbol == symbol.qualified) continue;
+            LayerRow row = rowOf(session, symbol, !reference.empty());
+            const auto [at, added] = known.try_emplace(upperCase(symbol.qualified), rows.size());
+            if (added)
+                rows.push_back(std::move(row));
+            else if (below)
+                rows[at->second] = std::move(row);
         }
-    for (const host::SymbolInfo& symbol : host::symbols(session.document(), L"", "LAYER")) {
-        if (overridden.contains(upperCase(symbol.symbol))) continue;
-        const LayerState state = layerState(session, symbol.name);
-        rows.push_back({symbol, state, state, {}});
-    }
-    rows.insert(rows.end(), dependent.begin(), dependent.end());
     return rows;
 }
 
@@ -104,11 +101,10 @@ Json stateJson(const std::optional<LayerState>& state) {
 }  // namespace
 
 int runLayers(Session& session, const Options& options) {
-    const bool inside = !session.reference().empty();
     Json layers = Json::array();
     std::vector<std::vector<std::string>> rows;
     for (const LayerRow& row : layerRows(session)) {
-        const std::string name = utf8(inside ? row.symbol.symbol : row.symbol.qualified);
+        const std::string name = nameWithin(session, row.symbol.qualified);
         Json object{{"name", name}, {"qualified", utf8(row.symbol.qualified)}};
         object.update(stateJson(row.shown));
         object["host"] = stateJson(row.host);

@@ -27,12 +27,12 @@ int runCommand(const mor::tool::Options& options) {
     using namespace mor::tool;
     const auto command = std::ranges::find(commands(), options.command, &Command::name);
     setReferencePlaces(options);
-    if (command->runAlone != nullptr) return command->runAlone(options);
     if (!options.inside.empty() && (command->options & kChanging) != 0)
         throw Failure(
             kRefused,
             options.drawing + ": references are read-only; change the referenced drawing itself",
             options.drawing);
+    if (command->runAlone != nullptr) return command->runAlone(options);
     Session session(options);
     const int code = command->run(session, options);
     if (code == kDone && (command->options & kChanging) != 0) session.save(options);

@@ -18,9 +18,10 @@ namespace {
 constexpr std::string_view kVersion = MORADMIN_VERSION;
 
 /// Stands before a word such as -5 while the words are sorted, so that it is not taken for an
-/// option.
+/// option, and before one such as [a,b], so that it is not taken for a list of words.
 constexpr char kMark = '\x01';
 constexpr std::string_view kStringOption = "--string";
+constexpr std::string_view kLongOption = "--";
 
 bool isNegativeNumber(std::string_view word) {
     const auto digit = [&](std::size_t at) {
@@ -91,11 +92,11 @@ void addLookingOptions(CLI::App& app, const Command& command, Options& options) 
         app.add_option("--layer", options.layers,
                        "only on layers that match a wildcard pattern (repeatable; a comma splits)")
             ->type_name("PATTERN")
-            ->expected(1);
+            ->allow_extra_args(false);
     if (has(kWalking)) {
         app.add_option("--type", options.types, "only entities of these types, as LINE,ARC")
             ->type_name("PATTERN")
-            ->expected(1);
+            ->allow_extra_args(false);
         app.add_flag("--world", options.world, "the points too, in coordinates of the drawing");
         app.add_flag("--count", options.count, "only how many there are");
     }
@@ -112,15 +113,19 @@ void addReferenceOptions(CLI::App& app, const Command& command, Options& options
     if ((command.options & kInside) != 0)
         app.add_option("--in", options.inside,
                        "look through a reference: its name, or the handle of an insert")
-            ->type_name("NAME|HANDLE");
+            ->type_name("NAME|HANDLE")
+            ->check([](const std::string& word) {
+                return std::string(
+                    word.empty() ? "a reference's name or the handle of an insert is wanted" : "");
+            });
     app.add_option("--xref-path", options.referenceFolders,
                    "look for references in DIR too (repeatable)")
         ->type_name("DIR")
-        ->expected(1);
+        ->allow_extra_args(false);
     app.add_option("--map", options.referenceMappings,
                    "beginning of saved paths and its place here: C:\\proj=/srv/proj")
         ->type_name("FROM=TO")
-        ->expected(1);
+        ->allow_extra_args(false);
     if ((command.options & kReferences) == 0) return;
     app.add_flag("--tree", options.tree, "draw which drawing refers to which");
     app.add_flag("--missing", options.missing, "only missing ones; exit code 1 when there is one");
@@ -140,24 +145,32 @@ void describeExits(CLI::App& app) {
         "4 damage is left, 5 the drawing cannot be written, 6 the store refused, 130 interrupted.");
 }
 
+/// Puts a word behind the others, marked when the parser would see more in it than a word. Of
+/// `--option=[...]` the value becomes a word of its own.
+void append(std::vector<std::string>& words, std::string word, bool optionsEnded) {
+    const std::size_t equals = word.find('=');
+    const bool option = !optionsEnded && word.starts_with(kLongOption);
+    if (option && equals != std::string::npos &&
+        (word.starts_with(std::string(kStringOption) + "=") || word.find("=[") == equals)) {
+        words.push_back(word.substr(0, equals));
+        words.push_back(kMark + word.substr(equals + 1));
+        return;
+    }
+    const bool marked = optionsEnded ? word.starts_with('-') : isNegativeNumber(word);
+    if (marked || word.starts_with('[')) word.insert(word.begin(), kMark);
+    words.push_back(std::move(word));
+}
+
 /// The words behind the program's name, the last one first as the parser wants them; those that
-/// only look like options marked.
+/// only look like options or lists marked.
 std::vector<std::string> reversedWords(const std::vector<std::string>& words) {
     std::vector<std::string> result;
     bool optionsEnded = false;
-    for (std::string word : words) {
-        if (word == "--" && !optionsEnded) {
+    for (const std::string& word : words) {
+        if (word == kLongOption && !optionsEnded)
             optionsEnded = true;
-            continue;
-        }
-        if (!optionsEnded && word.starts_with(std::string(kStringOption) + "=")) {
-            result.emplace_back(kStringOption);
-            result.push_back(kMark + word.substr(kStringOption.size() + 1));
-            continue;
-        }
-        if (optionsEnded ? word.starts_with('-') : isNegativeNumber(word))
-            word.insert(word.begin(), kMark);
-        result.push_back(std::move(word));
+        else
+            append(result, word, optionsEnded);
     }
     std::ranges::reverse(result);
     return result;
@@ -168,10 +181,13 @@ void unmark(std::string& word) {
 }
 
 void unmarkAll(Options& options) {
-    std::ranges::for_each(options.arguments, unmark);
-    std::ranges::for_each(options.layers, unmark);
-    for (std::string* word : {&options.drawing, &options.output, &options.release}) unmark(*word);
-    if (options.fileValue) unmark(*options.fileValue);
+    for (std::vector<std::string>* words : {&options.arguments, &options.layers, &options.types,
+                                            &options.referenceFolders, &options.referenceMappings})
+        std::ranges::for_each(*words, unmark);
+    for (std::string* word : {&options.drawing, &options.output, &options.release, &options.inside})
+        unmark(*word);
+    for (std::optional<std::string>* word : {&options.fileValue, &options.script})
+        if (*word) unmark(**word);
 }
 
 std::string withoutMarks(std::string text) {

@@ -62,15 +62,22 @@ std::string numberText(double value) {
 Point Curve::at(double angle) const { return centre + std::cos(angle) * u + std::sin(angle) * v; }
 
 void Outline::put(char command, const Point& point) {
+    m_data += command;
+    putCoordinates(point);
+}
+
+void Outline::putCoordinates(const Point& point) {
     const double x = point[0] - m_origin[0];
     const double y = point[1] - m_origin[1];
-    m_data += command;
     m_data += numberText(x) + " " + numberText(y);
     m_extent.include(x, y);
+    m_finite = m_finite && std::fabs(x) < kFarthest && std::fabs(y) < kFarthest;
 }
 
 void Outline::along(const Curve& curve, double from, double to) {
     const Seen ellipse = seen(curve);
+    m_finite = m_finite && ellipse.longer < kFarthest;
+    if (!m_finite) return;
     if (m_data.empty()) moveTo(curve.at(from));
     const bool flat = ellipse.shorter <= kFlat * ellipse.longer;
     // Pieces of at most a quarter: no doubt then which of two arcs is meant.
@@ -85,10 +92,8 @@ void Outline::along(const Curve& curve, double from, double to) {
             lineTo(end);
             continue;
         }
-        const double x = end[0] - m_origin[0];
-        const double y = end[1] - m_origin[1];
-        m_data += arc + numberText(x) + " " + numberText(y);
-        m_extent.include(x, y);
+        m_data += arc;
+        putCoordinates(end);
     }
     includeTurningPoints(curve, from, to);
 }

@@ -7,6 +7,9 @@
 
 namespace mor::tool {
 
+/// Nothing is drawn that lies further out: sums of such numbers are out of range.
+inline constexpr double kFarthest = 1e100;
+
 /// The rectangle around what was drawn, in plan view.
 struct Extent {
     double left = 0.0;
@@ -46,14 +49,18 @@ public:
 
     [[nodiscard]] const std::string& data() const { return m_data; }
     [[nodiscard]] const Extent& extent() const { return m_extent; }
+    /// False once a number was out of range.
+    [[nodiscard]] bool isFinite() const { return m_finite; }
 
 private:
     void put(char command, const Point& point);
+    void putCoordinates(const Point& point);
     void includeTurningPoints(const Curve& curve, double from, double to);
 
     Point m_origin;
     std::string m_data;
     Extent m_extent;
+    bool m_finite = true;
 };
 
 }  // namespace mor::tool

@@ -22,14 +22,15 @@ namespace {
 constexpr int kFrozen = 1;
 constexpr int kInvisibleAttribute = 1;
 /// A drawing whose blocks multiply to more than this is drawn in part.
-constexpr std::size_t kMostElements = 2'000'000;
-constexpr std::size_t kMostVisited = 20'000'000;
+constexpr std::size_t kMostElements = 1'000'000;
+constexpr std::size_t kMostInserts = 250'000;
+constexpr std::size_t kMostVisited = 4'000'000;
 constexpr std::size_t kDeepest = 64;
 /// Coordinates larger than this are shifted: viewers of pictures calculate with seven digits.
 constexpr double kLargest = 1e5;
 constexpr double kShiftStep = 1000.0;
 
-constexpr const char* kTooMany = "beyond two million elements";
+constexpr const char* kTooMany = "beyond a million elements or 250000 inserts";
 constexpr const char* kHiddenLayer = "on layers that are off or frozen";
 
 /// The first entity of a block; none for an empty or unknown one.
@@ -84,8 +85,10 @@ Painter::Painter(Session& session, const Choice& choice)
       m_patterns(choice.layers),
       m_references(choice.references),
       m_prefix(session.reference().empty() ? "" : utf8(session.reference()) + "|"),
-      m_picture(shiftOf(session, session.placement())),
-      m_known(host::references(session.document())) {}
+      m_picture(shiftOf(session, session.placement())) {
+    for (host::ReferenceInfo& info : host::references(session.document()))
+        m_known.try_emplace(upperCase(info.name), info);
+}
 
 void Painter::paint() {
     Inserted top{m_session.placement(), utf8(m_session.reference()), {}, paletteColour(7), {}};
@@ -94,6 +97,11 @@ void Painter::paint() {
     while (const ads_name* name = entities()) names.emplace_back(*name);
     std::ranges::sort(names);  // later ones are drawn over earlier ones
     for (const mor::EntityName& name : names) paintEntity(name, top);
+}
+
+bool Painter::isFull() const {
+    return m_picture.elements() >= kMostElements || m_inserts >= kMostInserts ||
+           m_visited >= kMostVisited;
 }
 
 void Painter::paintEntity(mor::EntityName name, const Inserted& where) {
@@ -105,8 +113,7 @@ void Painter::paintEntity(mor::EntityName name, const Inserted& where) {
     const std::string type = utf8(entity.Type().GetString());
     if (isSubEntity(type) || type == "ATTDEF" || type == "VIEWPORT") return;
     if (entity.GetGroupShort(67, &paper) && paper != 0) return;  // of a layout
-    if (m_picture.elements() >= kMostElements || m_visited >= kMostVisited)
-        return leaveOut(kTooMany);
+    if (isFull()) return leaveOut(kTooMany);
     ++m_visited;
     const Origin origin{utf8(entity.Handle().GetString()), utf8(entity.GetLayer(nullptr)), type,
                         where.reference};
@@ -134,6 +141,7 @@ void Painter::paintInsert(mor::EntityName name, const EntityRecord& record, cons
                           const Inserted& where) {
     const std::wstring block = blockOf(name);
     const host::ReferenceInfo* reference = findReference(block);
+    ++m_inserts;
     if (reference != nullptr && skipsReference(*reference)) return;
     if (reference != nullptr && !reference->loaded)
         return paintMissing(record, origin, *reference, where);
@@ -143,17 +151,23 @@ void Painter::paintInsert(mor::EntityName name, const EntityRecord& record, cons
     const auto first = firstEntity(block, known);
     const std::wstring key = upperCase(block);
     if (!known || !own) return leaveOut("INSERT of a block that is not there");
-    if (where.blocks.size() >= kDeepest ||
-        std::ranges::find(where.blocks, key) != where.blocks.end())
-        return leaveOut("INSERT of a block within itself");
+    if (!isFinite(transformed(*own, {})) || !isFinite(turned(*own, {1.0, 1.0, 1.0})))
+        return leaveOut("INSERT with numbers out of range");
+    if (const char* why = whyNotWithin(where, key)) return leaveOut(why);
     paintAttributes(name, where);
     if (!first) return;
     Inserted inner{{}, where.reference, layerName, colour, where.blocks};
     if (reference != nullptr) inner.reference = utf8(reference->name);
     inner.blocks.push_back(key);
-    m_picture.open(origin, utf8(block));
+    const Picture::Group group = m_picture.open(origin, utf8(block));
     paintCells(*first, record, *own, where.placement, inner);
-    m_picture.close();
+    m_picture.close(group);
+}
+
+const char* Painter::whyNotWithin(const Inserted& where, const std::wstring& block) {
+    if (std::ranges::find(where.blocks, block) != where.blocks.end())
+        return "INSERT of a block within itself";
+    return where.blocks.size() >= kDeepest ? "INSERT within 64 others" : nullptr;
 }
 
 void Painter::paintCells(mor::EntityName first, const EntityRecord& insert,
@@ -172,7 +186,7 @@ void Painter::paintCells(mor::EntityName first, const EntityRecord& insert,
             inner.placement = product(moved(owner, by), own);
             const std::size_t before = m_picture.elements();
             paintBlock(first, inner);
-            if (m_picture.elements() == before || m_visited >= kMostVisited) return;
+            if (m_picture.elements() == before || isFull()) return;
         }
 }
 
@@ -216,12 +230,13 @@ void Painter::paintDimension(const EntityRecord& record, const Origin& origin,
     if (!where.reference.empty()) block = wide(where.reference) + L"|" + block;
     bool known = false;
     const auto first = firstEntity(block, known);
-    if (!first || where.blocks.size() >= kDeepest) return leaveOut(record.type());
+    const std::wstring key = upperCase(block);
+    if (!first || whyNotWithin(where, key) != nullptr) return leaveOut(record.type());
     Inserted inner{where.placement, where.reference, layerName, colour, where.blocks};
-    inner.blocks.push_back(upperCase(block));
-    m_picture.open(origin, utf8(block));
+    inner.blocks.push_back(key);
+    const Picture::Group group = m_picture.open(origin, utf8(block));
     paintBlock(*first, inner);
-    m_picture.close();
+    m_picture.close(group);
 }
 
 bool Painter::skipsReference(const host::ReferenceInfo& reference) {
@@ -234,8 +249,10 @@ bool Painter::skipsReference(const host::ReferenceInfo& reference) {
 
 void Painter::paintMissing(const EntityRecord& insert, const Origin& origin,
                            const host::ReferenceInfo& reference, const Inserted& where) {
-    const std::string saved = utf8(reference.saved);
-    ++m_missing[saved];
+    const std::string saved = utf8(reference.saved.empty() ? reference.name : reference.saved);
+    Missing& missing = m_missing[saved];
+    ++missing.count;
+    missing.why = reference.tries.empty() ? "not found" : reference.tries.back().why;
     m_picture.addMissing(
         origin, transformed(where.placement, fromPlane(insert.plane(), insert.point(10, Point{}))),
         saved);
@@ -281,9 +298,8 @@ bool Painter::wanted(const std::string& layer) const {
 }
 
 const host::ReferenceInfo* Painter::findReference(const std::wstring& block) const {
-    const auto found = std::ranges::find_if(
-        m_known, [&](const host::ReferenceInfo& info) { return equalNoCase(info.name, block); });
-    return found == m_known.end() ? nullptr : &*found;
+    const auto found = m_known.find(upperCase(block));
+    return found == m_known.end() ? nullptr : &found->second;
 }
 
 }  // namespace mor::tool

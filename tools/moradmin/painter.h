@@ -26,8 +26,12 @@ public:
     [[nodiscard]] const Picture& picture() const { return m_picture; }
     /// What was not drawn and why, and how often.
     [[nodiscard]] const std::map<std::string, std::size_t>& leftOut() const { return m_leftOut; }
-    /// Paths of references that are missing, as saved.
-    [[nodiscard]] const std::map<std::string, std::size_t>& missing() const { return m_missing; }
+    struct Missing {
+        std::size_t count = 0;
+        std::string why;
+    };
+    /// References that are not loaded, by their saved path, or by name where there is none.
+    [[nodiscard]] const std::map<std::string, Missing>& missing() const { return m_missing; }
 
 private:
     struct Layer {
@@ -44,6 +48,9 @@ private:
         std::vector<std::wstring> blocks;  ///< on the way, against circles
     };
 
+    [[nodiscard]] bool isFull() const;
+    /// Why a block is not drawn there; null when it is.
+    [[nodiscard]] static const char* whyNotWithin(const Inserted& where, const std::wstring& block);
     void paintEntity(mor::EntityName name, const Inserted& where);
     void paintInsert(mor::EntityName name, const EntityRecord& record, const Origin& origin,
                      const std::string& layer, const std::string& colour, const Inserted& where);
@@ -73,11 +80,12 @@ private:
     bool m_references;
     std::string m_prefix;  ///< of layer names within the reference that is looked through
     Picture m_picture;
-    std::vector<host::ReferenceInfo> m_known;
+    std::map<std::wstring, host::ReferenceInfo> m_known;  ///< by upper-case name
     std::size_t m_visited = 0;
+    std::size_t m_inserts = 0;
     std::map<std::string, Layer> m_layers;
     std::map<std::string, std::size_t> m_leftOut;
-    std::map<std::string, std::size_t> m_missing;
+    std::map<std::string, Missing> m_missing;
 };
 
 }  // namespace mor::tool

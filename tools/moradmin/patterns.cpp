@@ -35,7 +35,6 @@ void splitInto(std::string_view word, std::vector<std::string>& patterns) {
 std::vector<std::string> splitPatterns(const std::vector<std::string>& words) {
     std::vector<std::string> patterns;
     for (const std::string& word : words) splitInto(word, patterns);
-    std::erase(patterns, std::string());
     return patterns;
 }
 

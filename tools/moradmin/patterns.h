@@ -7,7 +7,8 @@
 namespace mor::tool {
 
 /// Words of the command line as single wildcard patterns: a comma splits one word into several,
-/// unless it stands behind a back quote or in brackets. Empty ones are left out.
+/// unless it stands behind a back quote or in brackets. An empty one stays: it matches nothing that
+/// has a name.
 [[nodiscard]] std::vector<std::string> splitPatterns(const std::vector<std::string>& words);
 
 /// Wildcard patterns of the platform, compared without regard to case.

@@ -81,8 +81,17 @@ void Picture::add(const Origin& origin, const Shape& shape, const std::string& c
     m_body += attribute("d", shape.data) + "/>\n";
 }
 
-void Picture::open(const Origin& origin, const std::string& block) {
+Picture::Group Picture::open(const Origin& origin, const std::string& block) {
+    const Group group{m_body.size(), m_elements};
     m_body += "<g" + attributesOf(origin) + attribute("data-block", block) + ">\n";
+    return group;
+}
+
+void Picture::close(const Group& group) {
+    if (m_elements == group.elements)
+        m_body.resize(group.begin);
+    else
+        m_body += "</g>\n";
 }
 
 void Picture::addMissing(const Origin& origin, const Point& place, const std::string& text) {

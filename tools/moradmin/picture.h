@@ -28,9 +28,13 @@ public:
     [[nodiscard]] std::size_t elements() const { return m_elements; }
 
     void add(const Origin& origin, const Shape& shape, const std::string& colour);
-    /// What follows, up to `close`, belongs to that record.
-    void open(const Origin& origin, const std::string& block);
-    void close() { m_body += "</g>\n"; }
+    /// What follows, up to `close`, belongs to that record. Leaves no trace when nothing follows.
+    struct Group {
+        std::size_t begin = 0;
+        std::size_t elements = 0;
+    };
+    [[nodiscard]] Group open(const Origin& origin, const std::string& block);
+    void close(const Group& group);
     /// A dashed box at a place where something is missing, with a text in it.
     void addMissing(const Origin& origin, const Point& place, const std::string& text);
 

@@ -33,6 +33,8 @@ int runPoint(Session& session, const Options& options) {
         point[i] = *value;
     }
     const Point placed = transformed(placementOf(session, options), point);
+    if (!isFinite(placed))
+        throw Failure(kRefused, session.message("the point lies where no number reaches"));
     if (options.json) {
         Json object = jsonHead(options);
         object["point"] = placed;

@@ -103,10 +103,16 @@ bool listOne(const Options& options, const std::string& file) {
 }  // namespace
 
 std::vector<std::wstring> loadedReferences(const Session& session) {
+    const std::wstring prefix = session.reference().empty() ? L"" : session.reference() + L"|";
     std::vector<std::wstring> names;
     for (const host::ReferenceInfo& info : host::references(session.document()))
-        if (info.loaded) names.push_back(info.name);
+        if (info.loaded && info.name.starts_with(prefix)) names.push_back(info.name);
     return names;
+}
+
+std::string nameWithin(const Session& session, const std::wstring& qualified) {
+    const std::wstring prefix = session.reference() + L"|";
+    return utf8(qualified.starts_with(prefix) ? qualified.substr(prefix.size()) : qualified);
 }
 
 int runReferences(const Options& options) {

@@ -7,8 +7,10 @@
 
 namespace mor::tool {
 
-/// The references of the session's drawing that are loaded, nested ones behind their referring one,
-/// by the path of references.
+/// The references that are loaded, nested ones behind their referring one, by the path of
+/// references; only those below the reference that the session looks through.
 [[nodiscard]] std::vector<std::wstring> loadedReferences(const Session& session);
+/// A qualified name as the drawing has it that the session looks at.
+[[nodiscard]] std::string nameWithin(const Session& session, const std::wstring& qualified);
 
 }  // namespace mor::tool

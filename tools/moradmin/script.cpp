@@ -109,10 +109,15 @@ void runLine(Session& session, const ScriptReader::Line& line) {
     if (command == commands().end() || command->run == nullptr || command->run == &runScript)
         throw Failure(kUsage, "\"" + line.words.front() + "\" cannot stand in a script");
     const Options options = parseScriptLine(line.words, session.file());
-    if (!options.output.empty() || options.dryRun || options.noBackup)
+    const bool changing = (command->options & kChanging) != 0;
+    if (changing && (!options.output.empty() || options.dryRun || options.noBackup))
         throw Failure(kUsage, "--dry-run, --no-backup and -o belong to run itself");
+    if (!options.inside.empty() && changing)
+        throw Failure(kRefused, "references are read-only; change the referenced drawing itself");
+    if (!options.inside.empty())
+        throw Failure(kUsage, "--in cannot stand in a script, which works on one drawing");
     const int code = command->run(session, options);
-    if ((command->options & kChanging) != 0) session.forget();
+    if (changing) session.forget();
     if (code != kDone && code != kNo)
         throw Failure(static_cast<ExitCode>(code), "the command failed");
 }

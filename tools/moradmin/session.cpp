@@ -86,7 +86,10 @@ void setReferencePlaces(const Options& options) {
         if (equals == std::string::npos || equals == 0)
             throw Failure(kUsage,
                           "--map wants FROM=TO, such as C:\\proj=/srv/proj, not \"" + word + "\"");
-        mappings.emplace_back(word.substr(0, equals), word.substr(equals + 1));
+        // Like other words of the command line they are seen from the folder that it runs in.
+        const std::string to = word.substr(equals + 1);
+        mappings.emplace_back(word.substr(0, equals),
+                              to.empty() ? to : std::filesystem::absolute(to).string());
     }
     host::setReferenceFolders(std::move(folders));
     host::setReferenceMappings(std::move(mappings));

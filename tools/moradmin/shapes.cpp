@@ -76,7 +76,7 @@ public:
 
     std::optional<Shape> arc() {
         if (!m_record.point(10)) return std::nullopt;
-        const double from = m_record.real(50);
+        const double from = std::fmod(m_record.real(50), 360.0);
         const double to = from + turnTo(m_record.real(51) - from, 360.0);
         m_outline.along(curveInPlane(), radians(from), radians(to));
         return drawn(Shape::Kind::Line);
@@ -88,7 +88,7 @@ public:
         if (!centre || !major) return std::nullopt;
         const Point minor = m_record.real(40, 1.0) * cross(m_record.plane()[2], *major);
         constexpr double kWhole = 2 * std::numbers::pi;
-        const double from = m_record.real(41);
+        const double from = std::fmod(m_record.real(41), kWhole);
         const double span = turnTo(m_record.real(42, kWhole) - from, kWhole);
         m_outline.along(placed({*centre, *major, minor}), from, from + span);
         if (span > kWhole - kNoTurn) m_outline.close();
@@ -157,6 +157,9 @@ public:
         if (stretched && across == 5 && widened != 0.0)
             shape.width = std::hypot((*second)[0] - (*first)[0], (*second)[1] - (*first)[1]) /
                           std::fabs(widened);
+        for (const Point* part : {&shape.right, &shape.down, &shape.at})
+            if (!isWithin(*part, kFarthest)) return std::nullopt;
+        if (shape.size > kFarthest || shape.width > kFarthest) return std::nullopt;
         includeText(shape, height);
         return shape;
     }
@@ -194,6 +197,7 @@ private:
     }
 
     std::optional<Shape> drawn(Shape::Kind kind) const {
+        if (!m_outline.isFinite()) return std::nullopt;
         Shape shape;
         shape.kind = kind;
         shape.data = m_outline.data();
