@@ -27,6 +27,13 @@ std::optional<Relation> relationOf(std::wstring_view text) {
 
 /// Group of the application whose extended data follows; behind -3 the one that is tested for.
 constexpr int kApplicationName = 1001;
+constexpr int kLayer = 8;
+
+/// The number as an integer; what is too large for one has no bits.
+std::int64_t bitsOf(double value) {
+    constexpr double kBound = 9223372036854775808.0;
+    return value >= -kBound && value < kBound ? static_cast<std::int64_t>(value) : 0;
+}
 
 bool isIgnored(int code) { return code == -1 || code == 5 || (code >= 1000 && code <= 1071); }
 
@@ -174,10 +181,9 @@ bool SelectionFilter::holds(Relation relation, double value, double wanted) {
         case Relation::GreaterEqual:
             return value >= wanted;
         case Relation::AnyBit:
-            return (static_cast<std::int64_t>(value) & static_cast<std::int64_t>(wanted)) != 0;
+            return (bitsOf(value) & bitsOf(wanted)) != 0;
         case Relation::AllBits:
-            return (static_cast<std::int64_t>(value) & static_cast<std::int64_t>(wanted)) ==
-                   static_cast<std::int64_t>(wanted);
+            return (bitsOf(value) & bitsOf(wanted)) == bitsOf(wanted);
     }
     return false;
 }
@@ -213,6 +219,8 @@ bool SelectionFilter::test(Node& node, RecordNumber number) {
         case Kind::Text: {
             if (node.code == 0) return testText(node, m_drawing.typeOf(number));
             const auto value = m_drawing.valueOf(number, node.code);
+            // Every entity lies on a layer, whether its record names one or not.
+            if (!value && node.code == kLayer) return testText(node, "0");
             return value && testText(node, *value);
         }
         case Kind::Number:

@@ -75,6 +75,12 @@ TEST_F(Selections, NeverMatchGroupsThatAnEntityLacksButTheSpace) {
     EXPECT_EQ(select(acutBuildList(-4, L"<>", 62, 1, 0)), "A2");
 }
 
+TEST_F(Selections, TakeAnEntityThatNamesNoLayerForOneOnLayer0) {
+    openEntities(entity("LINE", "A1", "10 0.0|20 0.0|") + entity("LINE", "A2", "8 WALLS|"));
+    EXPECT_EQ(select(acutBuildList(8, L"*", 0)), "A1 A2");
+    EXPECT_EQ(select(acutBuildList(8, L"0", 0)), "A1");
+}
+
 TEST_F(Selections, IgnoreHandlesNamesAndExtendedData) {
     const ads_name name = {1, 1};
     EXPECT_EQ(select(acutBuildList(-1, name, 5, L"A1", RTDXF0, L"CIRCLE", 0)), "A3");
@@ -120,6 +126,7 @@ TEST_F(Selections, CompareNumbersByRelations) {
     EXPECT_EQ(lines(L"&=", 3), "A2");
     EXPECT_EQ(select(acutBuildList(-4, L"&=", 70, 5, 0)), "none");
     EXPECT_EQ(select(acutBuildList(-4, L"&=", 70, 6, 0)), "A7");
+    EXPECT_EQ(select(acutBuildList(-4, L"&", 40, 1e300, 0)), "none");
     EXPECT_EQ(select(acutBuildList(-4, L">,>,*", 10, kPoint, 0)), "A3");
     EXPECT_EQ(select(acutBuildList(-4, L">=,*", 10, kPoint, 0)), "A2 A3");
 }
