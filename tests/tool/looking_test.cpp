@@ -141,6 +141,22 @@ TEST_F(Looking, PointsAreCarriedIntoTheDrawing) {
     EXPECT_EQ(matrix[1], json::parse("[2.0, 0.0, 0.0, 200.0]"));
 }
 
+TEST_F(Looking, AFlatPolylineIsAsHighAsItsOwnRecordSays) {
+    const std::string vertices = "0 VERTEX;5 B1;8 0;10 1.0;20 2.0;30 7.0;0 SEQEND;5 B2;8 0;";
+    const std::string host =
+        DxfDrawing{.entities =
+                       "0 POLYLINE;5 A1;8 0;66 1;10 0.0;20 0.0;30 3.0;210 0.0;220 0.0;"
+                       "230 -1.0;" +
+                       vertices + "0 POLYLINE;5 A2;8 0;66 1;70 8;30 3.0;" + vertices +
+                       "0 POLYLINE;5 A3;8 0;66 1;30 0.0;" + vertices}
+            .save("flat.dxf")
+            .string();
+    EXPECT_EQ(run({"entities", host, "--world"}).out,
+              "A1\tPOLYLINE\t0\tModelSpace\t-1.0 2.0 -3.0\n"
+              "A2\tPOLYLINE\t0\tModelSpace\t1.0 2.0 7.0\n"
+              "A3\tPOLYLINE\t0\tModelSpace\t1.0 2.0 7.0\n");
+}
+
 TEST_F(Looking, WhatIsKeptOfAReferencesReferenceIsNoReferenceOfItsOwn) {
     const std::string list = out({"xrefs"});
     EXPECT_EQ(std::count(list.begin(), list.end(), '\n'), 3) << list;

@@ -112,15 +112,19 @@ std::vector<Vertex> verticesOf(const EntityRecord& polyline) {
     return vertices;
 }
 
-std::vector<Vertex> verticesBehind(const AcApDocument* document, mor::EntityName polyline) {
+std::vector<Vertex> verticesBehind(const AcApDocument* document, mor::EntityName name,
+                                   const EntityRecord& polyline) {
+    // The height of a flat one stands in its own record, and most writers repeat it.
+    const double elevation = isSpatial(polyline) ? 0.0 : polyline.real(30);
     std::vector<Vertex> vertices;
     ads_name at{};
-    polyline.copyTo(at);
+    name.copyTo(at);
     while (acdbEntNext(at, at) == RTNORM) {
         const EntityRecord vertex(document, mor::EntityName(at));
         if (vertex.type() != "VERTEX") break;
         if ((vertex.integer(70) & kSplineFrame) != 0) continue;
         vertices.push_back({vertex.point(10, {}), vertex.real(42)});
+        if (elevation != 0.0) vertices.back().at[2] = elevation;
     }
     return vertices;
 }
@@ -134,7 +138,8 @@ std::vector<Point> pointsOf(const AcApDocument* document, mor::EntityName name) 
     const bool old = record.type() == "POLYLINE";
     std::vector<Point> points;
     if (old || record.type() == "LWPOLYLINE") {
-        for (const Vertex& vertex : old ? verticesBehind(document, name) : verticesOf(record))
+        for (const Vertex& vertex :
+             old ? verticesBehind(document, name, record) : verticesOf(record))
             points.push_back(vertex.at);
     } else {
         for (const int code : pointCodes(record.type()))

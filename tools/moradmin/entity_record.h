@@ -60,10 +60,10 @@ struct Vertex {
 };
 /// The vertices of a lightweight polyline, in its plane.
 [[nodiscard]] std::vector<Vertex> verticesOf(const EntityRecord& polyline);
-/// The vertices behind an old-style polyline, in its plane or, for one in space, in coordinates of
-/// its owner; control points of fitted curves are left out.
-[[nodiscard]] std::vector<Vertex> verticesBehind(const AcApDocument* document,
-                                                 mor::EntityName polyline);
+/// The vertices behind an old-style polyline, in its plane, as high as it stands there, or, for one
+/// in space, in coordinates of its owner; control points of fitted curves are left out.
+[[nodiscard]] std::vector<Vertex> verticesBehind(const AcApDocument* document, mor::EntityName name,
+                                                 const EntityRecord& polyline);
 /// Whether an old-style polyline has its coordinates in space, not in a plane.
 [[nodiscard]] bool isSpatial(const EntityRecord& polyline);
 /// Whether it is a mesh of faces.

@@ -242,7 +242,7 @@ std::optional<Shape> shapeOf(const AcApDocument* document, mor::EntityName name,
     if (type == "TEXT" || type == "ATTRIB") return shaper.text();
     if (type == "LWPOLYLINE") return shaper.polyline(verticesOf(record), false);
     if (type == "POLYLINE" && !isMesh(record))
-        return shaper.polyline(verticesBehind(document, name), isSpatial(record));
+        return shaper.polyline(verticesBehind(document, name, record), isSpatial(record));
     return std::nullopt;
 }
 
