@@ -51,6 +51,8 @@ TEST_F(Drawing, EntitiesBecomePathsInTheirOwnCoordinates) {
         .layers = {"0", "RED;70 0;62 1"},
         .entities =
             "0 LINE;5 A1;8 RED;10 1.0;20 2.0;30 9.0;11 3.0;21 4.5;31 0.0;"
+            "0 LINE;5 A9;8 RED;62 255;10 0.0;20 0.0;11 1.0;21 1.0;"
+            "0 LINE;5 AA;8 RED;420 16777215;10 0.0;20 0.0;11 1.0;21 1.0;"
             "0 CIRCLE;5 A2;8 RED;62 5;10 0.0;20 0.0;40 2.0;"
             "0 ARC;5 A3;8 0;10 0.0;20 0.0;40 2.0;50 270.0;51 0.0;"
             "0 SOLID;5 A4;8 0;10 0.0;20 0.0;11 1.0;21 0.0;12 0.0;22 1.0;13 1.0;23 1.0;"
@@ -64,7 +66,8 @@ TEST_F(Drawing, EntitiesBecomePathsInTheirOwnCoordinates) {
     EXPECT_EQ(paths(svg, "A1"), "M1 2L3 4.5\n");
     EXPECT_EQ(colour(svg, "A1"), "#ff0000");
     EXPECT_EQ(colour(svg, "A2"), "#0000ff");
-    EXPECT_EQ(colour(svg, "A3"), "#000000");
+    for (const char* black : {"A3", "A9", "AA"})  // white would not be seen
+        EXPECT_EQ(colour(svg, black), "#000000") << black;
     EXPECT_EQ(paths(svg, "A2").substr(0, 4), "M2 0");
     EXPECT_NE(paths(svg, "A3").find(" 0 0 1 2 "), std::string::npos);  // counterclockwise to (2, 0)
     EXPECT_EQ(paths(svg, "A4"), "M0 0L1 0L1 1L0 1Z\n");
@@ -119,7 +122,9 @@ TEST_F(Drawing, BlocksAndReferencesAreDrawnWhereTheyAreInserted) {
     EXPECT_EQ(paths(svg, "B1"), "M0 0L0 2\nM0 3L0 5\n");  // spacing is turned, not scaled
     EXPECT_EQ(colour(svg, "B1"), "#0000ff");
     EXPECT_EQ(paths(svg, "A2") + paths(svg, "14"), "");
-    EXPECT_NE(svg.find("stroke-dasharray"), std::string::npos);
+    EXPECT_NE(svg.find("<path data-handle=\"13\" data-layer=\"0\" data-type=\"INSERT\" "
+                       "stroke=\"#808080\" stroke-dasharray"),
+              std::string::npos);
     EXPECT_NE(svg.find(">x&amp;y.dxf</text>"), std::string::npos);
     for (const char* note :
          {"1 on layers that are off or frozen", "1 overlays below a reference",

@@ -10,6 +10,7 @@ namespace {
 
 constexpr int kFirstHue = 10;
 constexpr int kFirstGrey = 250;
+constexpr unsigned kWhite = 0xFFFFFF;
 
 /// Primary colours, black for white, two greys.
 constexpr std::array<int, 10> kFixed = {0x000000, 0xFF0000, 0xFFFF00, 0x00FF00, 0x00FFFF,
@@ -28,9 +29,10 @@ double channel(double hue, double own) {
 }  // namespace
 
 std::string trueColour(int rgb) {
+    if ((static_cast<unsigned>(rgb) & kWhite) == kWhite) rgb = 0;  // seen on white paper
     std::array<char, 8> text{};
     static_cast<void>(
-        std::snprintf(text.data(), text.size(), "#%06x", static_cast<unsigned>(rgb) & 0xFFFFFFU));
+        std::snprintf(text.data(), text.size(), "#%06x", static_cast<unsigned>(rgb) & kWhite));
     return text.data();
 }
 

@@ -8,10 +8,10 @@ namespace mor::tool {
 inline constexpr int kByBlock = 0;
 inline constexpr int kByLayer = 256;
 
-/// A number of the drawing palette, 1 to 255, as "#rrggbb" on white paper: 7, which is white on a
-/// dark screen, is black. Anything else is black too.
+/// A number of the drawing palette, 1 to 255, as "#rrggbb" on white paper: 7 and 255, which are
+/// white on a dark screen, are black. Anything else is black too.
 [[nodiscard]] std::string paletteColour(int number);
-/// A true colour, 0xRRGGBB, as "#rrggbb".
+/// A true colour, 0xRRGGBB, as "#rrggbb"; white is black here too.
 [[nodiscard]] std::string trueColour(int rgb);
 
 }  // namespace mor::tool

@@ -112,16 +112,17 @@ std::string Picture::missingBoxes(const Extent& drawn, Extent& all) const {
         all.include(x + width, y + height);
         const double letters = static_cast<double>(std::max<std::size_t>(missing.text.size(), 1));
         const double size = std::min(height / 3, 1.5 * width / letters);
+        const std::string origin = attributesOf(missing.origin);
         boxes +=
-            "<g" + attributesOf(missing.origin) + ">\n<path stroke=\"#808080\"" +
+            "<path" + origin + " stroke=\"#808080\"" +
             attribute("stroke-dasharray", numberText(dash)) +
             attribute("d", "M" + numberText(x) + " " + numberText(y) + "h" + numberText(width) +
                                "v" + numberText(height) + "h" + numberText(-width) + "Z") +
-            "/>\n<text fill=\"#808080\" text-anchor=\"middle\"" +
+            "/>\n<text" + origin + " fill=\"#808080\" text-anchor=\"middle\"" +
             attribute("font-size", numberText(size)) +
             attribute("transform", "matrix(1 0 0 -1 " + numberText(x + width / 2) + " " +
                                        numberText(y + height / 2 - size / 3) + ")") +
-            ">" + escaped(missing.text) + "</text>\n</g>\n";
+            ">" + escaped(missing.text) + "</text>\n";
     }
     return boxes;
 }
