@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <nlohmann/json.hpp>
 #include <regex>
 #include <string>
@@ -184,6 +185,9 @@ TEST_F(Drawing, APictureTakesNoDrawingsPlace) {
     const std::string host =
         DxfDrawing{.layers = {"0"}, .entities = lineEntity("A1", "0")}.save("host.dxf").string();
     EXPECT_EQ(run({"draw", host, "-o", host}).code, 2);
+    EXPECT_EQ(run({"draw", host, "-o", file("other.DXF")}).code, 2);
+    std::filesystem::create_symlink(host, file("link.svg"));
+    EXPECT_EQ(run({"draw", host, "-o", file("link.svg")}).code, 2);
     EXPECT_EQ(run({"draw", host, "-o", file("none/p.svg")}).code, 5);
     EXPECT_EQ(run({"draw", host, "--json"}).code, 2);
     const Outcome drawn = run({"draw", host, "--json", "-o", file("p.svg")});

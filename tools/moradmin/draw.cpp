@@ -1,3 +1,4 @@
+#include "platform/runtime.h"
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
@@ -13,18 +14,17 @@ namespace mor::tool {
 
 namespace {
 
-/// A picture must not take the place of a drawing.
+/// A picture must not take the place of a drawing, this or another one.
 void refuseDrawings(const Session& session, const std::string& output) {
-    const auto same = [&output](const std::filesystem::path& file) {
-        std::error_code ignored;
-        return std::filesystem::equivalent(file, output, ignored);
+    const std::filesystem::path path = output;
+    std::error_code ignored;
+    const auto named = [&path](std::wstring_view extension) {
+        return equalNoCase(wide(path.extension().string()), extension);
     };
-    bool taken = same(session.file());
-    for (const host::ReferenceInfo& reference : host::references(session.document()))
-        taken = taken || (!reference.found.empty() && same(reference.found));
-    if (taken)
+    if (named(L".dxf") || named(L".dwg") ||
+        std::filesystem::equivalent(session.file(), path, ignored))
         throw Failure(kUsage, output + " is a drawing; name another file for the picture, as -o " +
-                                  std::filesystem::path(output).stem().string() + ".svg");
+                                  path.stem().string() + ".svg");
 }
 
 void writeTo(const std::string& output, const Picture& picture, const std::string& title) {
