@@ -25,7 +25,7 @@ constexpr int kInvisibleAttribute = 1;
 constexpr std::size_t kMostElements = 1'000'000;
 constexpr std::size_t kMostInserts = 250'000;
 constexpr std::size_t kMostVisited = 4'000'000;
-constexpr std::size_t kDeepest = 64;
+constexpr std::size_t kDeepest = 256;
 /// Coordinates larger than this are shifted: viewers of pictures calculate with seven digits.
 constexpr double kLargest = 1e5;
 constexpr double kShiftStep = 1000.0;
@@ -167,7 +167,7 @@ void Painter::paintInsert(mor::EntityName name, const EntityRecord& record, cons
 const char* Painter::whyNotWithin(const Inserted& where, const std::wstring& block) {
     if (std::ranges::find(where.blocks, block) != where.blocks.end())
         return "INSERT of a block within itself";
-    return where.blocks.size() >= kDeepest ? "INSERT within 64 others" : nullptr;
+    return where.blocks.size() >= kDeepest ? "INSERT within 256 others" : nullptr;
 }
 
 void Painter::paintCells(mor::EntityName first, const EntityRecord& insert,
