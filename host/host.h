@@ -286,7 +286,7 @@ enum class ReferenceStatus {
     NotFound,    ///< no file was found
     Unresolved,  ///< a file was found but not read: damaged, of another form, or it closes a circle
     Orphaned,    ///< below a reference that is not loaded, or an overlay below a reference
-    Unreferenced  ///< loaded or not, no insert refers to it
+    Unreferenced  ///< loaded, but no insert refers to it
 };
 struct ReferenceTry {
     std::filesystem::path path;
@@ -306,8 +306,14 @@ struct ReferenceInfo {
     bool hasStore = false;     ///< the referenced drawing holds a file store's block
     std::size_t depth = 0;     ///< 0 for references of the document's own drawing
 };
-/// The references of a document, each followed by its nested ones.
+/// The references of a document, each followed by its nested ones. Reads all their files.
 [[nodiscard]] std::vector<ReferenceInfo> references(AcApDocument* document);
+/// The one of that name, a path of references such as PLAN|CORE, without regard to case; none for
+/// anything else. Reads its file and those on the way to it, no others.
+[[nodiscard]] std::optional<ReferenceInfo> findReference(AcApDocument* document,
+                                                         std::wstring_view name);
+/// Whether the document's own drawing refers to a file by the block of that name. Reads no file.
+[[nodiscard]] bool isReference(AcApDocument* document, std::wstring_view block);
 
 /// Reads the reference's file again when it is touched next; entity names of the old state are
 /// unknown from then on. False when the drawing has no reference block of that name.

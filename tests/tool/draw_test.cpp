@@ -140,6 +140,8 @@ TEST_F(Drawing, BlocksAndReferencesAreDrawnWhereTheyAreInserted) {
     const std::string inside = picture(host, {"--in", "PLAN", "--layer", "walls"});
     EXPECT_EQ(paths(inside, "A1"), "M10 20L10 22\n");
     EXPECT_EQ(paths(inside, "F1"), "");
+    EXPECT_EQ(paths(picture(host, {"--in", "PLAN", "--no-xrefs"}), "F1"), "");
+    EXPECT_TRUE(noted("2 references (--no-xrefs)"));
 }
 
 TEST_F(Drawing, CirclesInOtherPlanesAreEllipsesOrLines) {

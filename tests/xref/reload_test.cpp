@@ -164,6 +164,25 @@ TEST_F(Reloading, AFileThatIsRewrittenInPlaceOrGoneIsReadAsItIsAtTheReload) {
     EXPECT_EQ(info().status, host::ReferenceStatus::NotFound);
 }
 
+TEST_F(Reloading, OnlyTheReferencesOnTheWayToOneAreRead) {
+    static_cast<void>(DxfDrawing{.entities = lineEntity("A1", "0")}.save("next.dxf"));
+    open(DxfDrawing{.blocks = referenceDefinition("PLAN", "plan.dxf") +
+                              referenceDefinition("NEXT", "next.dxf") + blockDefinition("GATE", "")}
+             .save("site.dxf"));
+    EXPECT_TRUE(host::isReference(document(), L"next"));
+    EXPECT_FALSE(host::isReference(document(), L"GATE") || host::isReference(document(), L"NONE"));
+    const auto core = host::findReference(document(), L"plan|core");
+    ASSERT_TRUE(core);
+    EXPECT_EQ(core->name + L" " + core->block, L"PLAN|CORE CORE");
+    EXPECT_EQ(core->depth, 1u);
+    EXPECT_EQ(host::findReference(document(), L"PLAN|OVER")->status,
+              host::ReferenceStatus::Orphaned);
+    for (const wchar_t* none : {L"GATE", L"PLAN|DOOR", L"PLAN|NONE", L"PLAN|", L"", L"NONE|CORE"})
+        EXPECT_FALSE(host::findReference(document(), none)) << host::toUtf8(none);
+    replace("next.dxf", {.entities = lineEntity("A1", "0") + lineEntity("A2", "0")});
+    EXPECT_EQ(host::findReference(document(), L"NEXT")->entities, 2u);
+}
+
 TEST_F(Reloading, ADetachedBlockIsNoReferenceAnyMore) {
     EXPECT_FALSE(host::detachReference(document(), L"GATE"));
     ASSERT_TRUE(host::detachReference(document(), L"plan"));

@@ -20,13 +20,6 @@ namespace {
 
 constexpr char kBar = '|';
 
-const host::ReferenceInfo* findReference(const std::vector<host::ReferenceInfo>& all,
-                                         std::wstring_view name) {
-    const auto found = std::ranges::find_if(
-        all, [name](const host::ReferenceInfo& info) { return equalNoCase(info.name, name); });
-    return found == all.end() ? nullptr : &*found;
-}
-
 std::string whyNotLoaded(const host::ReferenceInfo& info) {
     std::string why = "the reference " + utf8(info.name) + " is not loaded";
     if (info.status == host::ReferenceStatus::Orphaned)
@@ -60,10 +53,8 @@ mor::EntityName Session::findInsert(const std::string& word) {
     });
     if (!found.isNone()) return found;
     if (host::hasBlock(m_document, name)) {
-        const std::vector<host::ReferenceInfo> all = host::references(m_document);
-        const host::ReferenceInfo* info = findReference(all, name);
-        if (info == nullptr)
-            throw Failure(kRefused, message(word + " is no external reference"), word);
+        const auto info = host::findReference(m_document, name);
+        if (!info) throw Failure(kRefused, message(word + " is no external reference"), word);
         throw Failure(
             kRefused,
             message(
@@ -100,9 +91,8 @@ mor::EntityName Session::findInsertBelow(const std::string& word) {
 
 void Session::goThrough(mor::EntityName insert, const std::string& word) {
     const std::wstring block = insertedBlock(insert).value_or(L"");
-    const std::vector<host::ReferenceInfo> all = host::references(m_document);
-    const host::ReferenceInfo* info = findReference(all, block);
-    if (info == nullptr) throw Failure(kRefused, message(word + " is no external reference"), word);
+    const auto info = host::findReference(m_document, block);
+    if (!info) throw Failure(kRefused, message(word + " is no external reference"), word);
     if (info->status != host::ReferenceStatus::Loaded)
         throw Failure(kRefused, message(whyNotLoaded(*info)), word);
     // A view finds its insert again by the handle; old drawings may have none.

@@ -85,10 +85,7 @@ Painter::Painter(Session& session, const Choice& choice)
       m_patterns(choice.layers),
       m_references(choice.references),
       m_prefix(session.reference().empty() ? "" : utf8(session.reference()) + "|"),
-      m_picture(shiftOf(session, session.placement())) {
-    for (host::ReferenceInfo& info : host::references(session.document()))
-        m_known.try_emplace(upperCase(info.name), info);
-}
+      m_picture(shiftOf(session, session.placement())) {}
 
 void Painter::paint() {
     Inserted top{m_session.placement(), utf8(m_session.reference()), {}, paletteColour(7), {}};
@@ -140,9 +137,14 @@ void Painter::paintInsert(mor::EntityName name, const EntityRecord& record, cons
                           const std::string& layerName, const std::string& colour,
                           const Inserted& where) {
     const std::wstring block = blockOf(name);
-    const host::ReferenceInfo* reference = findReference(block);
     ++m_inserts;
-    if (reference != nullptr && skipsReference(*reference)) return;
+    // Those of the drawing itself are told by their flags: their files need not be read.
+    if (!m_references &&
+        (host::isReference(m_session.document(), block) || findReference(block) != nullptr))
+        return leaveOut("references (--no-xrefs)");
+    const host::ReferenceInfo* reference = findReference(block);
+    if (reference != nullptr && reference->status == host::ReferenceStatus::Orphaned)
+        return leaveOut("overlays below a reference");
     if (reference != nullptr && !reference->loaded)
         return paintMissing(record, origin, *reference, where);
     const bool nested = !where.reference.empty() || !where.blocks.empty();
@@ -239,14 +241,6 @@ void Painter::paintDimension(const EntityRecord& record, const Origin& origin,
     m_picture.close(group);
 }
 
-bool Painter::skipsReference(const host::ReferenceInfo& reference) {
-    const char* why = nullptr;
-    if (!m_references) why = "references (--no-xrefs)";
-    if (reference.status == host::ReferenceStatus::Orphaned) why = "overlays below a reference";
-    if (why != nullptr) leaveOut(why);
-    return why != nullptr;
-}
-
 void Painter::paintMissing(const EntityRecord& insert, const Origin& origin,
                            const host::ReferenceInfo& reference, const Inserted& where) {
     const std::string saved = utf8(reference.saved.empty() ? reference.name : reference.saved);
@@ -297,9 +291,10 @@ bool Painter::wanted(const std::string& layer) const {
     return m_patterns.match(inside ? layer.substr(m_prefix.size()) : layer);
 }
 
-const host::ReferenceInfo* Painter::findReference(const std::wstring& block) const {
-    const auto found = m_known.find(upperCase(block));
-    return found == m_known.end() ? nullptr : &found->second;
+const host::ReferenceInfo* Painter::findReference(const std::wstring& block) {
+    const auto [known, added] = m_known.try_emplace(upperCase(block));
+    if (added) known->second = host::findReference(m_session.document(), block);
+    return known->second ? &*known->second : nullptr;
 }
 
 }  // namespace mor::tool

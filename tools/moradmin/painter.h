@@ -63,7 +63,6 @@ private:
                         const std::string& colour, const Inserted& where);
     void paintMissing(const EntityRecord& insert, const Origin& origin,
                       const host::ReferenceInfo& reference, const Inserted& where);
-    [[nodiscard]] bool skipsReference(const host::ReferenceInfo& reference);
     /// The placement of the insert itself, as a view gives it for a reference of the drawing.
     [[nodiscard]] static std::optional<CMORMathTransMatrix> placementOf(mor::EntityName insert,
                                                                         bool reference,
@@ -72,7 +71,8 @@ private:
     [[nodiscard]] std::string colourOf(const EntityRecord& record, const Layer& layer,
                                        const Inserted& where) const;
     [[nodiscard]] bool wanted(const std::string& layer) const;
-    [[nodiscard]] const host::ReferenceInfo* findReference(const std::wstring& block) const;
+    /// Null for an ordinary block.
+    [[nodiscard]] const host::ReferenceInfo* findReference(const std::wstring& block);
     void leaveOut(const std::string& why) { ++m_leftOut[why]; }
 
     Session& m_session;
@@ -80,7 +80,8 @@ private:
     bool m_references;
     std::string m_prefix;  ///< of layer names within the reference that is looked through
     Picture m_picture;
-    std::map<std::wstring, host::ReferenceInfo> m_known;  ///< by upper-case name
+    /// Whether the blocks that are inserted are references, by upper-case name.
+    std::map<std::wstring, std::optional<host::ReferenceInfo>> m_known;
     std::size_t m_visited = 0;
     std::size_t m_inserts = 0;
     std::map<std::string, Layer> m_layers;
