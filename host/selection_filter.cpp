@@ -28,6 +28,7 @@ std::optional<Relation> relationOf(std::wstring_view text) {
 /// Group of the application whose extended data follows; behind -3 the one that is tested for.
 constexpr int kApplicationName = 1001;
 constexpr int kLayer = 8;
+constexpr int kMarker = 100;
 
 /// The number as an integer; what is too large for one has no bits.
 std::int64_t bitsOf(double value) {
@@ -74,8 +75,9 @@ bool SelectionFilter::parse(const resbuf* filter) {
         if (item->restype != -4) {
             addTest(*item, relation);
             const Kind kind = m_nodes.back().kind;
-            if (pending && kind != Kind::Number && kind != Kind::Point && kind != Kind::Space)
-                return false;
+            const bool compared = kind == Kind::Number || kind == Kind::Point ||
+                                  kind == Kind::Space || kind == Kind::Always;
+            if (pending && !compared) return false;
             relation = equal;
             pending = false;
             continue;
@@ -94,8 +96,8 @@ bool SelectionFilter::parse(const resbuf* filter) {
             if (!one) return false;
             relation[part] = *one;
             if (comma == std::wstring::npos) {
-                for (std::size_t rest = part + 1; rest < 3; ++rest)
-                    relation[rest] = part == 0 ? *one : Relation::Any;
+                std::fill(relation.begin() + static_cast<std::ptrdiff_t>(part) + 1, relation.end(),
+                          Relation::Any);
                 break;
             }
             begin = comma + 1;
@@ -158,6 +160,10 @@ void SelectionFilter::addTest(const resbuf& item, const std::array<Relation, 3>&
         node.number[0] = kind == ListKind::Real    ? item.resval.rreal
                          : kind == ListKind::Short ? item.resval.rint
                                                    : item.resval.rlong;
+    } else if (kind == ListKind::Name) {
+        node.kind = Kind::Name;
+        const RecordNumber named = m_drawing.numberOf(EntityName(item.resval.rlname));
+        if (named != 0) node.handle = m_drawing.handleOf(named);
     } else {
         node.kind = Kind::Always;
     }
@@ -214,10 +220,20 @@ bool SelectionFilter::testNumbers(const Node& node) {
     return true;
 }
 
+/// A record has a marker for each class that its groups belong to.
+bool SelectionFilter::testMarkers(Node& node, RecordNumber number) {
+    const TagList& groups = record(number);
+    for (std::size_t i = 0; i < groups.extendedBegin(); ++i)
+        if (groups.tags()[i].code == kMarker && testText(node, groups.bare(groups.tags()[i])))
+            return true;
+    return false;
+}
+
 bool SelectionFilter::test(Node& node, RecordNumber number) {
     switch (node.kind) {
         case Kind::Text: {
             if (node.code == 0) return testText(node, m_drawing.typeOf(number));
+            if (node.code == kMarker) return testMarkers(node, number);
             const auto value = m_drawing.valueOf(number, node.code);
             // Every entity lies on a layer, whether its record names one or not.
             if (!value && node.code == kLayer) return testText(node, "0");
@@ -227,6 +243,10 @@ bool SelectionFilter::test(Node& node, RecordNumber number) {
         case Kind::Point:
             static_cast<void>(record(number));
             return testNumbers(node);
+        case Kind::Name: {
+            const auto value = m_drawing.valueOf(number, node.code);
+            return value && node.handle != 0 && parseHandle(*value) == node.handle;
+        }
         case Kind::Space:
             return holds(node.relation[0],
                          m_drawing.isPaper(m_drawing.entry(number).container) ? 1.0 : 0.0,

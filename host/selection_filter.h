@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -18,7 +19,8 @@ namespace mor::host {
 
 /// A filter list, ready to be asked about one entity after the other. Without operators all groups
 /// must hold;
-/// `-4` elements bracket AND, OR, XOR and NOT or give a relation for the number behind them. Texts
+/// `-4` elements bracket AND, OR, XOR and NOT or give a relation for the number behind them, one
+/// for each coordinate of a point; what is left out there may be anything. Texts
 /// of types and symbols are wildcard patterns without regard to case, evaluated once per distinct
 /// text. `-3` tests for extended data, of the application in a 1001 right behind it when there is
 /// one.
@@ -32,7 +34,7 @@ public:
     [[nodiscard]] bool matches(RecordNumber number);
 
 private:
-    enum class Kind { All, Any, Xor, Not, Text, Number, Point, Application, Space, Always };
+    enum class Kind { All, Any, Xor, Not, Text, Number, Point, Name, Application, Space, Always };
     enum class Relation {
         Any,
         Equal,
@@ -51,6 +53,7 @@ private:
         std::optional<Wildcard> pattern;
         std::unordered_map<std::string, bool> answers;  ///< of the pattern, by undecoded text
         std::array<double, 3> number{};
+        std::uint64_t handle = 0;  ///< of the record that is named
         std::array<Relation, 3> relation{Relation::Equal, Relation::Equal, Relation::Equal};
     };
 
@@ -62,6 +65,7 @@ private:
     [[nodiscard]] bool test(Node& node, RecordNumber number);
     [[nodiscard]] bool testText(Node& node, std::string_view text);
     [[nodiscard]] bool testNumbers(const Node& node);
+    [[nodiscard]] bool testMarkers(Node& node, RecordNumber number);
     [[nodiscard]] const TagList& record(RecordNumber number);
 
     Drawing& m_drawing;

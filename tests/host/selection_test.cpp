@@ -87,6 +87,20 @@ TEST_F(Selections, IgnoreHandlesNamesAndExtendedData) {
     EXPECT_EQ(select(acutBuildList(RTDXF0, L"TEXT", 1000, L"z", 0)), "A8");
 }
 
+TEST_F(Selections, CompareOwnersAndAllMarkers) {
+    open(dxfText("0 SECTION|2 HEADER|9 $ACADVER|1 AC1015|0 ENDSEC|0 SECTION|2 ENTITIES|" +
+                 entity("TEXT", "A1", "330 F1|100 AcDbEntity|8 0|100 AcDbText|1 a|") +
+                 entity("LINE", "A2", "102 {X|330 F1|102 }|100 AcDbEntity|8 0|100 AcDbLine|") +
+                 "0 ENDSEC|0 SECTION|2 OBJECTS|0 DICTIONARY|5 F1|0 ENDSEC|0 EOF"));
+    ads_name owner = {};
+    ASSERT_EQ(acdbHandEnt(L"F1", owner), RTNORM);
+    const ads_name none = {99, 99};
+    EXPECT_EQ(select(acutBuildList(330, owner, 0)), "A1");
+    EXPECT_EQ(select(acutBuildList(330, none, 0)), "none");
+    EXPECT_EQ(select(acutBuildList(100, L"AcDbText", 0)), "A1");
+    EXPECT_EQ(select(acutBuildList(100, L"AcDbE*", 0)), "A1 A2");
+}
+
 TEST_F(Selections, TestForAnApplication) {
     const auto filter = [](const wchar_t* application) {
         resbuf* list = acutNewRb(-3);
@@ -129,6 +143,9 @@ TEST_F(Selections, CompareNumbersByRelations) {
     EXPECT_EQ(select(acutBuildList(-4, L"&", 40, 1e300, 0)), "none");
     EXPECT_EQ(select(acutBuildList(-4, L">,>,*", 10, kPoint, 0)), "A3");
     EXPECT_EQ(select(acutBuildList(-4, L">=,*", 10, kPoint, 0)), "A2 A3");
+    EXPECT_EQ(select(acutBuildList(-4, L">", 10, kPoint, 0)), "A3");
+    EXPECT_EQ(select(acutBuildList(-4, L"*,*,=", 10, kPoint, 0)), "A1 A2 A4");
+    EXPECT_EQ(select(acutBuildList(RTDXF0, L"TEXT", -4, L">", 1040, 1.0, 0)), "A8");
 }
 
 TEST_F(Selections, RefuseBadFilters) {
