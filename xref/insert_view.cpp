@@ -12,6 +12,20 @@ namespace {
 
 constexpr int kGroupBlockName = 2;
 
+/// Other records have a text in the same group.
+bool isBlockReference(const CMOREntity& entity) {
+    return entity.Type().CompareNoCase(L"INSERT") == 0;
+}
+
+/// Whether the entity inserts the block of that name.
+bool inserts(const ads_name ename, const wchar_t* name) {
+    CMOREntity entity;
+    const wchar_t* block = nullptr;
+    return entity.Connect(ename) && isBlockReference(entity) &&
+           entity.GetEntityEntry(kGroupBlockName, block) && block != nullptr &&
+           mor::equalNoCase(block, name);
+}
+
 }  // namespace
 
 MOR_Letter_InsertView::MOR_Letter_InsertView() = default;
@@ -26,7 +40,7 @@ MOR_Letter_InsertView::~MOR_Letter_InsertView() = default;
 bool MOR_Letter_InsertView::connect(const ads_name ename) {
     clean();
     CMOREntity entity;
-    if (!entity.Connect(ename)) return false;
+    if (!entity.Connect(ename) || !isBlockReference(entity)) return false;
     setSpace(std::make_unique<MOR_XRef>().release());  // setSpace owns
     const wchar_t* block = nullptr;
     static_cast<void>(entity.GetEntityEntry(kGroupBlockName, block));  // null stands for no value
@@ -90,6 +104,8 @@ bool MOR_Letter_InsertView::loadTransformation() {
     if (!isConnected() || m_loaded) return false;
     ads_name ename{};
     if (acdbHandEnt(getHandle(), ename) != RTNORM) return false;
+    // An insert within a reference has a handle of that drawing: in this one it may name anything.
+    if (!inserts(ename, getSpace()->getName())) return false;
     m_loaded = m_transformation.loadFromEntity(ename);
     return m_loaded;
 }

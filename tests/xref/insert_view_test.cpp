@@ -3,6 +3,7 @@
 #include "platform/owned.h"
 #include "space/space.h"
 #include "tests/xref/reference_fixture.h"
+#include "xref/xref_space.h"
 #include "xref/xref_view.h"
 
 #include <gtest/gtest.h>
@@ -67,6 +68,29 @@ TEST_F(InsertViews, NothingElseConnectsAndTheViewIsEmptyThen) {
     const ads_name none{};
     EXPECT_FALSE(view.connect(none));
     EXPECT_EQ(printed(), L"");
+}
+
+TEST_F(InsertViews, RecordsThatOnlyMentionTheReferenceDoNotConnect) {
+    open(DxfDrawing{.blocks = referenceDefinition("PLAN", "plan.dxf"),
+                    .entities = "0 ATTDEF;5 A1;8 0;2 PLAN;" + insertEntity("10", "0", "PLAN"),
+                    .records = "0 LAYER;5 A2;2 PLAN;70 0;"}
+             .save("site.dxf"));
+    MOR_XRefView view;
+    EXPECT_FALSE(connect(view, L"A1") || connect(view, L"A2"));
+    EXPECT_TRUE(connect(view, L"10"));
+}
+
+TEST_F(InsertViews, AnInsertWithinAReferenceHasNoPlacementInTheDrawing) {
+    static_cast<void>(DxfDrawing{.blocks = referenceDefinition("CORE", "core.dxf"),
+                                 .entities = insertEntity("12", "0", "CORE", "10 7.0;20 0.0;")}
+                          .save("plan.dxf"));
+    MOR_XRefView view;
+    ads_name insert{};
+    ASSERT_TRUE(mor_xref::HandEnt(L"PLAN", L"12", insert));
+    ASSERT_TRUE(view.connect(insert));
+    EXPECT_EQ(state(view), L"2 PLAN|CORE 12");
+    EXPECT_TRUE(view.handEnt(L"F1", insert));
+    EXPECT_EQ(place(view), "unchanged");  // 12 is another insert in the drawing itself
 }
 
 TEST_F(InsertViews, AnErasedInsertDoesNotConnect) {
