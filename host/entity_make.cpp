@@ -2,6 +2,7 @@
 
 #include "host/faults.h"
 #include "host/list_kind.h"
+#include "host/reference.h"
 #include "platform/entity_calls.h"
 #include "platform/runtime.h"
 
@@ -84,12 +85,6 @@ ParsedList parse(const Drawing& drawing, const resbuf* list) {
     return result;
 }
 
-bool isReference(Drawing& drawing, std::wstring_view block) {
-    const ContainerNumber known = drawing.findBlock(block);
-    if (known == kNoContainer) return false;
-    return (drawing.integerOf(drawing.container(known).head, 70).value_or(0) & 4) != 0;
-}
-
 /// What the drawing must know before the entity may stand in it.
 bool fits(Drawing& drawing, const ParsedList& list, std::wstring_view ownBlock) {
     if (!list.good || !canMakeEntity(list.type)) return false;
@@ -122,9 +117,10 @@ int openBlock(AcApDocument& document, const ParsedList& list) {
     Drawing& drawing = *document.drawing;
     document.pending.reset();  // one definition at a time
     if (!list.good || list.name.empty() || (list.flags & (4 | 8 | 16)) != 0) return RTREJ;
-    if (list.name.find(L'|') != std::wstring::npos || isReference(drawing, list.name)) return RTREJ;
+    if (list.name.find(L'|') != std::wstring::npos) return RTREJ;
     const ContainerNumber known = drawing.findBlock(list.name);
-    if (known != kNoContainer && drawing.isSpace(known)) return RTREJ;
+    if (known != kNoContainer && (drawing.isSpace(known) || isReferenceBlock(drawing, known)))
+        return RTREJ;
     document.pending = std::make_unique<PendingBlock>();
     document.pending->name = list.name;
     document.pending->flags = list.flags;

@@ -167,6 +167,14 @@ TEST_F(MakingEntities, RedefinesABlockBetweenItsOldRecords) {
               "0.0|40 2.5");
 }
 
+TEST_F(MakingEntities, RedefinesNoReferenceHoweverItIsMarked) {
+    for (const char* flags : {"4", "8", "12"}) {
+        open(dxfText("0 SECTION|2 BLOCKS|0 BLOCK|8 0|2 B|70 " + std::string{flags} +
+                     "|1 b.dxf|0 ENDBLK|8 0|0 ENDSEC|0 EOF"));
+        EXPECT_EQ(beginBlock(L"B"), RTREJ) << flags;
+    }
+}
+
 TEST_F(MakingEntities, IsRefusedWhenFaultsSaySo) {
     host::faults::refuseEntities(true);
     EXPECT_EQ(makeLine(), RTREJ);
