@@ -26,6 +26,14 @@ struct EntityState {
     mutable std::wstring layer;
     mutable std::wstring entry;
 
+    /// The text of a group that is set and not yet flushed.
+    [[nodiscard]] std::optional<std::wstring> pendingText(int code) const {
+        const auto pending = groups.find(code);
+        if (pending == groups.end()) return std::nullopt;
+        const auto* number = std::get_if<std::int64_t>(&pending->second);
+        return number != nullptr ? std::to_wstring(*number)
+                                 : std::get<std::wstring>(pending->second);
+    }
     /// Texts that were given out keep their room: walks connect one object to many entities.
     void disconnect() {
         name = {};
@@ -103,11 +111,24 @@ bool namesAreOurs(const CMORAdsLispVar& value) {
     });
 }
 
-/// A removal followed by a new value stays two changes: the attribute then comes last in the list.
-/// Groups whose text names a symbol of the record's drawing.
-bool isSymbolGroup(const Located& found, int code) {
-    if (code == 2) return found.drawing->typeOf(found.number) == "INSERT";
-    return code == 6 || code == 7 || code == 8;
+/// The table in which the text of a group names a symbol of the record's drawing; empty for other
+/// groups.
+std::string_view tableOfGroup(const Located& found, int code) {
+    const std::string& type = found.drawing->typeOf(found.number);
+    switch (code) {
+        case 2:
+            return type == "INSERT" || type == "DIMENSION" ? "BLOCK" : "";
+        case 3:
+            return type == "DIMENSION" || type == "LEADER" || type == "TOLERANCE" ? "DIMSTYLE" : "";
+        case 6:
+            return "LTYPE";
+        case 7:
+            return "STYLE";
+        case 8:
+            return "LAYER";
+        default:
+            return "";
+    }
 }
 
 /// Entity names in a value of a referenced drawing are those of the mount.
@@ -138,12 +159,13 @@ void assign(CString& target, std::string_view text) {
 void appendLayer(std::wstring& layer, const Located& found) {
     const auto bytes = found.drawing->valueOf(found.number, 8);
     found.drawing->text().decodeBehind(layer, bytes.value_or("0"));
-    if (found.mount != nullptr && !isCommonSymbol(layer)) {
+    if (found.mount != nullptr && !isCommonSymbol("LAYER", layer)) {
         layer.insert(0, 1, L'|');
         layer.insert(0, found.mount->name);
     }
 }
 
+/// A removal followed by a new value stays two changes: the attribute then comes last in the list.
 void note(std::vector<std::pair<std::wstring, CMORAdsLispVar>>& attributes, std::wstring_view name,
           const CMORAdsLispVar& value) {
     const auto last = lastChange(attributes, name);
@@ -252,8 +274,8 @@ const CString& CMOREntity::Type() const {
 const wchar_t* CMOREntity::GetLayer(wchar_t* buffer) const {
     const host::Located found = host::live(*m_state);
     m_state->layer.clear();
-    if (const auto pending = m_state->groups.find(8); pending != m_state->groups.end())
-        m_state->layer = std::get<std::wstring>(pending->second);
+    if (auto pending = m_state->pendingText(8))
+        m_state->layer = *std::move(pending);
     else if (found)
         host::appendLayer(m_state->layer, found);
     if (buffer != nullptr) *std::ranges::copy(m_state->layer, buffer).out = L'\0';
@@ -269,9 +291,14 @@ bool CMOREntity::SetLayer(const wchar_t* layer) {
 bool CMOREntity::GetEntityEntry(int code, const wchar_t*& text) const {
     const host::Located found = host::live(*m_state);
     if (!found) return false;
-    const auto value = found.drawing->textOf(found.number, code);
-    if (!value) return false;
-    m_state->entry = host::isSymbolGroup(found, code) ? found.qualified(*value) : *value;
+    std::optional<std::wstring> value = m_state->pendingText(code);
+    if (!value) {
+        value = found.drawing->textOf(found.number, code);
+        if (!value) return false;
+        const std::string_view table = host::tableOfGroup(found, code);
+        if (!table.empty()) value = found.qualified(table, *value);
+    }
+    m_state->entry = *std::move(value);
     text = m_state->entry.c_str();
     return true;
 }
@@ -280,8 +307,9 @@ bool CMOREntity::GetGroupShort(int code, short* value) const {
     const host::Located found = host::live(*m_state);
     if (!found || value == nullptr) return false;
     if (const auto pending = m_state->groups.find(code); pending != m_state->groups.end()) {
-        *value = static_cast<short>(std::get<std::int64_t>(pending->second));
-        return true;
+        const auto* number = std::get_if<std::int64_t>(&pending->second);
+        if (number != nullptr) *value = static_cast<short>(*number);
+        return number != nullptr;
     }
     if (code == 67) {
         const host::ContainerNumber container = found.drawing->entry(found.number).container;

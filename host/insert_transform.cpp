@@ -83,7 +83,8 @@ static std::optional<CMORMathTransMatrix> matrixOf(EntityName entity) {
     const TagList insert = found.drawing->current(found.number);
     const Tag* block = insert.find(2);
     if (block == nullptr) return std::nullopt;
-    const std::wstring name = found.qualified(found.drawing->text().decode(insert.value(*block)));
+    const std::wstring name =
+        found.qualified("BLOCK", found.drawing->text().decode(insert.value(*block)));
     const FoundBlock inserted = resolveBlock(*currentDocument(), name);
     if (inserted.block == kNoContainer) return std::nullopt;
     const Vector base = baseOf(*currentDocument(), inserted.owner, inserted.block);

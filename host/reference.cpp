@@ -23,17 +23,19 @@ std::int64_t flagsOf(Drawing& drawing, ContainerNumber block) {
 
 fs::path realPath(const fs::path& path) {
     std::error_code code;
-    const fs::path real = fs::weakly_canonical(fs::absolute(path), code);
+    const fs::path absolute = fs::absolute(path, code);
+    const fs::path real = fs::weakly_canonical(code ? path : absolute, code);
     return code ? path : real;
 }
 
 }  // namespace
 
-bool isCommonSymbol(std::wstring_view symbol) {
-    static constexpr std::wstring_view common[] = {L"", L"0", L"Continuous", L"ByLayer",
-                                                   L"ByBlock"};
-    return std::ranges::any_of(common,
-                               [symbol](std::wstring_view c) { return equalNoCase(symbol, c); });
+bool isCommonSymbol(std::string_view table, std::wstring_view symbol) {
+    if (symbol.empty() || table == "LAYER") return symbol.empty() || symbol == L"0";
+    static constexpr std::wstring_view linetypes[] = {L"Continuous", L"ByLayer", L"ByBlock"};
+    return table == "LTYPE" && std::ranges::any_of(linetypes, [symbol](std::wstring_view common) {
+               return equalNoCase(symbol, common);
+           });
 }
 
 /// Whether the block belongs to a reference of the drawing: the record that a drawing keeps of its
@@ -63,8 +65,8 @@ EntityName Located::nameOf(RecordNumber other) const {
     return mount == nullptr || other == 0 ? own : EntityName{own.first, mount->number};
 }
 
-std::wstring Located::qualified(std::wstring_view symbol) const {
-    if (mount == nullptr || isCommonSymbol(symbol)) return std::wstring(symbol);
+std::wstring Located::qualified(std::string_view table, std::wstring_view symbol) const {
+    if (mount == nullptr || isCommonSymbol(table, symbol)) return std::wstring(symbol);
     std::wstring name;
     name.reserve(mount->name.size() + 1 + symbol.size());
     return name.append(mount->name).append(1, L'|').append(symbol);

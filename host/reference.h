@@ -41,14 +41,18 @@ struct Located {
 
     explicit operator bool() const { return number != 0; }
     [[nodiscard]] EntityName nameOf(RecordNumber other) const;
-    /// The name under which the document knows a symbol of the record's drawing: layer 0 and the
-    /// like stay.
-    [[nodiscard]] std::wstring qualified(std::wstring_view symbol) const;
+    /// The name under which the document knows a symbol of that table of the record's drawing:
+    /// layer 0 and the like stay.
+    [[nodiscard]] std::wstring qualified(std::string_view table, std::wstring_view symbol) const;
 };
 
 /// The references of one document, resolved on first touch and kept until they are reloaded.
 class References {
 public:
+    /// Drawings that refer to each other twice and more multiply at every step; what goes beyond
+    /// this is not loaded.
+    static constexpr std::size_t kMost = 10'000;
+
     explicit References(AcApDocument& document) : m_document(document) {}
 
     /// The mount behind a reference block; never null for one, whatever became of its file.
@@ -80,10 +84,13 @@ private:
     std::map<std::filesystem::path, std::shared_ptr<Drawing>> m_drawings;
 };
 
-/// Symbols that mean the same in every drawing: layer 0, Continuous, ByLayer, ByBlock.
-[[nodiscard]] bool isCommonSymbol(std::wstring_view symbol);
+/// Symbols that mean the same in every drawing: layer 0; the linetypes Continuous, ByLayer and
+/// ByBlock.
+[[nodiscard]] bool isCommonSymbol(std::string_view table, std::wstring_view symbol);
 /// An external reference of the drawing's own; not what it keeps of a reference's reference.
 [[nodiscard]] bool isReferenceBlock(Drawing& drawing, ContainerNumber block);
+/// What the drawing keeps of a reference's reference.
+[[nodiscard]] bool isKeptReferenceBlock(Drawing& drawing, ContainerNumber block);
 [[nodiscard]] bool isOverlayBlock(Drawing& drawing, ContainerNumber block);
 /// Numbers drawings and mounts; never used again in the process.
 [[nodiscard]] std::int64_t nextDrawingNumber();

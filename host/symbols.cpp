@@ -3,6 +3,8 @@
 #include "host/reference.h"
 #include "platform/runtime.h"
 
+#include <algorithm>
+#include <iterator>
 #include <string_view>
 #include <utility>
 
@@ -18,6 +20,13 @@ std::array<double, 3> pointOf(const TagList& record, int code) {
         if (const Tag* tag = record.find(code + 10 * static_cast<int>(i)))
             point[i] = parseReal(record.value(*tag)).value_or(0.0);
     return point;
+}
+
+/// Tables whose symbols a drawing knows under the names of its references. Those of applications
+/// are the same in every drawing; views and the like stay each drawing's own.
+bool isQualified(std::string_view table) {
+    static constexpr std::string_view tables[] = {"LAYER", "LTYPE", "STYLE", "DIMSTYLE"};
+    return std::ranges::find(tables, table) != std::end(tables);
 }
 
 std::array<double, 3> recordedBase(Drawing& drawing, ContainerNumber block) {
@@ -88,10 +97,9 @@ std::array<double, 3> baseOf(AcApDocument& document, Mount* owner, ContainerNumb
 Located resolveSymbol(AcApDocument& document, std::string_view table, std::wstring_view name) {
     if (const RecordNumber own = document.drawing->findSymbol(table, name))
         return {document.drawing.get(), own, nullptr};
-    // Names of applications are the same in every drawing, never qualified.
-    if (name.find(L'|') == std::wstring_view::npos || table == "APPID") return {};
+    if (name.find(L'|') == std::wstring_view::npos || !isQualified(table)) return {};
     const References::Target target = document.references->resolve(name);
-    if (target.mount == nullptr || isCommonSymbol(target.rest)) return {};
+    if (target.mount == nullptr || isCommonSymbol(table, target.rest)) return {};
     // A referring drawing's own record wins over that of the drawing it refers to, like the
     // document's.
     Located over;
@@ -112,9 +120,10 @@ struct Reached {
     Drawing* drawing = nullptr;
     Mount* mount = nullptr;
 
-    [[nodiscard]] SymbolInfo symbol(RecordNumber number, std::wstring text) const {
+    [[nodiscard]] SymbolInfo symbol(std::string_view table, RecordNumber number,
+                                    std::wstring text) const {
         const Located found{drawing, number, mount};
-        std::wstring qualified = found.qualified(text);
+        std::wstring qualified = found.qualified(table, text);
         return {found.nameOf(number), std::move(text), std::move(qualified)};
     }
 };
@@ -138,7 +147,7 @@ std::vector<SymbolInfo> symbols(AcApDocument* document, std::wstring_view refere
     for (RecordNumber at = found.drawing->nextMember(container, 0); at != 0;
          at = found.drawing->nextMember(container, at))
         if (auto text = found.drawing->textOf(at, 2))
-            result.push_back(found.symbol(at, std::move(*text)));
+            result.push_back(found.symbol(table, at, std::move(*text)));
     return result;
 }
 
@@ -158,7 +167,7 @@ std::vector<BlockInfo> blocks(AcApDocument* document, std::wstring_view referenc
         const Container& container = drawing.container(block);
         if (container.kind != ContainerKind::Block || container.head == 0) continue;
         BlockInfo info;
-        info.symbol = found.symbol(container.head, drawing.containerName(block));
+        info.symbol = found.symbol("BLOCK", container.head, drawing.containerName(block));
         info.flags = drawing.integerOf(container.head, 70).value_or(0);
         info.reference = isReferenceBlock(drawing, block);
         info.layout = container.layout;

@@ -39,9 +39,10 @@ constexpr std::int64_t kOverlayBit = 8;
 constexpr std::int64_t kDependentBit = 16;
 constexpr std::int64_t kResolvedBit = 32;
 
-/// Groups of a table record that name another symbol.
-bool namesSymbol(std::wstring_view table, int code) {
-    return code == 2 || (code == 6 && table == L"LAYER");
+/// The table in which a group of a table record names another symbol; empty for other groups.
+std::string_view tableOfGroup(std::wstring_view table, int code) {
+    if (code == 6 && table == L"LAYER") return "LTYPE";
+    return table == L"DIMSTYLE" && code >= 5 && code <= 7 ? "BLOCK" : "";
 }
 
 /// A record as program lists show it; of a referenced drawing under its qualified name.
@@ -55,12 +56,12 @@ ResbufList symbolList(const Located& found, std::wstring_view table) {
         const Tag& tag = record.tags()[i];
         if (tag.code == 102) inGroup = record.value(tag).starts_with("{");
         if (inGroup || std::ranges::find(codes, tag.code) == codes.end()) continue;
-        if (found.mount != nullptr && namesSymbol(table, tag.code))
-            list.text(
-                tag.code,
-                tag.code == 2
-                    ? found.mount->name + L"|" + found.drawing->text().decode(record.value(tag))
-                    : found.qualified(found.drawing->text().decode(record.value(tag))));
+        const std::string_view named = tableOfGroup(table, tag.code);
+        const auto text = [&] { return found.drawing->text().decode(record.value(tag)); };
+        if (found.mount != nullptr && tag.code == 2)
+            list.text(2, found.mount->name + L"|" + text());
+        else if (found.mount != nullptr && !named.empty())
+            list.text(tag.code, found.qualified(named, text()));
         else if (found.mount != nullptr && tag.code == 70)
             list.integer(
                 70, parseInteger(record.value(tag)).value_or(0) | kDependentBit | kResolvedBit);

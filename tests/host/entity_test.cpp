@@ -94,6 +94,13 @@ TEST_F(Entities, KeepChangesForThemselvesUntilTheFlush) {
     EXPECT_TRUE(entity.SetLayer(L"DOORS"));
     EXPECT_EQ(shown(entity), "a=1");
     EXPECT_STREQ(entity.GetLayer(nullptr), L"DOORS");
+    const wchar_t* text = nullptr;
+    EXPECT_TRUE(entity.GetEntityEntry(8, text));
+    EXPECT_STREQ(text, L"DOORS");
+    short layer = 0;
+    EXPECT_FALSE(entity.GetGroupShort(8, &layer));
+    EXPECT_TRUE(entity.SetGroupShort(62, 3) && entity.GetEntityEntry(62, text));
+    EXPECT_STREQ(text, L"3");
     EXPECT_EQ(stored(L"A1"), "");
     EXPECT_STREQ(Connected{named(L"A1")}.GetLayer(nullptr), L"WALLS");
     EXPECT_TRUE(entity.Flush());

@@ -122,5 +122,50 @@ TEST_F(Overrides, SymbolsThatMeanTheSameEverywhereKeepTheirNames) {
     }
 }
 
+TEST_F(Overrides, NamesAreCommonInTheirOwnTableOnly) {
+    static_cast<void>(
+        DxfDrawing{.layers = {"0", "ByLayer", "Continuous"},
+                   .blocks = blockDefinition("0", lineEntity("B1", "0"), 0, "", "10 4.0;") +
+                             blockDefinition("*D1", ""),
+                   .entities = lineEntity("51", "continuous;6 Continuous") +
+                               insertEntity("52", "0", "0", "10 9.0;20 0.0;30 0.0;") +
+                               "0 TEXT;5 53;8 0;7 0;1 a;0 DIMENSION;5 54;8 0;2 *D1;3 FINE;",
+                   .tables = "0 TABLE;2 STYLE;70 1;0 STYLE;2 0;70 0;3 plan;0 ENDTAB;"
+                             "0 TABLE;2 VIEW;70 1;0 VIEW;2 TOP;70 0;0 ENDTAB;"
+                             "0 TABLE;2 DIMSTYLE;70 1;0 DIMSTYLE;2 FINE;70 0;5 DOT;0 ENDTAB;"}
+            .save("plan.dxf"));
+    open(DxfDrawing{.blocks = referenceDefinition("PLAN", "plan.dxf")}.save("site.dxf"));
+    MOR_XRef plan;
+    ASSERT_TRUE(plan.connect(L"PLAN"));
+    EXPECT_EQ(show(ResbufList{plan.tblSearch(L"LAYER", L"Continuous")}),
+              L"PLAN|Continuous 48 7 CONTINUOUS ");
+    EXPECT_EQ(show(ResbufList{plan.tblSearch(L"STYLE", L"0")}), L"PLAN|0 48 plan ");
+    EXPECT_FALSE(ResbufList{plan.tblSearch(L"VIEW", L"TOP")});
+    const ResbufList dimensions{plan.tblSearch(L"DIMSTYLE", L"fine")};
+    ASSERT_NE(findGroup(dimensions, 5), nullptr);
+    EXPECT_STREQ(findGroup(dimensions, 5)->resval.rstring, L"PLAN|DOT");
+    EXPECT_TRUE(ResbufList{plan.searchBlock(L"0")});
+    const struct {
+        const wchar_t* handle;
+        int code;
+        const wchar_t* text;
+    } groups[] = {
+        {L"51", 8, L"PLAN|continuous"}, {L"51", 6, L"Continuous"}, {L"52", 8, L"0"},
+        {L"52", 2, L"PLAN|0"},          {L"53", 7, L"PLAN|0"},     {L"54", 2, L"PLAN|*D1"},
+        {L"54", 3, L"PLAN|FINE"}};
+    for (const auto& group : groups) {
+        ads_name name{};
+        CMOREntity entity;
+        const wchar_t* text = nullptr;
+        ASSERT_TRUE(plan.handEnt(group.handle, name) && entity.Connect(name));
+        ASSERT_TRUE(entity.GetEntityEntry(group.code, text));
+        EXPECT_STREQ(text, group.text);
+    }
+    ads_name insert{};
+    CMORAdsTransformation placement;
+    ASSERT_TRUE(plan.handEnt(L"52", insert) && placement.loadFromEntity(insert));
+    EXPECT_EQ(placement.matrix.rows[0][3], 9.0 - 4.0);
+}
+
 }  // namespace
 }  // namespace mor::test
