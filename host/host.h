@@ -285,12 +285,12 @@ enum class ReferenceStatus {
     Loaded,
     NotFound,    ///< no file was found
     Unresolved,  ///< a file was found but not read: damaged, of another form, or it closes a circle
-    Orphaned,    ///< below a reference that is not loaded, or an overlay below a reference
+    Orphaned,    ///< kept of a reference that is not loaded, or an overlay below a reference
     Unreferenced  ///< loaded, but no insert refers to it
 };
 struct ReferenceTry {
-    std::filesystem::path path;
-    std::string why;  ///< why it was not taken
+    std::filesystem::path path;  ///< empty where there was no file to look for
+    std::string why;             ///< why it was not taken
 };
 struct ReferenceInfo {
     std::wstring name;   ///< by the path of references: PLAN, PLAN|CORE
@@ -318,7 +318,8 @@ struct ReferenceInfo {
 /// Reads the reference's file again when it is touched next; entity names of the old state are
 /// unknown from then on. False when the drawing has no reference block of that name.
 bool reloadReference(AcApDocument* document, std::wstring_view name);
-/// The same, and the block is no reference any more: it ends up without entities, path and flags.
+/// The same, and the block is no reference any more, nor is what the drawing keeps of the
+/// reference's own: they end up without entities, path and flags.
 bool detachReference(AcApDocument* document, std::wstring_view name);
 
 // ---- counters, for tests ------------------------------------------------------------------------

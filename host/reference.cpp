@@ -56,6 +56,11 @@ bool isReferenceBlock(Drawing& drawing, ContainerNumber block) {
            !isDependentBlock(drawing, block);
 }
 
+bool isKeptReferenceBlock(Drawing& drawing, ContainerNumber block) {
+    return (flagsOf(drawing, block) & (kReferenceFlag | kOverlayFlag)) != 0 &&
+           isDependentBlock(drawing, block);
+}
+
 bool isOverlayBlock(Drawing& drawing, ContainerNumber block) {
     return (flagsOf(drawing, block) & kOverlayFlag) != 0;
 }
@@ -120,34 +125,48 @@ bool References::closesCircle(const Mount& mount, const fs::path& file) const {
     return false;
 }
 
+Result<std::shared_ptr<Drawing>> References::open(const fs::path& file) {
+    const fs::path real = realPath(file);
+    if (const auto known = m_drawings.find(real); known != m_drawings.end()) return known->second;
+    auto source = openFileSource(file);
+    if (!source) return source.error();
+    auto drawing = Drawing::load(std::move(source.value()), file.string());
+    if (!drawing) return drawing.error();
+    return m_drawings[real] = std::move(drawing.value());
+}
+
+bool References::take(Mount& mount, const fs::path& file) {
+    if (mount.path.empty()) mount.path = file;
+    mount.status = ReferenceStatus::Unresolved;
+    if (closesCircle(mount, realPath(file))) {
+        mount.path = file;
+        mount.tries.push_back({file, "it refers back to a drawing that refers to it"});
+        return true;
+    }
+    const auto drawing = open(file);
+    if (!drawing) {
+        mount.tries.push_back({file, drawing.error().message()});
+        // A file of another form may have a twin that is read. A damaged one is the one that is
+        // meant: another of its name need not be.
+        return drawing.error().kind != ErrorKind::Unreadable;
+    }
+    mount.path = file;
+    mount.drawing = drawing.value();
+    mount.status = ReferenceStatus::Loaded;
+    return true;
+}
+
 void References::load(Mount& mount) {
+    if (m_byNumber.size() > kMost) {
+        mount.tries.push_back({"", "the drawing has more than " + std::to_string(kMost) +
+                                       " references, nested ones included"});
+        return;
+    }
     Drawing& owner = drawingOf(mount.parent);
     const std::wstring saved = owner.textOf(owner.container(mount.block).head, 1).value_or(L"");
-    const auto found = findReference(saved, fileOf(mount.parent), mount.tries);
-    if (!found) {
-        mount.status = ReferenceStatus::NotFound;
-        return;
-    }
-    mount.path = *found;
-    const fs::path file = realPath(*found);
-    if (closesCircle(mount, file)) {
-        mount.tries.push_back({*found, "it refers back to a drawing that refers to it"});
-        return;
-    }
-    auto& shared = m_drawings[file];
-    if (!shared) {
-        auto source = openFileSource(*found);
-        auto drawing = source ? Drawing::load(std::move(source.value()), found->string())
-                              : Result<std::unique_ptr<Drawing>>(source.error());
-        if (!drawing) {
-            mount.tries.push_back({*found, drawing.error().message()});
-            m_drawings.erase(file);
-            return;
-        }
-        shared = std::move(drawing.value());
-    }
-    mount.drawing = shared;
-    mount.status = ReferenceStatus::Loaded;
+    mount.status = ReferenceStatus::NotFound;
+    searchReference(saved, fileOf(mount.parent), mount.tries,
+                    [&](const fs::path& file) { return take(mount, file); });
 }
 
 const Mount* References::find(std::int64_t number) const {
@@ -185,12 +204,6 @@ void References::drop(ContainerNumber block) {
     if (found == m_mounts.end()) return;
     forget(*found->second);
     m_mounts.erase(found);
-}
-
-void References::dropAll() {
-    m_mounts.clear();
-    m_byNumber.clear();
-    m_drawings.clear();
 }
 
 }  // namespace mor::host

@@ -69,10 +69,12 @@ public:
     [[nodiscard]] Target resolve(std::wstring_view qualified);
     /// Forgets what was loaded for a block of the document's own drawing, and its file's index.
     void drop(ContainerNumber block);
-    void dropAll();
 
 private:
     void load(Mount& mount);
+    /// Whether the search for the mount's file ends with this one.
+    bool take(Mount& mount, const std::filesystem::path& file);
+    [[nodiscard]] Result<std::shared_ptr<Drawing>> open(const std::filesystem::path& file);
     [[nodiscard]] Drawing& drawingOf(const Mount* parent) const;
     [[nodiscard]] std::filesystem::path fileOf(const Mount* parent) const;
     [[nodiscard]] bool closesCircle(const Mount& mount, const std::filesystem::path& file) const;

@@ -12,44 +12,77 @@ namespace {
 
 using InsertCounts = std::map<std::wstring, std::size_t>;
 
-/// What is to be said of a reference block; `parent` is null for those of the document's own
-/// drawing.
-ReferenceInfo describe(AcApDocument& document, Mount* parent, ContainerNumber block,
-                       const InsertCounts& inserts) {
-    Drawing& owner = parent == nullptr ? *document.drawing : *parent->drawing;
-    ReferenceInfo info;
-    info.block = owner.containerName(block);
-    info.name = (parent == nullptr ? L"" : parent->name + L"|") + info.block;
-    info.overlay = isOverlayBlock(owner, block);
-    info.saved = owner.textOf(owner.container(block).head, 1).value_or(L"");
-    if (const auto found = inserts.find(upperCase(info.block)); found != inserts.end())
-        info.inserts = found->second;
-    for (const Mount* above = parent; above != nullptr; above = above->parent) ++info.depth;
-    const Mount* mount = document.references->mount(parent, block);
-    if (mount == nullptr) {
-        info.status = ReferenceStatus::Orphaned;
+/// A drawing that refers to others, as the document reaches it: `mount` is null for its own.
+struct Referring {
+    AcApDocument& document;
+    Mount* mount = nullptr;
+    Drawing& drawing = mount == nullptr ? *document.drawing : *mount->drawing;
+    InsertCounts inserts = countInserts(drawing);
+
+    [[nodiscard]] bool isBlock(ContainerNumber number) const {
+        return drawing.container(number).kind == ContainerKind::Block;
+    }
+    /// What its own record of a reference says.
+    [[nodiscard]] ReferenceInfo recorded(ContainerNumber block) const {
+        ReferenceInfo info;
+        info.block = drawing.containerName(block);
+        info.name = (mount == nullptr ? L"" : mount->name + L"|") + info.block;
+        info.overlay = isOverlayBlock(drawing, block);
+        info.saved = drawing.textOf(drawing.container(block).head, 1).value_or(L"");
+        if (const auto found = inserts.find(upperCase(info.block)); found != inserts.end())
+            info.inserts = found->second;
+        for (const Mount* at = mount; at != nullptr; at = at->parent) ++info.depth;
         return info;
     }
-    info.status = mount->status;
-    info.found = mount->path;
-    info.tries = mount->tries;
-    if (mount->drawing) {
+    [[nodiscard]] ReferenceInfo reference(ContainerNumber block) const {
+        ReferenceInfo info = recorded(block);
+        const Mount* found = document.references->mount(mount, block);
+        if (found == nullptr) {
+            info.status = ReferenceStatus::Orphaned;
+            info.tries.push_back({"", "an overlay below a reference is not followed"});
+            return info;
+        }
+        info.status = found->status;
+        info.found = found->path;
+        info.tries = found->tries;
+        if (!found->drawing) return info;
         info.loaded = true;
-        info.entities = countEntities(*mount->drawing, kModelSpace);
-        info.hasStore = mount->drawing->findBlock(L"MOR_DWGFILES") != kNoContainer;
+        info.entities = countEntities(*found->drawing, kModelSpace);
+        info.hasStore = found->drawing->findBlock(L"MOR_DWGFILES") != kNoContainer;
         if (info.inserts == 0) info.status = ReferenceStatus::Unreferenced;
+        return info;
     }
-    return info;
+    /// A reference of a reference that is not loaded.
+    [[nodiscard]] ReferenceInfo orphan(ContainerNumber block) const {
+        ReferenceInfo info = recorded(block);
+        const std::size_t bar = info.block.find(L'|');
+        info.status = ReferenceStatus::Orphaned;
+        info.tries.push_back(
+            {"", "it belongs to " + toUtf8(info.block.substr(0, bar)) + ", which is not loaded"});
+        info.block.erase(0, bar + 1);
+        ++info.depth;
+        return info;
+    }
+};
+
+bool isBelow(std::wstring_view name, std::wstring_view reference) {
+    return name.size() > reference.size() && name[reference.size()] == L'|' &&
+           equalNoCase(name.substr(0, reference.size()), reference);
 }
 
-void listBelow(AcApDocument& document, Mount* parent, std::vector<ReferenceInfo>& all) {
-    Drawing& owner = parent == nullptr ? *document.drawing : *parent->drawing;
-    const InsertCounts inserts = countInserts(owner);
-    for (ContainerNumber block = 1; block < owner.containers().size(); ++block) {
-        if (owner.container(block).kind != ContainerKind::Block || !isReferenceBlock(owner, block))
+void listBelow(const Referring& from, std::vector<ReferenceInfo>& all) {
+    for (ContainerNumber block = 1; block < from.drawing.containers().size(); ++block) {
+        if (!from.isBlock(block) || !isReferenceBlock(from.drawing, block)) continue;
+        all.push_back(from.reference(block));
+        if (all.back().loaded) {
+            listBelow({from.document, from.document.references->mount(from.mount, block)}, all);
             continue;
-        all.push_back(describe(document, parent, block, inserts));
-        if (all.back().loaded) listBelow(document, document.references->mount(parent, block), all);
+        }
+        const std::wstring name = from.drawing.containerName(block);
+        for (ContainerNumber kept = 1; kept < from.drawing.containers().size(); ++kept)
+            if (from.isBlock(kept) && isBelow(from.drawing.containerName(kept), name) &&
+                isKeptReferenceBlock(from.drawing, kept))
+                all.push_back(from.orphan(kept));
     }
 }
 
@@ -63,16 +96,18 @@ ContainerNumber referenceBlock(AcApDocument* document, std::wstring_view name) {
 
 std::vector<ReferenceInfo> references(AcApDocument* document) {
     std::vector<ReferenceInfo> all;
-    listBelow(*document, nullptr, all);
+    listBelow({*document}, all);
     return all;
 }
 
 std::optional<ReferenceInfo> findReference(AcApDocument* document, std::wstring_view name) {
     const References::Target way = document->references->resolve(name);
-    Drawing& owner = way.mount == nullptr ? *document->drawing : *way.mount->drawing;
-    const ContainerNumber block = owner.findBlock(way.rest);
-    if (block == kNoContainer || !isReferenceBlock(owner, block)) return std::nullopt;
-    return describe(*document, way.mount, block, countInserts(owner));
+    const Referring from{*document, way.mount};
+    const ContainerNumber block = from.drawing.findBlock(way.rest);
+    if (block == kNoContainer) return std::nullopt;
+    if (isReferenceBlock(from.drawing, block)) return from.reference(block);
+    return isKeptReferenceBlock(from.drawing, block) ? std::optional(from.orphan(block))
+                                                     : std::nullopt;
 }
 
 bool isReference(AcApDocument* document, std::wstring_view block) {
@@ -91,9 +126,17 @@ bool detachReference(AcApDocument* document, std::wstring_view name) {
     if (block == kNoContainer) return false;
     document->references->drop(block);
     Drawing& drawing = *document->drawing;
-    const RecordNumber head = drawing.container(block).head;
-    drawing.setInteger(head, 70, 0);
-    drawing.setText(head, 1, L"");
+    std::vector<ContainerNumber> detached = {block};
+    for (ContainerNumber kept = 1; kept < drawing.containers().size(); ++kept)
+        if (drawing.container(kept).kind == ContainerKind::Block &&
+            isBelow(drawing.containerName(kept), drawing.containerName(block)) &&
+            isKeptReferenceBlock(drawing, kept))
+            detached.push_back(kept);
+    for (const ContainerNumber number : detached) {
+        const RecordNumber head = drawing.container(number).head;
+        drawing.setInteger(head, 70, 0);
+        drawing.setText(head, 1, L"");
+    }
     return true;
 }
 

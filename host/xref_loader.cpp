@@ -4,6 +4,9 @@
 #include "platform/runtime.h"
 
 #include <algorithm>
+#include <span>
+#include <string>
+#include <system_error>
 #include <utility>
 
 namespace mor::host {
@@ -26,22 +29,34 @@ bool equalIgnoringCase(std::string_view a, std::string_view b) {
     return equalNoCase(fromUtf8(a).value_or(L""), fromUtf8(b).value_or(L"")) && !a.empty();
 }
 
-/// The saved text with forward slashes and the user's mappings; a mapping's prefix ends at a slash.
-std::string mapped(std::string saved) {
+/// A saved path with forward slashes.
+struct SavedPath {
+    std::string text;
+    bool mapped = false;  ///< it begins with a place of this machine
+
+    /// On a drive or a share of another machine.
+    [[nodiscard]] bool isElsewhere() const {
+        return !mapped && ((text.size() > 1 && text[1] == ':') || text.starts_with("//"));
+    }
+};
+
+std::string withoutSlashAtEnd(std::string text) {
+    while (text.ends_with('/')) text.pop_back();
+    return text;
+}
+
+/// After the user's mappings; a mapping's prefix ends at a slash.
+SavedPath mapped(std::string saved) {
     std::ranges::replace(saved, '\\', '/');
     for (auto [from, to] : places().mappings) {
         std::ranges::replace(from, '\\', '/');
-        while (from.ends_with('/')) from.pop_back();
+        from = withoutSlashAtEnd(std::move(from));
         if (saved.size() < from.size() || from.empty()) continue;
         if (!equalIgnoringCase(std::string_view(saved).substr(0, from.size()), from)) continue;
         if (saved.size() > from.size() && saved[from.size()] != '/') continue;
-        return to + saved.substr(from.size());
+        return {withoutSlashAtEnd(to) + saved.substr(from.size()), true};
     }
-    return saved;
-}
-
-bool isDriveOrShare(std::string_view path) {
-    return (path.size() > 1 && path[1] == ':') || path.starts_with("//");
+    return {std::move(saved)};
 }
 
 /// The file itself, and as DXF where its name says DWG.
@@ -55,40 +70,54 @@ std::vector<fs::path> forms(const fs::path& path) {
     return all;
 }
 
-std::vector<fs::path> candidates(const std::string& saved, const fs::path& folder) {
+std::vector<fs::path> candidates(const SavedPath& saved, const fs::path& folder) {
     std::vector<fs::path> all;
     const auto add = [&all](const fs::path& path) {
         for (fs::path& form : forms(path))
             if (std::ranges::find(all, form) == all.end()) all.push_back(std::move(form));
     };
-    const fs::path path = saved;
-    if (!isDriveOrShare(saved)) add(path.is_absolute() ? path : folder / path);
-    const fs::path bare = saved.substr(saved.find_last_of("/:") + 1);
+    const fs::path path = saved.text;
+    if (!saved.isElsewhere()) add(folder / path);  // an absolute path stays as it is
+    const fs::path bare = saved.text.substr(saved.text.find_last_of("/:") + 1);
     add(folder / bare);
     for (const fs::path& extra : places().folders) {
-        if (!isDriveOrShare(saved) && path.is_relative()) add(extra / path);
+        if (!saved.isElsewhere() && path.is_relative()) add(extra / path);
         add(extra / bare);
     }
     return all;
 }
 
-/// The same path with the case that the folders really have; empty when there is none.
-fs::path withoutCase(const fs::path& path) {
-    fs::path found = path.is_absolute() ? path.root_path() : fs::path(".");
-    for (const fs::path& part : path.relative_path()) {
-        std::error_code code;
-        if (part == "." || part == ".." || fs::exists(found / part, code)) {
-            found /= part;
-            continue;
-        }
-        std::vector<fs::path> matches;
-        for (const fs::directory_entry& entry : fs::directory_iterator(found, code))
-            if (equalIgnoringCase(entry.path().filename().string(), part.string()))
-                matches.push_back(entry.path());
-        if (matches.empty()) return {};
-        found = *std::ranges::min_element(matches);  // several: always the same one
+bool isFile(const fs::path& path) {
+    std::error_code code;
+    return fs::is_regular_file(path, code);
+}
+
+/// The regular files below `found` that `rest` means when the case of its names does not count; in
+/// an order that does not depend on the folder's.
+void findWithoutCase(const fs::path& found, std::span<const fs::path> rest,
+                     std::vector<fs::path>& files) {
+    if (rest.empty()) {
+        if (isFile(found)) files.push_back(found);
+        return;
     }
-    return found;
+    if (rest.front() == "." || rest.front() == "..")
+        return findWithoutCase(found / rest.front(), rest.subspan(1), files);
+    std::vector<fs::path> names;
+    std::error_code code;
+    for (fs::directory_iterator at(found.empty() ? "." : found, code), end; !code && at != end;
+         at.increment(code))
+        if (equalIgnoringCase(at->path().filename().string(), rest.front().string()))
+            names.push_back(at->path().filename());
+    std::ranges::sort(names);
+    for (const fs::path& name : names) findWithoutCase(found / name, rest.subspan(1), files);
+}
+
+/// The path in its shortest form, where that means the same file: behind a link, "..", leads
+/// elsewhere.
+fs::path shortest(const fs::path& path) {
+    std::error_code code;
+    const fs::path shorter = path.lexically_normal();
+    return fs::equivalent(path, shorter, code) ? shorter : path;
 }
 
 }  // namespace
@@ -98,26 +127,37 @@ void setReferenceMappings(std::vector<std::pair<std::string, std::string>> mappi
     places().mappings = std::move(mappings);
 }
 
-std::optional<fs::path> findReference(std::wstring_view saved, const fs::path& referring,
-                                      std::vector<ReferenceTry>& tries) {
-    const std::string text = mapped(toUtf8(saved));
-    if (text.empty()) {
+void searchReference(std::wstring_view saved, const fs::path& referring,
+                     std::vector<ReferenceTry>& tries,
+                     const std::function<bool(const fs::path&)>& take) {
+    const SavedPath text = mapped(toUtf8(saved));
+    if (text.text.empty()) {
         tries.push_back({"", "the reference saves no path"});
-        return std::nullopt;
+        return;
     }
-    const fs::path folder = referring.empty() ? fs::current_path() : referring.parent_path();
-    const std::vector<fs::path> all = candidates(text, folder);
-    std::error_code code;
+    const std::vector<fs::path> all = candidates(text, referring.parent_path());
+    std::vector<fs::path> visited;
     for (const fs::path& path : all) {
-        if (fs::is_regular_file(path, code)) return path.lexically_normal();
+        if (isFile(path)) {
+            if (take(shortest(path))) return;
+            visited.push_back(path);
+            continue;
+        }
+        std::error_code code;
         const bool there = fs::exists(path, code);
         tries.push_back({path.lexically_normal(), there ? "is no regular file" : "not there"});
     }
     for (const fs::path& path : all) {
-        const fs::path found = withoutCase(path);
-        if (!found.empty() && fs::is_regular_file(found, code)) return found.lexically_normal();
+        const fs::path below = path.relative_path();
+        const std::vector<fs::path> parts(below.begin(), below.end());
+        std::vector<fs::path> files;
+        findWithoutCase(path.root_path(), parts, files);
+        for (const fs::path& file : files) {
+            if (std::ranges::find(visited, file) != visited.end()) continue;
+            if (take(shortest(file))) return;
+            visited.push_back(file);
+        }
     }
-    return std::nullopt;
 }
 
 }  // namespace mor::host

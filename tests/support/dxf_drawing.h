@@ -64,6 +64,16 @@ struct DxfDrawing {
         return all + "0 SECTION;2 ENTITIES;" + entities + "0 ENDSEC;0 EOF;";
     }
 
+    [[nodiscard]] std::string bytes() const {
+        std::string text;
+        std::istringstream all{tags()};
+        for (std::string tag; std::getline(all, tag, ';');) {
+            const std::size_t blank = tag.find(' ');
+            text += tag.substr(0, blank) + '\n' + tag.substr(blank + 1) + '\n';
+        }
+        return text;
+    }
+
     /// Writes the drawing as a text file of that name, over an older one, into a folder that only
     /// the running test uses.
     [[nodiscard]] std::filesystem::path save(const std::string& name) const {
@@ -73,11 +83,7 @@ struct DxfDrawing {
         std::filesystem::create_directories(path);
         path /= name;
         std::ofstream file{path, std::ios::binary | std::ios::trunc};
-        std::istringstream all{tags()};
-        for (std::string tag; std::getline(all, tag, ';');) {
-            const std::size_t blank = tag.find(' ');
-            file << tag.substr(0, blank) << '\n' << tag.substr(blank + 1) << '\n';
-        }
+        file << bytes();
         return path;
     }
 };

@@ -4,6 +4,7 @@
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/geometry.h"
 #include "tools/moradmin/output.h"
+#include "tools/moradmin/references.h"
 #include "tools/moradmin/session.h"
 #include "xref/space_iterator.h"
 #include "xref/xref_view.h"
@@ -22,10 +23,7 @@ constexpr char kBar = '|';
 
 std::string whyNotLoaded(const host::ReferenceInfo& info) {
     std::string why = "the reference " + utf8(info.name) + " is not loaded";
-    if (info.status == host::ReferenceStatus::Orphaned)
-        why += "; it is an overlay below a reference, which is not followed";
-    for (const host::ReferenceTry& attempt : info.tries)
-        why += "; " + attempt.path.string() + ": " + attempt.why;
+    for (const host::ReferenceTry& attempt : info.tries) why += "; " + whyNot(attempt);
     return why;
 }
 

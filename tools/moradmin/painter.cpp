@@ -143,7 +143,8 @@ void Painter::paintInsert(mor::EntityName name, const EntityRecord& record, cons
         (host::isReference(m_session.document(), block) || findReference(block) != nullptr))
         return leaveOut("references (--no-xrefs)");
     const host::ReferenceInfo* reference = findReference(block);
-    if (reference != nullptr && reference->status == host::ReferenceStatus::Orphaned)
+    if (reference != nullptr && reference->overlay &&
+        reference->status == host::ReferenceStatus::Orphaned)
         return leaveOut("overlays below a reference");
     if (reference != nullptr && !reference->loaded)
         return paintMissing(record, origin, *reference, where);

@@ -73,7 +73,7 @@ void printRows(const std::vector<host::ReferenceInfo>& references, bool tries) {
     if (!tries) return;
     for (const host::ReferenceInfo& reference : references)
         for (const host::ReferenceTry& attempt : reference.tries)
-            printNote(utf8(reference.name) + ": " + attempt.path.string() + ": " + attempt.why);
+            printNote(utf8(reference.name) + ": " + whyNot(attempt));
 }
 
 /// Whether a reference is missing.
@@ -108,6 +108,12 @@ std::vector<std::wstring> loadedReferences(const Session& session) {
     for (const host::ReferenceInfo& info : host::references(session.document()))
         if (info.loaded && info.name.starts_with(prefix)) names.push_back(info.name);
     return names;
+}
+
+std::string whyNot(const host::ReferenceTry& attempt) {
+    const std::string file = attempt.path.string();
+    // What is wrong with a file that was opened names it already.
+    return file.empty() || attempt.why.starts_with(file) ? attempt.why : file + ": " + attempt.why;
 }
 
 std::string nameWithin(const Session& session, const std::wstring& qualified) {

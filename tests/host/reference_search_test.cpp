@@ -1,0 +1,217 @@
+#include "platform/table_calls.h"
+#include "tests/host/host_fixture.h"
+#include "tests/support/dxf_drawing.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace mor::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A drawing in the folder "home" that refers to one file, and files elsewhere that it may mean.
+/// Each is told by its line's handle.
+class ReferenceSearch : public HostTest {
+protected:
+    void SetUp() override {
+        HostTest::SetUp();
+        fs::create_directories(file("home"));
+    }
+    void TearDown() override {
+        host::setReferenceFolders({});
+        host::setReferenceMappings({});
+        HostTest::TearDown();
+    }
+    void put(const std::string& name, const std::string& handle) {
+        putDrawing(name, {.entities = lineEntity(handle, "0")});
+    }
+    void putDrawing(const std::string& name, const DxfDrawing& drawing) {
+        putBytes(name, drawing.bytes());
+    }
+    void putBytes(const std::string& name, std::string_view bytes) {
+        fs::create_directories(file(name).parent_path());
+        writeFile(file(name), bytes);
+    }
+    /// Opens a drawing that saves this path for PLAN.
+    AcApDocument* refer(const std::string& saved, const std::string& name = "home/site.dxf") {
+        close();
+        putDrawing(name, {.blocks = referenceDefinition("PLAN", saved),
+                          .entities = insertEntity("10", "0", "PLAN")});
+        auto opened = host::openDocument(file(name));
+        EXPECT_TRUE(opened) << opened.error().message();
+        return use(opened.value());
+    }
+    /// The handle of the line in the file that a saved path leads to, "not found" or "unresolved".
+    std::string found(const std::string& saved, const std::string& name = "home/site.dxf") {
+        AcApDocument* document = refer(saved, name);
+        const auto info = host::findReference(document, L"PLAN");
+        if (info->status == host::ReferenceStatus::NotFound) return "not found";
+        const ResbufList block{acdbTblSearch(L"BLOCK", L"PLAN", 0)};
+        const resbuf* first = findGroup(block, -2);
+        if (!info->loaded || first == nullptr) return "unresolved";
+        return host::handleText(
+            host::recordInfo(document, EntityName(first->resval.rlname))->handle);
+    }
+};
+
+TEST_F(ReferenceSearch, FindsSavedPathsWithEitherSlashThenTheBareName) {
+    put("home/sub/plan.dxf", "A1");
+    put("other/plan.dxf", "A2");
+    for (const char* saved : {"sub/plan.dxf", "sub\\plan.dxf", ".\\sub\\plan.dxf"})
+        EXPECT_EQ(found(saved), "A1") << saved;
+    EXPECT_EQ(found("..\\other\\plan.dxf"), "A2");
+    EXPECT_EQ(found(file("other/plan.dxf").string()), "A2");
+    for (const char* saved : {"C:\\proj\\sub\\plan.dxf", "\\\\server\\share\\plan.dxf", ""})
+        EXPECT_EQ(found(saved), "not found") << saved;
+    put("home/plan.dxf", "A3");
+    for (const char* saved : {"gone/plan.dxf", "C:\\proj\\plan.dxf", "D:plan.dxf",
+                              "\\\\server\\share\\plan.dxf", "/nowhere/plan.dxf"})
+        EXPECT_EQ(found(saved), "A3") << saved;
+    fs::create_directory(file("home/folder.dxf"));
+    EXPECT_EQ(found("folder.dxf"), "not found");
+}
+
+TEST_F(ReferenceSearch, LooksIntoExtraFoldersInTheirOrder) {
+    put("first/plan.dxf", "A1");
+    put("second/sub/plan.dxf", "A2");
+    host::setReferenceFolders({file("second"), file("first")});
+    EXPECT_EQ(found("sub/plan.dxf"), "A2");
+    EXPECT_EQ(found("C:/sub/plan.dxf"), "A1");
+    put("home/plan.dxf", "A3");
+    EXPECT_EQ(found("sub/plan.dxf"), "A3");
+}
+
+TEST_F(ReferenceSearch, PutsPlacesOfThisMachineForBeginningsOfPaths) {
+    put("here/x/plan.dxf", "A1");
+    host::setReferenceMappings({{"C:\\proj", file("here").string()},
+                                {"\\\\server\\share\\", file("here/x").string() + "/"},
+                                {"Z:", "/"}});
+    EXPECT_EQ(found("c:/PROJ/x/plan.dxf"), "A1");
+    EXPECT_EQ(found("C:\\project\\x\\plan.dxf"), "not found");  // the beginning ends at a slash
+    EXPECT_EQ(found("\\\\Server\\share\\plan.dxf"), "A1");
+    std::string below = "Z:" + file("here/x/plan.dxf").string();
+    EXPECT_EQ(found(below), "A1");
+    std::ranges::replace(below, '/', '\\');
+    EXPECT_EQ(found(below), "A1");
+}
+
+TEST_F(ReferenceSearch, TakesTheTwinOfADrawingInAFormThatIsNotRead) {
+    putBytes("home/plan.dwg", "AC1032 and so on");
+    EXPECT_EQ(found("plan.dwg"), "unresolved");
+    put("home/Plan.DXF", "A1");  // another case comes last, but before giving up
+    EXPECT_EQ(found("plan.dwg"), "A1");
+    put("home/plan.DXF", "A2");
+    EXPECT_EQ(found("plan.dwg"), "A2");
+    put("home/plan.dxf", "A3");
+    EXPECT_EQ(found("plan.DWG"), "A3");
+    EXPECT_EQ(found("C:\\proj\\plan.dwg"), "A3");
+    // One that is damaged is the one that is meant.
+    put("extra/plan.dxf", "A4");
+    host::setReferenceFolders({file("extra")});
+    putBytes("home/plan.dxf", dxfText("0 SECTION|2 ENTITIES|0 LINE|5 A5|"));
+    EXPECT_EQ(found("plan.dxf"), "unresolved");
+}
+
+TEST_F(ReferenceSearch, LooksWithoutCaseIntoEveryFolderOfThatName) {
+    put("home/SUB/other.dxf", "A1");
+    put("home/Sub/Plan.dxf", "A2");
+    put("home/sub/nothing.dxf", "A3");
+    EXPECT_EQ(found("SUB/PLAN.DXF"), "A2");
+    EXPECT_EQ(found("..\\HOME\\sub\\plan.dxf"), "A2");
+    EXPECT_EQ(found("sub/plans.dxf"), "not found");
+}
+
+TEST_F(ReferenceSearch, GoesUpFromWhereALinkLeads) {
+    put("data/site/any.dxf", "A1");
+    put("data/xref/plan.dxf", "A2");
+    put("xref/plan.dxf", "A3");
+    fs::create_directory_symlink(file("data/site"), file("site"));
+    EXPECT_EQ(found("..\\xref\\plan.dxf", "site/site.dxf"), "A2");
+    fs::remove(file("xref/plan.dxf"));
+    EXPECT_EQ(found("..\\xref\\plan.dxf", "site/site.dxf"), "A2");
+}
+
+TEST_F(ReferenceSearch, CountsFromTheFolderOfTheImmediateReferringDrawing) {
+    put("home/sub/core.dxf", "A1");
+    put("home/core.dxf", "A2");
+    putDrawing("home/sub/plan.dxf", {.blocks = referenceDefinition("CORE", "core.dxf"),
+                                     .entities = insertEntity("11", "0", "CORE")});
+    AcApDocument* document = refer("sub/plan.dxf");
+    const auto core = host::findReference(document, L"PLAN|CORE");
+    ASSERT_TRUE(core && core->loaded);
+    EXPECT_EQ(core->found, file("home/sub/core.dxf"));
+}
+
+TEST_F(ReferenceSearch, SaysWhereItLooked) {
+    host::setReferenceFolders({file("extra")});
+    const auto info = host::findReference(refer("sub\\plan.dwg"), L"PLAN");
+    std::vector<std::string> places;
+    for (const host::ReferenceTry& attempt : info->tries)
+        places.push_back(fs::relative(attempt.path, file("")).string() + " " + attempt.why);
+    ASSERT_EQ(places.size(), 12u);
+    EXPECT_EQ(places[0], "home/sub/plan.dxf not there");
+    EXPECT_EQ(places[2], "home/sub/plan.dwg not there");
+    EXPECT_EQ(places[3], "home/plan.dxf not there");
+    EXPECT_EQ(places[6], "extra/sub/plan.dxf not there");
+    EXPECT_EQ(places[11], "extra/plan.dwg not there");
+    const auto nowhere = host::findReference(refer(""), L"PLAN");
+    EXPECT_EQ(nowhere->tries.at(0).why, "the reference saves no path");
+}
+
+TEST_F(ReferenceSearch, EndsWhereDrawingsReferToEachOtherWithoutEnd) {
+    const std::string inserts = insertEntity("10", "0", "A") + insertEntity("11", "0", "B");
+    for (int level = 1; level <= 16; ++level) {
+        const std::string next = std::to_string(level + 1) + ".dxf";
+        putDrawing("home/" + std::to_string(level) + ".dxf",
+                   {.blocks = referenceDefinition("A", next) + referenceDefinition("B", next),
+                    .entities = inserts});
+    }
+    putDrawing("home/17.dxf", {.blocks = referenceDefinition("A", "1.dxf"), .entities = inserts});
+    AcApDocument* document = refer("1.dxf");
+    std::size_t loaded = 0;
+    bool said = false;
+    for (const host::ReferenceInfo& info : host::references(document)) {
+        loaded += info.loaded ? 1 : 0;
+        for (const host::ReferenceTry& attempt : info.tries)
+            said = said || attempt.why.find("more than 10000 references") != std::string::npos;
+    }
+    EXPECT_LE(loaded, 10'000u);
+    EXPECT_TRUE(said);
+    // Round and round: where the circle closes the reading ends.
+    putDrawing("home/17.dxf", {.blocks = referenceDefinition("A", "site.dxf"),
+                               .entities = insertEntity("10", "0", "A")});
+    const auto circle = host::findReference(refer("17.dxf"), L"PLAN|A");
+    ASSERT_TRUE(circle);
+    EXPECT_EQ(circle->status, host::ReferenceStatus::Unresolved);
+    EXPECT_NE(circle->tries.back().why.find("refers back"), std::string::npos);
+    EXPECT_EQ(host::findReference(refer("site.dxf"), L"PLAN")->status,
+              host::ReferenceStatus::Unresolved);
+}
+
+TEST_F(ReferenceSearch, KeptReferencesOfOneThatIsNotLoadedAreOrphans) {
+    AcApDocument* document =
+        open(DxfDrawing{.blocks = referenceDefinition("PLAN", "gone.dxf") +
+                                  referenceDefinition("Plan|CORE", "core.dxf", 20) +
+                                  blockDefinition("PLAN|DOOR", "", 16),
+                        .entities = insertEntity("10", "0", "PLAN")}
+                 .bytes());
+    const std::vector<host::ReferenceInfo> all = host::references(document);
+    ASSERT_EQ(all.size(), 2u);
+    EXPECT_EQ(all[1].name + L" " + all[1].block, L"Plan|CORE CORE");
+    EXPECT_EQ(all[1].depth, 1u);
+    EXPECT_EQ(all[1].status, host::ReferenceStatus::Orphaned);
+    EXPECT_EQ(all[1].tries.at(0).why, "it belongs to Plan, which is not loaded");
+    EXPECT_EQ(host::findReference(document, L"plan|core")->status, host::ReferenceStatus::Orphaned);
+    EXPECT_FALSE(host::isReference(document, L"PLAN|CORE"));
+    ASSERT_TRUE(host::detachReference(document, L"PLAN"));
+    EXPECT_TRUE(host::references(document).empty());
+}
+
+}  // namespace
+}  // namespace mor::test
