@@ -15,6 +15,7 @@ constexpr wchar_t kLastAscii = 0x7F;
 }  // namespace
 
 void HandleTable::append(std::string& texts, std::wstring_view handle) {
+    handle.remove_prefix(std::min(handle.find_first_not_of(L'0'), handle.size()));
     for (const wchar_t c : handle) {
         const wchar_t upper = toUpper(c);
         if (upper <= kLastAscii)

@@ -14,12 +14,14 @@ namespace mor {
 /// entries in a row.
 class HandleTable {
 public:
-    /// Keeps the handle in upper case. One that is there already keeps its first entity.
+    /// Keeps the handle in upper case, without leading zeros. One that is there already keeps its
+    /// first entity.
     void add(std::wstring_view handle, const EntityName& entity);
     /// Puts in order what was added; to be called before `find`. Quick when most handles were added
     /// in their order, as drawings have them.
     void order();
-    /// None when the handle is unknown. Any case.
+    /// None when the handle is unknown. Case and leading zeros do not matter, as in the drawing
+    /// itself.
     [[nodiscard]] EntityName find(std::wstring_view handle) const;
 
 private:
@@ -31,6 +33,7 @@ private:
     [[nodiscard]] std::string_view textOf(const Entry& entry) const {
         return std::string_view(m_texts).substr(entry.begin, entry.length);
     }
+    /// The handle in the form in which it is kept.
     static void append(std::string& texts, std::wstring_view handle);
 
     std::string m_texts;  // upper-case, UTF-8

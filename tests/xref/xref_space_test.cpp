@@ -79,7 +79,8 @@ TEST_F(XRefSpace, FindsHandlesOfEntitiesAndSubEntitiesInAnyCase) {
         const wchar_t* found;
     } cases[] = {{L"1A2F", L"1A2F"}, {L"1a2f", L"1A2F"}, {L"C3", L"C3"}, {L"E1", L"E1"},
                  {L"e2", L"E2"},     {L"E3", L"E3"},     {L"E4", L"E4"}, {L"D1", L"none"},
-                 {L"10", L"none"},   {L"B1", L"none"},   {L"", L"none"}};
+                 {L"10", L"none"},   {L"B1", L"none"},   {L"", L"none"}, {L"01a2f", L"1A2F"},
+                 {L"0", L"none"}};
     for (const auto& c : cases) EXPECT_EQ(look(c.handle), c.found) << host::toUtf8(c.handle);
 }
 

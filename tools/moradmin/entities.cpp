@@ -139,12 +139,7 @@ Json attributesJson(const host::RecordAttributes& attributes) {
 
 mor::EntityName findEntity(const Session& session, const std::string& word) {
     ads_name name{};
-    const std::wstring handle = wide(word);
-    // Leading zeros do not count, but a reference looks for the text.
-    const std::wstring bare =
-        handle.substr(std::min(handle.find_first_not_of(L'0'), handle.size()));
-    for (const std::wstring& text : {handle, bare})
-        if (session.view().handEnt(text.c_str(), name)) return mor::EntityName(name);
+    if (session.view().handEnt(wide(word).c_str(), name)) return mor::EntityName(name);
     const std::string where = session.reference().empty() ? "" : " in " + utf8(session.reference());
     throw Failure(kRefused, session.message("no record has the handle " + word + where), word);
 }
