@@ -28,6 +28,18 @@ std::string padLeft(std::string text, std::size_t width) {
 constexpr int kApplication = 1001;   // begins the extended data
 constexpr int kGroupOfGroups = 102;  // "{..." opens groups that belong together, "}" closes them
 
+/// A code line; most are blanks and digits only.
+std::optional<std::int64_t> parseCode(std::string_view text) {
+    while (text.starts_with(' ')) text.remove_prefix(1);
+    if (text.empty() || text.size() > 4) return parseInteger(text);
+    std::int64_t code = 0;
+    for (const char c : text) {
+        if (c < '0' || c > '9') return parseInteger(text);
+        code = code * 10 + (c - '0');
+    }
+    return code;
+}
+
 /// Cuts the group that begins at `at` and goes on behind it; false at the end and at bytes behind
 /// EOF.
 bool nextTag(std::string_view bytes, std::size_t& at, Tag& tag) {
@@ -36,7 +48,7 @@ bool nextTag(std::string_view bytes, std::size_t& at, Tag& tag) {
     if (codeEnd == std::string_view::npos) return false;
     std::size_t codeStop = codeEnd;
     if (codeStop > at && bytes[codeStop - 1] == '\r') --codeStop;
-    const auto code = parseInteger(bytes.substr(at, codeStop - at));
+    const auto code = parseCode(bytes.substr(at, codeStop - at));
     if (!code) return false;
     const std::size_t valueEnd = std::min(bytes.find('\n', codeEnd + 1), bytes.size());
     tag.begin = static_cast<std::uint32_t>(at);

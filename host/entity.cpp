@@ -146,6 +146,9 @@ CMORAdsLispVar asSeenFrom(const Located& found, const CMORAdsLispVar& value) {
 
 /// Short ASCII text, without taking room for it each time.
 void assign(CString& target, std::string_view text) {
+    // Types mostly are those of the entity before.
+    const std::wstring_view now(target.GetString(), static_cast<std::size_t>(target.GetLength()));
+    if (std::ranges::equal(now, text)) return;
     std::array<wchar_t, 64> wide{};
     if (text.size() < wide.size()) {
         std::ranges::copy(text, wide.begin());

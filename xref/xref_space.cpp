@@ -18,8 +18,9 @@ constexpr int kFlagExternalReference = 4;
 /// Sub-entities lie on no layer of their own.
 bool isSubEntity(const CMOREntity& entity) {
     const CString& type = entity.Type();
-    return type.CompareNoCase(L"ATTRIB") == 0 || type.CompareNoCase(L"SEQEND") == 0 ||
-           type.CompareNoCase(L"VERTEX") == 0;
+    const std::wstring_view text(type.GetString(), static_cast<std::size_t>(type.GetLength()));
+    return mor::equalNoCase(text, L"ATTRIB") || mor::equalNoCase(text, L"SEQEND") ||
+           mor::equalNoCase(text, L"VERTEX");
 }
 
 }  // namespace
@@ -129,7 +130,12 @@ void MOR_Letter_XRef::record(const CMOREntity& entity, const mor::EntityName& na
     if (isSubEntity(entity)) return;
     ads_name words{};
     name.copyTo(words);
-    m_layers.add(words, mor::upperCase(entity.GetLayer(nullptr)).c_str());
+    const std::wstring_view layer = entity.GetLayer(nullptr);
+    if (layer != m_lastLayer) {  // neighbours mostly lie on the same one
+        m_lastLayer = layer;
+        m_lastLayerUpper = mor::upperCase(layer);
+    }
+    m_layers.add(words, m_lastLayerUpper.c_str());
 }
 
 bool mor_xref::HandEnt(const wchar_t* xrefName, const wchar_t* handle, ads_name result) {
