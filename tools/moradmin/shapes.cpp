@@ -21,6 +21,8 @@ constexpr int kClosed = 1;
 constexpr int kBackwards = 2;
 constexpr int kUpsideDown = 4;
 
+/// A smaller bulge is not seen, and its centre too far away to calculate with.
+constexpr double kStraight = 1e-7;
 /// Less than this counts as no turn, which means a whole one.
 constexpr double kNoTurn = 1e-9;
 
@@ -107,7 +109,7 @@ public:
         for (std::size_t i = 0; i < sides; ++i) {
             const Vertex& from = vertices[i];
             const Point& to = vertices[(i + 1) % vertices.size()].at;
-            if (from.bulge == 0.0 || (to[0] == from.at[0] && to[1] == from.at[1]))
+            if (std::fabs(from.bulge) < kStraight || (to[0] == from.at[0] && to[1] == from.at[1]))
                 m_outline.lineTo(place(to));
             else
                 bulge(from, to, axes);
