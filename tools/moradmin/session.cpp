@@ -142,9 +142,9 @@ const StoreState& Session::safeState() {
     if (const Finding* finding = found.firstStopping())
         throw Failure(
             kDamaged,
-            message("the store is damaged, nothing was done: " + finding->message + " (" +
-                    finding->code +
-                    "); \"moradmin check\" lists all findings, \"moradmin repair\" mends them"),
+            (m_inside.empty() ? m_file : m_inside) + ": the store is damaged, nothing was done: " +
+                finding->message + " (" + finding->code +
+                "); \"moradmin check\" lists all findings, \"moradmin repair\" mends them",
             utf8(finding->path));
     return found;
 }
