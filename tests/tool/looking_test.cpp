@@ -157,6 +157,21 @@ TEST_F(Looking, AFlatPolylineIsAsHighAsItsOwnRecordSays) {
               "A3\tPOLYLINE\t0\tModelSpace\t1.0 2.0 7.0\n");
 }
 
+TEST_F(Looking, PointsAreThoseThatPlaceAnEntity) {
+    const std::string host =
+        DxfDrawing{.entities =
+                       "0 TEXT;5 A1;8 0;10 0.0;20 0.0;11 5.0;21 6.0;31 7.0;40 1.0;1 a;72 1;"
+                       "0 LEADER;5 A2;8 0;10 1.0;20 2.0;30 3.0;10 4.0;20 5.0;30 6.0;"
+                       "0 POLYLINE;5 A3;8 0;66 1;70 64;0 VERTEX;8 0;10 1.0;20 1.0;30 1.0;70 192;"
+                       "0 VERTEX;8 0;10 0.0;20 0.0;70 128;71 1;0 SEQEND;8 0;"}
+            .save("points.dxf")
+            .string();
+    EXPECT_EQ(run({"entities", host, "--world"}).out,
+              "A1\tTEXT\t0\tModelSpace\t5.0 6.0 7.0\n"
+              "A2\tLEADER\t0\tModelSpace\t1.0 2.0 3.0\t4.0 5.0 6.0\n"
+              "A3\tPOLYLINE\t0\tModelSpace\t1.0 1.0 1.0\n");
+}
+
 TEST_F(Looking, WhatIsKeptOfAReferencesReferenceIsNoReferenceOfItsOwn) {
     const std::string list = out({"xrefs"});
     EXPECT_EQ(std::count(list.begin(), list.end(), '\n'), 3) << list;

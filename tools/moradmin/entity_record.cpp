@@ -14,19 +14,35 @@ namespace {
 constexpr int kApplication = 1001;
 constexpr int kControl = 102;
 constexpr int kSplineFrame = 16;  // flag of a vertex that only controls a fitted curve
+constexpr int kMeshVertex = 64;
+constexpr int kFace = 128;
 constexpr int kSpatialFlags = 8 + 16 + 64;
 constexpr int kMeshFlags = 16 + 64;
 
 /// Entities whose coordinates stand in the plane of their normal; those of all others are their
 /// owner's.
 bool isPlanar(std::string_view type) {
-    static constexpr std::string_view planar[] = {"ARC",   "ATTDEF", "ATTRIB", "CIRCLE", "INSERT",
-                                                  "SHAPE", "SOLID",  "TEXT",   "TRACE"};
+    static constexpr std::string_view planar[] = {"ARC",    "ATTDEF", "ATTRIB", "CIRCLE", "HATCH",
+                                                  "INSERT", "SHAPE",  "SOLID",  "TEXT",   "TRACE"};
     return std::ranges::find(planar, type) != std::end(planar);
 }
 
-/// Group codes of the points that define an entity of that type.
-std::vector<int> pointCodes(std::string_view type) {
+/// Whether the second point of a text places it, not the first: where it is aligned, neither
+/// stretched between the two nor at the left of its base line.
+bool isAligned(const EntityRecord& text) {
+    const int across = text.integer(72);
+    const int down = text.integer(text.type() == "TEXT" ? 73 : 74);
+    return across != 3 && across != 5 && (across != 0 || down != 0) && text.find(11) != nullptr;
+}
+
+bool isText(std::string_view type) {
+    return type == "TEXT" || type == "ATTRIB" || type == "ATTDEF";
+}
+
+/// Group codes of the points that define an entity.
+std::vector<int> pointCodes(const EntityRecord& record) {
+    const std::string_view type = record.type();
+    if (isText(type)) return {isAligned(record) ? 11 : 10};
     if (type == "LINE") return {10, 11};
     if (type == "SOLID" || type == "TRACE" || type == "3DFACE") return {10, 11, 12, 13};
     return {10};
@@ -106,6 +122,8 @@ std::vector<Vertex> verticesOf(const EntityRecord& polyline) {
             vertices.push_back({{value, 0.0, elevation}, 0.0});
         else if (group.code == 20 && !vertices.empty())
             vertices.back().at[1] = value;
+        else if (group.code == 30 && !vertices.empty())
+            vertices.back().at[2] = value;
         else if (group.code == 42 && !vertices.empty())
             vertices.back().bulge = value;
     }
@@ -122,7 +140,9 @@ std::vector<Vertex> verticesBehind(const AcApDocument* document, mor::EntityName
     while (acdbEntNext(at, at) == RTNORM) {
         const EntityRecord vertex(document, mor::EntityName(at));
         if (vertex.type() != "VERTEX") break;
-        if ((vertex.integer(70) & kSplineFrame) != 0) continue;
+        const int flags = vertex.integer(70);
+        const bool face = (flags & kFace) != 0 && (flags & kMeshVertex) == 0;  // names vertices
+        if ((flags & kSplineFrame) != 0 || face) continue;
         vertices.push_back({vertex.point(10, {}), vertex.real(42)});
         if (elevation != 0.0) vertices.back().at[2] = elevation;
     }
@@ -141,8 +161,10 @@ std::vector<Point> pointsOf(const AcApDocument* document, mor::EntityName name) 
         for (const Vertex& vertex :
              old ? verticesBehind(document, name, record) : verticesOf(record))
             points.push_back(vertex.at);
+    } else if (record.type() == "LEADER") {
+        for (const Vertex& vertex : verticesOf(record)) points.push_back(vertex.at);
     } else {
-        for (const int code : pointCodes(record.type()))
+        for (const int code : pointCodes(record))
             if (const auto point = record.point(code)) points.push_back(*point);
     }
     const bool inPlane =

@@ -58,7 +58,7 @@ struct Vertex {
     Point at{};
     double bulge = 0.0;
 };
-/// The vertices of a lightweight polyline, in its plane.
+/// The vertices of a lightweight polyline, in its plane; of a leader.
 [[nodiscard]] std::vector<Vertex> verticesOf(const EntityRecord& polyline);
 /// The vertices behind an old-style polyline, in its plane, as high as it stands there, or, for one
 /// in space, in coordinates of its owner; control points of fitted curves are left out.
