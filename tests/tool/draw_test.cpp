@@ -190,6 +190,10 @@ TEST_F(Drawing, APictureTakesNoDrawingsPlace) {
     EXPECT_EQ(run({"draw", host, "-o", file("other.DXF")}).code, 2);
     std::filesystem::create_symlink(host, file("link.svg"));
     EXPECT_EQ(run({"draw", host, "-o", file("link.svg")}).code, 2);
+    std::filesystem::copy_file(host, file("plan"));  // any drawing, whatever its name
+    EXPECT_EQ(run({"draw", host, "-o", file("plan")}).code, 2);
+    EXPECT_EQ(readFile(file("plan")), readFile(host));
+    EXPECT_EQ(run({"draw", host, "-o", ""}).code, 2);
     EXPECT_EQ(run({"draw", host, "-o", file("none/p.svg")}).code, 5);
     EXPECT_EQ(run({"draw", host, "--json"}).code, 2);
     const Outcome drawn = run({"draw", host, "--json", "-o", file("p.svg")});

@@ -1,5 +1,6 @@
 #include "platform/runtime.h"
 #include "tools/moradmin/commands.h"
+#include "tools/moradmin/entity_record.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/painter.h"
@@ -14,15 +15,24 @@ namespace mor::tool {
 
 namespace {
 
-/// A picture must not take the place of a drawing, this or another one.
-void refuseDrawings(const Session& session, const std::string& output) {
-    const std::filesystem::path path = output;
+/// Whether a file begins like a drawing, as text, binary or in the other format.
+bool beginsLikeDrawing(const std::filesystem::path& path) {
     std::error_code ignored;
+    if (!std::filesystem::is_regular_file(path, ignored)) return false;
+    std::ifstream file(path, std::ios::binary);
+    std::string line;
+    std::getline(file, line);
+    const auto code = readReal(line.substr(0, line.find('\r')));
+    return line.starts_with("AC10") || line.starts_with("AutoCAD") || code == 0.0 || code == 999.0;
+}
+
+/// A picture must not take the place of a drawing, this or another one, under whatever name.
+void refuseDrawings(const std::string& output) {
+    const std::filesystem::path path = output;
     const auto named = [&path](std::wstring_view extension) {
         return equalNoCase(wide(path.extension().string()), extension);
     };
-    if (named(L".dxf") || named(L".dwg") ||
-        std::filesystem::equivalent(session.file(), path, ignored))
+    if (named(L".dxf") || named(L".dwg") || beginsLikeDrawing(path))
         throw Failure(kUsage, output + " is a drawing; name another file for the picture, as -o " +
                                   path.stem().string() + ".svg");
 }
@@ -52,7 +62,7 @@ void printSummary(const Options& options, const Painter& painter) {
 int runDraw(Session& session, const Options& options) {
     if (options.json && options.output.empty())
         throw Failure(kUsage, "draw --json wants -o FILE: the picture itself is no JSON");
-    if (!options.output.empty()) refuseDrawings(session, options.output);
+    if (!options.output.empty()) refuseDrawings(options.output);
     if (!session.placedIn().empty())
         printNote(session.message("the insert stands in the block " + session.placedIn() +
                                   ": it is drawn in the coordinates of that block"));

@@ -105,7 +105,10 @@ void addLookingOptions(CLI::App& app, const Command& command, Options& options) 
                      "the library's own listing of the blocks of references");
     if (!has(kDrawing)) return;
     app.add_option("-o,--output", options.output, "write the picture to FILE instead of stdout")
-        ->type_name("FILE");
+        ->type_name("FILE")
+        ->check([](const std::string& word) {
+            return std::string(word.empty() ? "the name of a file is wanted" : "");
+        });
     app.add_flag("--no-xrefs", options.noReferences, "leave out external references");
 }
 
