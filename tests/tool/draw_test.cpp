@@ -134,6 +134,7 @@ TEST_F(Drawing, BlocksAndReferencesAreDrawnWhereTheyAreInserted) {
 
     const std::string walls = picture(host, {"--layer", "PLAN|W*"});
     EXPECT_EQ(paths(walls, "A1") + paths(walls, "B1"), "M10 20L10 22\n");
+    EXPECT_EQ(walls.find("stroke-dasharray"), std::string::npos);
     const std::string without = picture(host, {"--no-xrefs"});
     EXPECT_EQ(paths(without, "A1"), "");
     EXPECT_TRUE(noted("2 references (--no-xrefs)"));

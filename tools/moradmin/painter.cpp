@@ -146,8 +146,10 @@ void Painter::paintInsert(mor::EntityName name, const EntityRecord& record, cons
     if (reference != nullptr && reference->overlay &&
         reference->status == host::ReferenceStatus::Orphaned)
         return leaveOut("overlays below a reference");
-    if (reference != nullptr && !reference->loaded)
-        return paintMissing(record, origin, *reference, where);
+    if (reference != nullptr && !reference->loaded) {
+        if (wanted(layerName)) paintMissing(record, origin, *reference, where);
+        return;
+    }
     const bool nested = !where.reference.empty() || !where.blocks.empty();
     const auto own = placementOf(name, reference != nullptr, nested);
     bool known = false;
