@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
 #include <nlohmann/json.hpp>
 #include <regex>
 #include <string>
@@ -195,6 +196,8 @@ TEST_F(Drawing, APictureTakesNoDrawingsPlace) {
     EXPECT_EQ(run({"draw", host, "-o", file("plan")}).code, 2);
     EXPECT_EQ(readFile(file("plan")), readFile(host));
     EXPECT_EQ(run({"draw", host, "-o", ""}).code, 2);
+    std::ofstream(file("marked")) << "\xEF\xBB\xBF" << readFile(host);
+    EXPECT_EQ(run({"draw", host, "-o", file("marked")}).code, 2);
     EXPECT_EQ(run({"draw", host, "-o", file("none/p.svg")}).code, 5);
     EXPECT_EQ(run({"draw", host, "--json"}).code, 2);
     const Outcome drawn = run({"draw", host, "--json", "-o", file("p.svg")});

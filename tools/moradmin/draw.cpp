@@ -22,6 +22,7 @@ bool beginsLikeDrawing(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     std::string line;
     std::getline(file, line);
+    if (line.starts_with("\xEF\xBB\xBF")) line.erase(0, 3);
     const auto code = readReal(line.substr(0, line.find('\r')));
     return line.starts_with("AC10") || line.starts_with("AutoCAD") || code == 0.0 || code == 999.0;
 }
