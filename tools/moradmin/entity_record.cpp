@@ -27,14 +27,6 @@ bool isPlanar(std::string_view type) {
     return std::ranges::find(planar, type) != std::end(planar);
 }
 
-/// Whether the second point of a text places it, not the first: where it is aligned, neither
-/// stretched between the two nor at the left of its base line.
-bool isAligned(const EntityRecord& text) {
-    const int across = text.integer(72);
-    const int down = text.integer(text.type() == "TEXT" ? 73 : 74);
-    return across != 3 && across != 5 && (across != 0 || down != 0) && text.find(11) != nullptr;
-}
-
 bool isText(std::string_view type) {
     return type == "TEXT" || type == "ATTRIB" || type == "ATTDEF";
 }
@@ -147,6 +139,12 @@ std::vector<Vertex> verticesBehind(const AcApDocument* document, mor::EntityName
         if (elevation != 0.0) vertices.back().at[2] = elevation;
     }
     return vertices;
+}
+
+bool isAligned(const EntityRecord& text) {
+    const int across = text.integer(72);
+    const int down = text.integer(text.type() == "TEXT" ? 73 : 74);
+    return across != 3 && across != 5 && (across != 0 || down != 0) && text.find(11) != nullptr;
 }
 
 bool isSpatial(const EntityRecord& polyline) { return (polyline.integer(70) & kSpatialFlags) != 0; }

@@ -69,6 +69,10 @@ struct Vertex {
 /// Whether it is a mesh of faces.
 [[nodiscard]] bool isMesh(const EntityRecord& polyline);
 
+/// Whether the second point of a text places it, not the first: where it is aligned, neither
+/// stretched between the two nor at the left of its base line.
+[[nodiscard]] bool isAligned(const EntityRecord& text);
+
 /// The points that define an entity, in the coordinates of its owner: ends of a line, centre of a
 /// circle, vertices of a polyline, insertion points, corners.
 [[nodiscard]] std::vector<Point> pointsOf(const AcApDocument* document, mor::EntityName name);

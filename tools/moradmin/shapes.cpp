@@ -130,7 +130,7 @@ public:
         const int down = m_record.integer(m_record.type() == "TEXT" ? 73 : 74);
         const auto second = m_record.point(11);
         const bool stretched = (across == 3 || across == 5) && second;
-        const bool aligned = !stretched && (across != 0 || down != 0) && second;
+        const bool aligned = isAligned(m_record);
         auto [sine, cosine] = host::sineAndCosine(m_record.real(50));
         if (stretched) {
             const Point way = *second - *first;
