@@ -58,7 +58,7 @@ mor::EntityName makeInsert() {
     acdbEntLast(former);  // not tested: there may be none yet
     const mor::ResbufList insert{acutBuildList(RTDXF0, L"INSERT", 2, mor::kFileSystemBlock, 8,
                                                mor::kControlLayer, 10, kOrigin, 67, 0, 0)};
-    if (acdbEntMake(insert.get()) != RTNORM) return {};
+    if (!insert || acdbEntMake(insert.get()) != RTNORM) return {};
     ads_name made = {};
     if (acdbEntLast(made) != RTNORM) return {};
     return mor::EntityName{made} == mor::EntityName{former} ? mor::EntityName{}
@@ -79,6 +79,7 @@ bool CMORCadDwgFileSystem::makeBlock() {
                                                   mor::kAttdefPrompt, 8, mor::kDefaultLayer, 10,
                                                   kOrigin, 40, 1.0, 70, int{mor::kAttdefFlags}, 0)};
     const mor::ResbufList end{acutBuildList(RTDXF0, L"ENDBLK", 0)};
+    if (!header || !attribute || !end) return false;  // memory is short
     // Not tested: what could not be made is not found afterwards. But an open definition would take
     // in whatever is made next.
     acdbEntMake(header.get());
@@ -137,6 +138,7 @@ void CMORCadDwgFileSystem::deleteAllInserts() {
     {
         const mor::ResbufList filter{
             acutBuildList(RTDXF0, L"INSERT", 2, mor::kFileSystemBlock, 8, mor::kControlLayer, 0)};
+        if (!filter) return;  // memory is short: without a filter everything would be selected
         if (acedSSGet(L"X", nullptr, nullptr, filter.get(), inserts.receive()) != RTNORM) return;
     }
     std::int32_t count = 0;

@@ -9,7 +9,7 @@
 namespace mor::host::faults {
 
 /// Makes every `nth` call from now on of the platform operation fail, once: 1 is the next call. The
-/// operations are named as the platform spells them: "acdbEntMake", "acdbEntLast", "acdbEntNext",
+/// operations are named as the platform spells them: "acutNewRb", "acdbEntMake", "acdbEntLast", "acdbEntNext",
 /// "acdbEntDel", "acdbHandEnt", "acdbTblSearch", "acdbTblNext", "acedSSGet", "acedSSLength",
 /// "acedSSName", "lockDocument", "CMOREntity::Connect", "CMOREntity::Flush", "CMOREntity::Destroy",
 /// "CMOREntity::GetAttribute", "CMOREntity::SetAttribute", "CMOREntity::GetAttributeText",

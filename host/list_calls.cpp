@@ -1,6 +1,7 @@
 #include "platform/list_calls.h"
 
 #include "host/counters.h"
+#include "host/faults.h"
 #include "host/list_kind.h"
 #include "host/permanent.h"
 
@@ -150,6 +151,7 @@ resbuf* acutBuildList(int type, ...) {
 }
 
 resbuf* acutNewRb(int type) {
+    if (mor::host::faults::shouldFail("acutNewRb")) return nullptr;
     std::unique_ptr<resbuf> element{new (std::nothrow) resbuf{}};
     if (element == nullptr) return nullptr;
     element->restype = static_cast<short>(type);

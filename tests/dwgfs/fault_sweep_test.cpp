@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <new>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,6 +21,15 @@ struct Operation {
     bool reads;  // changes nothing itself; look-ups may repair
     std::function<bool(CMORCadDwgFileSystem&)> run;
 };
+
+/// Want of memory passes through to the caller.
+bool runOrThrow(const Operation& operation, CMORCadDwgFileSystem& fs) {
+    try {
+        return operation.run(fs);
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+}
 
 bool runOnCopy(CMORCadDwgFileSystem& fs, CMORMDIDocumentVariable* made) {
     const std::unique_ptr<CMORMDIDocumentVariable> copy(made);
@@ -113,6 +123,7 @@ const std::vector<Operation>& operations() {
 }
 
 constexpr std::string_view kCalls[] = {
+    "acutNewRb",
     "acdbEntMake",
     "acdbEntLast",
     "acdbEntNext",
@@ -139,9 +150,9 @@ constexpr std::string_view kCalls[] = {
 
 /// Failures after which a look-up may reset the store, or take its root for missing.
 bool mayReset(std::string_view call) {
-    static constexpr std::string_view causes[] = {"acdbHandEnt", "acdbEntDel", "acdbTblSearch",
-                                                  "CMOREntity::Connect",
-                                                  "CMOREntity::GetAttributeText"};
+    static constexpr std::string_view causes[] = {
+        "acutNewRb",     "acdbHandEnt",         "acdbEntDel",
+        "acdbTblSearch", "CMOREntity::Connect", "CMOREntity::GetAttributeText"};
     return std::ranges::find(causes, call) != std::end(causes);
 }
 
@@ -193,7 +204,7 @@ TEST_P(FaultSweep, LeaksNothingAndKeepsItsPromises) {
             prepare();
             CMORCadDwgFileSystem store(*CMORCadView::getTheGlobalObject());
             host::faults::failCall(call, nth);
-            const bool result = operation.run(store);
+            const bool result = runOrThrow(operation, store);
             const bool struck = host::faults::struck();
             host::faults::reset();
             expectPromises(operation, call, result);

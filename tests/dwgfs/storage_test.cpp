@@ -131,6 +131,18 @@ TEST_F(Storage, DeletingAllInsertsSparesOtherLayers) {
     EXPECT_EQ(inserts(), 0u) << "erased ones are not restored";
 }
 
+TEST_F(Storage, AFilterThatCannotBeBuiltErasesNothing) {
+    ASSERT_TRUE(write("/a/f", "5"));
+    OpenFileSystem store;
+    host::faults::failCall("acutNewRb", 1);
+    store.deleteAllInserts();
+    EXPECT_TRUE(host::faults::struck());
+    EXPECT_EQ(tree(), "/ [a/ [f=5]]");
+    host::faults::failCall("acutNewRb", 1);
+    EXPECT_FALSE(store.makeBlock());
+    EXPECT_EQ(tree(), "/ [a/ [f=5]]") << "the block stays as it is";
+}
+
 TEST_F(Storage, TheGuardFreezesAndUnlocksWhileItLives) {
     const struct {
         bool frozen, locked, always;

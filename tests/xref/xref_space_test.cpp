@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <new>
 #include <set>
 #include <string>
 
@@ -47,6 +48,18 @@ TEST_F(XRefSpace, OnlyAReferenceWithEntitiesConnects) {
         EXPECT_EQ(letters(), 0u);
     }
     EXPECT_EQ(printed(), L"");
+}
+
+TEST_F(XRefSpace, OfTwoEntitiesWithOneHandleTheFirstIsFound) {
+    DxfDrawing plan = planDrawing();
+    plan.entities += lineEntity("1A2F", "Doors");
+    static_cast<void>(plan.save("plan.dxf"));
+    open(siteDrawing().save("site.dxf"));
+    ads_name name{};
+    ASSERT_TRUE(mor_xref::HandEnt(L"PLAN", L"1A2F", name));
+    CMOREntity entity;
+    ASSERT_TRUE(entity.Connect(name));
+    EXPECT_STREQ(entity.GetLayer(nullptr), L"PLAN|WALLS");
 }
 
 TEST_F(XRefSpace, IsReadOnly) {
@@ -220,13 +233,15 @@ TEST_F(XRefLetter, WhateverFailsLeavesNothingBehind) {
         host::faults::reset();
         host::faults::failAnyCall(n);
         MOR_XRef xref;
-        if (xref.connect(L"PLAN")) {
+        try {
+            static_cast<void>(xref.connect(L"PLAN"));
             ads_name name{};
             static_cast<void>(xref.handEnt(L"C2", name));  // any answer
             MOR_SpaceIterator entities{xref};
             while (entities() != nullptr) {
             }
             ResbufList{xref.searchBlock(L"DOOR")};
+        } catch (const std::bad_alloc&) {  // NOLINT(*-empty-catch): passes through, as it should
         }
         releaseDocumentObjects();
         ASSERT_EQ(host::counters().resbufsOpen, 0u) << n;
