@@ -15,8 +15,7 @@ namespace mor {
 // global views, then file systems, which forget their views, then what was forgotten and the space
 // letters.
 OwnedList<CMORCadLetterSpace> LetterLists::s_liveLetters;
-OwnedList<CMORCadSpace> LetterLists::s_forgottenSpaces;
-OwnedList<CMORCadLetterView> LetterLists::s_forgottenLetters;
+OwnedList<Forgotten> LetterLists::s_forgotten;
 
 }  // namespace mor
 

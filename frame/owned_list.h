@@ -35,6 +35,11 @@ public:
         m_items.erase(found);
         return taken;
     }
+    /// Deletes the objects of which `isMeant` is true, in list order.
+    template <typename Predicate>
+    void removeIf(Predicate isMeant) noexcept {
+        std::erase_if(m_items, [&](const std::unique_ptr<T>& item) { return isMeant(*item); });
+    }
     /// Takes the object out and deletes it; false when it is not listed.
     bool remove(const T* item) noexcept { return take(item) != nullptr; }
 

@@ -9,6 +9,16 @@
 
 namespace mor {
 
+/// What a view dropped when it was told to forget: its letter, or the letter's space.
+struct Forgotten {
+    explicit Forgotten(std::unique_ptr<CMORCadLetterView> forgottenLetter);
+    explicit Forgotten(std::unique_ptr<CMORCadSpace> forgottenSpace);
+
+    const void* document;  ///< data of the document that was current
+    std::unique_ptr<CMORCadLetterView> letter;
+    std::unique_ptr<CMORCadSpace> space;
+};
+
 /// What `space/` must be able to release when the module ends. Defined in frame/module.cpp before
 /// the lists of file systems and global views, whose objects still use them while they are deleted.
 struct LetterLists {
@@ -16,10 +26,13 @@ struct LetterLists {
     /// without message 3 are released too.
     static OwnedList<CMORCadLetterSpace> s_liveLetters;
     /// What `forget` dropped. Texts and spaces that a caller got from a forgotten view stay valid
-    /// until the next message 3 that a space table receives.
-    static OwnedList<CMORCadLetterView> s_forgottenLetters;
-    static OwnedList<CMORCadSpace> s_forgottenSpaces;
+    /// until the document's space table receives message 3.
+    static OwnedList<Forgotten> s_forgotten;
 
+    /// Keep what is handed over for the current document. When memory is short it is destroyed.
+    static void forget(std::unique_ptr<CMORCadLetterView> letter);
+    static void forget(std::unique_ptr<CMORCadSpace> space);
+    /// What was forgotten in the current document.
     static void releaseForgotten() noexcept;
     /// Empties the current document's space table and releases all letters of all documents.
     static void releaseAll() noexcept;

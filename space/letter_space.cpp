@@ -1,5 +1,7 @@
 #include "space/letter_space.h"
 
+#include "platform/document_data.h"
+
 namespace {
 
 std::uint64_t nextSerial() noexcept {
@@ -9,9 +11,28 @@ std::uint64_t nextSerial() noexcept {
 
 }  // namespace
 
-CMORCadLetterSpace::CMORCadLetterSpace() noexcept : m_serial(nextSerial()) {}
+CMORCadLetterSpace* CMORCadLetterSpace::s_live = nullptr;
 
-CMORCadLetterSpace::~CMORCadLetterSpace() = default;
+CMORCadLetterSpace::CMORCadLetterSpace() noexcept
+    : m_serial(nextSerial()),
+      m_document(&CMORMDIDocumentData::GetCurrentDocumentData()),
+      m_next(s_live) {
+    if (m_next != nullptr) m_next->m_previous = this;
+    s_live = this;
+}
+
+CMORCadLetterSpace::~CMORCadLetterSpace() {
+    (m_previous == nullptr ? s_live : m_previous->m_next) = m_next;
+    if (m_next != nullptr) m_next->m_previous = m_previous;
+}
+
+bool CMORCadLetterSpace::livesHere(const CMORCadLetterSpace* letter,
+                                   std::uint64_t serial) noexcept {
+    const CMORCadLetterSpace* live = s_live;
+    while (live != nullptr && live != letter) live = live->m_next;
+    return live != nullptr && live->m_serial == serial &&
+           live->m_document == &CMORMDIDocumentData::GetCurrentDocumentData();
+}
 
 bool CMORCadLetterSpace::hasName(const wchar_t* /*name*/) { return false; }
 

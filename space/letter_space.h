@@ -42,7 +42,16 @@ public:
     /// Tells a letter apart from every other one of the process, also from later ones at its
     /// address. From 1.
     [[nodiscard]] std::uint64_t serial() const noexcept { return m_serial; }
+    /// Whether the letter with that serial number still lives and was made for the current
+    /// document. `letter` may point to one that is gone.
+    [[nodiscard]] static bool livesHere(const CMORCadLetterSpace* letter,
+                                        std::uint64_t serial) noexcept;
 
 private:
+    static CMORCadLetterSpace* s_live;  // a chain of all letters that live: needs no memory
+
     const std::uint64_t m_serial;
+    const void* const m_document;  // data of the document for which it was made
+    CMORCadLetterSpace* m_next = nullptr;
+    CMORCadLetterSpace* m_previous = nullptr;
 };

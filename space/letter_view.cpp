@@ -22,7 +22,7 @@ bool CMORCadLetterView::isConnected() { return !isEmpty() && m_space->isConnecte
 bool CMORCadLetterView::forget() {
     if (isEmpty()) return false;
     const bool forgotten = m_space->forget();
-    mor::LetterLists::s_forgottenSpaces.append(std::move(m_space));
+    mor::LetterLists::forget(std::move(m_space));
     return forgotten;
 }
 

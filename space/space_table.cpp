@@ -5,11 +5,13 @@
 #include "space/letter_factory.h"
 #include "space/letter_lists.h"
 #include "space/model_space.h"
+#include "space/space.h"
 #include "space/view.h"
 
 #include <memory>
 #include <set>
 #include <string>
+#include <utility>
 
 namespace mor {
 namespace {
@@ -25,6 +27,13 @@ void destroyLetter(CMORCadLetterSpace* letter) {
 }
 
 }  // namespace
+
+Forgotten::Forgotten(std::unique_ptr<CMORCadLetterView> forgottenLetter)
+    : document(&CMORMDIDocumentData::GetCurrentDocumentData()),
+      letter(std::move(forgottenLetter)) {}
+
+Forgotten::Forgotten(std::unique_ptr<CMORCadSpace> forgottenSpace)
+    : document(&CMORMDIDocumentData::GetCurrentDocumentData()), space(std::move(forgottenSpace)) {}
 
 CMORCadLetterSpace* insertLetter(CMORCadLetterSpace* letter) {
     std::set<CMORCadLetterSpace*>& table = currentTable();
@@ -79,16 +88,25 @@ void spaceTableCallBack(int message) {
 }
 
 bool isLiveLetter(CMORCadLetterSpace* letter, std::uint64_t serial) {
-    return currentTable().contains(letter) && letter->serial() == serial;
+    if (currentTable().contains(letter)) return letter->serial() == serial;
+    return CMORCadLetterSpace::livesHere(letter, serial);
+}
+
+void LetterLists::forget(std::unique_ptr<CMORCadLetterView> letter) {
+    s_forgotten.append(std::make_unique<Forgotten>(std::move(letter)));
+}
+
+void LetterLists::forget(std::unique_ptr<CMORCadSpace> space) {
+    s_forgotten.append(std::make_unique<Forgotten>(std::move(space)));
 }
 
 void LetterLists::releaseForgotten() noexcept {
-    s_forgottenLetters.clear();
-    s_forgottenSpaces.clear();
+    const void* closing = &CMORMDIDocumentData::GetCurrentDocumentData();
+    s_forgotten.removeIf([closing](const Forgotten& item) { return item.document == closing; });
 }
 
 void LetterLists::releaseAll() noexcept {
-    releaseForgotten();
+    s_forgotten.clear();
     currentTable().clear();
     s_liveLetters.clear();
 }

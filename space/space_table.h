@@ -23,12 +23,12 @@ bool removeLetter(CMORCadLetterSpace* letter);
 /// Destroys all letters of the table and removes one registration of `spaceTableCallBack`, also
 /// when there were none.
 void clearSpaceTable();
-/// On message 3 releases the current document's global view, its letters, and all forgotten
-/// letters.
+/// On message 3 releases the current document's global view, its letters, and what was forgotten
+/// in it.
 void spaceTableCallBack(int message);
 
-/// Whether the letter with that serial number still lives in the current document's table. `letter`
-/// may point to one that is gone.
+/// Whether the letter with that serial number still lives and is the current document's, in its
+/// table or taken out of it. `letter` may point to one that is gone.
 [[nodiscard]] bool isLiveLetter(CMORCadLetterSpace* letter, std::uint64_t serial);
 
 }  // namespace mor

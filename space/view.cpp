@@ -39,7 +39,7 @@ bool CMORCadView::isConnected() const { return !isEmpty() && m_letter->isConnect
 bool CMORCadView::forget() {
     if (isEmpty()) return false;
     const bool forgotten = m_letter->forget();
-    mor::LetterLists::s_forgottenLetters.append(std::move(m_letter));
+    mor::LetterLists::forget(std::move(m_letter));
     return forgotten;
 }
 

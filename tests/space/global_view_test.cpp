@@ -105,6 +105,19 @@ TEST_F(GlobalView, GoesWithTheDocumentsObjects) {
     EXPECT_EQ(letters(), 0u);
 }
 
+TEST_F(GlobalView, GoesBeforeTheLettersOfTheSpaces) {
+    struct Witness : NamedLetter {
+        explicit Witness(bool& viewWasGone) : NamedLetter(L"PLAN"), m_viewWasGone(viewWasGone) {}
+        ~Witness() override { m_viewWasGone = slot() == nullptr; }
+        bool& m_viewWasGone;
+    };
+    bool viewWasGone = false;
+    static_cast<void>(CMORCadView::getTheGlobalObject());
+    insertLetter(std::make_unique<Witness>(viewWasGone).release());  // the table owns it
+    releaseDocumentObjects();
+    EXPECT_TRUE(viewWasGone);
+}
+
 TEST_F(GlobalView, AGuardMakesViewAndFileSystem) {
     const GlobalViewEnsureMS guard;
     EXPECT_TRUE(guard.IsValid());

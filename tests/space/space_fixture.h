@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace mor::test {
@@ -56,7 +57,11 @@ public:
     bool isValid() override { return valid; }
     bool isConnected() override { return true; }
     const wchar_t* getName() override { return name.c_str(); }
-    resbuf* searchBlock(const wchar_t* /*block*/) override { throw CInvalidArgException{}; }
+    static constexpr const wchar_t* kThrowsANumber = L"a number";
+    resbuf* searchBlock(const wchar_t* block) override {
+        if (std::wstring_view{block} == kThrowsANumber) throw 1;
+        throw CInvalidArgException{};
+    }
 
     bool valid;
     std::wstring name;

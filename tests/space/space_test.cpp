@@ -126,6 +126,19 @@ TEST_F(Spaces, AnEnvelopeWhoseLetterIsGoneIsEmpty) {
     EXPECT_TRUE(other.isEmpty());
 }
 
+TEST_F(Spaces, ALetterTakenOutOfTheTableStillAnswersItsEnvelopes) {
+    NamedLetter letter{L"PLAN"};
+    auto& table = CMORMDIDocumentData::GetCurrentDocumentData().GetSpaceTable2();
+    table.insert(&letter);
+    CMORCadSpace space;
+    ASSERT_TRUE(space.connect(L"PLAN"));
+    table.erase(&letter);
+    EXPECT_FALSE(space.isEmpty());
+    EXPECT_STREQ(space.getName(), L"PLAN");
+    EXPECT_EQ(
+        std::unique_ptr<CMORCadSpace> { space.clone() } -> operator==(space), 1);
+}
+
 TEST_F(Spaces, AnEnvelopeIsEmptyWhileAnotherDocumentIsCurrent) {
     CMORCadSpace space;
     space.connect();
@@ -146,7 +159,8 @@ TEST_F(Spaces, AnExceptionInABlockSearchGivesNull) {
     insertLetter(std::make_unique<NamedLetter>(L"PLAN").release());  // the table owns it
     CMORCadSpace space;
     ASSERT_TRUE(space.connect(L"PLAN"));
-    EXPECT_EQ(space.searchBlock(L"DOOR"), nullptr);
+    for (const wchar_t* block : {L"DOOR", NamedLetter::kThrowsANumber})
+        EXPECT_EQ(space.searchBlock(block), nullptr);
     EXPECT_EQ(printed(), L"");
 }
 

@@ -1,6 +1,7 @@
 #include "space/view.h"
 
 #include "platform/owned.h"
+#include "space/letter_lists.h"
 #include "space/model_space_view.h"
 #include "space/space.h"
 #include "tests/space/space_fixture.h"
@@ -129,6 +130,26 @@ TEST_F(Views, AForgottenViewIsEmptyAndForgetsOnce) {
     EXPECT_STREQ(handle, L"");      // what the caller got from it
     EXPECT_TRUE(space->isEmpty());  // is still there
     releaseDocumentObjects();
+}
+
+TEST_F(Views, WhatWasForgottenGoesWithItsOwnDocument) {
+    MOR_ModelSpaceView view;
+    view.connect();
+    const CMORCadSpace* space = view.getSpace();
+    EXPECT_TRUE(view.forget());
+    AcApDocument* other = host::createDocument(host::Release::R12);
+    makeCurrent(other);
+    view.connect();
+    EXPECT_TRUE(view.forget());
+    EXPECT_EQ(LetterLists::s_forgotten.size(), 4u);  // letter and space of each
+    releaseDocumentObjects();
+    EXPECT_EQ(LetterLists::s_forgotten.size(), 2u);
+    makeCurrent(document());
+    EXPECT_TRUE(space->isEmpty());  // is still there
+    clearSpaceTable();              // registered for the other document as well
+    spaceTableCallBack(MOR_AdsMsgSystemClass::ReleaseDocumentObjects);
+    EXPECT_EQ(LetterLists::s_forgotten.size(), 0u);
+    host::closeDocument(other);
 }
 
 TEST_F(Views, AModelSpaceViewRefusesBlockReferences) {
