@@ -16,8 +16,11 @@ ControlLayerGuard::ControlLayerGuard(bool relockAlways) {
 
 ControlLayerGuard::~ControlLayerGuard() {
     if (!m_ready || !m_relock) return;
-    m_layer.IsLocked(true);
-    flush();
+    try {
+        m_layer.IsLocked(true);
+        flush();
+    } catch (...) {  // Memory is short: the layer stays unlocked until the next change locks it.
+    }
 }
 
 void ControlLayerGuard::flush() {

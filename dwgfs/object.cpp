@@ -41,7 +41,10 @@ CMORCadDwgFileSystem& CMORCadDwgFileSystem::operator=(const CMORCadDwgFileSystem
 
 CMORCadDwgFileSystem::~CMORCadDwgFileSystem() {
     m_directories.clear();
-    m_view.forget();
+    try {
+        m_view.forget();
+    } catch (...) {  // Memory is short: the view's letter ends with the view.
+    }
 }
 
 CMORMDIDocumentVariable* CMORCadDwgFileSystem::CreateInstance() const {
