@@ -5,6 +5,7 @@
 #include "platform/owned.h"
 
 #include <optional>
+#include <set>
 #include <string>
 
 namespace {
@@ -36,13 +37,21 @@ void CMORCadDwgFileSystem::checkFileSystem() {
 }
 
 void CMORCadDwgFileSystem::checkDirAndSubdirs(wchar_t* path) {
+    std::set<mor::EntityName> checked;
+    checkBelow(path, checked);
+}
+
+// A directory that several links reach is looked into once: a second time would find nothing else.
+void CMORCadDwgFileSystem::checkBelow(wchar_t* path, std::set<mor::EntityName>& checked) {
     CMOREntity entity;
-    if (!getDir(path, false, entity) || isOwnAncestor(path)) return;
+    ads_name name = {};
+    if (!getDir(path, false, entity) || !entity.GetEName(name)) return;
+    if (!checked.emplace(name).second) return;
     CMORStringList names;
     getAll(entity, names, Directories);
     for (std::size_t i = 0; i < names.Entries(); ++i) {
         const mor::ExtendedPath subdirectory{path, names.Nth(i)};
-        if (subdirectory.fits()) checkDirAndSubdirs(path);
+        if (subdirectory.fits()) checkBelow(path, checked);
     }
 }
 

@@ -63,8 +63,10 @@ public:
     /// current document is not the active one: the value is then untouched.
     bool read(const wchar_t* path, CMORAdsLispVar& value);
     /// Stores a value and makes the directories on the way; nil removes the file. False for an
-    /// invalid path, a read-only view, a refused lock, a name that is taken, and for want of room.
-    /// True, and nothing written, when the current document is not the active one.
+    /// invalid path, a read-only view, a refused lock, a name that is taken, and a value that does
+    /// not fit into its directory.
+    /// True, and nothing written, when the current document is not the active one. True too when a
+    /// new directory's link did not fit into its parent: no look-up finds the value then.
     bool write(const wchar_t* path, const CMORAdsLispVar& value);
     /// Removes a file; true too when there is none of that name. Takes no document lock.
     bool del(const wchar_t* path);
@@ -99,7 +101,9 @@ public:
     /// lock. Nothing through a read-only view, and while the current document is not the active
     /// one.
     void checkFileSystem();
-    /// Erases all directories. What refers to them stays: the check clears it away later.
+    /// Erases all directories. What refers to them stays: while the drawing is open, look-ups and
+    /// the check restore the directories that they reach. Once it was saved and opened again, the
+    /// next look-up of the root finds its link dead and clears it away.
     void removeFileSystem();
     /// The same; entities on the control layer inside block definitions move to layer "0".
     void removeFileSystemEx();
@@ -165,12 +169,22 @@ protected:
     bool getAll(const wchar_t* path, CMORStringList& names, EntryType type);
 
 private:
+    struct RemovalWay;
+    class Revisits;
+
     bool readAllMatchingFiles(const wchar_t* path, CStringArray& parts, int index,
                               CMORAdsLispVar& files);
+    bool readMatchesBelow(const wchar_t* path, CStringArray& parts, int index, Revisits& revisits,
+                          CMORAdsLispVar& files);
     void readMatchingFile(const wchar_t* path, CMORAdsLispVar& files);
     bool getLinkedDir(const wchar_t* handle, CMOREntity& dir);
-    bool removeTree(CMOREntity& parent, const wchar_t* name, wchar_t* path,
-                    std::set<mor::EntityName>& ancestors);
+    void noteAncestors(std::wstring_view path, RemovalWay& way);
+    bool beginRemoval(CMOREntity& parent, const wchar_t* name, const wchar_t* path,
+                      RemovalWay& way);
+    static void endRemoval(RemovalWay& way);
+    [[nodiscard]] mor::EntityName linkedEntity(CMOREntity& parent, const wchar_t* name) const;
+    void checkBelow(wchar_t* path, std::set<mor::EntityName>& checked);
+    bool printBelow(wchar_t* path, bool recursive, Revisits& revisits);
     [[nodiscard]] bool isOwnAncestor(const wchar_t* path) const;
     void warnIfReadOnly(const wchar_t* operation, bool create) const;
 

@@ -1,6 +1,7 @@
 #include "dwgfs/dwg_file_system.h"
 #include "dwgfs/link_names.h"
 #include "dwgfs/names.h"
+#include "dwgfs/revisits.h"
 #include "platform/output_calls.h"
 
 #include <algorithm>
@@ -120,10 +121,19 @@ bool CMORCadDwgFileSystem::readAllMatchingFiles(const wchar_t* pattern, CMORAdsL
 
 bool CMORCadDwgFileSystem::readAllMatchingFiles(const wchar_t* path, CStringArray& parts, int index,
                                                 CMORAdsLispVar& files) {
+    Revisits revisits;
+    return readMatchesBelow(path, parts, index, revisits, files);
+}
+
+bool CMORCadDwgFileSystem::readMatchesBelow(const wchar_t* path, CStringArray& parts, int index,
+                                            Revisits& revisits, CMORAdsLispVar& files) {
     mor::PathBuffer copy;
     CMOREntity dir;
+    ads_name own = {};
     if (!copy.assign(*path == L'\0' ? mor::kRootPath : path)) return false;
     if (!getDir(copy.c_str(), false, dir)) return false;
+    dir.GetEName(own);
+    if (!revisits.mayVisit(mor::EntityName{own})) return true;
     const bool last = index + 1 == parts.GetSize();
     const wchar_t* part = parts[index].GetString() + 1;
     CMORStringList names;
@@ -135,7 +145,7 @@ bool CMORCadDwgFileSystem::readAllMatchingFiles(const wchar_t* path, CStringArra
         if (last)
             readMatchingFile(candidate.c_str(), files);
         else
-            readAllMatchingFiles(candidate.c_str(), parts, index + 1, files);
+            readMatchesBelow(candidate.c_str(), parts, index + 1, revisits, files);
     }
     return true;
 }

@@ -1,5 +1,6 @@
 #include "dwgfs/dwg_file_system.h"
 #include "dwgfs/names.h"
+#include "dwgfs/revisits.h"
 #include "platform/output_calls.h"
 
 namespace {
@@ -47,8 +48,16 @@ bool CMORCadDwgFileSystem::dir(const wchar_t* path, bool recursive) {
 }
 
 bool CMORCadDwgFileSystem::printDir(wchar_t* path, bool recursive) {
+    Revisits revisits;
+    return printBelow(path, recursive, revisits);
+}
+
+bool CMORCadDwgFileSystem::printBelow(wchar_t* path, bool recursive, Revisits& revisits) {
     CMOREntity entity;
+    ads_name own = {};
     if (!getDir(path, false, entity)) return false;
+    entity.GetEName(own);
+    if (!revisits.mayVisit(mor::EntityName{own})) return true;
     CMORStringList names;
     getAll(entity, names, Files);
     for (std::size_t i = 0; i < names.Entries(); ++i) {
@@ -63,7 +72,7 @@ bool CMORCadDwgFileSystem::printDir(wchar_t* path, bool recursive) {
         if (!subdirectory.fits()) continue;
         printSingleDir(path);
         if (!recursive || isOwnAncestor(path)) continue;
-        if (!printDir(path, recursive)) return false;
+        if (!printBelow(path, recursive, revisits)) return false;
     }
     return true;
 }

@@ -28,9 +28,11 @@ std::optional<std::wstring_view> measured(const wchar_t* text, std::size_t limit
     return std::wstring_view{text, size};
 }
 
+bool isRooted(std::wstring_view path) { return path.starts_with(L'/') && !path.starts_with(L"//"); }
+
 bool copyPath(const wchar_t* path, PathBuffer& copy) {
     const auto text = measured(path, kMaxPathLength);
-    return text && text->starts_with(L'/') && copy.assign(*text);
+    return text && isRooted(*text) && copy.assign(*text);
 }
 
 bool isDirName(std::wstring_view name) {

@@ -21,8 +21,11 @@ using AttributeBuffer = BoundedText<kMaxAttributeText + 1>;
 /// The text, when there is one of at most `limit` characters. Reads no further than that.
 [[nodiscard]] std::optional<std::wstring_view> measured(const wchar_t* text, std::size_t limit);
 
+/// Whether a path begins with "/" and a name, or is "/" alone: what can be split into names.
+[[nodiscard]] bool isRooted(std::wstring_view path);
+
 /// An operation's own copy of a caller's path; false for no text, for one over 1023 characters and
-/// for one that does not begin with "/".
+/// for one that is not rooted.
 [[nodiscard]] bool copyPath(const wchar_t* path, PathBuffer& copy);
 
 /// A letter or digit, then letters, digits, blanks, "-" and "_", with at least one letter.

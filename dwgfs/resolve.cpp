@@ -19,7 +19,7 @@ bool CMORCadDwgFileSystem::getRoot(CMOREntity& root, bool create) {
 
 bool CMORCadDwgFileSystem::getDir(const wchar_t* path, bool create, CMOREntity& dir) {
     warnIfReadOnly(L"CMORCadDwgFileSystem::getDir", create);
-    if (path[0] != L'/') return false;
+    if (!mor::isRooted(path)) return false;
     if (getDirFromHashTable(path, create, dir)) return true;
     bool found = false;
     if (std::wstring_view{path} == mor::kRootPath) {
@@ -81,7 +81,7 @@ bool CMORCadDwgFileSystem::putDirInHashTable(const wchar_t* path, CMOREntity& di
 bool CMORCadDwgFileSystem::getParentDir(const wchar_t* path, bool create, CMOREntity& parent,
                                         wchar_t* name) {
     warnIfReadOnly(L"CMORCadDwgFileSystem::getParentDir", create);
-    if (path[0] != L'/' || path[1] == L'\0') return false;
+    if (!mor::isRooted(path) || path[1] == L'\0') return false;
     const wchar_t* last = nullptr;
     const wchar_t* parentPath = splitPath(path, last);
     const auto lastName = mor::measured(last, mor::kMaxFileNameLength);

@@ -164,6 +164,18 @@ TEST_F(Check, ARootLinkToWhatCannotBeErasedEndsTheStore) {
     EXPECT_EQ(layer(), "frozen locked");
 }
 
+TEST_F(Check, ARootMustPassBothHalvesOfItsEraseTest) {
+    for (const std::size_t half : {1U, 2U}) {
+        ASSERT_TRUE(OpenFileSystem{}.write(L"/a/f", value("5")));
+        host::faults::failCall("acdbEntDel", half);
+        EXPECT_TRUE(lookUpRoot()) << half;
+        EXPECT_TRUE(host::faults::struck());
+        host::faults::reset();
+        EXPECT_EQ(tree(), "/") << half;
+        EXPECT_EQ(inserts(), 1u) << half;
+    }
+}
+
 TEST_F(Check, AnErasedRootIsRestored) {
     toggleErased(entityOf("/"));
     EXPECT_TRUE(lookUpRoot());

@@ -97,7 +97,7 @@ TEST_F(Enumeration, AnswersFalseForWhatDoesNotResolve) {
 }
 
 TEST_F(Enumeration, ReportsInvalidPathsOfFilesOnly) {
-    for (const wchar_t* path : {L"/a/", L"a", L"", L"//a/b"}) {
+    for (const wchar_t* path : {L"/a/", L"a", L"", L"//a", L"//a/b"}) {
         const std::wstring message = L": invalid path \"" + std::wstring{path} + L"\"";
         EXPECT_EQ(dirs(path), "false before");
         EXPECT_EQ(lispDirs(path), "false nil");
@@ -141,6 +141,7 @@ TEST_F(Enumeration, ReadsFilesThatMatchPartByPart) {
     ASSERT_TRUE(write("/a1/f1", "1"));
     ASSERT_TRUE(write("/a1/x", "2"));
     ASSERT_TRUE(write("/b/f2", "3"));
+    setText(entityOf("/"), L"rootfile", L"put there by others");
     const struct {
         const wchar_t* pattern;
         const char* result;
@@ -152,6 +153,7 @@ TEST_F(Enumeration, ReadsFilesThatMatchPartByPart) {
                  {L"/b,a/f,f2", R"((("/a/f" 5) ("/b/f2" 3)))"},
                  {L"/*/*/*", R"((("/a/s/inner" 1)))"},
                  {L"/*", "nil"},
+                 {L"/r*", "nil"},
                  {L"/", "nil"},
                  {L"/a/", "nil"},
                  {L"//f", "nil"},
@@ -176,6 +178,17 @@ TEST_F(Enumeration, SkipsCandidatesOver127Characters) {
     ASSERT_TRUE(write(fits, "1"));
     ASSERT_TRUE(write(fits + "f", "2"));
     EXPECT_EQ(matching(L"/d*/*"), "((\"" + fits + "\" 1))");
+}
+
+TEST_F(Enumeration, EndsWhereLinksMultiply) {
+    const std::string handle = host::recordGroup(document(), entityOf("/a"), 5).value();
+    for (const wchar_t* link : {L"^x", L"^y"}) setText(entityOf("/a"), link, wide(handle).c_str());
+    EXPECT_EQ(matching(L"/a/[xy]/s/*"), R"((("/a/x/s/inner" 1) ("/a/y/s/inner" 1)))");
+    CMORAdsLispVar result;
+    std::wstring pattern = L"/a";
+    for (int part = 0; part < 40; ++part) pattern += L"/?";
+    EXPECT_TRUE(fs().readAllMatchingFiles(pattern.c_str(), result));
+    EXPECT_LT(CMORAdsLisp::Length(result), 3000u);
 }
 
 TEST_F(Enumeration, LocksOncePerFileRead) {

@@ -89,6 +89,14 @@ TEST_F(Files, ThatAreMissingLeaveTheValueAlone) {
     EXPECT_EQ(read("/a/none"), "unread");
 }
 
+TEST_F(Files, AreDeletedWhateverTheFlushAnswers) {
+    ASSERT_TRUE(write("/a/f", "5"));
+    host::faults::failCall("CMOREntity::Flush", 1);
+    EXPECT_TRUE(del("/a/f"));
+    EXPECT_TRUE(host::faults::struck());
+    EXPECT_EQ(tree(), "/ [a/ [f=5]]");
+}
+
 TEST_F(Files, AreRemovedByDelAndByNil) {
     ASSERT_TRUE(write("/a/f", "5"));
     ASSERT_TRUE(write("/a/g", "6"));
@@ -124,7 +132,8 @@ TEST_F(Files, NeedTheDocumentLockButNotToBeDeleted) {
     host::faults::refuseLocks(true);
     EXPECT_EQ(read("/a/f"), "false");
     EXPECT_FALSE(write("/a/g", "6"));
-    EXPECT_EQ(tree(), "/ [a/ [f=5]]");
+    EXPECT_FALSE(write("/new/g", "6"));
+    EXPECT_EQ(tree(), "/ [a/ [f=5]]") << "no directory was made before the lock";
     EXPECT_TRUE(del("/a/f"));
     EXPECT_EQ(tree(), "/ [a/]");
 }
@@ -166,10 +175,10 @@ TEST_F(Files, TellTheMemoryTheyUse) {
 TEST_F(Files, TellNoMemoryForWhatIsNotThere) {
     ASSERT_TRUE(write("/a/b/f", "5"));
     for (const wchar_t* path :
-         {L"/none", L"/a/f", L"", L"a", L"/a/b/", static_cast<const wchar_t*>(nullptr)})
+         {L"/none", L"/a/f", L"", L"a", L"//a", L"/a/b/", static_cast<const wchar_t*>(nullptr)})
         EXPECT_EQ(fs().getFreeMem(path), 0);
     for (const wchar_t* path : {L"/a/none", L"/a/b", L"/none/f", L"/f", L"/", L"", L"f", L"/a/b/",
-                                static_cast<const wchar_t*>(nullptr)})
+                                L"//a/b/f", static_cast<const wchar_t*>(nullptr)})
         EXPECT_EQ(fs().getUsedMem(path), 0);
     EXPECT_EQ(tree(), "/ [a/ [b/ [f=5]]]");
 }

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 
 namespace mor::test {
@@ -102,6 +103,21 @@ TEST_F(Listing, PrintsABreakOnceHoweverDeepItCame) {
     EXPECT_TRUE(text.ends_with(end)) << host::toUtf8(text);
 }
 
+TEST_F(Listing, LooksAtTheBreakKeyBeforeEachEntry) {
+    for (const wchar_t* last : {L"/a/h ", L"/a/b\n"}) {
+        std::wstring text;
+        host::setPrinter([&](std::wstring_view part) {
+            text += part;
+            if (part.find(last) != std::wstring_view::npos) host::pressBreakKey();
+        });
+        const bool whole = fs().dir(L"/a", false);
+        host::setPrinter({});
+        EXPECT_EQ(whole, last == std::wstring_view{L"/a/b\n"}) << "nothing comes after it";
+        EXPECT_EQ(text.find(L"Break") == std::wstring::npos, whole) << host::toUtf8(text);
+    }
+    EXPECT_EQ(list(L"/a/b", false), dirLine(L"/a/b") + L"\nBreak\n-> false") << "still pressed";
+}
+
 TEST_F(Listing, StopsWhereADirectoryDoesNotResolve) {
     setText(entityOf("/a"), L"^c", L"FFFFFF");
     ASSERT_TRUE(OpenFileSystem{}.write(L"/a/d/f", value("1")));
@@ -124,6 +140,22 @@ TEST_F(Listing, FollowsTwoLinksToOneDirectory) {
     const std::wstring text = list(L"/", true);
     EXPECT_TRUE(text.ends_with(dirLine(L"/second") + fileLine(L"/second/>g")))
         << host::toUtf8(text);
+}
+
+TEST_F(Listing, EndsWhereEveryDirectoryIsLinkedTwice) {
+    std::string path = "/a/b";
+    for (int level = 0; level < 40; ++level) {
+        const std::string upper = path;
+        path += "/n";
+        ASSERT_TRUE(write(path + "/f", "1"));
+        const std::string handle = host::recordGroup(document(), entityOf(path), 5).value();
+        setText(entityOf(upper), L"^second", wide(handle).c_str());
+    }
+    const std::wstring text = list(L"/a", true);
+    EXPECT_NE(text.find(wide(path) + L"/f "), std::wstring::npos) << "every file is shown";
+    EXPECT_LT(std::ranges::count(text, L'\n'), 4000);
+    OpenFileSystem{}.checkFileSystem();
+    EXPECT_EQ(read(path + "/f"), "1");
 }
 
 TEST_F(Listing, SkipsPathsThatAreTooLong) {

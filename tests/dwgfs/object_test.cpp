@@ -1,12 +1,13 @@
 #include "dwgfs/dwg_file_system.h"
 #include "dwgfs/names.h"
 #include "platform/entity_calls.h"
-#include "platform/owned.h"
 #include "tests/dwgfs/store_fixture.h"
+#include "tests/support/dxf_drawing.h"
 
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <string>
 
 namespace mor::test {
 namespace {
@@ -147,12 +148,14 @@ TEST_F(FileSystemObject, ZeroStartsAnEmptyStore) {
     ASSERT_TRUE(write("/a/f", "5"));
     setLayer(true, false);
     OpenFileSystem object;
+    CMOREntity dir;
+    ASSERT_TRUE(object.getDir(std::wstring{L"/a"}.data(), false, dir));
     object.zero();
     EXPECT_EQ(tree(), "/");
     EXPECT_EQ(inserts(), 3u) << "the old directories stay, out of reach";
     EXPECT_EQ(layer(), "frozen unlocked") << "as found";
-    CMOREntity dir;
-    EXPECT_FALSE(object.getDirFromHashTable(L"/", false, dir));
+    for (const wchar_t* path : {L"/", L"/a"})
+        EXPECT_FALSE(object.getDirFromHashTable(path, false, dir));
 }
 
 TEST_F(FileSystemObject, ZeroEndsWhenTheBlockCannotBeMade) {
@@ -195,27 +198,29 @@ TEST_F(FileSystemObject, RemovalThroughAnEmptyViewOnlyLocksTheLayer) {
 }
 
 TEST_F(FileSystemObject, ExtendedRemovalMovesBlockEntitiesOffTheControlLayer) {
-    const ads_point from = {0.0, 0.0, 0.0};
-    const ads_point to = {1.0, 0.0, 0.0};
-    for (const ResbufList& list :
-         {ResbufList{acutBuildList(RTDXF0, L"BLOCK", 2, L"DOOR", 10, from, 70, 0, 0)},
-          ResbufList{acutBuildList(RTDXF0, L"LINE", 8, L"WALL", 10, from, 11, to, 0)},
-          ResbufList{acutBuildList(RTDXF0, L"LINE", 8, L"mor_Control_LAYER", 10, from, 11, to, 0)},
-          ResbufList{acutBuildList(RTDXF0, L"ENDBLK", 0)}})
-        static_cast<void>(acdbEntMake(list.get()));
+    const std::string lines = lineEntity("D1", "WALL") + lineEntity("D2", "mor_Control_LAYER");
+    open(DxfDrawing{.layers = {"0"},
+                    .blocks = blockDefinition("PLAN", lineEntity("E1", "MOR_CONTROL_LAYER"), 4) +
+                              blockDefinition("DOOR", lines)}
+             .save("blocks.dxf"));
     ASSERT_TRUE(write("/a/f", "5"));
-    const auto layersInBlock = [this] {
+    const auto layersInBlocks = [this] {
         std::string result;
         host::forEachRecord(document(), [this, &result](const host::RecordInfo& record) {
-            if (record.container == "DOOR" && record.type == "LINE")
+            if (record.type == "LINE")
                 result += host::recordGroup(document(), record.name, 8).value_or("-") + " ";
         });
         return result;
     };
     fs().removeFileSystem();
-    EXPECT_EQ(layersInBlock(), "WALL mor_Control_LAYER ");
+    EXPECT_EQ(layersInBlocks(), "MOR_CONTROL_LAYER WALL mor_Control_LAYER ");
+    host::faults::failCall("acdbTblSearch", 1);
     fs().removeFileSystemEx();
-    EXPECT_EQ(layersInBlock(), "WALL 0 ");
+    EXPECT_TRUE(host::faults::struck());
+    EXPECT_EQ(layersInBlocks(), "MOR_CONTROL_LAYER WALL mor_Control_LAYER ")
+        << "the look-up that failed was that of DOOR: PLAN is a reference";
+    fs().removeFileSystemEx();
+    EXPECT_EQ(layersInBlocks(), "MOR_CONTROL_LAYER WALL 0 ");
     EXPECT_EQ(inserts(), 0u);
 }
 

@@ -64,9 +64,12 @@ TEST_F(Removal, NeverReachesTheRootItself) {
     OpenFileSystem store;
     CMOREntity block;
     ASSERT_TRUE(store.getBlockEntity(block));
-    EXPECT_FALSE(store.removeDir(block, L"/", L"/"));
-    EXPECT_EQ(printed(),
-              L"CMORCadDwgFileSystem::removeDir: Kann Wurzelverzeichnis \"/\" nicht l\u00F6schen");
+    for (const wchar_t* path : {L"/", L""}) {
+        EXPECT_FALSE(store.removeDir(block, L"/", path));
+        EXPECT_EQ(
+            printed(),
+            L"CMORCadDwgFileSystem::removeDir: Kann Wurzelverzeichnis \"/\" nicht l\u00F6schen");
+    }
     EXPECT_EQ(inserts(), 5u);
 }
 
@@ -103,6 +106,17 @@ TEST_F(Removal, FollowsNoCircle) {
     EXPECT_EQ(inserts(), 2u);
 }
 
+TEST_F(Removal, FollowsNoCircleThroughAParentThatItWasHanded) {
+    setText(entityOf("/a/b"), L"^up", handleOf("/a").c_str());
+    setText(entityOf("/a/b/c"), L"^top", handleOf("/").c_str());
+    ads_name name;
+    entityOf("/a").copyTo(name);
+    CMOREntity parent;
+    ASSERT_TRUE(parent.Connect(name));
+    EXPECT_TRUE(OpenFileSystem{}.removeDir(parent, L"b", L"/a/b"));
+    EXPECT_EQ(tree(), "/ [a/ [f=1 b/ erased] d/ [f=1]]");
+}
+
 TEST_F(Removal, OfACircleTakesTheLinkAlone) {
     setText(entityOf("/a/b"), L"^up", handleOf("/a").c_str());
     EXPECT_TRUE(delDir("/a/b/up"));
@@ -111,6 +125,19 @@ TEST_F(Removal, OfACircleTakesTheLinkAlone) {
 
 TEST_F(Removal, FollowsTwoLinksToOneDirectory) {
     setText(entityOf("/a"), L"^second", handleOf("/a/b").c_str());
+    EXPECT_TRUE(delDir("/a"));
+    EXPECT_EQ(tree(), "/ [d/ [f=1]]");
+    EXPECT_EQ(inserts(), 2u);
+}
+
+TEST_F(Removal, EndsWhereEveryDirectoryIsLinkedTwice) {
+    std::string path = "/a/b";
+    for (int level = 0; level < 40; ++level) {
+        const std::string upper = path;
+        path += "/n";
+        ASSERT_TRUE(write(path + "/f", "1"));
+        setText(entityOf(upper), L"^second", handleOf(path).c_str());
+    }
     EXPECT_TRUE(delDir("/a"));
     EXPECT_EQ(tree(), "/ [d/ [f=1]]");
     EXPECT_EQ(inserts(), 2u);
@@ -130,6 +157,23 @@ TEST_F(Removal, GoesDeeperThanAPathIsLong) {
     setText(entityOf("/"), L"^y", L"");
     EXPECT_TRUE(delDir("/x"));
     EXPECT_EQ(inserts(), 5u);
+}
+
+TEST_F(Removal, NeedsNoStackOfItsOwnDepth) {
+    // A chain of directories, each hung into the next by its handle: faster than by its path.
+    OpenFileSystem store;
+    CMOREntity upper;
+    ads_name name;
+    entityOf("/a").copyTo(name);
+    ASSERT_TRUE(upper.Connect(name));
+    for (int level = 0; level < 20000; ++level) {
+        CMOREntity dir;
+        ASSERT_TRUE(store.makeDir(upper, L"n", L"/n", dir));
+        ASSERT_TRUE(dir.GetEName(name) && upper.Connect(name));
+    }
+    ASSERT_EQ(inserts(), 20005u);
+    EXPECT_TRUE(delDir("/a"));
+    EXPECT_EQ(inserts(), 2u);
 }
 
 TEST_F(Removal, WorksWhenLayerLocksAreEnforced) {

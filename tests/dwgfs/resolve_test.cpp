@@ -135,7 +135,7 @@ TEST_F(Directories, ANameWithAnArrowMeansTheSameDirectory) {
 
 TEST_F(Directories, RefusePathsThatNameNone) {
     ASSERT_TRUE(write("/a/f", "5"));
-    for (const char* path : {"", "a", "a/b", "/a/", "/a/f", "/a//f"})
+    for (const char* path : {"", "a", "a/b", "/a/", "/a/f", "/a//f", "//a", "//a/f"})
         EXPECT_FALSE(resolves(path)) << path;
     EXPECT_FALSE(resolves("/" + std::string(127, 'a'), true));
     EXPECT_EQ(tree(), "/ [a/ [f=5]]");
@@ -150,6 +150,7 @@ TEST_F(Directories, TheParentOfAPathKeepsItsLastName) {
     } cases[] = {{L"/x", true, L"x"},         {L"/a/f", true, L"f"},
                  {L"/a/none", true, L"none"}, {L"/", false, L""},
                  {L"/none/f", false, L""},    {L"f", false, L""},
+                 {L"//a", false, L""},        {L"//", false, L""},
                  {L"", false, L""},           {L"/" + std::wstring(128, L'a'), false, L""}};
     for (const auto& c : cases) {
         OpenFileSystem store;
