@@ -122,10 +122,10 @@ enum class ValueKind { Nil, Integer, Real, String, EntityName, List, DottedList 
 /// LISP text that reads back to the same value, UTF-8: 42, 1.0, "a\"b", (1 (2 "x") . 3), nil,
 /// (handent "1A2F").
 [[nodiscard]] std::string lispText(const CMORAdsLispVar& value);
+/// Whether a handle that no record has is an error, or kept as a name to which nothing connects.
+enum class UnknownHandles { Refuse, Keep };
 /// Reads one value; `(handent "1A2F")` looks up the current document. Errors name the column and
 /// what would work.
-/// A handle that no record has is an error, or kept as a name to which nothing connects.
-enum class UnknownHandles { Refuse, Keep };
 Result<CMORAdsLispVar> readLisp(std::string_view text,
                                 UnknownHandles unknown = UnknownHandles::Refuse);
 /// Whether an entity name stands anywhere in the value.

@@ -77,7 +77,7 @@ public:
     /// The block definition in which the first insert on the way stands; empty for a space of the
     /// drawing. The placement then leads to the coordinates of that definition.
     [[nodiscard]] const std::string& placedIn() const { return m_placedIn; }
-    /// The same, after a refusal when a look-up would do harm (exit 4).
+    /// `state()`, after a refusal when a look-up would do harm (exit 4).
     [[nodiscard]] const StoreState& safeState();
     /// Whether there is a store with directories in it; refuses like `safeState`.
     [[nodiscard]] bool hasDirectories();
