@@ -276,7 +276,16 @@ long foreignBytes(const TagList& record, const std::vector<ExtendedRange>& own) 
 
 }  // namespace
 
+const Attribute* AttributeIndex::find(const std::vector<Attribute>& items, std::wstring_view name) {
+    if (m_positions.empty())
+        for (std::size_t i = 0; i < items.size(); ++i) m_positions.emplace(items[i].name, i);
+    const auto found = m_positions.find(name);
+    return found == m_positions.end() ? nullptr : &items[found->second];
+}
+
 const Attribute* AttributeList::find(std::wstring_view name) const {
+    constexpr std::size_t kShort = 16;
+    if (items.size() > kShort) return m_index.find(items, name);
     const auto found = std::ranges::find(items, name, &Attribute::name);
     return found == items.end() ? nullptr : &*found;
 }

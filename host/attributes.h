@@ -5,11 +5,13 @@
 #include "platform/entity_name.h"
 #include "platform/lisp.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace mor::host {
@@ -22,6 +24,29 @@ struct Attribute {
     CMORAdsLispVar value;
 };
 
+/// Positions by name, for long lists; made when one is first searched. A copy begins without.
+class AttributeIndex {
+public:
+    AttributeIndex() = default;
+    AttributeIndex(const AttributeIndex& /*other*/) {}
+    AttributeIndex& operator=(const AttributeIndex& /*other*/) {
+        m_positions.clear();
+        return *this;
+    }
+    AttributeIndex(AttributeIndex&& /*other*/) noexcept {}
+    AttributeIndex& operator=(AttributeIndex&& /*other*/) noexcept {
+        m_positions.clear();
+        return *this;
+    }
+    ~AttributeIndex() = default;
+    /// `items` are those of the searches before, unchanged.
+    [[nodiscard]] const Attribute* find(const std::vector<Attribute>& items,
+                                        std::wstring_view name);
+
+private:
+    std::unordered_map<std::wstring_view, std::size_t> m_positions;
+};
+
 /// Named attributes in the order in which they were first set.
 struct AttributeList {
     std::vector<Attribute> items;
@@ -29,10 +54,14 @@ struct AttributeList {
     std::string
         damage;  ///< why the list cannot be read; then there are no items and nothing may be set
 
+    /// The items of a list that is searched must not be changed any more.
     [[nodiscard]] const Attribute* find(std::wstring_view name) const;
     [[nodiscard]] long own()
         const;  ///< bytes of the list in its canonical form, 0 when it is empty
     [[nodiscard]] long used() const { return foreign + own(); }
+
+private:
+    mutable AttributeIndex m_index;
 };
 
 /// Turns handles into entity names and back; the drawing's business.
