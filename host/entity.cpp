@@ -181,6 +181,12 @@ void note(std::vector<std::pair<std::wstring, CMORAdsLispVar>>& attributes, std:
 
 }  // namespace
 
+std::wstring attributeText(const CMORAdsLispVar& value) {
+    std::wstring text = CMORAdsLisp::StringP(value) ? stringOf(value) : princText(value);
+    if (text.size() > kAttributeTextLength) text.resize(kAttributeTextLength);
+    return text;
+}
+
 bool layerIsLocked(Drawing& drawing, RecordNumber number) {
     if (!faults::layerLocksEnforced()) return false;
     const auto layer = drawing.textOf(number, 8);
@@ -368,11 +374,8 @@ bool CMOREntity::GetAttributeText(const wchar_t* name, wchar_t* buffer) const {
     host::Attribute pending;
     const host::Attribute* attribute = host::findSeen(*m_state, found, name, pending);
     if (attribute == nullptr) return false;
-    const std::wstring text = CMORAdsLisp::StringP(attribute->value)
-                                  ? host::stringOf(attribute->value)
-                                  : host::princText(attribute->value);
-    const std::size_t length = text.copy(buffer, host::kAttributeTextLength);
-    buffer[length] = L'\0';
+    const std::wstring text = host::attributeText(attribute->value);
+    buffer[text.copy(buffer, text.size())] = L'\0';
     return true;
 }
 

@@ -128,6 +128,9 @@ enum class UnknownHandles { Refuse, Keep };
 /// what would work.
 Result<CMORAdsLispVar> readLisp(std::string_view text,
                                 UnknownHandles unknown = UnknownHandles::Refuse);
+/// What reading an attribute of that value as a text gives: at most 2047 characters; of a value
+/// that is no text, what `princ` prints.
+[[nodiscard]] std::wstring attributeText(const CMORAdsLispVar& value);
 /// Whether an entity name stands anywhere in the value.
 [[nodiscard]] bool holdsEntityName(const CMORAdsLispVar& value);
 
@@ -229,6 +232,8 @@ void forEachInsert(const AcApDocument* document, std::wstring_view block,
 /// Bytes of extended data that an attribute of that name and value takes.
 [[nodiscard]] long attributeBytes(std::wstring_view name, const CMORAdsLispVar& value);
 
+/// Whether a record that is made still gets a handle.
+[[nodiscard]] bool hasFreeHandle(const AcApDocument* document);
 /// Gives a record another handle, for one that stands twice; false when there is none left. What
 /// names the old handle goes on naming the other record.
 bool renewHandle(AcApDocument* document, mor::EntityName name);

@@ -325,6 +325,11 @@ private:
         const auto whole = std::from_chars(text.data(), end, integer);
         if (whole.ptr == end && whole.ec == std::errc{})
             return put(LispToken::integer(integer), begin, kAfterTail);
+        if (whole.ptr == end)
+            return fail(begin, toUtf8(word) +
+                                   " is outside the range of integers, -2147483648 to 2147483647; "
+                                   "write " +
+                                   toUtf8(word) + ".0 for a real");
         double real = 0.0;
         const auto [stop, problem] = std::from_chars(text.data(), end, real);
         if (stop != end)

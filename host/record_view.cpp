@@ -148,6 +148,8 @@ long attributeBytes(std::wstring_view name, const CMORAdsLispVar& value) {
     return attributeCost({std::wstring(name), value});
 }
 
+bool hasFreeHandle(const AcApDocument* document) { return drawingOf(document).nextHandle() != 0; }
+
 bool renewHandle(AcApDocument* document, EntityName name) {
     Drawing& drawing = drawingOf(document);
     const RecordNumber number = drawing.numberOf(name);

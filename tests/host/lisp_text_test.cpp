@@ -60,7 +60,7 @@ TEST(ReadLisp, TakesWhatPeopleWrite) {
     } cases[] = {{"42", "42"},
                  {"+7", "7"},
                  {"-2147483648", "-2147483648"},
-                 {"2147483648", "2147483648.0"},
+                 {"2147483648.0", "2147483648.0"},
                  {"1.", "1.0"},
                  {".5", "0.5"},
                  {"+2.50e2", "250.0"},
@@ -99,6 +99,9 @@ TEST(ReadLisp, SaysWhereAndWhyItCannotRead) {
         {"1e999",
          "line 1, column 1: 1e999 is outside the range of reals; the largest is "
          "1.7976931348623157e+308"},
+        {"(99999999999)",
+         "line 1, column 2: 99999999999 is outside the range of integers, -2147483648 to "
+         "2147483647; write 99999999999.0 for a real"},
         {"(1 (2", "line 1, column 4: this ( is never closed; add a )"},
         {"(1))", "line 1, column 4: text after the value; put several values into one list: (1 2)"},
         {")", "line 1, column 1: a ) without its (; remove it, or begin with ("},

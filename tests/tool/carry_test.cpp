@@ -31,7 +31,7 @@ std::string randomScript(unsigned seed) {
     for (int i = 0; i < 25; ++i) {
         std::string path;
         for (unsigned depth = 1U + random() % 3U; depth > 0; --depth)
-            path += std::string("/d") + static_cast<char>('a' + random() % 3);
+            path += std::string("/") + static_cast<char>('x' + random() % 3);
         script +=
             "put " + path + "/f" + std::to_string(random() % 9) + " " + values[random() % 7] + "\n";
     }
@@ -62,8 +62,33 @@ TEST_F(Carry, LoadAddsOrReplaces) {
     EXPECT_EQ(run({"cat", b, "/a/x"}).out, "1\n");
     EXPECT_EQ(run({"load", "--replace", b}, dump).code, 0);
     EXPECT_EQ(list(b), "a/\na/x\n");
-    EXPECT_EQ(run({"load", b}, "{}").code, 2);
-    EXPECT_EQ(run({"load", b}, "no json").code, 2);
+}
+
+TEST_F(Carry, LoadRefusesWhatIsNoDump) {
+    const std::string a = filledDrawing({{"/a/x", "1"}});
+    const std::string bytes = readFile(a);
+    const std::string head = R"({"command": "dump", "schema": 1, "entries": )";
+    const std::string deep(100000, '[');
+    const std::string file = R"([{"name": "d", "kind": "directory", "entries": [{"name": )";
+    for (const std::string& text :
+         {std::string("{}"), std::string("no json"), std::string(R"({"command": 5, "schema": 1})"),
+          std::string(R"({"command": "dump", "schema": "1"})"), head + "5}", head + "[7]}",
+          head + "{}}", head + file + "5}]}]}", head + file + R"("f", "kind": 2}]}]})",
+          head + file + R"("f", "kind": "file", "lisp": 3}]}]})", head + deep, deep,
+          head + deep + std::string(100000, ']') + "}"}) {
+        const Outcome load = run({"load", a}, text);
+        EXPECT_EQ(load.code, 2) << text.substr(0, 80);
+        EXPECT_NE(load.err.find("this is no dump of a store: "), std::string::npos) << load.err;
+    }
+    for (const std::vector<std::string>& words :
+         {std::vector<std::string>{"load", a, folder().string()},
+          {"run", a, folder().string()},
+          {"put", a, "/a/x", "--file", folder().string()}}) {
+        const Outcome outcome = run(words);
+        EXPECT_EQ(outcome.code, 2);
+        EXPECT_NE(outcome.err.find("is a directory"), std::string::npos) << outcome.err;
+    }
+    EXPECT_EQ(readFile(a), bytes);
 }
 
 TEST_F(Carry, DiffTellsWhatWasAddedRemovedAndChanged) {

@@ -84,6 +84,11 @@ TEST_F(Commands, AnswerTwoWhenCalledWrongly) {
                            {"put", d, "/a/x", ""},
                            {"put", d, "/a/x", "\"\xFF\""},
                            {"put", d, "/a/x", "1e999"},
+                           {"put", d, "/a/x", "99999999999"},
+                           {"put", d, "/a/x", "1", "-o", ""},
+                           {"put", d, "/a/x", "--file", ""},
+                           {"ls", d, "--xref-path", ""},
+                           {"new", ""},
                            {"cat", d},
                            {"ls", d, "/", "/"},
                            {"ls", d, "-x"},
@@ -309,6 +314,21 @@ TEST_F(Commands, FindFilesByPattern) {
         {"/p[2-9]/*", "/p2/ab\n"}};
     for (const auto& [pattern, found] : cases) EXPECT_EQ(run({"find", d, pattern}).out, found);
     EXPECT_EQ(run({"find", d, "/p#/ab", "--values"}).out, "/p1/ab\t1\n/p2/ab\t3\n");
+}
+
+TEST_F(Commands, SayWhyNothingCanBeFoundOrMade) {
+    const std::string d = newDrawing();
+    const Outcome pattern = run({"find", d, "/" + std::string(1100, 'a')});
+    EXPECT_EQ(pattern.code, 6);
+    EXPECT_NE(pattern.err.find("at most 1023 characters"), std::string::npos) << pattern.err;
+    std::string bytes = readFile(d);
+    const std::size_t seed = bytes.find("\n", bytes.find("$HANDSEED") + 10) + 1;
+    bytes.replace(seed, bytes.find('\n', seed) - seed, "FFFFFFFFFFFFFFFE");
+    writeFile(d, bytes);
+    const Outcome put = run({"put", d, "/a/x", "1"});
+    EXPECT_EQ(put.code, 6);
+    EXPECT_NE(put.err.find("no handle left"), std::string::npos) << put.err;
+    EXPECT_EQ(readFile(d), bytes);
 }
 
 TEST_F(Commands, NameCandidatesThatAreTooLongToFind) {

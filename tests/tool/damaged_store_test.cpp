@@ -49,6 +49,40 @@ TEST_F(DamagedStore, WithARootLinkToALayerIsLeftAlone) {
     expectRefusal("root-link-wrong");
 }
 
+TEST_F(DamagedStore, WithANumberForALinkIsLeftAlone) {
+    // A look-up takes it for the text of a handle: that of the layer.
+    damage(link("b", handle("/a/b")), "1000 \\U+005Eb|1071        14");
+    expectRefusal("link-wrong");
+}
+
+TEST_F(DamagedStore, WithANumberForItsRootLinkIsLeftAlone) {
+    damage(link("DWG_FILESYSTEM_ROOT", handle("/")),
+           "1000 \\U+005EDWG_FILESYSTEM_ROOT|1071        14");
+    expectRefusal("root-link-wrong");
+}
+
+TEST_F(DamagedStore, WithAFileInTheRootIsLeftAlone) {
+    const std::string first = link("a", handle("/a"));
+    damage("1000 $INFO|1000 /|" + first, "1000 $INFO|1000 /|1000 lost|1071         4|" + first);
+    expectRefusal("file-in-root");
+}
+
+TEST_F(DamagedStore, WhoseFilesLieDeeperThanAPathCanNameIsLeftAlone) {
+    std::string script = "put /x";
+    for (int level = 0; level < 300; ++level) script += "/n";
+    script += "/f 5\nput /y";
+    for (int level = 0; level < 300; ++level) script += "/n";
+    ASSERT_EQ(run({"run", drawing(), "-", "--no-backup"}, script + "/g 6\n").code, 0);
+    const std::string second = link("y", handle("/y"));
+    damage(second + "|0 INSERT", "0 INSERT");
+    damage("1000 f|1071         5", second);
+    expectRefusal("too-deep");
+    EXPECT_EQ(run({"repair", drawing(), "--no-backup"}).code, 0);
+    EXPECT_EQ(run({"check", drawing()}).code, 0);
+    const auto info = nlohmann::json::parse(run({"info", "--json", drawing()}).out);
+    EXPECT_EQ(info["store"]["files"], 4);
+}
+
 TEST_F(DamagedStore, WithAnOrphanThatHoldsFilesIsLeftAlone) {
     damage("1000 \\U+005Eb|1000 " + handle("/a/b") + "|1000 g", "1000 g");
     expectRefusal("orphan");
@@ -81,10 +115,23 @@ TEST_F(DamagedStore, WithACircleIsShownUpToTheDirectoryThatHoldsItself) {
     EXPECT_EQ(run({"ls", "-R", drawing(), "/d"}).out, "h/\nh/a/\nh/a/b/\nh/a/b/f\nh/a/g\nh/c/\n");
 }
 
-TEST_F(DamagedStore, WithADirectoryLinkedTwiceShowsItTwice) {
+TEST_F(DamagedStore, WithADirectoryLinkedTwiceShowsWhatItHoldsOnce) {
     damage("1000 h|1071         3", link("h", handle("/a")));
-    EXPECT_EQ(run({"ls", "-R", drawing()}).out,
-              "a/\na/b/\na/b/f\na/g\nc/\nc/h/\nc/h/b/\nc/h/b/f\nc/h/g\n");
+    const std::string bytes = readFile(drawing());
+    const Outcome list = run({"ls", "-R", drawing()});
+    EXPECT_EQ(list.out, "a/\na/b/\na/b/f\na/g\nc/\nc/h/\n");
+    EXPECT_NE(list.err.find("/c/h is /a, linked twice"), std::string::npos) << list.err;
+    const std::string tree = run({"tree", drawing()}).out;
+    EXPECT_EQ(tree, "/\n├── a/\n│   ├── b/\n│   │   └── f\n│   └── g\n└── c/\n    └── h/\n");
+    for (const std::vector<std::string>& words : {std::vector<std::string>{"dump", drawing()},
+                                                  {"diff", drawing(), drawing()},
+                                                  {"cp", drawing(), "/", "/copy"}}) {
+        const Outcome copy = run(words);
+        EXPECT_EQ(copy.code, 4) << words.front();
+        EXPECT_NE(copy.err.find("(link-doubled)"), std::string::npos) << copy.err;
+    }
+    EXPECT_EQ(readFile(drawing()), bytes);
+    EXPECT_EQ(run({"cat", drawing(), "/c/h/g"}).out, "2\n");
     EXPECT_EQ(run({"rm", drawing(), "/c/h/g"}).code, 0);
     EXPECT_EQ(run({"cat", drawing(), "/a/g"}).code, 6);
 }

@@ -2,8 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <functional>
+#include <random>
+#include <sstream>
 #include <string>
+#include <vector>
 
 namespace mor::test {
 namespace {
@@ -53,6 +57,25 @@ private:
     }
 };
 
+/// The file with one to three links, the root's among them, that name something else: another
+/// directory, a layer, or nothing.
+std::string withRandomLinks(const std::string& bytes, std::mt19937& random) {
+    std::vector<std::string> lines;
+    std::istringstream text(bytes);
+    for (std::string line; std::getline(text, line);) lines.push_back(line);
+    std::vector<std::size_t> targets;
+    for (std::size_t i = 0; i + 2 < lines.size(); ++i)
+        if (lines[i].starts_with("\\U+005E")) targets.push_back(i + 2);
+    for (auto changes = 1 + random() % 3; changes > 0; --changes) {
+        const std::size_t at = targets[random() % targets.size()];
+        const std::string others[] = {lines[targets[random() % targets.size()]], "14", "FFF0"};
+        lines[at] = others[random() % 3];
+    }
+    std::string result;
+    for (const std::string& line : lines) result += line + "\n";
+    return result;
+}
+
 TEST_F(Repair, MendsEachKindOfDamageWithoutLosingAValue) {
     const struct {
         const char* code;
@@ -84,6 +107,11 @@ TEST_F(Repair, MendsEachKindOfDamageWithoutLosingAValue) {
          }},
         {"circle", 4, [](const Repair& t) { t.circle(); }},
         {"info-contradicts", 0, [](const Repair& t) { t.swapLinks(); }},
+        {"file-in-root", 4,  // those of a directory that the root link names
+         [](const Repair& t) {
+             t.damage(link("DWG_FILESYSTEM_ROOT", t.handle("/")),
+                      link("DWG_FILESYSTEM_ROOT", t.handle("/a")));
+         }},
         {"name-taken-twice", 4,
          [](const Repair& t) { t.damage("1000 g|1071         2", "1000 b|1071         2"); }},
         {"layer-not-locked", 0,
@@ -118,6 +146,40 @@ TEST_F(Repair, PutsDirectoriesThatDoNotSayWhereTheyWereIntoLostFound) {
     EXPECT_EQ(run({"find", drawing(), "/lost-found/*/*", "--values"}).out.substr(0, 16),
               "/lost-found/dir-");
     EXPECT_EQ(values(), "1 2 3 ");
+}
+
+TEST_F(Repair, GivesFilesInTheRootAPlace) {
+    const std::string first = Repair::link("a", handle("/a"));
+    damage("1000 $INFO|1000 /|" + first, "1000 $INFO|1000 /|1000 lost|1071         4|" + first);
+    EXPECT_EQ(run({"repair", drawing()}).out,
+              "made the missing directory /lost-found\nmoved the file /lost to /lost-found/lost\n");
+    EXPECT_EQ(run({"check", drawing()}).code, 0);
+    EXPECT_EQ(run({"cat", drawing(), "/lost-found/lost"}).out, "4\n");
+    EXPECT_EQ(values(), "1 2 3 4 ");
+}
+
+TEST_F(Repair, LosesNoValueWhateverTheLinksName) {
+    for (unsigned seed = 1; seed <= 12; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        std::mt19937 random(seed);
+        std::filesystem::remove(drawing());
+        newDrawing();
+        std::string script;
+        for (int i = 10; i < 22; ++i) {
+            script += "put ";
+            for (unsigned depth = 0; depth <= random() % 3; ++depth)
+                script += std::string("/") + static_cast<char>('x' + random() % 3);
+            script += "/f" + std::to_string(i) + " " + std::to_string(i) + "\n";
+        }
+        ASSERT_EQ(run({"run", drawing(), "-", "--no-backup"}, script).code, 0);
+        const std::string before = values();
+        const std::string damaged = withRandomLinks(readFile(drawing()), random);
+        writeFile(drawing(), damaged);
+        const Outcome repair = run({"repair", drawing(), "--no-backup"});
+        EXPECT_EQ(repair.code, 0) << repair.out << repair.err;
+        EXPECT_EQ(run({"check", drawing()}).code, 0);
+        EXPECT_EQ(values(), before);
+    }
 }
 
 TEST_F(Repair, KeepsTwoDirectoriesOfOnePathBesideEachOther) {

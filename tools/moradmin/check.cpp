@@ -9,7 +9,9 @@
 #include <array>
 #include <functional>
 #include <iostream>
+#include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace mor::tool {
@@ -39,13 +41,12 @@ Json findingJson(const Finding& finding) {
 /// Faults of the file itself that are none of the store's.
 std::vector<Finding> fileNotes(const AcApDocument* document, const StoreState& state) {
     std::vector<Finding> notes;
+    std::set<std::string_view> ours;
+    for (const Finding& finding : state.findings)
+        if (finding.code == "handle-doubled") ours.insert(finding.handle);
     for (const host::Problem& problem : host::documentProblems(document)) {
         const bool handle = problem.kind == host::Problem::Kind::DoubledHandle;
-        const bool ours =
-            handle && std::ranges::any_of(state.findings, [&](const Finding& finding) {
-                return finding.code == "handle-doubled" && finding.handle == problem.handle;
-            });
-        if (ours) continue;
+        if (handle && ours.contains(problem.handle)) continue;
         notes.push_back({handle ? "other-handle-doubled" : "eof-missing", Severity::Note, L"", "",
                          false, false, problem.text});
     }

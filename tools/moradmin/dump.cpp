@@ -4,12 +4,12 @@
 #include "host/host.h"
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
+#include "tools/moradmin/input.h"
 #include "tools/moradmin/paths.h"
 #include "tools/moradmin/storing.h"
+#include "tools/moradmin/way.h"
 
-#include <fstream>
 #include <iostream>
-#include <iterator>
 
 namespace mor::tool {
 
@@ -26,7 +26,7 @@ Json entriesJson(Session& session, const std::wstring& directory, Way& way) {
         Json object{{"name", utf8(entry.name)}};
         if (entry.directory) {
             object["kind"] = "directory";
-            const bool entered = way.enter(session.store(), path);
+            const bool entered = way.copy(path);
             object["entries"] = entered ? entriesJson(session, path, way) : Json::array();
             if (entered) way.leave();
         } else {
@@ -49,7 +49,7 @@ void addBelow(Session& session, const std::wstring& directory, Way& way,
         Stored item{path, entry.directory, {}};
         if (!entry.directory) session.store().read(path.c_str(), item.value);
         items.push_back(std::move(item));
-        if (!entry.directory || !way.enter(session.store(), path)) continue;
+        if (!entry.directory || !way.copy(path)) continue;
         addBelow(session, path, way, items);
         way.leave();
     }
@@ -68,13 +68,28 @@ CMORAdsLispVar valueFromJson(const Json& entry, const std::string& name) {
     return value.value();
 }
 
+/// A text of an object; empty when it is missing.
+std::string textIn(const Json& object, const char* key) {
+    const auto found = object.find(key);
+    if (found == object.end()) return {};
+    if (!found->is_string()) refuseJson("\"" + std::string(key) + "\" is no text");
+    return found->get<std::string>();
+}
+
+/// The entries of a dump or a directory of it.
+const Json& entriesIn(const Json& object) {
+    static const Json none = Json::array();
+    const auto found = object.find("entries");
+    if (found != object.end() && !found->is_array()) refuseJson("\"entries\" is no array");
+    return found == object.end() ? none : *found;
+}
+
 void collectJson(const Json& entries, const std::wstring& directory, std::vector<Stored>& items) {
-    if (!entries.is_array()) refuseJson("\"entries\" is no array");
     for (const Json& entry : entries) {
-        if (!entry.is_object() || !entry.contains("name") || !entry["name"].is_string())
-            refuseJson("an entry has no \"name\"");
-        const std::string name = entry["name"].get<std::string>();
-        const bool isDirectory = entry.value("kind", "") == "directory";
+        if (!entry.is_object() || !entry.contains("name")) refuseJson("an entry has no \"name\"");
+        const std::string name = textIn(entry, "name");
+        const std::string kind = textIn(entry, "kind");
+        const bool isDirectory = kind == "directory";
         const std::wstring wideName = wide(name);
         if (isDirectory ? !isDirName(wideName) : !isFileName(wideName))
             refuseJson("\"" + name + "\" is no valid name");
@@ -82,8 +97,8 @@ void collectJson(const Json& entries, const std::wstring& directory, std::vector
         if (path.size() > kMaxPathLength) refuseJson("a path has more than 1023 characters");
         if (isDirectory) {
             items.push_back({path, true, {}});
-            collectJson(entry.value("entries", Json::array()), path, items);
-        } else if (entry.value("kind", "") == "file") {
+            collectJson(entriesIn(entry), path, items);
+        } else if (kind == "file") {
             items.push_back({path, false, valueFromJson(entry, name)});
         } else {
             refuseJson("the entry " + name + " is neither \"file\" nor \"directory\"");
@@ -91,11 +106,21 @@ void collectJson(const Json& entries, const std::wstring& directory, std::vector
     }
 }
 
-std::string inputText(const std::string& name) {
-    if (name.empty() || name == "-") return {std::istreambuf_iterator<char>(std::cin), {}};
-    std::ifstream file(name, std::ios::binary);
-    if (!file) throw Failure(kUsage, name + ": cannot be read", name);
-    return {std::istreambuf_iterator<char>(file), {}};
+/// Every directory takes two levels, and paths have at most 1023 characters. Deeper ones would take
+/// the machine's stack.
+constexpr int kDeepestDump = 2000;
+
+Json parseDump(const std::string& text) {
+    const Json::parser_callback_t limit = [](int depth, Json::parse_event_t, Json&) {
+        if (depth > kDeepestDump) refuseJson("it is nested too deeply");
+        return true;
+    };
+    Json object = Json::parse(text, limit, false);
+    if (object.is_discarded()) refuseJson("it is no JSON");
+    if (!object.is_object() || !object.contains("schema") || object["schema"] != kSchema ||
+        textIn(object, "command") != "dump")
+        refuseJson("\"command\": \"dump\" and \"schema\": 1 are missing");
+    return object;
 }
 
 void removeEverything(Session& session, const std::wstring& directory) {
@@ -112,9 +137,8 @@ void removeEverything(Session& session, const std::wstring& directory) {
 
 std::vector<Stored> everythingBelow(Session& session, const std::wstring& directory) {
     std::vector<Stored> items;
-    Way way;
-    if (session.hasDirectories() && way.enter(session.store(), directory))
-        addBelow(session, directory, way, items);
+    Way way(session);
+    if (session.hasDirectories() && way.copy(directory)) addBelow(session, directory, way, items);
     return items;
 }
 
@@ -146,23 +170,20 @@ int runDump(Session& session, const Options& options) {
     Json object = jsonHead(options);
     object["schema"] = kSchema;
     object["path"] = utf8(path);
-    Way way;
-    const bool entered = stored && way.enter(session.store(), path);
+    Way way(session);
+    const bool entered = stored && way.copy(path);
     object["entries"] = entered ? entriesJson(session, path, way) : Json::array();
     std::cout << object.dump(1, ' ', false, Json::error_handler_t::replace) << "\n";
     return kDone;
 }
 
 int runLoad(Session& session, const Options& options) {
-    const Json object = Json::parse(inputText(options.argument()), nullptr, false);
-    if (object.is_discarded()) refuseJson("it is no JSON");
-    if (!object.is_object() || object.value("command", "") != "dump" ||
-        object.value("schema", 0) != kSchema)
-        refuseJson("\"command\": \"dump\" and \"schema\": 1 are missing");
-    const std::wstring path = directoryPath(session, object.value("path", "/"));
+    const Json object = parseDump(readInput(options.argument("-")));
+    const std::string top = textIn(object, "path");
+    const std::wstring path = directoryPath(session, top.empty() ? "/" : top);
     static_cast<void>(session.safeState());  // nothing may run on a damaged store
     std::vector<Stored> items;
-    collectJson(object.value("entries", Json::array()), path, items);
+    collectJson(entriesIn(object), path, items);
     if (options.replace && isStoredDirectory(session, path) && session.hasDirectories())
         removeEverything(session, path);
     if (path != L"/") putDirectory(session, path);

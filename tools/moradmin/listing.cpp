@@ -3,6 +3,7 @@
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/paths.h"
+#include "tools/moradmin/way.h"
 
 #include <csignal>
 #include <iostream>
@@ -64,8 +65,8 @@ int runTree(Session& session, const Options& options) {
     if (!isStoredDirectory(session, top)) refuseMissing(session, top);
     std::cout << coloured(utf8(top), true) << "\n";
     if (!session.hasDirectories()) return kDone;
-    Way way;
-    if (!way.enter(session.store(), top)) return kDone;
+    Way way(session);
+    if (!way.show(top)) return kDone;
     std::vector<Branch> open = {{top, session.store().entries(top), 0}};
     while (!open.empty()) {
         Branch& branch = open.back();
@@ -82,8 +83,7 @@ int runTree(Session& session, const Options& options) {
                   << "\n";
         if (!entry.directory) continue;
         const std::wstring path = joined(branch.path, entry.name);
-        if (way.enter(session.store(), path))
-            open.push_back({path, session.store().entries(path), 0});
+        if (way.show(path)) open.push_back({path, session.store().entries(path), 0});
     }
     return kDone;
 }

@@ -10,6 +10,7 @@
 #include <memory>
 #include <sstream>
 #include <string_view>
+#include <utility>
 
 namespace mor::tool {
 
@@ -30,9 +31,17 @@ bool isNegativeNumber(std::string_view word) {
     return word.size() > 1 && word[0] == '-' && (digit(1) || (word[1] == '.' && digit(2)));
 }
 
+/// A check that refuses an empty word; `wanted` says what is to stand there.
+auto notEmpty(std::string wanted) {
+    return [wanted = std::move(wanted)](const std::string& word) {
+        return word.empty() ? wanted + " is wanted" : std::string();
+    };
+}
+
 void addArguments(CLI::App& app, const Command& command, Options& options) {
     app.add_option("drawing", options.drawing, "the drawing, a DXF text file")
         ->type_name("DRAWING")
+        ->check(notEmpty("the name of a drawing"))
         ->required();
     if (command.arguments.empty()) return;
     app.add_option("arguments", options.arguments, std::string(command.argumentHelp))
@@ -49,7 +58,8 @@ void addOptions(CLI::App& app, const Command& command, Options& options) {
                      "do everything but the save; print the records that would change");
         app.add_flag("--no-backup", options.noBackup, "do not keep the old file as NAME.bak");
         app.add_option("-o,--output", options.output, "save to FILE instead of the drawing")
-            ->type_name("FILE");
+            ->type_name("FILE")
+            ->check(notEmpty("the name of a file"));
     }
     if (has(kNew)) {
         app.add_option("--release", options.release, "R12 R2000 R2004 R2007 R2010 R2013 R2018")
@@ -82,7 +92,8 @@ void addOptions(CLI::App& app, const Command& command, Options& options) {
         app.add_flag(std::string(kStringOption), options.asString,
                      "store the value as one string, as it stands");
         app.add_option("--file", options.fileValue, "read the value from FILE; - is stdin")
-            ->type_name("FILE");
+            ->type_name("FILE")
+            ->check(notEmpty("the name of a file"));
     }
 }
 
@@ -106,9 +117,7 @@ void addLookingOptions(CLI::App& app, const Command& command, Options& options) 
     if (!has(kDrawing)) return;
     app.add_option("-o,--output", options.output, "write the picture to FILE instead of stdout")
         ->type_name("FILE")
-        ->check([](const std::string& word) {
-            return std::string(word.empty() ? "the name of a file is wanted" : "");
-        });
+        ->check(notEmpty("the name of a file"));
     app.add_flag("--no-xrefs", options.noReferences, "leave out external references");
 }
 
@@ -117,13 +126,11 @@ void addReferenceOptions(CLI::App& app, const Command& command, Options& options
         app.add_option("--in", options.inside,
                        "look through a reference: its name, or the handle of an insert")
             ->type_name("NAME|HANDLE")
-            ->check([](const std::string& word) {
-                return std::string(
-                    word.empty() ? "a reference's name or the handle of an insert is wanted" : "");
-            });
+            ->check(notEmpty("a reference's name or the handle of an insert"));
     app.add_option("--xref-path", options.referenceFolders,
                    "look for references in DIR too (repeatable)")
         ->type_name("DIR")
+        ->check(notEmpty("the name of a folder"))
         ->allow_extra_args(false);
     app.add_option("--map", options.referenceMappings,
                    "beginning of saved paths and its place here: C:\\proj=/srv/proj")

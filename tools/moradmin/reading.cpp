@@ -6,9 +6,12 @@
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/paths.h"
+#include "tools/moradmin/way.h"
 
 #include <iostream>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace mor::tool {
@@ -47,7 +50,7 @@ void collect(Session& session, const std::wstring& directory, const std::wstring
     for (const Store::Entry& entry : session.store().entries(directory)) {
         const std::wstring path = joined(directory, entry.name);
         listed.push_back({path, prefix + entry.name, entry.directory});
-        if (!recursive || !entry.directory || !way.enter(session.store(), path)) continue;
+        if (!recursive || !entry.directory || !way.show(path)) continue;
         collect(session, path, prefix + entry.name + L"/", recursive, way, listed);
         way.leave();
     }
@@ -99,9 +102,11 @@ void nameSkipped(Session& session, const std::wstring& pattern) {
         parts.push_back(pattern.substr(begin, end == std::wstring::npos ? end : end - begin));
     }
     std::vector<std::pair<std::wstring, std::size_t>> open = {{L"/", 0}};
+    std::set<std::pair<mor::EntityName, std::size_t>> seen;
     while (!open.empty()) {
         const auto [directory, part] = open.back();
         open.pop_back();
+        if (!seen.emplace(session.store().directoryName(directory), part).second) continue;
         for (const Store::Entry& entry : session.store().entries(directory)) {
             const bool last = part + 1 == parts.size();
             if (entry.directory == last ||
@@ -215,9 +220,8 @@ int runLs(Session& session, const Options& options) {
         const bool there = path == L"/" || (stored && session.store().isDirectory(path.c_str()));
         if (!there)
             throw Failure(kRefused, session.message(utf8(path) + " is not there"), utf8(path));
-        Way way;
-        if (stored && way.enter(session.store(), path))
-            collect(session, path, L"", options.recursive, way, listed);
+        Way way(session);
+        if (stored && way.show(path)) collect(session, path, L"", options.recursive, way, listed);
     }
     printListed(session, options, listed, path);
     return kDone;
@@ -227,6 +231,9 @@ int runFind(Session& session, const Options& options) {
     const std::wstring pattern = wide(options.argument());
     if (!pattern.starts_with(L'/'))
         throw Failure(kRefused, session.message("a pattern begins with /, as in /cfg/*/x"),
+                      options.argument());
+    if (pattern.size() > kMaxPathLength)
+        throw Failure(kRefused, session.message("a pattern has at most 1023 characters"),
                       options.argument());
     CMORAdsLispVar found;
     if (session.hasDirectories()) {

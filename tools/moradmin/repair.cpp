@@ -38,7 +38,7 @@ void sendCheck() {
 }
 
 void salvage(Session& session) {
-    const StoreState before = session.state();
+    const StoreState before = session.takeState();
     if (before.findings.empty()) return;
     const SalvagePlan plan = planSalvage(session, before);
     for (const std::string& line : applySalvage(session, before, plan)) std::cout << line << "\n";

@@ -10,6 +10,7 @@
 #include "tools/moradmin/salvage.h"
 
 #include <algorithm>
+#include <optional>
 #include <set>
 
 namespace mor::tool {
@@ -19,7 +20,11 @@ namespace {
 class Builder {
 public:
     Builder(Session& session, const StoreState& state, const SalvagePlan& plan)
-        : m_session(session), m_state(state), m_plan(plan) {}
+        : m_session(session), m_state(state), m_plan(plan) {
+        for (const SalvagePlan::Place& place : plan.places)
+            for (std::wstring path = place.path; m_needed.insert(path).second && path != kRootPath;)
+                path = parentOf(path);
+    }
 
     std::vector<std::string> run() {
         openLayer();
@@ -28,6 +33,7 @@ public:
         for (const std::size_t index : m_plan.dropped) drop(index);
         dropWrongLinks();
         if (!m_plan.places.empty()) linkAll();
+        moveFilesOfTheRoot();
         renameTakenFiles();
         closeLayer();
         return std::move(m_report);
@@ -52,24 +58,23 @@ private:
     void renewDoubledHandles();
     void placeRecords();
     void drop(std::size_t index);
-    /// Whether the plan has a directory there or below.
-    [[nodiscard]] bool isNeeded(const std::wstring& path) const {
-        return std::ranges::any_of(m_plan.places, [&path](const SalvagePlan::Place& place) {
-            return place.path == path || place.path.starts_with(path + L"/");
-        });
-    }
     void dropWrongLinks();
     void linkAll();
     mor::EntityName ensure(const std::wstring& path);
     void link(CMOREntity& parent, const std::wstring& attribute, const std::wstring& path,
               mor::EntityName child);
+    void moveFilesOfTheRoot();
+    bool moveToLostFound(CMOREntity& root, const std::wstring& name, std::size_t number);
     void renameTakenFiles();
-    void renameFile(CMOREntity& directory, const std::wstring& path, const std::wstring& name);
+    static std::optional<std::wstring> freeName(const CMOREntity& directory,
+                                                const std::wstring& name);
+    void renameFile(mor::EntityName directory, const std::wstring& path, const std::wstring& name);
 
     Session& m_session;
     const StoreState& m_state;
     const SalvagePlan& m_plan;
     std::vector<std::string> m_report;
+    std::set<std::wstring> m_needed;  // paths where the plan has a directory, there or below
     std::map<std::wstring, mor::EntityName> m_entities;  // by path, as they are linked
 };
 
@@ -119,7 +124,7 @@ void Builder::placeRecords() {
         // missing.
         entity.SetAttributeText(kIdAttribute, kDirectoryId);
         entity.SetAttributeText(kInfoAttribute, place.path.c_str());
-        if (directory.info != place.path)
+        if (directory.info() != place.path)
             say("wrote its path into " + utf8(place.path) + " [" + directory.handle + "]");
         entity.Flush();
     }
@@ -145,7 +150,7 @@ void Builder::dropWrongLinks() {
             const auto name = dirNameOfLink(attribute.name);
             if (!name || !isDirName(*name) || attribute.name == kRootLink) continue;
             const std::wstring path = joined(place.path, std::wstring(*name));
-            if (isNeeded(path)) continue;
+            if (m_needed.contains(path)) continue;
             entity.DeleteAttribute(attribute.name.c_str());
             changed = true;
             say("dropped the wrong link to " + utf8(path));
@@ -168,14 +173,14 @@ void Builder::link(CMOREntity& parent, const std::wstring& attribute, const std:
 
 mor::EntityName Builder::ensure(const std::wstring& path) {
     if (const auto known = m_entities.find(path); known != m_entities.end()) return known->second;
-    const auto planned = std::ranges::find(m_plan.places, path, &SalvagePlan::Place::path);
+    const auto planned = m_plan.byPath.find(path);
     CMOREntity parent;
     const bool root = path == L"/";
     if (root ? !m_session.store().connectAnchor(parent) : !connect(parent, ensure(parentOf(path))))
         return {};
     mor::EntityName name;
-    if (planned != m_plan.places.end()) {
-        name = record(*planned).name;
+    if (planned != m_plan.byPath.end()) {
+        name = record(m_plan.places[planned->second]).name;
         link(parent, root ? kRootLink : L"^" + nameOf(path), path, name);
     } else {
         CMOREntity made;
@@ -194,25 +199,60 @@ void Builder::linkAll() {
     for (const SalvagePlan::Place& place : m_plan.places) static_cast<void>(ensure(place.path));
 }
 
-void Builder::renameFile(CMOREntity& directory, const std::wstring& path,
-                         const std::wstring& name) {
+/// Nothing reads a file in the root. A file that fits nowhere stays, and the check tells it.
+void Builder::moveFilesOfTheRoot() {
+    const auto known = m_entities.find(kRootPath);
+    CMOREntity root;
+    if (known == m_entities.end() || !connect(root, known->second)) return;
+    CMORStringList names;
+    root.GetAttributeNames(names);
+    std::size_t number = 0;
+    for (std::size_t i = 0; i < names.Entries(); ++i) {
+        const std::wstring name = names.Nth(i);
+        if (isFileName(name) && !moveToLostFound(root, name, number))
+            moveToLostFound(root, name, ++number);
+    }
+}
+
+bool Builder::moveToLostFound(CMOREntity& root, const std::wstring& name, std::size_t number) {
+    const std::wstring path = lostFound(number);
     CMORAdsLispVar value;
-    if (!directory.GetAttribute(name.c_str(), value)) return;
-    for (int number = 2;; ++number) {
-        const std::wstring other = name + L"-" + std::to_wstring(number);
+    CMOREntity directory;
+    if (!root.GetAttribute(name.c_str(), value) || !connect(directory, ensure(path))) return false;
+    const std::optional<std::wstring> free = freeName(directory, name);
+    if (!free || !directory.SetAttribute(free->c_str(), value) || !directory.Flush()) return false;
+    root.DeleteAttribute(name.c_str());
+    root.Flush();
+    say("moved the file " + utf8(joined(kRootPath, name)) + " to " + utf8(joined(path, *free)));
+    return true;
+}
+
+/// The name, or with a number behind it the first that neither file nor directory has.
+std::optional<std::wstring> Builder::freeName(const CMOREntity& directory,
+                                              const std::wstring& name) {
+    for (int number = 1;; ++number) {
+        const std::wstring other = number == 1 ? name : name + L"-" + std::to_wstring(number);
+        if (!isFileName(other)) return std::nullopt;
         const std::wstring plain = other.starts_with(L'>') ? other.substr(1) : other;
         CMORAdsLispVar taken;
-        if (directory.GetAttribute(other.c_str(), taken) ||
-            directory.GetAttribute((L"^" + plain).c_str(), taken))
-            continue;
-        if (!isFileName(other) || other.size() > kMaxFileNameLength) return;
-        if (!directory.DeleteAttribute(name.c_str()) ||
-            !directory.SetAttribute(other.c_str(), value) || !directory.Flush())
-            return;
-        say("renamed the file " + utf8(joined(path, name)) + " to " + utf8(other) +
-            ", a directory has its name");
-        return;
+        if (!directory.GetAttribute(other.c_str(), taken) &&
+            !directory.GetAttribute((L"^" + plain).c_str(), taken))
+            return other;
     }
+}
+
+void Builder::renameFile(mor::EntityName entity, const std::wstring& path,
+                         const std::wstring& name) {
+    CMOREntity directory;  // of this name alone: what fails is dropped with it
+    CMORAdsLispVar value;
+    if (!connect(directory, entity)) return;
+    const std::optional<std::wstring> free = freeName(directory, name);
+    if (!free || !directory.GetAttribute(name.c_str(), value) ||
+        !directory.DeleteAttribute(name.c_str()) || !directory.SetAttribute(free->c_str(), value) ||
+        !directory.Flush())
+        return;
+    say("renamed the file " + utf8(joined(path, name)) + " to " + utf8(*free) +
+        ", a directory has its name");
 }
 
 void Builder::renameTakenFiles() {
@@ -227,7 +267,7 @@ void Builder::renameTakenFiles() {
         for (std::size_t i = 0; i < names.Entries(); ++i) {
             const std::wstring file = names.Nth(i);
             const std::wstring plain = file.starts_with(L'>') ? file.substr(1) : file;
-            if (isFileName(file) && links.contains(plain)) renameFile(directory, path, file);
+            if (isFileName(file) && links.contains(plain)) renameFile(name, path, file);
         }
     }
 }

@@ -15,6 +15,7 @@ namespace mor::tool {
 namespace {
 
 constexpr const wchar_t* kLostFound = L"/lost-found";
+constexpr std::size_t kPlacesPerLostFound = 200;
 
 class Planner {
 public:
@@ -22,8 +23,8 @@ public:
         : m_document(session.document()), m_state(state) {
         for (std::size_t i = 0; i < state.directories.size(); ++i) {
             m_byName.emplace(state.directories[i].name, i);
-            if (isDirPath(state.directories[i].info))
-                m_claims[state.directories[i].info].push_back(i);
+            m_infos.push_back(state.directories[i].info());
+            if (isDirPath(m_infos.back())) m_claims[m_infos.back()].push_back(i);
         }
     }
 
@@ -33,6 +34,9 @@ public:
         placeRest();
         std::ranges::stable_sort(m_plan.places, {},
                                  [](const SalvagePlan::Place& p) { return p.path.size(); });
+        m_plan.byPath.clear();
+        for (std::size_t i = 0; i < m_plan.places.size(); ++i)
+            m_plan.byPath.emplace(m_plan.places[i].path, i);
         return std::move(m_plan);
     }
 
@@ -53,13 +57,16 @@ private:
     void placeRest();
     void placeAtOrBeside(std::size_t index, const std::wstring& path);
     [[nodiscard]] bool isFree(const std::wstring& path) const;
-    [[nodiscard]] std::wstring lostName(std::size_t index) const;
+    [[nodiscard]] std::wstring lostPlace(std::size_t index);
 
     const AcApDocument* m_document;
     const StoreState& m_state;
     SalvagePlan m_plan;
     std::map<mor::EntityName, std::size_t> m_byName;
+    std::vector<std::wstring> m_infos;                          // of the directories
     std::map<std::wstring, std::vector<std::size_t>> m_claims;  // by "$INFO"
+    std::map<std::wstring, int> m_numbers;                      // last one used beside a path
+    std::size_t m_lost = 0;                                     // places in /lost-found given out
     std::set<std::size_t> m_placed;
     std::deque<std::pair<std::size_t, std::wstring>> m_queue;
 };
@@ -69,7 +76,10 @@ std::optional<std::size_t> Planner::chooseRoot() {
     if (linked != nullptr) {
         const std::size_t index = m_byName[linked->name];
         const bool readable = linked->attributes.damage.empty();
-        if (readable && (linked->info == L"/" || !claimedByAnother(L"/", index))) return index;
+        // What holds files was made as another directory, when it says so: no root has any.
+        const bool other = linked->hasFiles() && isDirPath(m_infos[index]);
+        if (readable && (m_infos[index] == L"/" || (!other && !claimedByAnother(L"/", index))))
+            return index;
     }
     const auto claims = m_claims.find(L"/");
     if (claims == m_claims.end()) return std::nullopt;
@@ -94,11 +104,11 @@ void Planner::followLinks(std::size_t index, const std::wstring& path) {
     for (const host::RecordAttribute& attribute : record(index).attributes.items) {
         const auto name = dirNameOfLink(attribute.name);
         if (attribute.name == kRootLink || !name || !isDirName(*name)) continue;
-        const auto target = host::findHandle(m_document, host::stringOf(attribute.value));
+        const auto target = host::findHandle(m_document, linkText(attribute));
         const auto known = target ? m_byName.find(*target) : m_byName.end();
         if (known == m_byName.end() || m_placed.contains(known->second)) continue;
         const std::wstring at = joined(path, std::wstring(*name));
-        const std::wstring& info = record(known->second).info;
+        const std::wstring& info = m_infos[known->second];
         if (info != at && (claimedByAnother(at, known->second) || !isFree(at))) continue;
         if (at.size() > kMaxPathLength || m_plan.byPath.contains(at)) continue;
         m_placed.insert(known->second);
@@ -129,11 +139,12 @@ void Planner::placeAtOrBeside(std::size_t index, const std::wstring& path) {
         m_plan.dropped.push_back(index);
         return;
     }
-    for (int number = 2;; ++number) {
-        const std::wstring numbered = path + L"-" + std::to_wstring(number);
+    int& number = m_numbers.try_emplace(path, 1).first->second;
+    while (true) {
+        const std::wstring numbered = path + L"-" + std::to_wstring(++number);
         if (!isFree(numbered)) continue;
         if (numbered.size() > kMaxPathLength || nameOf(numbered).size() > kMaxDirNameLength)
-            place(index, joined(kLostFound, lostName(index)));
+            place(index, lostPlace(index));
         else
             place(index, numbered);
         return;
@@ -143,31 +154,34 @@ void Planner::placeAtOrBeside(std::size_t index, const std::wstring& path) {
 void Planner::placeClaims() {
     std::vector<std::size_t> waiting;
     for (std::size_t i = 0; i < m_state.directories.size(); ++i)
-        if (isDirPath(record(i).info) && record(i).info != L"/" &&
-            record(i).info.size() <= kMaxPathLength)
-            waiting.push_back(i);
+        if (isDirPath(m_infos[i]) && m_infos[i] != L"/") waiting.push_back(i);
     // Parents first: their links may reach the others. Among equals those with values keep the
     // name.
     std::ranges::stable_sort(waiting, [this](std::size_t a, std::size_t b) {
-        if (record(a).info.size() != record(b).info.size())
-            return record(a).info.size() < record(b).info.size();
+        if (m_infos[a].size() != m_infos[b].size()) return m_infos[a].size() < m_infos[b].size();
         return record(a).hasFiles() && !record(b).hasFiles();
     });
     for (const std::size_t index : waiting)
-        if (!m_placed.contains(index)) placeAtOrBeside(index, record(index).info);
+        if (!m_placed.contains(index)) placeAtOrBeside(index, m_infos[index]);
 }
 
-std::wstring Planner::lostName(std::size_t index) const {
+/// A place of its own below /lost-found; one directory has not room for the links of all.
+std::wstring Planner::lostPlace(std::size_t index) {
     const std::string& handle = record(index).handle;
-    return L"dir-" + std::wstring(handle.begin(), handle.end());
+    return joined(lostFound(m_lost++ / kPlacesPerLostFound),
+                  L"dir-" + std::wstring(handle.begin(), handle.end()));
 }
 
 void Planner::placeRest() {
     for (std::size_t i = 0; i < m_state.directories.size(); ++i)
-        if (!m_placed.contains(i)) placeAtOrBeside(i, joined(kLostFound, lostName(i)));
+        if (!m_placed.contains(i)) placeAtOrBeside(i, lostPlace(i));
 }
 
 }  // namespace
+
+std::wstring lostFound(std::size_t number) {
+    return number == 0 ? kLostFound : kLostFound + (L"-" + std::to_wstring(number + 1));
+}
 
 SalvagePlan planSalvage(const Session& session, const StoreState& state) {
     return Planner(session, state).run();

@@ -1,11 +1,9 @@
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
+#include "tools/moradmin/input.h"
 #include "tools/moradmin/output.h"
 
 #include <algorithm>
-#include <fstream>
-#include <iostream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -96,11 +94,7 @@ std::string scriptText(const Options& options) {
     if (options.script && !options.arguments.empty())
         throw Failure(kUsage, "a FILE or -c COMMANDS, not both");
     if (options.script) return *options.script;
-    const std::string name = options.argument("-");
-    if (name == "-") return {std::istreambuf_iterator<char>(std::cin), {}};
-    std::ifstream file(name, std::ios::binary);
-    if (!file) throw Failure(kUsage, name + ": cannot be read", name);
-    return {std::istreambuf_iterator<char>(file), {}};
+    return readInput(options.argument("-"));
 }
 
 /// A command that looks at what the ones before it have done, and is saved with them.

@@ -1,6 +1,5 @@
 #include "tools/moradmin/session.h"
 
-#include "dwgfs/path_rules.h"
 #include "frame/message_system.h"
 #include "platform/runtime.h"
 #include "space/global_view.h"
@@ -55,15 +54,6 @@ mor::EntityName Store::directoryName(const std::wstring& path) {
     ads_name name = {};
     if (getDir(own.c_str(), false, directory)) directory.GetEName(name);
     return mor::EntityName(name);
-}
-
-bool Way::enter(Store& store, const std::wstring& path) {
-    if (path.size() >= kMaxPathLength) return false;
-    const mor::EntityName name = store.directoryName(path);
-    if (name.isNone() || std::ranges::find(m_directories, name) != m_directories.end())
-        return false;
-    m_directories.push_back(name);
-    return true;
 }
 
 Session::Session(const std::string& file) : m_file(file) {
@@ -130,6 +120,13 @@ const StoreState& Session::state() {
     learn(opened.value());
     host::closeDocument(opened.value());
     return *m_state;
+}
+
+StoreState Session::takeState() {
+    static_cast<void>(state());
+    StoreState taken = std::move(*m_state);
+    forget();
+    return taken;
 }
 
 const host::DocumentInfo& Session::info() {

@@ -9,7 +9,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace mor::tool {
@@ -35,19 +34,6 @@ public:
                                   const std::wstring& path, CMOREntity& directory);
     /// None when the directory does not resolve.
     [[nodiscard]] mor::EntityName directoryName(const std::wstring& path);
-};
-
-/// The directories on the way down a tree. Links may lead in a circle: a walk shows a directory
-/// that holds itself and does not enter it again.
-class Way {
-public:
-    /// False, and not entered, when the directory is on the way already, does not resolve, or has a
-    /// path too long to go on.
-    [[nodiscard]] bool enter(Store& store, const std::wstring& path);
-    void leave() { m_directories.pop_back(); }
-
-private:
-    std::vector<mor::EntityName> m_directories;
 };
 
 /// One drawing opened for a command: current and active until the end. Throws Failure.
@@ -82,6 +68,8 @@ public:
     /// Whether there is a store with directories in it; refuses like `safeState`.
     [[nodiscard]] bool hasDirectories();
     [[nodiscard]] Store& store();
+    /// The state, handed over; learnt anew when it is asked for again.
+    [[nodiscard]] StoreState takeState();
     /// To be called after a change: what was learnt of the drawing before does not hold any more.
     void forget();
     /// Current and active again, where several drawings are open.

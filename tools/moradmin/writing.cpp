@@ -2,27 +2,19 @@
 #include "host/host.h"
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
+#include "tools/moradmin/input.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/paths.h"
 #include "tools/moradmin/storing.h"
 
-#include <algorithm>
-#include <fstream>
-#include <iostream>
-#include <iterator>
-#include <optional>
 #include <string>
+#include <vector>
 
 namespace mor::tool {
 
 namespace {
 
-std::string readInput(const std::string& name) {
-    if (name == "-") return {std::istreambuf_iterator<char>(std::cin), {}};
-    std::ifstream file(name, std::ios::binary);
-    if (!file) throw Failure(kUsage, name + ": cannot be read", name);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
+constexpr std::size_t kHandleDigits = 16;  // at most
 
 CMORAdsLispVar parsedValue(const std::string& text) {
     auto value = host::readLisp(text);
@@ -50,45 +42,63 @@ CMORAdsLispVar wantedValue(const Options& options) {
     throw Failure(kRefused, session.message(text), utf8(path));
 }
 
-/// Names that are taken by the other kind of entry: the library would refuse some of them only
-/// after making directories, and make a directory x beside a file >x that then is out of reach.
-void refuseTakenNames(Session& session, const std::wstring& path) {
-    std::wstring directory = L"/";
-    for (std::size_t begin = 1;;) {
-        const std::size_t end = path.find(L'/', begin);
-        const std::wstring name = path.substr(begin, end == std::wstring::npos ? end : end - begin);
-        const std::wstring plain =
-            joined(directory, name.starts_with(L'>') ? name.substr(1) : name);
-        if (end == std::wstring::npos) {
-            if (isStoredDirectory(session, plain))
-                refuse(session, path, utf8(plain) + " is a directory; a file cannot have its name");
-            return;
+/// Each directory on the way to `path`, then `path` itself, a directory.
+std::vector<std::wstring> directoriesTo(const std::wstring& path) {
+    std::vector<std::wstring> result;
+    for (std::size_t end = path.find(L'/', 1); end != std::wstring::npos;
+         end = path.find(L'/', end + 1))
+        result.push_back(path.substr(0, end));
+    if (path != L"/") result.push_back(path);
+    return result;
+}
+
+/// Names of directories that files have: the library would refuse some of them only after making
+/// others, and make a directory x beside a file >x that then is out of reach.
+void refuseFilesOnTheWay(Session& session, const std::wstring& path) {
+    for (const std::wstring& directory : directoriesTo(path)) {
+        if (isStoredDirectory(session, directory)) continue;
+        const std::wstring arrow = joined(parentOf(directory), L">" + nameOf(directory));
+        for (const std::wstring& file : {directory, arrow})
+            if (isStoredFile(session, file))
+                refuse(session, path, utf8(file) + " is a file; a directory cannot have its name");
+    }
+}
+
+/// The name of a file that a directory has.
+void refuseDirectoryInTheWay(Session& session, const std::wstring& path) {
+    const std::wstring name = nameOf(path);
+    const std::wstring plain =
+        joined(parentOf(path), name.starts_with(L'>') ? name.substr(1) : name);
+    if (isStoredDirectory(session, plain))
+        refuse(session, path, utf8(plain) + " is a directory; a file cannot have its name");
+}
+
+/// Says why a directory was not made, if it was not.
+void explainMissingDirectory(Session& session, const std::wstring& path) {
+    const auto store = Session::freshStore();
+    std::wstring made = L"/";
+    for (const std::wstring& directory : directoriesTo(path)) {
+        if (store->isDirectory(directory.c_str())) {
+            made = directory;
+            continue;
         }
-        if (!isStoredDirectory(session, plain))
-            for (const std::wstring& file : {plain, joined(directory, L">" + name)})
-                if (isStoredFile(session, file))
-                    refuse(session, path,
-                           utf8(file) + " is a file; a directory cannot have its name");
-        directory = plain;
-        begin = end + 1;
+        const long free = store->getFreeMem(made.c_str());
+        const std::wstring link = L"^" + nameOf(directory);
+        const std::string why =
+            !host::hasFreeHandle(session.document()) ? "the drawing has no handle left for it"
+            : free < host::attributeBytes(link, host::makeString(std::wstring(kHandleDigits, L'F')))
+                ? std::to_string(free) + " bytes are free in " + utf8(made) + " for the link to it"
+                : "the drawing refuses it";
+        refuse(session, path, utf8(directory) + " cannot be made: " + why);
     }
 }
 
 /// Says why a write did not come about.
 [[noreturn]] void explainRefusal(Session& session, const std::wstring& path,
                                  const CMORAdsLispVar& value) {
+    explainMissingDirectory(session, parentOf(path));
     const auto store = Session::freshStore();
-    std::wstring made = L"/";
-    for (std::size_t end = path.find(L'/', 1); end != std::wstring::npos;
-         end = path.find(L'/', end + 1)) {
-        const std::wstring directory = path.substr(0, end);
-        if (!store->isDirectory(directory.c_str()))
-            refuse(session, path,
-                   utf8(directory) +
-                       " cannot be made: " + std::to_string(store->getFreeMem(made.c_str())) +
-                       " bytes are free in " + utf8(made) + " for the link to it");
-        made = directory;
-    }
+    const std::wstring made = parentOf(path);
     const long free = store->getFreeMem(made.c_str()) + store->getUsedMem(path.c_str());
     const long needed = host::attributeBytes(nameOf(path), value);
     if (needed > free)
@@ -123,7 +133,8 @@ int runNew(const Options& options) {
 }
 
 void putValue(Session& session, const std::wstring& path, const CMORAdsLispVar& value) {
-    refuseTakenNames(session, path);
+    refuseFilesOnTheWay(session, parentOf(path));
+    refuseDirectoryInTheWay(session, path);
     if (!session.store().write(path.c_str(), value)) explainRefusal(session, path, value);
 }
 
@@ -136,10 +147,11 @@ void confirmValue(Session& session, Store& fresh, const std::wstring& path,
 }
 
 void putDirectory(Session& session, const std::wstring& path) {
-    refuseTakenNames(session, joined(path, L"x"));
+    refuseFilesOnTheWay(session, path);
     if (session.store().makeDirectory(path) && Session::freshStore()->isDirectory(path.c_str()))
         return;
-    explainRefusal(session, joined(path, L"x"), {});
+    explainMissingDirectory(session, path);
+    refuse(session, path, utf8(path) + " cannot be made");
 }
 
 int runPut(Session& session, const Options& options) {
