@@ -9,12 +9,13 @@
 namespace mor::host::faults {
 
 /// Makes every `nth` call from now on of the platform operation fail, once: 1 is the next call. The
-/// operations are named as the platform spells them: "acutNewRb", "acdbEntMake", "acdbEntLast", "acdbEntNext",
-/// "acdbEntDel", "acdbHandEnt", "acdbTblSearch", "acdbTblNext", "acedSSGet", "acedSSLength",
-/// "acedSSName", "lockDocument", "CMOREntity::Connect", "CMOREntity::Flush", "CMOREntity::Destroy",
-/// "CMOREntity::GetAttribute", "CMOREntity::SetAttribute", "CMOREntity::GetAttributeText",
-/// "CMOREntity::SetAttributeText", "CMOREntity::DeleteAttribute", "CMORAdsLayer::Connect",
-/// "CMORAdsLayer::Create", "CMORAdsLayer::Flush", "AfxInitExtensionModule".
+/// operations are named as the platform spells them: "acutNewRb", "acdbEntMake", "acdbEntLast",
+/// "acdbEntNext", "acdbEntDel", "acdbHandEnt", "acdbTblSearch", "acdbTblNext", "acedSSGet",
+/// "acedSSLength", "acedSSName", "lockDocument", "CMOREntity::Connect", "CMOREntity::Flush",
+/// "CMOREntity::Destroy", "CMOREntity::GetAttribute", "CMOREntity::SetAttribute",
+/// "CMOREntity::GetAttributeText", "CMOREntity::SetAttributeText", "CMOREntity::DeleteAttribute",
+/// "CMORAdsLayer::Connect", "CMORAdsLayer::Create", "CMORAdsLayer::Flush",
+/// "AfxInitExtensionModule".
 void failCall(std::string_view operation, std::size_t nth);
 /// Makes the nth call of any of these operations fail, once.
 void failAnyCall(std::size_t nth);
