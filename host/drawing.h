@@ -150,7 +150,7 @@ private:
                                      std::uint64_t line);
     /// Valid until another record is read.
     [[nodiscard]] std::string_view originalBytes(RecordNumber number) const;
-    void applyEdit(RecordNumber number, const RecordEdit& edit, TagList& record);
+    void applyEdit(RecordNumber number, const RecordEdit& edit, TagList& loaded);
     void buildHandles();
     void learnName(ContainerNumber container, RecordNumber number);
     [[nodiscard]] const std::unordered_map<std::wstring, RecordNumber>& symbols(

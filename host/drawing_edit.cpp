@@ -68,22 +68,22 @@ void patchText(const TagList& record, const LineStyle& lines, int code, const st
 }
 
 /// The record with other attributes: its own lists are replaced where the first one stood.
-std::string withAttributes(const TagList& record, const LineStyle& lines, std::string encoded) {
+std::string withAttributes(const TagList& record, std::string encoded) {
     std::vector<Patch> patches;
     for (const ExtendedRange& range : extendedRanges(record, kAttributeApplication))
         patches.push_back({record.tags()[range.begin].begin, record.tags()[range.end - 1].end, {}});
-    if (patches.empty()) {
-        const std::size_t end = record.bytes().size();
-        const bool open = end > 0 && record.bytes()[end - 1] != '\n';
-        patches.push_back({end, end, open ? std::string(lines.end()) : std::string()});
-    }
+    if (patches.empty()) patches.push_back({record.bytes().size(), record.bytes().size(), {}});
     patches.front().text += encoded;
     return applyPatches(record.bytes(), std::move(patches));
 }
 
 }  // namespace
 
-void Drawing::applyEdit(RecordNumber number, const RecordEdit& edit, TagList& record) {
+void Drawing::applyEdit(RecordNumber number, const RecordEdit& edit, TagList& loaded) {
+    TagList record = loaded;
+    // The last record of a file without EOF may lack its last line end.
+    if (const std::string_view end = lineEndFor(record.bytes(), m_style.lines); !end.empty())
+        record = TagList(record.bytes() + std::string(end));
     std::vector<Patch> patches;
     if (edit.handle != 0 && !record.tags().empty()) {
         const std::size_t place = record.tags().front().end;
@@ -96,12 +96,15 @@ void Drawing::applyEdit(RecordNumber number, const RecordEdit& edit, TagList& re
         else
             patchText(record, m_style.lines, code, std::get<std::string>(value), patches);
     }
-    if (!patches.empty()) record = TagList(applyPatches(record.bytes(), std::move(patches)));
-    if (!edit.attributes) return;
-    const AttributeList before = decodeAttributes(record, m_text, *this);
-    if (sameAttributes(before.items, edit.attributes->items)) return;
-    record = TagList(withAttributes(
-        record, m_style.lines, encodeAttributes(edit.attributes->items, m_style.lines, *this)));
+    const bool patched = !patches.empty();
+    if (patched) record = TagList(applyPatches(record.bytes(), std::move(patches)));
+    const bool sameList =
+        !edit.attributes ||
+        sameAttributes(decodeAttributes(record, m_text, *this).items, edit.attributes->items);
+    if (!sameList)
+        record = TagList(
+            withAttributes(record, encodeAttributes(edit.attributes->items, m_style.lines, *this)));
+    if (patched || !sameList) loaded = std::move(record);
 }
 
 void Drawing::setInteger(RecordNumber number, int code, std::int64_t value) {

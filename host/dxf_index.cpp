@@ -152,7 +152,7 @@ private:
     void endBlock(RecordNumber number);
     void member(RecordNumber number);
     ContainerNumber addContainer(ContainerKind kind, std::string name, RecordNumber head);
-    std::optional<Error> finish(std::uint64_t end);
+    std::optional<Error> finish();
     void expectRecords(std::uint64_t size, std::uint64_t seen);
 
     DxfIndex& m_index;
@@ -416,8 +416,8 @@ std::optional<Error> Indexer::pair(int code, std::string_view value, std::uint64
     return std::nullopt;
 }
 
-std::optional<Error> Indexer::finish(std::uint64_t end) {
-    m_index.end = end;
+std::optional<Error> Indexer::finish() {
+    if (m_ended) m_index.end = m_index.source->size();  // bytes behind EOF are its own
     if (auto error = endRecord()) return error;
     if (m_index.records.size() == 1)
         return Error{ErrorKind::Unreadable, m_file, 1, "no DXF text: no SECTION in it"};
@@ -509,6 +509,7 @@ std::optional<Error> Indexer::run() {
             m_index.crlf = feed != std::string::npos && feed > 0 && buffer[feed - 1] == '\r';
         }
         if (auto error = scan(buffer, base, last, at)) return error;
+        m_index.end = base + static_cast<std::uint64_t>(at - buffer.data());
         if (last) break;
         if (first) expectRecords(size, next);
         first = false;
@@ -518,7 +519,7 @@ std::optional<Error> Indexer::run() {
         buffer.erase(0, used);
         base += used;
     }
-    return finish(size);
+    return finish();
 }
 
 /// Makes room for as many records as the file will have when it goes on as it began.

@@ -36,7 +36,7 @@ struct Section {
 
 /// One DXF text file, cut into records. A record reaches from its group-0 line up to the next one;
 /// comments belong to the record that they follow. What stands before the first record belongs to
-/// none.
+/// none, nor do blanks behind the last one of a file without EOF.
 struct DxfIndex {
     std::shared_ptr<Source> source;
     std::vector<RecordEntry> records;  ///< [0] is unused; `place` is the offset in the source
@@ -48,7 +48,7 @@ struct DxfIndex {
     bool sawMarkers = false;  ///< a record has group 100
     bool sawOwners = false;   ///< an entity or table record has its owner in 330
     bool sawEof = false;
-    bool endsWithoutLineEnd = false;
+    bool endsWithoutLineEnd = false;  ///< the last record's last line
     std::uint64_t highestHandle = 0;
 
     [[nodiscard]] RecordNumber lastRecord() const {
