@@ -361,7 +361,8 @@ std::string comparePlan(const SavePlan& plan, const Drawing& drawing, const DxfI
             const RecordEntry& entry = written.records[number];
             if (entry.place != at + (drawing.entry(old).place - piece.from))
                 return "a copied record moved";
-            if (written.types.name(entry.type) != drawing.typeOf(old))
+            if (written.types.name(entry.type) != drawing.typeOf(old) ||
+                entry.handle != drawing.handleOf(old))
                 return "a copied record changed";
         }
         at += piece.size;
