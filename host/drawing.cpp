@@ -101,8 +101,8 @@ Result<std::unique_ptr<Drawing>> Drawing::load(std::shared_ptr<Source> source,
     if (!release) return release.error();
     RecordStyle style;
     style.release = release.value();
-    style.markers = style.release >= Release::R13 || index.value()->sawMarkers;
-    style.owners = style.release >= Release::R2000 || (style.markers && index.value()->sawOwners);
+    style.markers = style.release >= Release::R13;
+    style.owners = style.release >= Release::R2000;
     style.lines = {index.value()->crlf, startsPadded(*index.value())};
     std::unique_ptr<Drawing> drawing(
         new Drawing(std::move(index.value()), style, TextCoding(style.release, facts.codePage)));
@@ -127,6 +127,24 @@ Drawing::Drawing(std::unique_ptr<DxfIndex> index, RecordStyle style, TextCoding 
 }
 
 Drawing::~Drawing() = default;
+
+RecordStyle Drawing::styleFor(std::string_view type, const RecordForm& kind) {
+    const RecordForm own = m_index->formOf(typeNumber(type));
+    const RecordForm& form = own.seen() ? own : kind;
+    RecordStyle style = m_style;
+    // Of an old release readers may expect none, so one plain record is reason enough.
+    style.markers = style.markers || (form.marked && !form.plain);
+    style.owners = style.owners || (style.markers && m_index->sawOwners);
+    return style;
+}
+
+RecordStyle Drawing::tableStyle(std::string_view type) {
+    return styleFor(type, m_index->tableForm);
+}
+
+RecordStyle Drawing::entityStyle(std::string_view type) {
+    return styleFor(type, m_index->entityForm);
+}
 
 EntityName Drawing::nameOf(RecordNumber number) const {
     if (number == 0) return {};

@@ -28,7 +28,7 @@ struct RecordEdit {
     std::uint64_t handle = 0;
 };
 
-/// How records of a drawing look that are written anew.
+/// How records of a drawing look that are written anew; markers and owners depend on their type.
 struct RecordStyle {
     Release release = Release::R12;
     bool markers = false;  ///< group 100
@@ -55,7 +55,12 @@ public:
     [[nodiscard]] std::uint64_t endOf(RecordNumber number) const {
         return number < m_lastFileRecord ? m_records[number + 1].place : m_index->end;
     }
-    [[nodiscard]] const RecordStyle& style() const { return m_style; }
+    [[nodiscard]] Release release() const { return m_style.release; }
+    [[nodiscard]] const LineStyle& lines() const { return m_style.lines; }
+    /// How a new record of that type looks: as the file's own ones, else as its table records or
+    /// its entities do. From R13 on all have markers.
+    [[nodiscard]] RecordStyle tableStyle(std::string_view type);
+    [[nodiscard]] RecordStyle entityStyle(std::string_view type);
     [[nodiscard]] const TextCoding& text() const { return m_text; }
     [[nodiscard]] const std::string& version() const { return m_version; }
     [[nodiscard]] const std::string& codePage() const { return m_codePage; }
@@ -146,6 +151,8 @@ public:
 
 private:
     Drawing(std::unique_ptr<DxfIndex> index, RecordStyle style, TextCoding text);
+    [[nodiscard]] RecordStyle styleFor(std::string_view type, const RecordForm& kind);
+    [[nodiscard]] bool wantsBlockRecords();
     static Result<Release> releaseOf(const std::string& version, const std::string& file,
                                      std::uint64_t line);
     /// Valid until another record is read.

@@ -151,6 +151,7 @@ private:
     void beginBlock(RecordNumber number);
     void endBlock(RecordNumber number);
     void member(RecordNumber number);
+    void noteForm(std::uint16_t type);
     ContainerNumber addContainer(ContainerKind kind, std::string name, RecordNumber head);
     std::optional<Error> finish();
     void expectRecords(std::uint64_t size, std::uint64_t seen);
@@ -355,15 +356,19 @@ void Indexer::member(RecordNumber number) {
         m_paperOwner = m_scratch.handle;
 }
 
+void Indexer::noteForm(std::uint16_t type) {
+    if (m_in == InSection::Other || m_in == InSection::Outside) return;
+    if (type >= m_index.forms.size()) m_index.forms.resize(type + std::size_t{1});
+    m_index.forms[type].note(m_scratch.marker);
+}
+
 std::optional<Error> Indexer::endRecord() {
     const RecordNumber number = m_index.lastRecord();
     if (number == 0) return std::nullopt;
     RecordEntry& entry = m_index.records[number];
     entry.handle = m_scratch.handle;
     m_index.highestHandle = std::max(m_index.highestHandle, entry.handle);
-    // Objects always have markers, also those that some writers add to R12 files.
-    m_index.sawMarkers |=
-        m_scratch.marker && m_in != InSection::Other && m_in != InSection::Outside;
+    noteForm(entry.type);
     if (is(entry.type, kSection)) {
         entry.flags |= kEdge;
         if (m_in != InSection::Outside)
@@ -392,6 +397,9 @@ std::optional<Error> Indexer::endRecord() {
         endBlock(number);
     } else {
         if (m_scratch.owner != 0 && m_in != InSection::Other) m_index.sawOwners = true;
+        if (m_in == InSection::Tables) m_index.tableForm.note(m_scratch.marker);
+        if (m_in == InSection::Blocks || m_in == InSection::Entities)
+            m_index.entityForm.note(m_scratch.marker);
         member(number);
     }
     return std::nullopt;

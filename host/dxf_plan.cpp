@@ -35,7 +35,7 @@ std::string withInteger(const TagList& record, const Tag& tag, std::int64_t valu
 
 class Planner {
 public:
-    explicit Planner(Drawing& drawing) : m_drawing(drawing), m_lines(drawing.style().lines) {}
+    explicit Planner(Drawing& drawing) : m_drawing(drawing), m_lines(drawing.lines()) {}
 
     SavePlan run() {
         collectRecords();
@@ -131,7 +131,7 @@ void Planner::raiseCount(const Container& table, std::size_t made) {
 
 void Planner::addTable(const Container& table, std::map<std::size_t, std::string>& missing) {
     std::string bytes =
-        makeTableHead(m_drawing.style(), table.name, table.owner, table.added.size());
+        makeTableHead(m_drawing.tableStyle("TABLE"), table.name, table.owner, table.added.size());
     m_plan.edits.push_back({SavedEdit::Kind::Made, "TABLE", handleToText(table.owner), table.name});
     bytes += renderAll(table.added) + line(m_lines, 0, "ENDTAB");
     missing[rankOf(kTableOrder, table.name)] += bytes;
@@ -209,7 +209,7 @@ std::string Planner::changedHeader(const TagList& header, const std::string& see
             handling = tag;
     }
     std::string added;
-    const bool old = m_drawing.style().release < Release::R2000;
+    const bool old = m_drawing.release() < Release::R2000;
     if (old && !handling) added += line(m_lines, 9, "$HANDLING") + integerLine(m_lines, 70, 1);
     if (!seedTag) added += line(m_lines, 9, "$HANDSEED") + line(m_lines, 5, seed);
     // From the back, so that places stay true.
