@@ -1,5 +1,6 @@
 #include "host/dxf_index.h"
 
+#include "host/dxf_code_line.h"
 #include "host/dxf_record.h"
 
 #include <algorithm>
@@ -14,74 +15,6 @@ namespace {
 
 constexpr std::size_t kReadSize = 1 << 20;
 constexpr std::size_t kLongestLine = 64u << 20;
-
-std::string_view trimmed(std::string_view text) {
-    while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
-    while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.remove_suffix(1);
-    return text;
-}
-
-/// A group code: digits, blanks around them, a sign perhaps. Empty when the line is none.
-std::optional<int> parseCode(const char* begin, const char* end) {
-    while (begin != end && (*begin == ' ' || *begin == '\t')) ++begin;
-    while (end != begin && (end[-1] == ' ' || end[-1] == '\t')) --end;
-    const bool negative = begin != end && *begin == '-';
-    if (negative) ++begin;
-    if (begin == end || end - begin > 6) return std::nullopt;
-    int value = 0;
-    for (; begin != end; ++begin) {
-        const unsigned digit = static_cast<unsigned char>(*begin) - unsigned{'0'};
-        if (digit > 9) return std::nullopt;
-        value = value * 10 + static_cast<int>(digit);
-    }
-    return negative ? -value : value;
-}
-
-/// Reads a code line in its usual form: blanks, one to four digits, the line end. Answers where its
-/// line feed stands; null for any other form, which is looked at with more care.
-const char* plainCode(const char* at, const char* end, unsigned& code) {
-    while (at != end && *at == ' ') ++at;
-    const char* const digits = at;
-    unsigned value = 0;
-    for (; at != end; ++at) {
-        const unsigned digit = static_cast<unsigned char>(*at) - unsigned{'0'};
-        if (digit > 9) break;
-        value = value * 10 + digit;
-    }
-    if (at == digits || at - digits > 4) return nullptr;
-    if (at != end && *at == '\r') ++at;
-    code = value;
-    return at != end && *at == '\n' ? at : nullptr;
-}
-
-/// Groups of which the index notes something.
-bool isNoted(unsigned code) {
-    switch (code) {
-        case 0:
-        case 2:
-        case 5:
-        case 67:
-        case 100:
-        case 102:
-        case 105:
-        case 330:
-        case 1001:
-            return true;
-        default:
-            return false;
-    }
-}
-
-bool equalsNoCaseAscii(std::string_view a, std::string_view b) {
-    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-               const auto fold = [](char c) { return c >= 'a' && c <= 'z' ? char(c - 32) : c; };
-               return fold(x) == fold(y);
-           });
-}
-
-bool startsNoCaseAscii(std::string_view text, std::string_view start) {
-    return text.size() >= start.size() && equalsNoCaseAscii(text.substr(0, start.size()), start);
-}
 
 /// What is noted of the record being read.
 struct Scratch {
@@ -537,19 +470,6 @@ void Indexer::expectRecords(std::uint64_t size, std::uint64_t seen) {
 }
 
 }  // namespace
-
-TypeNames::TypeNames() { static_cast<void>(number("")); }
-
-std::uint16_t TypeNames::number(std::string_view name) {
-    if (m_names.size() > m_last && m_names[m_last] == name) return m_last;
-    const auto found = m_numbers.find(std::string(name));
-    if (found != m_numbers.end()) return m_last = found->second;
-    if (m_names.size() >= 0xFFFF) return 0;
-    const auto number = static_cast<std::uint16_t>(m_names.size());
-    m_names.emplace_back(name);
-    m_numbers.emplace(name, number);
-    return number;
-}
 
 const Section* DxfIndex::section(std::string_view name) const {
     for (const Section& section : sections)
