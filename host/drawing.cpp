@@ -255,10 +255,39 @@ RecordNumber Drawing::findHandle(std::uint64_t handle) {
     return m_records[found->second].has(kGone) ? 0 : found->second;
 }
 
+void Drawing::learnKeptHandles() {
+    if (m_keptHandles) return;
+    std::vector<std::uint64_t> kept;
+    for (RecordNumber number = 1; number <= m_lastFileRecord; ++number) {
+        if (!m_records[number].has(kAttributed)) continue;
+        const std::string_view bytes = originalBytes(number);
+        if (bytes.find("1005") == std::string_view::npos) continue;
+        const TagList record{std::string(bytes)};
+        for (const ExtendedRange& range : extendedRanges(record, kAttributeApplication))
+            for (std::size_t i = range.begin; i < range.end; ++i) {
+                const Tag& tag = record.tags()[i];
+                const std::uint64_t handle = tag.code == 1005 ? parseHandle(record.bare(tag)) : 0;
+                if (handle != 0 && handle >= m_nextHandle) kept.push_back(handle);
+            }
+    }
+    std::ranges::sort(kept);
+    m_keptHandles = std::move(kept);
+}
+
+std::uint64_t Drawing::nextHandle() {
+    learnKeptHandles();
+    while (m_nextHandle != 0 && (std::ranges::binary_search(*m_keptHandles, m_nextHandle) ||
+                                 m_unknownHandles.contains(m_nextHandle)))
+        ++m_nextHandle;
+    return m_nextHandle;
+}
+
 std::uint64_t Drawing::takeHandle() {
-    if (m_nextHandle == 0) return 0;
+    const std::uint64_t handle = nextHandle();
+    if (handle == 0) return 0;
     m_gaveHandles = true;
-    return m_nextHandle++;
+    ++m_nextHandle;
+    return handle;
 }
 
 std::uint64_t Drawing::giveHandle(RecordNumber number) {

@@ -107,7 +107,10 @@ public:
     std::uint64_t renewHandle(RecordNumber number);
     [[nodiscard]] EntityName nameForHandle(std::uint64_t handle) override;
     [[nodiscard]] std::uint64_t handleForName(EntityName name) override;
-    [[nodiscard]] std::uint64_t nextHandle() const { return m_nextHandle; }
+    /// The next handle that a new record may get; 0 when there is none left. Stays clear of those
+    /// that attribute values keep although no record has them: such a value must not come to name
+    /// a foreign record.
+    [[nodiscard]] std::uint64_t nextHandle();
     [[nodiscard]] bool gaveHandles() const { return m_gaveHandles; }
 
     // Containers.
@@ -159,6 +162,7 @@ private:
     [[nodiscard]] std::string_view originalBytes(RecordNumber number) const;
     void applyEdit(RecordNumber number, const RecordEdit& edit, TagList& loaded);
     void buildHandles();
+    void learnKeptHandles();
     void learnName(ContainerNumber container, RecordNumber number);
     [[nodiscard]] const std::unordered_map<std::wstring, RecordNumber>& symbols(
         ContainerNumber table);
@@ -184,6 +188,8 @@ private:
     std::vector<std::pair<std::uint64_t, std::size_t>> m_doubledHandles;  ///< and how many carry it
     std::map<std::uint64_t, RecordNumber> m_madeHandles;
     std::map<std::uint64_t, std::int64_t> m_unknownHandles;  ///< reserved first words
+    std::optional<std::vector<std::uint64_t>>
+        m_keptHandles;  ///< of values in the file that new handles could meet, sorted
     std::map<ContainerNumber, std::unordered_map<std::wstring, RecordNumber>> m_symbols;
     std::optional<std::unordered_map<std::wstring, ContainerNumber>> m_blocks;
     mutable std::string m_window;  ///< the record read last, and what a walk has read ahead

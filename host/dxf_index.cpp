@@ -1,5 +1,6 @@
 #include "host/dxf_index.h"
 
+#include "host/attributes.h"
 #include "host/dxf_code_line.h"
 #include "host/dxf_record.h"
 
@@ -24,10 +25,11 @@ struct Scratch {
     bool wantsName = false;
     bool named = false;
     bool handleDone = false;
-    bool marker = false;    // a group 100 was seen
-    bool inGroup = false;   // between 102 { and 102 }
-    bool extended = false;  // a group 1001 was seen
-    bool paper = false;     // group 67 is 1
+    bool marker = false;      // a group 100 was seen
+    bool inGroup = false;     // between 102 { and 102 }
+    bool extended = false;    // a group 1001 was seen
+    bool attributed = false;  // one of them is ours
+    bool paper = false;       // group 67 is 1
 };
 
 class Indexer {
@@ -162,6 +164,7 @@ void Indexer::group(int code, std::string_view value) {
             break;
         case 1001:
             record.extended = true;
+            if (equalsNoCaseAscii(trimmed(value), kAttributeApplication)) record.attributed = true;
             break;
         default:
             break;
@@ -300,6 +303,7 @@ std::optional<Error> Indexer::endRecord() {
     if (number == 0) return std::nullopt;
     RecordEntry& entry = m_index.records[number];
     entry.handle = m_scratch.handle;
+    if (m_scratch.attributed) entry.flags |= kAttributed;
     m_index.highestHandle = std::max(m_index.highestHandle, entry.handle);
     noteForm(entry.type);
     if (is(entry.type, kSection)) {
