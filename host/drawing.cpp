@@ -94,6 +94,16 @@ Result<Release> Drawing::releaseOf(const std::string& version, const std::string
 
 Result<std::unique_ptr<Drawing>> Drawing::load(std::shared_ptr<Source> source,
                                                const std::string& file) {
+    try {
+        return loadSource(std::move(source), file);
+    } catch (const ReadFailure& failure) {
+        static_cast<void>(takeReadFailure());  // answered here
+        return failure.error();
+    }
+}
+
+Result<std::unique_ptr<Drawing>> Drawing::loadSource(std::shared_ptr<Source> source,
+                                                     const std::string& file) {
     auto index = indexDxf(std::move(source), file);
     if (!index) return index.error();
     const HeaderFacts facts = readHeader(*index.value());

@@ -154,6 +154,8 @@ public:
 
 private:
     Drawing(std::unique_ptr<DxfIndex> index, RecordStyle style, TextCoding text);
+    static Result<std::unique_ptr<Drawing>> loadSource(std::shared_ptr<Source> source,
+                                                       const std::string& file);
     [[nodiscard]] RecordStyle styleFor(std::string_view type, const RecordForm& kind);
     [[nodiscard]] bool wantsBlockRecords();
     static Result<Release> releaseOf(const std::string& version, const std::string& file,

@@ -317,7 +317,19 @@ Result<SaveReport> SaveRun::run() {
 }  // namespace
 
 Result<SaveReport> saveDocument(AcApDocument* document, const SaveOptions& options) {
-    return SaveRun(*document, options).run();
+    const auto refuse = [&](const std::string& why) {
+        const fs::path& named = options.output.empty() ? document->path : options.output;
+        return Error{ErrorKind::Unwritable, named.string(), 0, "cannot be saved: " + why};
+    };
+    // What was changed may rest on records that could not be read.
+    if (document->drawing->index().source->failed())
+        return refuse("the drawing could not be read to its end; load it again");
+    try {
+        return SaveRun(*document, options).run();
+    } catch (const ReadFailure& failure) {
+        static_cast<void>(takeReadFailure());  // answered here
+        return refuse(failure.error().text);
+    }
 }
 
 }  // namespace mor::host

@@ -249,6 +249,31 @@ TEST_F(Saving, IsRefusedWhereTheFolderOrAFileIsMissing) {
     EXPECT_EQ(readFile(drawing()), before());
 }
 
+TEST_F(Saving, IsRefusedWhenAReadingFails) {
+    const auto failing = [&](int reading, std::vector<std::string> words) {
+        words.insert(words.begin(),
+                     {"/usr/bin/env", std::string("LD_PRELOAD=") + MORADMIN_FAILING_READS,
+                      "ASAN_OPTIONS=verify_asan_link_order=0",
+                      "FAILING_READ=" + std::to_string(reading), MORADMIN_PROGRAM});
+        return runProgram(words, folder());
+    };
+    EXPECT_EQ(run({"put", drawing(), "/a/b/c", "1", "--no-backup"}).code, 0);
+    const std::string old = readFile(drawing());
+    int code = -1;
+    std::string codes;
+    for (int reading = 1; code != 0; ++reading) {
+        const Outcome tree = failing(reading, {"tree", drawing()});
+        EXPECT_TRUE(tree.code == 3 || tree.out == run({"tree", drawing()}).out) << reading;
+        const Outcome outcome = failing(reading, {"put", drawing(), "/a/b/new/d", "1"});
+        code = outcome.code;
+        if (!codes.ends_with(std::to_string(code))) codes += std::to_string(code);
+        EXPECT_EQ(readFile(drawing()) == old, code != 0) << reading;
+        EXPECT_TRUE(code == 0 || outcome.err.find("reading failed") != std::string::npos)
+            << outcome.err;
+    }
+    EXPECT_EQ(codes, "350");
+}
+
 TEST_F(Saving, OfNothingWritesNothing) {
     struct stat first {};
     struct stat second {};

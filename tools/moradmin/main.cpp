@@ -43,13 +43,15 @@ int run(const mor::tool::Options& options) {
     using namespace mor::tool;
     try {
         const int code = runCommand(options);
+        refuseLostReadings();
         std::cout.flush();
         if (!std::cout) throw Failure(kUnwritable, "the output cannot be written");
         return code;
     } catch (const Failure& failure) {
         std::cout.flush();
-        printFailure(options, failure);
-        return failure.code();
+        const auto lost = mor::host::takeReadFailure();  // the reason behind it, then
+        printFailure(options, lost ? Failure(*lost) : failure);
+        return lost ? kUnreadable : failure.code();
     } catch (const std::exception& error) {
         printFailure(options, Failure(kUnreadable, error.what(), options.drawing));
         return kUnreadable;

@@ -165,6 +165,7 @@ std::string Session::save(const Options& options) {
     how.output = options.output;
     how.backup = !options.noBackup;
     how.dryRun = options.dryRun;
+    refuseLostReadings();
     const auto saved = host::saveDocument(m_document, how);
     if (!saved) throw Failure(saved.error());
     if (!options.dryRun) return saved.value().backup.string();
