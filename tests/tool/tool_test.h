@@ -34,6 +34,16 @@ protected:
         words.insert(words.begin(), MORADMIN_PROGRAM);
         return runProgram(words, m_folder, input);
     }
+    /// Runs `moradmin WORD...` and does `what` at its `nth` call (0: at every one) of a system
+    /// call: "fail", "signal:NUMBER", "append:FILE" or "replace:FILE".
+    [[nodiscard]] Outcome runInjected(const std::string& call, int nth, const std::string& what,
+                                      std::vector<std::string> words) const {
+        words.insert(words.begin(),
+                     {"/usr/bin/env", std::string("LD_PRELOAD=") + MORADMIN_INJECTED,
+                      "ASAN_OPTIONS=verify_asan_link_order=0", "INJECT_CALL=" + call,
+                      "INJECT_AT=" + std::to_string(nth), "INJECT_DO=" + what, MORADMIN_PROGRAM});
+        return runProgram(words, m_folder);
+    }
     /// A new drawing of that release; answers its path.
     std::string newDrawing(const std::string& name = "d.dxf",
                            const std::string& release = "R2018") const {

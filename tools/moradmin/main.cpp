@@ -1,4 +1,5 @@
 #include "frame/module.h"
+#include "host/host.h"
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/options.h"
