@@ -316,6 +316,22 @@ TEST_F(Saving, IsDoneWhenOnlyTheFolderCannotBeFlushed) {
     EXPECT_EQ(readFile(drawing()), after());
 }
 
+TEST_F(Saving, LeavesNothingBehindWhenASignalEndsIt) {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        SCOPED_TRACE(signal);
+        const std::string what = "signal:" + std::to_string(signal);
+        restore();
+        const std::vector<std::string> words = {"put", drawing(), "/cfg/x", "\"new\""};
+        EXPECT_EQ(runInjected("fsync", 1, what, words).code, 128 + signal);
+        EXPECT_EQ(readFile(drawing()), before());
+        EXPECT_EQ(names(), "d.dxf");
+        // The names have changed already: too late.
+        EXPECT_EQ(runInjected("renameat2", 1, what, words).code, 0);
+        EXPECT_EQ(readFile(drawing()), after());
+        EXPECT_EQ(names(), "d.dxf d.dxf.bak");
+    }
+}
+
 TEST_F(Saving, TakesAwayWhatOthersHaveLeft) {
     writeFile(file(".d.dxf.moradmin-0123abcd"), "left");
     fs::create_hard_link(drawing(), file(".d.dxf.moradmin-4567abcd"));

@@ -6,8 +6,10 @@
 #include "tools/moradmin/output.h"
 
 #include <algorithm>
+#include <csignal>
 #include <exception>
 #include <iostream>
+#include <unistd.h>
 
 namespace {
 
@@ -23,6 +25,20 @@ public:
 private:
     bool m_attached;
 };
+
+void onEnd(int signal) {
+    mor::host::abandonSaves();
+    if (signal == SIGINT) ::_exit(mor::tool::kInterrupted);
+    std::signal(signal, SIG_DFL);
+    ::raise(signal);
+}
+
+/// What ends the program leaves no temporary file behind.
+void catchSignals() {
+    for (const int signal : {SIGHUP, SIGINT, SIGTERM})
+        if (std::signal(signal, onEnd) == SIG_IGN) std::signal(signal, SIG_IGN);  // as with nohup
+    std::signal(SIGXFSZ, SIG_IGN);  // writing fails then, and is told
+}
 
 int runCommand(const mor::tool::Options& options) {
     using namespace mor::tool;
@@ -65,6 +81,7 @@ int main(int count, char** words) {
     std::ios::sync_with_stdio(false);
     const mor::tool::ParsedLine line = mor::tool::parseCommandLine(count, words);
     if (line.exitCode) return *line.exitCode;
+    catchSignals();
     const Module module;
     if (!module.attached()) return mor::tool::kUnreadable;
     return run(line.options);
