@@ -308,6 +308,15 @@ TEST_F(Saving, WorksWhereNamesCannotBeExchanged) {
     EXPECT_EQ(names(), "d.dxf d.dxf.bak e.dxf");
 }
 
+TEST_F(Saving, IsRefusedWhenTheOutputCannotBeWritten) {
+    const Outcome full =
+        runProgram({"/bin/sh", "-c", "exec \"$@\" > /dev/full", "sh", MORADMIN_PROGRAM, "run",
+                    drawing(), "-c", "put /cfg/x 1; cat /cfg/x"},
+                   folder());
+    EXPECT_EQ(full.code, 5);
+    EXPECT_EQ(readFile(drawing()), before());
+}
+
 TEST_F(Saving, IsDoneWhenOnlyTheFolderCannotBeFlushed) {
     const Outcome outcome =
         runInjected("fsync", 2, "fail", {"put", drawing(), "/cfg/x", "\"new\""});

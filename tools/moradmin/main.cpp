@@ -40,6 +40,12 @@ void catchSignals() {
     std::signal(SIGXFSZ, SIG_IGN);  // writing fails then, and is told
 }
 
+void flushOutput() {
+    std::cout.flush();
+    if (!std::cout)
+        throw mor::tool::Failure(mor::tool::kUnwritable, "the output cannot be written");
+}
+
 int runCommand(const mor::tool::Options& options) {
     using namespace mor::tool;
     const auto command = std::ranges::find(commands(), options.command, &Command::name);
@@ -52,7 +58,9 @@ int runCommand(const mor::tool::Options& options) {
     if (command->runAlone != nullptr) return command->runAlone(options);
     Session session(options);
     const int code = command->run(session, options);
-    if (code == kDone && (command->options & kChanging) != 0) session.save(options);
+    if (code != kDone || (command->options & kChanging) == 0) return code;
+    flushOutput();  // nobody learns of a save from an exit code that tells of the output
+    session.save(options);
     return code;
 }
 
@@ -61,8 +69,7 @@ int run(const mor::tool::Options& options) {
     try {
         const int code = runCommand(options);
         refuseLostReadings();
-        std::cout.flush();
-        if (!std::cout) throw Failure(kUnwritable, "the output cannot be written");
+        flushOutput();
         return code;
     } catch (const Failure& failure) {
         std::cout.flush();
