@@ -87,11 +87,11 @@ struct SaveReport {
 /// Saves: lock, temporary file beside the target, flush, read back and compare, backup, rename,
 /// flush the folder. At no moment is there no file under the target's name. Nothing changed:
 /// nothing is written. Refused where another program has changed or made the target meanwhile.
-/// Signals that end the process wait while the names change; those that come then are dropped.
+/// Signals that end the process wait while the names change.
 Result<SaveReport> saveDocument(AcApDocument* document, const SaveOptions& options = {});
 /// Takes away what an unfinished save has made beside its target, for signal handlers that end the
-/// process.
-void abandonSaves() noexcept;
+/// process. False, and nothing done, when a document has been saved: then it is too late to end.
+bool abandonSaves() noexcept;
 
 // ---- command line, break key, system variables --------------------------------------------------
 

@@ -378,13 +378,13 @@ void SaveRun::flushFolder(SaveReport& report) {
 }
 
 std::optional<Error> SaveRun::commit(SaveReport& report) {
-    SignalsHeld signals;
+    const SignalsHeld signals;
     if (auto error = m_exists ? replaceTarget(report) : takeFreeName()) {
         report.backup.clear();
         return error;
     }
+    noteSaved();
     flushFolder(report);
-    signals.drop();
     return std::nullopt;
 }
 

@@ -7,7 +7,6 @@
 #include <climits>
 #include <cstdint>
 #include <cstdio>
-#include <ctime>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/random.h>
@@ -30,6 +29,7 @@ struct Slot {
 };
 std::array<Slot, 2> s_slots;
 std::size_t s_nextSlot = 0;
+volatile std::sig_atomic_t s_saved = 0;
 
 bool sameFile(const struct stat& a, const struct stat& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
@@ -112,26 +112,21 @@ void TemporaryName::remove() {
 }
 
 SignalsHeld::SignalsHeld() {
-    sigemptyset(&m_held);
-    for (const int signal : {SIGHUP, SIGINT, SIGTERM}) sigaddset(&m_held, signal);
-    ::pthread_sigmask(SIG_BLOCK, &m_held, &m_former);
+    sigset_t held{};
+    sigemptyset(&held);
+    for (const int signal : {SIGHUP, SIGINT, SIGTERM}) sigaddset(&held, signal);
+    ::pthread_sigmask(SIG_BLOCK, &held, &m_former);
 }
 
 SignalsHeld::~SignalsHeld() { ::pthread_sigmask(SIG_SETMASK, &m_former, nullptr); }
 
-void SignalsHeld::drop() {
-    sigset_t fresh{};
-    sigemptyset(&fresh);
-    for (const int signal : {SIGHUP, SIGINT, SIGTERM})
-        if (sigismember(&m_former, signal) == 0) sigaddset(&fresh, signal);
-    const timespec now{};
-    while (::sigtimedwait(&fresh, nullptr, &now) > 0) {
-    }
-}
+void noteSaved() noexcept { s_saved = 1; }
 
-void abandonSaves() noexcept {
+bool abandonSaves() noexcept {
+    if (s_saved != 0) return false;
     for (const Slot& slot : s_slots)
         if (slot.used != 0) ::unlink(slot.path.data());
+    return true;
 }
 
 }  // namespace mor::host

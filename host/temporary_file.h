@@ -78,11 +78,12 @@ public:
     ~SignalsHeld();
     SignalsHeld(const SignalsHeld&) = delete;
     SignalsHeld& operator=(const SignalsHeld&) = delete;
-    void drop();  ///< those that came are too late: the save is done
 
 private:
-    sigset_t m_held{};
     sigset_t m_former{};
 };
+
+/// From here on `abandonSaves` comes too late.
+void noteSaved() noexcept;
 
 }  // namespace mor::host

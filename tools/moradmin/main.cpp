@@ -27,7 +27,7 @@ private:
 };
 
 void onEnd(int signal) {
-    mor::host::abandonSaves();
+    if (!mor::host::abandonSaves()) return;
     if (signal == SIGINT) ::_exit(mor::tool::kInterrupted);
     std::signal(signal, SIG_DFL);
     ::raise(signal);
