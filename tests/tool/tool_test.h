@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tests/support/process.h"
+#include "tests/support/test_folder.h"
 
 #include <gtest/gtest.h>
 
@@ -16,13 +17,7 @@ namespace mor::test {
 /// A test with a folder of its own in which the program runs on drawings.
 class ToolTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        const auto* test = testing::UnitTest::GetInstance()->current_test_info();
-        m_folder = std::filesystem::path{testing::TempDir()} /
-                   (std::string{"moradmin_"} + test->test_suite_name() + "_" + test->name());
-        std::filesystem::remove_all(m_folder);
-        std::filesystem::create_directories(m_folder);
-    }
+    void SetUp() override { m_folder = testFolder(); }
     void TearDown() override { std::filesystem::remove_all(m_folder); }
 
     [[nodiscard]] const std::filesystem::path& folder() const { return m_folder; }
