@@ -114,11 +114,11 @@ DocumentInfo documentInfo(const AcApDocument* document) {
     const Drawing& drawing = drawingOf(document);
     DocumentInfo info;
     info.path = document->path;
-    info.release = drawing.style().release;
+    info.release = drawing.release();
     info.version = drawing.version();
     info.codePage = drawing.codePage();
     info.encoding = drawing.text().name();
-    info.lineEnd = drawing.style().lines.crlf ? "CRLF" : "LF";
+    info.lineEnd = drawing.lines().crlf ? "CRLF" : "LF";
     info.bytes = drawing.index().source->size();
     info.records = drawing.lastFileRecord();
     info.handleSeed = drawing.seed();

@@ -94,6 +94,16 @@ Result<Release> Drawing::releaseOf(const std::string& version, const std::string
 
 Result<std::unique_ptr<Drawing>> Drawing::load(std::shared_ptr<Source> source,
                                                const std::string& file) {
+    try {
+        return loadSource(std::move(source), file);
+    } catch (const ReadFailure& failure) {
+        static_cast<void>(takeReadFailure());  // answered here
+        return failure.error();
+    }
+}
+
+Result<std::unique_ptr<Drawing>> Drawing::loadSource(std::shared_ptr<Source> source,
+                                                     const std::string& file) {
     auto index = indexDxf(std::move(source), file);
     if (!index) return index.error();
     const HeaderFacts facts = readHeader(*index.value());
@@ -101,8 +111,8 @@ Result<std::unique_ptr<Drawing>> Drawing::load(std::shared_ptr<Source> source,
     if (!release) return release.error();
     RecordStyle style;
     style.release = release.value();
-    style.markers = style.release >= Release::R13 || index.value()->sawMarkers;
-    style.owners = style.release >= Release::R2000 || (style.markers && index.value()->sawOwners);
+    style.markers = style.release >= Release::R13;
+    style.owners = style.release >= Release::R2000;
     style.lines = {index.value()->crlf, startsPadded(*index.value())};
     std::unique_ptr<Drawing> drawing(
         new Drawing(std::move(index.value()), style, TextCoding(style.release, facts.codePage)));
@@ -127,6 +137,24 @@ Drawing::Drawing(std::unique_ptr<DxfIndex> index, RecordStyle style, TextCoding 
 }
 
 Drawing::~Drawing() = default;
+
+RecordStyle Drawing::styleFor(std::string_view type, const RecordForm& kind) {
+    const RecordForm own = m_index->formOf(typeNumber(type));
+    const RecordForm& form = own.seen() ? own : kind;
+    RecordStyle style = m_style;
+    // Of an old release readers may expect none, so one plain record is reason enough.
+    style.markers = style.markers || (form.marked && !form.plain);
+    style.owners = style.owners || (style.markers && m_index->sawOwners);
+    return style;
+}
+
+RecordStyle Drawing::tableStyle(std::string_view type) {
+    return styleFor(type, m_index->tableForm);
+}
+
+RecordStyle Drawing::entityStyle(std::string_view type) {
+    return styleFor(type, m_index->entityForm);
+}
 
 EntityName Drawing::nameOf(RecordNumber number) const {
     if (number == 0) return {};
@@ -237,10 +265,39 @@ RecordNumber Drawing::findHandle(std::uint64_t handle) {
     return m_records[found->second].has(kGone) ? 0 : found->second;
 }
 
+void Drawing::learnKeptHandles() {
+    if (m_keptHandles) return;
+    std::vector<std::uint64_t> kept;
+    for (RecordNumber number = 1; number <= m_lastFileRecord; ++number) {
+        if (!m_records[number].has(kAttributed)) continue;
+        const std::string_view bytes = originalBytes(number);
+        if (bytes.find("1005") == std::string_view::npos) continue;
+        const TagList record{std::string(bytes)};
+        for (const ExtendedRange& range : extendedRanges(record, kAttributeApplication))
+            for (std::size_t i = range.begin; i < range.end; ++i) {
+                const Tag& tag = record.tags()[i];
+                const std::uint64_t handle = tag.code == 1005 ? parseHandle(record.bare(tag)) : 0;
+                if (handle != 0 && handle >= m_nextHandle) kept.push_back(handle);
+            }
+    }
+    std::ranges::sort(kept);
+    m_keptHandles = std::move(kept);
+}
+
+std::uint64_t Drawing::nextHandle() {
+    learnKeptHandles();
+    while (m_nextHandle != 0 && (std::ranges::binary_search(*m_keptHandles, m_nextHandle) ||
+                                 m_unknownHandles.contains(m_nextHandle)))
+        ++m_nextHandle;
+    return m_nextHandle;
+}
+
 std::uint64_t Drawing::takeHandle() {
-    if (m_nextHandle == 0) return 0;
+    const std::uint64_t handle = nextHandle();
+    if (handle == 0) return 0;
     m_gaveHandles = true;
-    return m_nextHandle++;
+    ++m_nextHandle;
+    return handle;
 }
 
 std::uint64_t Drawing::giveHandle(RecordNumber number) {

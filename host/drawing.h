@@ -28,7 +28,7 @@ struct RecordEdit {
     std::uint64_t handle = 0;
 };
 
-/// How records of a drawing look that are written anew.
+/// How records of a drawing look that are written anew; markers and owners depend on their type.
 struct RecordStyle {
     Release release = Release::R12;
     bool markers = false;  ///< group 100
@@ -55,7 +55,12 @@ public:
     [[nodiscard]] std::uint64_t endOf(RecordNumber number) const {
         return number < m_lastFileRecord ? m_records[number + 1].place : m_index->end;
     }
-    [[nodiscard]] const RecordStyle& style() const { return m_style; }
+    [[nodiscard]] Release release() const { return m_style.release; }
+    [[nodiscard]] const LineStyle& lines() const { return m_style.lines; }
+    /// How a new record of that type looks: as the file's own ones, else as its table records or
+    /// its entities do. From R13 on all have markers.
+    [[nodiscard]] RecordStyle tableStyle(std::string_view type);
+    [[nodiscard]] RecordStyle entityStyle(std::string_view type);
     [[nodiscard]] const TextCoding& text() const { return m_text; }
     [[nodiscard]] const std::string& version() const { return m_version; }
     [[nodiscard]] const std::string& codePage() const { return m_codePage; }
@@ -102,7 +107,10 @@ public:
     std::uint64_t renewHandle(RecordNumber number);
     [[nodiscard]] EntityName nameForHandle(std::uint64_t handle) override;
     [[nodiscard]] std::uint64_t handleForName(EntityName name) override;
-    [[nodiscard]] std::uint64_t nextHandle() const { return m_nextHandle; }
+    /// The next handle that a new record may get; 0 when there is none left. Stays clear of those
+    /// that attribute values keep although no record has them: such a value must not come to name
+    /// a foreign record.
+    [[nodiscard]] std::uint64_t nextHandle();
     [[nodiscard]] bool gaveHandles() const { return m_gaveHandles; }
 
     // Containers.
@@ -146,12 +154,17 @@ public:
 
 private:
     Drawing(std::unique_ptr<DxfIndex> index, RecordStyle style, TextCoding text);
+    static Result<std::unique_ptr<Drawing>> loadSource(std::shared_ptr<Source> source,
+                                                       const std::string& file);
+    [[nodiscard]] RecordStyle styleFor(std::string_view type, const RecordForm& kind);
+    [[nodiscard]] bool wantsBlockRecords();
     static Result<Release> releaseOf(const std::string& version, const std::string& file,
                                      std::uint64_t line);
     /// Valid until another record is read.
     [[nodiscard]] std::string_view originalBytes(RecordNumber number) const;
-    void applyEdit(RecordNumber number, const RecordEdit& edit, TagList& record);
+    void applyEdit(RecordNumber number, const RecordEdit& edit, TagList& loaded);
     void buildHandles();
+    void learnKeptHandles();
     void learnName(ContainerNumber container, RecordNumber number);
     [[nodiscard]] const std::unordered_map<std::wstring, RecordNumber>& symbols(
         ContainerNumber table);
@@ -177,6 +190,8 @@ private:
     std::vector<std::pair<std::uint64_t, std::size_t>> m_doubledHandles;  ///< and how many carry it
     std::map<std::uint64_t, RecordNumber> m_madeHandles;
     std::map<std::uint64_t, std::int64_t> m_unknownHandles;  ///< reserved first words
+    std::optional<std::vector<std::uint64_t>>
+        m_keptHandles;  ///< of values in the file that new handles could meet, sorted
     std::map<ContainerNumber, std::unordered_map<std::wstring, RecordNumber>> m_symbols;
     std::optional<std::unordered_map<std::wstring, ContainerNumber>> m_blocks;
     mutable std::string m_window;  ///< the record read last, and what a walk has read ahead

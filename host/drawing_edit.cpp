@@ -68,22 +68,22 @@ void patchText(const TagList& record, const LineStyle& lines, int code, const st
 }
 
 /// The record with other attributes: its own lists are replaced where the first one stood.
-std::string withAttributes(const TagList& record, const LineStyle& lines, std::string encoded) {
+std::string withAttributes(const TagList& record, std::string encoded) {
     std::vector<Patch> patches;
     for (const ExtendedRange& range : extendedRanges(record, kAttributeApplication))
         patches.push_back({record.tags()[range.begin].begin, record.tags()[range.end - 1].end, {}});
-    if (patches.empty()) {
-        const std::size_t end = record.bytes().size();
-        const bool open = end > 0 && record.bytes()[end - 1] != '\n';
-        patches.push_back({end, end, open ? std::string(lines.end()) : std::string()});
-    }
+    if (patches.empty()) patches.push_back({record.bytes().size(), record.bytes().size(), {}});
     patches.front().text += encoded;
     return applyPatches(record.bytes(), std::move(patches));
 }
 
 }  // namespace
 
-void Drawing::applyEdit(RecordNumber number, const RecordEdit& edit, TagList& record) {
+void Drawing::applyEdit(RecordNumber number, const RecordEdit& edit, TagList& loaded) {
+    TagList record = loaded;
+    // The last record of a file without EOF may lack its last line end.
+    if (const std::string_view end = lineEndFor(record.bytes(), m_style.lines); !end.empty())
+        record = TagList(record.bytes() + std::string(end));
     std::vector<Patch> patches;
     if (edit.handle != 0 && !record.tags().empty()) {
         const std::size_t place = record.tags().front().end;
@@ -96,12 +96,15 @@ void Drawing::applyEdit(RecordNumber number, const RecordEdit& edit, TagList& re
         else
             patchText(record, m_style.lines, code, std::get<std::string>(value), patches);
     }
-    if (!patches.empty()) record = TagList(applyPatches(record.bytes(), std::move(patches)));
-    if (!edit.attributes) return;
-    const AttributeList before = decodeAttributes(record, m_text, *this);
-    if (sameAttributes(before.items, edit.attributes->items)) return;
-    record = TagList(withAttributes(
-        record, m_style.lines, encodeAttributes(edit.attributes->items, m_style.lines, *this)));
+    const bool patched = !patches.empty();
+    if (patched) record = TagList(applyPatches(record.bytes(), std::move(patches)));
+    const bool sameList =
+        !edit.attributes ||
+        sameAttributes(decodeAttributes(record, m_text, *this).items, edit.attributes->items);
+    if (!sameList)
+        record = TagList(
+            withAttributes(record, encodeAttributes(edit.attributes->items, m_style.lines, *this)));
+    if (patched || !sameList) loaded = std::move(record);
 }
 
 void Drawing::setInteger(RecordNumber number, int code, std::int64_t value) {
@@ -184,7 +187,7 @@ ContainerNumber Drawing::ensureTable(std::string_view table) {
     container.kind = ContainerKind::Table;
     container.name = table;
     container.first = 1;
-    container.owner = m_style.markers ? takeHandle() : 0;
+    container.owner = tableStyle("TABLE").markers ? takeHandle() : 0;
     m_containers.push_back(std::move(container));
     return static_cast<ContainerNumber>(m_containers.size() - 1);
 }
@@ -192,12 +195,13 @@ ContainerNumber Drawing::ensureTable(std::string_view table) {
 RecordNumber Drawing::addLayer(std::wstring_view name) {
     NewRecord record{"LAYER", 0, 0, {}};
     record.groups = {{2, m_text.encode(name)}, {70, std::int64_t{0}}, {62, std::int64_t{7}}};
-    std::string linetype = m_style.markers ? "Continuous" : "CONTINUOUS";
+    const RecordStyle style = tableStyle(record.type);
+    std::string linetype = style.markers ? "Continuous" : "CONTINUOUS";
     const RecordNumber zero = findSymbol("LAYER", L"0");
     const TagList model = zero == 0 ? TagList() : current(zero);
     if (const Tag* tag = model.find(6)) linetype = model.value(*tag);
     record.groups.push_back({6, linetype});
-    if (m_style.markers)
+    if (style.markers)
         for (const int code : {370, 390, 347, 348}) {
             const Tag* tag = model.find(code);
             if (tag == nullptr) continue;
@@ -207,9 +211,9 @@ RecordNumber Drawing::addLayer(std::wstring_view name) {
                 record.groups.push_back({code, std::string(model.value(*tag))});
         }
     const ContainerNumber table = ensureTable("LAYER");
-    record.handle = m_style.markers ? takeHandle() : 0;
+    record.handle = style.markers ? takeHandle() : 0;
     record.owner = m_containers[table].owner;
-    return add(table, "LAYER", makeTableRecord(m_style, record, "AcDbLayerTableRecord"),
+    return add(table, "LAYER", makeTableRecord(style, record, "AcDbLayerTableRecord"),
                record.handle);
 }
 
@@ -221,14 +225,24 @@ void Drawing::registerApplication(std::string_view name) {
     const auto put = [&](std::string_view application) {
         NewRecord record{"APPID", 0, m_containers[table].owner, {}};
         record.groups = {{2, std::string(application)}, {70, std::int64_t{0}}};
-        record.handle = m_style.markers ? takeHandle() : 0;
+        RecordStyle style = tableStyle(record.type);
+        record.handle = style.markers ? takeHandle() : 0;
         // Readers take a file without a release for R12 and look for the name without markers.
-        RecordStyle style = m_style;
         if (m_version.empty()) style.markers = false;
         add(table, "APPID", makeTableRecord(style, record, "AcDbRegAppTableRecord"), record.handle);
     };
-    if (fresh && m_style.markers) put("ACAD");  // without it CAD programs refuse the file
+    // Without it CAD programs refuse a file of R13 or later, or one that looks like that.
+    if (fresh && (m_style.markers || m_index->entityForm.marked)) put("ACAD");
     put(name);
+}
+
+/// Before R13 block records stand only where the file's own blocks name them, or where it has a
+/// table of them and says what release it is.
+bool Drawing::wantsBlockRecords() {
+    const RecordStyle style = entityStyle("BLOCK");
+    if (style.release >= Release::R13) return true;
+    if (!style.markers) return false;
+    return style.owners || (!m_version.empty() && findTable("BLOCK_RECORD") != kNoContainer);
 }
 
 ContainerNumber Drawing::addBlock(std::wstring_view name, std::int64_t flags, const double* base) {
@@ -246,8 +260,7 @@ ContainerNumber Drawing::addBlock(std::wstring_view name, std::int64_t flags, co
     }
     const std::string encoded = m_text.encode(name);
     std::uint64_t owner = 0;
-    // In a file without a release block records stand only where its own blocks name them.
-    if (m_style.markers && (!m_version.empty() || m_style.owners)) {
+    if (wantsBlockRecords()) {
         const ContainerNumber table = ensureTable("BLOCK_RECORD");
         NewRecord record{"BLOCK_RECORD", takeHandle(), m_containers[table].owner, {{2, encoded}}};
         if (m_style.release >= Release::R2000) record.groups.push_back({340, std::string("0")});
@@ -256,7 +269,8 @@ ContainerNumber Drawing::addBlock(std::wstring_view name, std::int64_t flags, co
                 record.groups.end(),
                 {{70, std::int64_t{0}}, {280, std::int64_t{1}}, {281, std::int64_t{0}}});
         owner = record.handle;
-        add(table, "BLOCK_RECORD", makeTableRecord(m_style, record, "AcDbBlockTableRecord"), owner);
+        add(table, "BLOCK_RECORD",
+            makeTableRecord(tableStyle(record.type), record, "AcDbBlockTableRecord"), owner);
     }
     Container container;
     container.kind = ContainerKind::Block;
@@ -265,9 +279,10 @@ ContainerNumber Drawing::addBlock(std::wstring_view name, std::int64_t flags, co
     container.owner = owner;
     m_containers.push_back(std::move(container));
     const auto number = static_cast<ContainerNumber>(m_containers.size() - 1);
-    const NewRecord begin{"BLOCK", m_style.markers ? takeHandle() : 0, owner, {}};
+    const RecordStyle style = entityStyle("BLOCK");
+    const NewRecord begin{"BLOCK", style.markers ? takeHandle() : 0, owner, {}};
     m_containers[number].head = add(
-        number, "BLOCK", makeBlockBegin(m_style, begin, encoded, flags, base), begin.handle, kEdge);
+        number, "BLOCK", makeBlockBegin(style, begin, encoded, flags, base), begin.handle, kEdge);
     if (m_blocks) m_blocks->try_emplace(upperCase(name), number);
     return number;
 }
@@ -275,7 +290,8 @@ ContainerNumber Drawing::addBlock(std::wstring_view name, std::int64_t flags, co
 void Drawing::endBlockDefinition(ContainerNumber block) {
     if (m_containers[block].end != 0) return;
     const NewRecord end{"ENDBLK", takeHandle(), m_containers[block].owner, {}};
-    m_containers[block].end = add(block, "ENDBLK", makeBlockEnd(m_style, end), end.handle, kEdge);
+    m_containers[block].end =
+        add(block, "ENDBLK", makeBlockEnd(entityStyle("ENDBLK"), end), end.handle, kEdge);
 }
 
 void Drawing::clearBlock(ContainerNumber block) {

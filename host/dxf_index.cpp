@@ -1,5 +1,7 @@
 #include "host/dxf_index.h"
 
+#include "host/attributes.h"
+#include "host/dxf_code_line.h"
 #include "host/dxf_record.h"
 
 #include <algorithm>
@@ -15,74 +17,6 @@ namespace {
 constexpr std::size_t kReadSize = 1 << 20;
 constexpr std::size_t kLongestLine = 64u << 20;
 
-std::string_view trimmed(std::string_view text) {
-    while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
-    while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.remove_suffix(1);
-    return text;
-}
-
-/// A group code: digits, blanks around them, a sign perhaps. Empty when the line is none.
-std::optional<int> parseCode(const char* begin, const char* end) {
-    while (begin != end && (*begin == ' ' || *begin == '\t')) ++begin;
-    while (end != begin && (end[-1] == ' ' || end[-1] == '\t')) --end;
-    const bool negative = begin != end && *begin == '-';
-    if (negative) ++begin;
-    if (begin == end || end - begin > 6) return std::nullopt;
-    int value = 0;
-    for (; begin != end; ++begin) {
-        const unsigned digit = static_cast<unsigned char>(*begin) - unsigned{'0'};
-        if (digit > 9) return std::nullopt;
-        value = value * 10 + static_cast<int>(digit);
-    }
-    return negative ? -value : value;
-}
-
-/// Reads a code line in its usual form: blanks, one to four digits, the line end. Answers where its
-/// line feed stands; null for any other form, which is looked at with more care.
-const char* plainCode(const char* at, const char* end, unsigned& code) {
-    while (at != end && *at == ' ') ++at;
-    const char* const digits = at;
-    unsigned value = 0;
-    for (; at != end; ++at) {
-        const unsigned digit = static_cast<unsigned char>(*at) - unsigned{'0'};
-        if (digit > 9) break;
-        value = value * 10 + digit;
-    }
-    if (at == digits || at - digits > 4) return nullptr;
-    if (at != end && *at == '\r') ++at;
-    code = value;
-    return at != end && *at == '\n' ? at : nullptr;
-}
-
-/// Groups of which the index notes something.
-bool isNoted(unsigned code) {
-    switch (code) {
-        case 0:
-        case 2:
-        case 5:
-        case 67:
-        case 100:
-        case 102:
-        case 105:
-        case 330:
-        case 1001:
-            return true;
-        default:
-            return false;
-    }
-}
-
-bool equalsNoCaseAscii(std::string_view a, std::string_view b) {
-    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-               const auto fold = [](char c) { return c >= 'a' && c <= 'z' ? char(c - 32) : c; };
-               return fold(x) == fold(y);
-           });
-}
-
-bool startsNoCaseAscii(std::string_view text, std::string_view start) {
-    return text.size() >= start.size() && equalsNoCaseAscii(text.substr(0, start.size()), start);
-}
-
 /// What is noted of the record being read.
 struct Scratch {
     std::uint64_t handle = 0;
@@ -91,10 +25,11 @@ struct Scratch {
     bool wantsName = false;
     bool named = false;
     bool handleDone = false;
-    bool marker = false;    // a group 100 was seen
-    bool inGroup = false;   // between 102 { and 102 }
-    bool extended = false;  // a group 1001 was seen
-    bool paper = false;     // group 67 is 1
+    bool marker = false;      // a group 100 was seen
+    bool inGroup = false;     // between 102 { and 102 }
+    bool extended = false;    // a group 1001 was seen
+    bool attributed = false;  // one of them is ours
+    bool paper = false;       // group 67 is 1
 };
 
 class Indexer {
@@ -151,8 +86,9 @@ private:
     void beginBlock(RecordNumber number);
     void endBlock(RecordNumber number);
     void member(RecordNumber number);
+    void noteForm(std::uint16_t type);
     ContainerNumber addContainer(ContainerKind kind, std::string name, RecordNumber head);
-    std::optional<Error> finish(std::uint64_t end);
+    std::optional<Error> finish();
     void expectRecords(std::uint64_t size, std::uint64_t seen);
 
     DxfIndex& m_index;
@@ -228,6 +164,7 @@ void Indexer::group(int code, std::string_view value) {
             break;
         case 1001:
             record.extended = true;
+            if (equalsNoCaseAscii(trimmed(value), kAttributeApplication)) record.attributed = true;
             break;
         default:
             break;
@@ -355,15 +292,20 @@ void Indexer::member(RecordNumber number) {
         m_paperOwner = m_scratch.handle;
 }
 
+void Indexer::noteForm(std::uint16_t type) {
+    if (m_in == InSection::Other || m_in == InSection::Outside) return;
+    if (type >= m_index.forms.size()) m_index.forms.resize(type + std::size_t{1});
+    m_index.forms[type].note(m_scratch.marker);
+}
+
 std::optional<Error> Indexer::endRecord() {
     const RecordNumber number = m_index.lastRecord();
     if (number == 0) return std::nullopt;
     RecordEntry& entry = m_index.records[number];
     entry.handle = m_scratch.handle;
+    if (m_scratch.attributed) entry.flags |= kAttributed;
     m_index.highestHandle = std::max(m_index.highestHandle, entry.handle);
-    // Objects always have markers, also those that some writers add to R12 files.
-    m_index.sawMarkers |=
-        m_scratch.marker && m_in != InSection::Other && m_in != InSection::Outside;
+    noteForm(entry.type);
     if (is(entry.type, kSection)) {
         entry.flags |= kEdge;
         if (m_in != InSection::Outside)
@@ -392,6 +334,9 @@ std::optional<Error> Indexer::endRecord() {
         endBlock(number);
     } else {
         if (m_scratch.owner != 0 && m_in != InSection::Other) m_index.sawOwners = true;
+        if (m_in == InSection::Tables) m_index.tableForm.note(m_scratch.marker);
+        if (m_in == InSection::Blocks || m_in == InSection::Entities)
+            m_index.entityForm.note(m_scratch.marker);
         member(number);
     }
     return std::nullopt;
@@ -416,8 +361,8 @@ std::optional<Error> Indexer::pair(int code, std::string_view value, std::uint64
     return std::nullopt;
 }
 
-std::optional<Error> Indexer::finish(std::uint64_t end) {
-    m_index.end = end;
+std::optional<Error> Indexer::finish() {
+    if (m_ended) m_index.end = m_index.source->size();  // bytes behind EOF are its own
     if (auto error = endRecord()) return error;
     if (m_index.records.size() == 1)
         return Error{ErrorKind::Unreadable, m_file, 1, "no DXF text: no SECTION in it"};
@@ -509,6 +454,7 @@ std::optional<Error> Indexer::run() {
             m_index.crlf = feed != std::string::npos && feed > 0 && buffer[feed - 1] == '\r';
         }
         if (auto error = scan(buffer, base, last, at)) return error;
+        m_index.end = base + static_cast<std::uint64_t>(at - buffer.data());
         if (last) break;
         if (first) expectRecords(size, next);
         first = false;
@@ -518,7 +464,7 @@ std::optional<Error> Indexer::run() {
         buffer.erase(0, used);
         base += used;
     }
-    return finish(size);
+    return finish();
 }
 
 /// Makes room for as many records as the file will have when it goes on as it began.
@@ -528,19 +474,6 @@ void Indexer::expectRecords(std::uint64_t size, std::uint64_t seen) {
 }
 
 }  // namespace
-
-TypeNames::TypeNames() { static_cast<void>(number("")); }
-
-std::uint16_t TypeNames::number(std::string_view name) {
-    if (m_names.size() > m_last && m_names[m_last] == name) return m_last;
-    const auto found = m_numbers.find(std::string(name));
-    if (found != m_numbers.end()) return m_last = found->second;
-    if (m_names.size() >= 0xFFFF) return 0;
-    const auto number = static_cast<std::uint16_t>(m_names.size());
-    m_names.emplace_back(name);
-    m_numbers.emplace(name, number);
-    return number;
-}
 
 const Section* DxfIndex::section(std::string_view name) const {
     for (const Section& section : sections)

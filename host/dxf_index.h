@@ -3,29 +3,15 @@
 #include "host/record.h"
 #include "host/result.h"
 #include "host/source.h"
+#include "host/type_names.h"
 
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 namespace mor::host {
-
-/// Group-0 texts by number; 0 stands for "unknown".
-class TypeNames {
-public:
-    TypeNames();
-    [[nodiscard]] std::uint16_t number(std::string_view name);  ///< adds it when new
-    [[nodiscard]] const std::string& name(std::uint16_t number) const { return m_names[number]; }
-    [[nodiscard]] std::size_t count() const { return m_names.size(); }
-
-private:
-    std::vector<std::string> m_names;
-    std::unordered_map<std::string, std::uint16_t> m_numbers;
-    std::uint16_t m_last = 0;  ///< asked for last: entities of one type often stand together
-};
 
 /// A section of the file.
 struct Section {
@@ -34,21 +20,32 @@ struct Section {
     RecordNumber end = 0;
 };
 
+/// Whether records of one type or kind have subclass markers (group 100).
+struct RecordForm {
+    bool plain = false;
+    bool marked = false;
+
+    [[nodiscard]] bool seen() const { return plain || marked; }
+    void note(bool marker) { (marker ? marked : plain) = true; }
+};
+
 /// One DXF text file, cut into records. A record reaches from its group-0 line up to the next one;
 /// comments belong to the record that they follow. What stands before the first record belongs to
-/// none.
+/// none, nor do blanks behind the last one of a file without EOF.
 struct DxfIndex {
     std::shared_ptr<Source> source;
     std::vector<RecordEntry> records;  ///< [0] is unused; `place` is the offset in the source
     std::vector<Container> containers;
     std::vector<Section> sections;
     TypeNames types;
-    std::uint64_t end = 0;    ///< where the last record ends
-    bool crlf = false;        ///< line end of the first line
-    bool sawMarkers = false;  ///< a record has group 100
-    bool sawOwners = false;   ///< an entity or table record has its owner in 330
+    std::uint64_t end = 0;          ///< where the last record ends
+    bool crlf = false;              ///< line end of the first line
+    std::vector<RecordForm> forms;  ///< by type
+    RecordForm tableForm;           ///< of the records of tables
+    RecordForm entityForm;          ///< of entities, those of blocks included
+    bool sawOwners = false;         ///< an entity or table record has its owner in 330
     bool sawEof = false;
-    bool endsWithoutLineEnd = false;
+    bool endsWithoutLineEnd = false;  ///< the last record's last line
     std::uint64_t highestHandle = 0;
 
     [[nodiscard]] RecordNumber lastRecord() const {
@@ -61,6 +58,11 @@ struct DxfIndex {
         return source->read(records[number].place, endOf(number) - records[number].place);
     }
     [[nodiscard]] const Section* section(std::string_view name) const;
+    /// Of the type's records in tables, blocks and entities. Objects always have markers, also
+    /// those that some writers add to R12 files.
+    [[nodiscard]] RecordForm formOf(std::uint16_t type) const {
+        return type < forms.size() ? forms[type] : RecordForm{};
+    }
 };
 
 /// Reads the source once, in pieces. `name` stands in the errors.

@@ -33,7 +33,7 @@ struct NewRecord {
 /// A symbol table record; `subclass` is such as "AcDbLayerTableRecord".
 [[nodiscard]] std::string makeTableRecord(const RecordStyle& style, const NewRecord& record,
                                           std::string_view subclass);
-/// The head of a table that the file lacks, with `count` as its group 70, and its end.
+/// The head of a table that the file lacks, with `count` as its group 70; ENDTAB is the caller's.
 [[nodiscard]] std::string makeTableHead(const RecordStyle& style, std::string_view table,
                                         std::uint64_t handle, std::size_t count);
 

@@ -35,7 +35,7 @@ std::string withInteger(const TagList& record, const Tag& tag, std::int64_t valu
 
 class Planner {
 public:
-    explicit Planner(Drawing& drawing) : m_drawing(drawing), m_lines(drawing.style().lines) {}
+    explicit Planner(Drawing& drawing) : m_drawing(drawing), m_lines(drawing.lines()) {}
 
     SavePlan run() {
         collectRecords();
@@ -63,6 +63,9 @@ private:
     void assemble();
     void copy(RecordNumber first, RecordNumber last);
     void write(std::string bytes);
+    void writeLoose(std::string_view bytes);
+    PlanPiece& pieceOfBytes();
+    void closeLastLine();
 
     Drawing& m_drawing;
     const LineStyle& m_lines;
@@ -128,7 +131,7 @@ void Planner::raiseCount(const Container& table, std::size_t made) {
 
 void Planner::addTable(const Container& table, std::map<std::size_t, std::string>& missing) {
     std::string bytes =
-        makeTableHead(m_drawing.style(), table.name, table.owner, table.added.size());
+        makeTableHead(m_drawing.tableStyle("TABLE"), table.name, table.owner, table.added.size());
     m_plan.edits.push_back({SavedEdit::Kind::Made, "TABLE", handleToText(table.owner), table.name});
     bytes += renderAll(table.added) + line(m_lines, 0, "ENDTAB");
     missing[rankOf(kTableOrder, table.name)] += bytes;
@@ -206,7 +209,7 @@ std::string Planner::changedHeader(const TagList& header, const std::string& see
             handling = tag;
     }
     std::string added;
-    const bool old = m_drawing.style().release < Release::R2000;
+    const bool old = m_drawing.release() < Release::R2000;
     if (old && !handling) added += line(m_lines, 9, "$HANDLING") + integerLine(m_lines, 70, 1);
     if (!seedTag) added += line(m_lines, 9, "$HANDSEED") + line(m_lines, 5, seed);
     // From the back, so that places stay true.
@@ -270,22 +273,41 @@ void Planner::copy(RecordNumber first, RecordNumber last) {
     m_plan.pieces.push_back(std::move(piece));
 }
 
+PlanPiece& Planner::pieceOfBytes() {
+    if (m_plan.pieces.empty() || m_plan.pieces.back().first != 0) m_plan.pieces.emplace_back();
+    return m_plan.pieces.back();
+}
+
+/// Writes records.
 void Planner::write(std::string bytes) {
     if (bytes.empty()) return;
+    PlanPiece& piece = pieceOfBytes();
     m_plan.size += bytes.size();
-    if (!m_plan.pieces.empty() && m_plan.pieces.back().first == 0) {
-        m_plan.pieces.back().bytes += bytes;
-        return;
-    }
-    PlanPiece piece;
-    piece.bytes = std::move(bytes);
-    m_plan.pieces.push_back(std::move(piece));
+    const TagList records(std::move(bytes));
+    for (const Tag& tag : records.tags())
+        if (tag.code == 0) piece.starts.push_back(piece.bytes.size() + tag.begin);
+    piece.bytes += records.bytes();
+}
+
+/// Writes what belongs to no record: a byte order mark and comments before the first one, the end
+/// of a last line, blanks behind it.
+void Planner::writeLoose(std::string_view bytes) {
+    if (bytes.empty()) return;
+    pieceOfBytes().bytes += bytes;
+    m_plan.size += bytes.size();
+}
+
+void Planner::closeLastLine() {
+    const DxfIndex& index = m_drawing.index();
+    // A record that is written anew is closed.
+    if (!index.endsWithoutLineEnd || m_replaced.contains(m_drawing.lastFileRecord())) return;
+    writeLoose(lineEndFor(index.source->read(index.end - 1, 1), m_lines));
 }
 
 void Planner::assemble() {
     const RecordNumber last = m_drawing.lastFileRecord();
-    write(m_drawing.index().source->read(
-        0, m_drawing.entry(1).place));  // comments before the first section
+    const Source& source = *m_drawing.index().source;
+    writeLoose(source.read(0, m_drawing.entry(1).place));
     std::set<RecordNumber> stops;
     for (const auto& [number, bytes] : m_replaced) stops.insert(number);
     for (const auto& [number, bytes] : m_before) stops.insert(number);
@@ -294,8 +316,7 @@ void Planner::assemble() {
         copy(next, stop - 1);
         next = stop;
         if (const auto before = m_before.find(stop); before != m_before.end()) {
-            if (stop > last && m_drawing.index().endsWithoutLineEnd)
-                write(std::string(m_lines.end()));
+            if (stop > last) closeLastLine();
             for (auto& [rank, bytes] : before->second) write(std::move(bytes));
         }
         if (const auto replaced = m_replaced.find(stop); replaced != m_replaced.end()) {
@@ -304,16 +325,16 @@ void Planner::assemble() {
         }
     }
     copy(next, last);
+    const std::uint64_t end = m_drawing.index().end;
+    writeLoose(source.read(end, source.size() - end));
 }
 
 /// Compares written bytes and the records in them; `number` is the next record of the written file.
-std::string compareBytes(const std::string& bytes, std::uint64_t at, const DxfIndex& written,
+std::string compareBytes(const PlanPiece& piece, std::uint64_t at, const DxfIndex& written,
                          RecordNumber& number) {
-    if (written.source->read(at, bytes.size()) != bytes) return "written bytes differ";
-    const TagList tags(bytes);
-    for (const Tag& tag : tags.tags()) {
-        if (tag.code != 0) continue;
-        if (number > written.lastRecord() || written.records[number].place != at + tag.begin)
+    if (written.source->read(at, piece.bytes.size()) != piece.bytes) return "written bytes differ";
+    for (const std::size_t start : piece.starts) {
+        if (number > written.lastRecord() || written.records[number].place != at + start)
             return "a written record is not where it was put";
         ++number;
     }
@@ -325,12 +346,12 @@ std::string compareBytes(const std::string& bytes, std::uint64_t at, const DxfIn
 SavePlan planSave(Drawing& drawing) { return Planner(drawing).run(); }
 
 std::string comparePlan(const SavePlan& plan, const Drawing& drawing, const DxfIndex& written) {
-    if (written.end != plan.size) return "the size differs";
+    if (written.source->size() != plan.size) return "the size differs";
     std::uint64_t at = 0;
     RecordNumber number = 1;
     for (const PlanPiece& piece : plan.pieces) {
         if (piece.first == 0) {
-            if (std::string text = compareBytes(piece.bytes, at, written, number); !text.empty())
+            if (std::string text = compareBytes(piece, at, written, number); !text.empty())
                 return text;
             at += piece.bytes.size();
             continue;
@@ -340,7 +361,8 @@ std::string comparePlan(const SavePlan& plan, const Drawing& drawing, const DxfI
             const RecordEntry& entry = written.records[number];
             if (entry.place != at + (drawing.entry(old).place - piece.from))
                 return "a copied record moved";
-            if (written.types.name(entry.type) != drawing.typeOf(old))
+            if (written.types.name(entry.type) != drawing.typeOf(old) ||
+                entry.handle != drawing.handleOf(old))
                 return "a copied record changed";
         }
         at += piece.size;

@@ -16,6 +16,7 @@ struct PlanPiece {
     std::uint64_t from = 0;  ///< of a copy: where it begins in the source
     std::uint64_t size = 0;
     std::string bytes;
+    std::vector<std::size_t> starts;  ///< where the records in `bytes` begin
 };
 
 /// How a drawing is written: copies of what nobody touched, in its place, and what was made or
@@ -29,7 +30,7 @@ struct SavePlan {
 [[nodiscard]] SavePlan planSave(Drawing& drawing);
 
 /// Compares a file that was written with its plan: copied records by place, type and handle,
-/// written ones byte by byte. Empty when they agree, else what differs.
+/// written ones byte by byte and by where they begin. Empty when they agree, else what differs.
 [[nodiscard]] std::string comparePlan(const SavePlan& plan, const Drawing& drawing,
                                       const DxfIndex& written);
 

@@ -107,6 +107,11 @@ const Tag* TagList::findFrom(std::size_t from, int code) const {
     return nullptr;
 }
 
+std::string_view lineEndFor(std::string_view bytes, const LineStyle& style) {
+    if (bytes.empty() || bytes.ends_with('\n')) return {};
+    return bytes.ends_with('\r') ? "\n" : style.end();
+}
+
 std::string line(const LineStyle& style, int code, std::string_view value) {
     std::string text = std::to_string(code);
     if (style.padded) text = padLeft(std::move(text), 3);

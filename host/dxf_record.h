@@ -59,6 +59,8 @@ struct LineStyle {
     [[nodiscard]] std::string_view end() const { return crlf ? "\r\n" : "\n"; }
 };
 
+/// What closes a last line that has no line end; empty when it has one.
+[[nodiscard]] std::string_view lineEndFor(std::string_view bytes, const LineStyle& style);
 /// One group as a line pair.
 [[nodiscard]] std::string line(const LineStyle& style, int code, std::string_view value);
 [[nodiscard]] std::string integerLine(const LineStyle& style, int code, std::int64_t value);

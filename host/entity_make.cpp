@@ -108,9 +108,10 @@ RecordNumber addEntity(Drawing& drawing, ContainerNumber container, const Entity
     else
         record.owner = drawing.container(container).owner;
     const std::string layer = drawing.text().encode(entity.layer);
-    return drawing.add(container, entity.type,
-                       makeEntity(drawing.style(), record, layer, container == kPaperSpace),
-                       record.handle);
+    return drawing.add(
+        container, entity.type,
+        makeEntity(drawing.entityStyle(entity.type), record, layer, container == kPaperSpace),
+        record.handle);
 }
 
 int openBlock(AcApDocument& document, const ParsedList& list) {

@@ -27,6 +27,7 @@ struct State {
 
     std::size_t dieAt = 0;
     std::size_t failAt = 0;
+    std::size_t failReadAt = 0;
     std::vector<std::string> saveCalls;
 };
 
@@ -58,6 +59,8 @@ void dieAtSaveCall(std::size_t nth) { state().dieAt = nth; }
 void failSaveCall(std::size_t nth) { state().failAt = nth; }
 std::vector<std::string> saveCalls() { return state().saveCalls; }
 
+void failRead(std::size_t nth) { state().failReadAt = nth; }
+
 void reset() { state() = {}; }
 
 bool shouldFail(std::string_view operation) {
@@ -77,6 +80,12 @@ bool writesRefused() {
 }
 bool layerLocksEnforced() { return state().enforceLayerLocks; }
 long roomLimit() { return state().roomLimit; }
+
+bool readFails() {
+    const bool due = isDue(state().failReadAt);
+    state().struck = state().struck || due;
+    return due;
+}
 
 void saveBegins() { state().saveCalls.clear(); }
 

@@ -37,6 +37,9 @@ void failSaveCall(std::size_t nth);
 /// The names of the system calls that the last save made, in order.
 [[nodiscard]] std::vector<std::string> saveCalls();
 
+/// Makes the nth reading of a drawing's file from now on fail, once; 0: never.
+void failRead(std::size_t nth);
+
 void reset();
 
 // What the host asks at each operation.
@@ -47,6 +50,7 @@ void reset();
 [[nodiscard]] bool writesRefused();  ///< counts a refusal when on
 [[nodiscard]] bool layerLocksEnforced();
 [[nodiscard]] long roomLimit();
+[[nodiscard]] bool readFails();
 void saveBegins();  ///< from here on `saveCalls` lists a new save
 enum class SaveCall { Go, Fail };
 [[nodiscard]] SaveCall beforeSaveCall(std::string_view name);

@@ -81,12 +81,17 @@ struct SaveReport {
     bool written = false;          ///< false when nothing had changed, and for a dry run
     std::filesystem::path backup;  ///< the backup that was kept, empty when none
     std::uint64_t bytes = 0;       ///< size of the file as written, or as it would be
+    std::string warning;           ///< what did not go well although the file is saved
 };
 
 /// Saves: lock, temporary file beside the target, flush, read back and compare, backup, rename,
 /// flush the folder. At no moment is there no file under the target's name. Nothing changed:
-/// nothing is written.
+/// nothing is written. Refused where another program has changed or made the target meanwhile.
+/// Signals that end the process wait while the names change.
 Result<SaveReport> saveDocument(AcApDocument* document, const SaveOptions& options = {});
+/// Takes away what an unfinished save has made beside its target, for signal handlers that end the
+/// process. False, and nothing done, when a document has been saved: then it is too late to end.
+bool abandonSaves() noexcept;
 
 // ---- command line, break key, system variables --------------------------------------------------
 

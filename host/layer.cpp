@@ -37,8 +37,7 @@ bool flag(const LayerState& state, std::int64_t bit) {
 }
 
 bool isLayerName(const Drawing& drawing, std::wstring_view name) {
-    const std::size_t most =
-        drawing.style().release < Release::R2000 ? kLongestOldName : kLongestName;
+    const std::size_t most = drawing.release() < Release::R2000 ? kLongestOldName : kLongestName;
     return !name.empty() && name.size() <= most &&
            name.find_first_of(L"<>/\\\":;?*,=|`") == std::wstring_view::npos;
 }

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <variant>
@@ -30,6 +32,21 @@ struct Error {
         return result + text;
     }
 };
+
+/// The file of an open drawing could not be read. Thrown by every call that needed what was to be
+/// read: a record that cannot be read is not an empty one.
+class ReadFailure : public std::runtime_error {
+public:
+    explicit ReadFailure(Error error)
+        : std::runtime_error(error.message()), m_error(std::move(error)) {}
+    [[nodiscard]] const Error& error() const noexcept { return m_error; }
+
+private:
+    Error m_error;
+};
+/// The first such failure since the last call, also where somebody swallowed the exception: what
+/// came out then counts for nothing.
+[[nodiscard]] std::optional<Error> takeReadFailure();
 
 /// A value or the reason why there is none.
 template <typename T>

@@ -1,7 +1,11 @@
 #include "host/source.h"
 
+#include "host/faults.h"
+#include "host/permanent.h"
+
 #include <cerrno>
 #include <cstring>
+#include <exception>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -11,30 +15,59 @@ namespace mor::host {
 
 namespace {
 
+std::optional<Error>& firstFailure() {
+    static Permanent<std::optional<Error>> failure;
+    return *failure;
+}
+
 class FileSource final : public Source {
 public:
-    FileSource(int descriptor, std::uint64_t size) : m_descriptor(descriptor), m_size(size) {}
+    FileSource(int descriptor, std::uint64_t size, std::string name)
+        : m_descriptor(descriptor), m_size(size), m_name(std::move(name)) {}
     ~FileSource() override { ::close(m_descriptor); }
     FileSource(const FileSource&) = delete;
     FileSource& operator=(const FileSource&) = delete;
 
     [[nodiscard]] std::uint64_t size() const override { return m_size; }
     [[nodiscard]] int descriptor() const override { return m_descriptor; }
+    [[nodiscard]] bool failed() const override { return m_failed; }
     std::size_t read(std::uint64_t offset, char* buffer, std::size_t count) const override {
         std::size_t done = 0;
         while (done < count) {
-            const ssize_t got = ::pread(m_descriptor, buffer + done, count - done,
-                                        static_cast<off_t>(offset + done));
+            const ssize_t got = readAt(offset + done, buffer + done, count - done);
             if (got < 0 && errno == EINTR) continue;
-            if (got <= 0) break;
+            if (got <= 0) {
+                if (got < 0 || offset + done < m_size) fail(got < 0 ? errno : 0);
+                break;
+            }
             done += static_cast<std::size_t>(got);
         }
         return done;
     }
 
 private:
+    ssize_t readAt(std::uint64_t offset, char* buffer, std::size_t count) const {
+        if (faults::readFails()) {
+            errno = EIO;
+            return -1;
+        }
+        return ::pread(m_descriptor, buffer, count, static_cast<off_t>(offset));
+    }
+    /// `code` 0: the file ends before its end.
+    void fail(int code) const {
+        m_failed = true;
+        const Error error{ErrorKind::Unreadable, m_name, 0,
+                          code == 0
+                              ? std::string("was cut short by another program while it was open")
+                              : std::string("reading failed: ") + std::strerror(code)};
+        if (!firstFailure()) firstFailure() = error;
+        if (std::uncaught_exceptions() == 0) throw ReadFailure(error);
+    }
+
     int m_descriptor;
     std::uint64_t m_size;
+    std::string m_name;
+    mutable bool m_failed = false;
 };
 
 class BufferSource final : public Source {
@@ -64,6 +97,8 @@ FileStamp stampOf(int descriptor) {
             status.st_mtim.tv_nsec};
 }
 
+std::optional<Error> takeReadFailure() { return std::exchange(firstFailure(), std::nullopt); }
+
 std::string Source::read(std::uint64_t offset, std::uint64_t count) const {
     std::string bytes(static_cast<std::size_t>(count), '\0');
     bytes.resize(read(offset, bytes.data(), bytes.size()));
@@ -84,8 +119,8 @@ Result<std::shared_ptr<Source>> openFileSource(const std::filesystem::path& path
                          ? "is a directory, not a drawing"
                          : "is no regular file; save the drawing to disk first"};
     }
-    return std::shared_ptr<Source>(
-        std::make_shared<FileSource>(descriptor, static_cast<std::uint64_t>(status.st_size)));
+    return std::shared_ptr<Source>(std::make_shared<FileSource>(
+        descriptor, static_cast<std::uint64_t>(status.st_size), path.string()));
 }
 
 std::shared_ptr<Source> makeBufferSource(std::string bytes) {

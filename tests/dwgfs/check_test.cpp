@@ -3,6 +3,7 @@
 #include "platform/owned.h"
 #include "tests/dwgfs/store_fixture.h"
 #include "tests/dwgfs/stored_drawing.h"
+#include "tests/support/test_folder.h"
 
 #include <gtest/gtest.h>
 
@@ -51,8 +52,7 @@ TEST_F(Check, OfASoundStoreChangesNothing) {
     reopen();
     setLayer(true, true);
     host::resetCounters();
-    const host::SaveOptions toNowhere{.output = ::testing::TempDir() + "mor_never_written.dxf",
-                                      .dryRun = true};
+    const host::SaveOptions toNowhere{.output = testFolder() / "never_written.dxf", .dryRun = true};
     const auto before = host::saveDocument(document(), toNowhere);
     fs().checkFileSystem();
     EXPECT_EQ(tree(), kWhole);

@@ -2,6 +2,7 @@
 
 #include "dwgfs/names.h"
 #include "platform/entity_calls.h"
+#include "tests/support/test_folder.h"
 
 #include <algorithm>
 #include <utility>
@@ -168,10 +169,7 @@ void StoreTest::send(int message) {
 }
 
 void StoreTest::reopen() {
-    const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
-    std::string name = std::string{"mor_"} + test->test_suite_name() + "_" + test->name() + ".dxf";
-    std::ranges::replace(name, '/', '_');  // of parameters
-    const std::filesystem::path file = std::filesystem::path{::testing::TempDir()} / name;
+    const std::filesystem::path file = testFolder() / "reopened.dxf";
     const auto saved = host::saveDocument(document(), {.output = file, .backup = false});
     ASSERT_TRUE(saved) << saved.error().message();
     open(file);

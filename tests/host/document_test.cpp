@@ -91,6 +91,34 @@ TEST_F(Documents, KeepWorkingWhenTheirFileIsReplacedOrRemoved) {
     EXPECT_NE(savedBytes(), bytes);
 }
 
+TEST_F(Documents, TakeNoRecordThatCannotBeReadForAnEmptyOne) {
+    openEntities("0 LINE|5 A1|8 0|0 LINE|5 A2|8 0|", "0 LAYER|2 WALLS|70 0|");
+    const std::string bytes = readFile(file());
+    bool struck = true;
+    for (std::size_t reading = 1; struck; ++reading) {
+        SCOPED_TRACE("reading " + std::to_string(reading));
+        close();
+        host::faults::reset();
+        host::faults::failRead(reading);
+        const auto opened = host::openDocument(file());
+        bool worked = static_cast<bool>(opened);
+        bool saved = false;
+        try {
+            if (opened) use(opened.value());
+            worked = worked && makeLine(L"WALLS") == RTNORM && walk() == "LINE:A1 LINE:A2 LINE:A3";
+        } catch (const host::ReadFailure& failure) {
+            EXPECT_NE(failure.error().text.find("reading failed"), std::string::npos);
+            EXPECT_TRUE(host::takeReadFailure());
+            worked = false;
+        }
+        if (opened) saved = static_cast<bool>(host::saveDocument(document()));
+        struck = host::faults::struck();
+        EXPECT_NE(saved, struck);
+        EXPECT_TRUE(worked || struck);
+        EXPECT_EQ(readFile(file()) == bytes, struck);
+    }
+}
+
 TEST_F(Documents, SaveAgainAndAgainRelativeToTheFileAsLoaded) {
     openEntities("0 LINE|5 A1|8 0|0 LINE|5 A2|8 0|");
     for (const wchar_t* layer : {L"ONE", L"TWO", L"THREE"}) {

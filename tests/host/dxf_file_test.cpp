@@ -78,6 +78,39 @@ TEST_F(DxfFiles, WithoutALastLineEndAreClosedBeforeSomethingFollows) {
     EXPECT_EQ(refusal(bytes), "");
 }
 
+TEST_F(DxfFiles, TakeNewRecordsWhateverStandsAtTheirEnds) {
+    const std::string mark = "\xEF\xBB\xBF";
+    const std::string header = dxfText("0 SECTION|2 HEADER|9 $ACADVER|1 AC1009|0 ENDSEC");
+    const std::string carriage = dxfText("0 SECTION|2 TABLES|0 ENDSEC", "\r\n");
+    const std::string texts[] = {mark + header + dxfText("0 EOF"),
+                                 mark + dxfText("999 head") + header,
+                                 header.substr(0, header.size() - 1),
+                                 carriage.substr(0, carriage.size() - 1),
+                                 carriage.substr(0, carriage.size() - 2),
+                                 header + "\n",
+                                 header + "  "};
+    for (const std::string& text : texts) {
+        SCOPED_TRACE(testing::PrintToString(text));
+        open(text);
+        EXPECT_EQ(makeLine(), RTNORM);
+        EXPECT_EQ(savedBytes().starts_with(mark), text.starts_with(mark));
+        reopen();
+        EXPECT_EQ(walk(), "LINE:1");
+    }
+}
+
+TEST_F(DxfFiles, WithoutALastLineEndTakeChangesOfTheirLastRecord) {
+    for (const char* end : {"", "\n", "\r"}) {
+        open(dxfText("0 SECTION|2 HEADER|9 $ACADVER|1 AC1009|0 ENDSEC|0 LINE|5 A1") + "8\n0" + end);
+        Connected line{named(L"A1")};
+        EXPECT_TRUE(line.SetAttribute(L"x", host::makeInteger(7)) && line.Flush());
+        EXPECT_EQ(makeLine(), RTNORM);
+        reopen();
+        EXPECT_EQ(host::recordAttributes(document(), named(L"A1")).items.size(), 1u);
+        EXPECT_EQ(walk(), "LINE:A2");
+    }
+}
+
 TEST_F(DxfFiles, WithCrLfGetCrLf) {
     open(drawingText("", kLine, "\r\n"));
     const std::string bytes = changedBytes();

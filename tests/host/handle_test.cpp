@@ -55,6 +55,18 @@ TEST_F(Handles, CountThoseOfTablesAndObjectsToo) {
     EXPECT_EQ(madeAndSeed(), "F1 F2");
 }
 
+TEST_F(Handles, StayClearOfThoseThatValuesKeep) {
+    openLines("9 $HANDSEED|5 B0|",
+              line("A1") + "1001 OTHER|1005 B3|1001 mor_attributes|1070 1|1000 x|1002 {|1005 B0|" +
+                  "1070 0|1005 00b1|1002 }|");
+    Connected entity{named(L"A1")};
+    const auto value = host::readLisp("(handent \"B2\")", host::UnknownHandles::Keep);
+    EXPECT_TRUE(entity.SetAttribute(L"y", value.value()) && entity.Flush());
+    EXPECT_EQ(madeAndSeed(), "B3 B4");
+    reopen();
+    for (const wchar_t* kept : {L"B0", L"B1", L"B2"}) EXPECT_TRUE(named(kept).isNone());
+}
+
 TEST_F(Handles, RunOutInsteadOfBeginningAgain) {
     openLines("", line("FFFFFFFFFFFFFFFF"));
     EXPECT_EQ(makeLine(), RTREJ);

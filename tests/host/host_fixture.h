@@ -6,6 +6,7 @@
 #include "platform/entity_calls.h"
 #include "platform/owned.h"
 #include "tests/support/process.h"
+#include "tests/support/test_folder.h"
 
 #include <gtest/gtest.h>
 
@@ -38,11 +39,7 @@ namespace mor::test {
 class HostTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        const auto* test = testing::UnitTest::GetInstance()->current_test_info();
-        m_folder = std::filesystem::path{testing::TempDir()} /
-                   (std::string{"host_"} + test->test_suite_name() + "_" + test->name());
-        std::filesystem::remove_all(m_folder);
-        std::filesystem::create_directories(m_folder);
+        m_folder = testFolder();
         host::faults::reset();
         host::resetCounters();
         static_cast<void>(host::takePrintedText());

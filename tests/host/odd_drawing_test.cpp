@@ -56,6 +56,30 @@ TEST_F(OddDrawings, WithoutAReleaseRegisterApplicationsWithoutMarkers) {
     EXPECT_NE(saved("APPID").find("100 AcDbRegAppTableRecord|2 MOR_ATTRIBUTES"), std::string::npos);
 }
 
+TEST_F(OddDrawings, OfR12GetNewRecordsThatLookAsTheirOwnOfTheKind) {
+    const struct {
+        const char* tables;
+        const char* line;
+        const char* layer;
+        const char* made;
+    } cases[] = {
+        {"", "100 AcDbEntity|", "0 LAYER|2 NEW", "100 AcDbEntity|8 NEW"},
+        {"0 TABLE|2 LAYER|70 1|0 LAYER|2 A|70 0|0 ENDTAB|", "100 AcDbEntity|", "0 LAYER|2 NEW",
+         "100 AcDbEntity|8 NEW"},
+        {"0 TABLE|2 STYLE|70 1|0 STYLE|5 A2|100 AcDbSymbolTableRecord|2 A|70 0|0 ENDTAB|", "",
+         "0 LAYER|5 A3|100 AcDbSymbolTableRecord|100 AcDbLayerTableRecord|2 NEW", "|8 NEW"}};
+    for (const auto& c : cases) {
+        openLine("0 SECTION|2 HEADER|9 $ACADVER|1 AC1009|0 ENDSEC|0 SECTION|2 TABLES|" +
+                     std::string(c.tables) + "0 ENDSEC|",
+                 c.line);
+        EXPECT_EQ(makeLine(L"NEW"), RTNORM);
+        makeBlock();
+        EXPECT_NE(saved("LAYER").find(c.layer), std::string::npos) << saved("LAYER");
+        EXPECT_NE(saved("LINE").find(c.made), std::string::npos) << saved("LINE");
+        EXPECT_EQ(saved("BLOCK_RECORD"), "");
+    }
+}
+
 TEST_F(OddDrawings, WithoutARecordForModelSpaceGetEntitiesWithoutOwner) {
     openLine("0 SECTION|2 HEADER|9 $ACADVER|1 AC1015|0 ENDSEC|", "330 1F|100 AcDbEntity|");
     EXPECT_EQ(makeLine(), RTNORM);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <gtest/gtest.h>
+#include "tests/support/test_folder.h"
 
 #include <filesystem>
 #include <fstream>
@@ -77,11 +77,7 @@ struct DxfDrawing {
     /// Writes the drawing as a text file of that name, over an older one, into a folder that only
     /// the running test uses.
     [[nodiscard]] std::filesystem::path save(const std::string& name) const {
-        const testing::TestInfo* test = testing::UnitTest::GetInstance()->current_test_info();
-        std::filesystem::path path{testing::TempDir()};
-        path /= std::string{"mor_"} + test->test_suite_name() + "_" + test->name();
-        std::filesystem::create_directories(path);
-        path /= name;
+        const std::filesystem::path path = testFolder() / name;
         std::ofstream file{path, std::ios::binary | std::ios::trunc};
         file << bytes();
         return path;

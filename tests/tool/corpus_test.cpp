@@ -104,7 +104,10 @@ std::string outline(const std::vector<const DxfRecord*>& made) {
 
 /// The new records that a first value under /cfg/user makes in this drawing, in file order.
 std::string expectedOutline(const DxfFile& before, const FileFacts& facts) {
-    const bool blockRecords = facts.markers && (!facts.version.empty() || facts.owners);
+    const bool blockRecords =
+        facts.since("AC1012") ||
+        (facts.marks("BLOCK", "entity") &&
+         (facts.owners || (!facts.version.empty() && before.table("BLOCK_RECORD") != nullptr)));
     const auto table = [&](const std::string& name, const std::string& records) {
         const std::string in = "TABLES/" + name + " ";
         if (before.stray(name) != nullptr) return "TABLES " + name + "\n";

@@ -7,6 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -89,6 +92,7 @@ TEST_F(Saving, LeavesTheOldOrTheNewFileWhenTheProcessDiesAtAnyCall) {
         const std::string left = readFile(drawing());
         EXPECT_TRUE(left == before() || left == after());
         EXPECT_TRUE(!fs::exists(drawing() + ".bak") || readFile(drawing() + ".bak") == before());
+        EXPECT_TRUE(left == before() || fs::exists(drawing() + ".bak"));
         const Outcome next = run({"put", drawing(), "/cfg/y", "1"});
         EXPECT_EQ(next.code, 0) << next.err;
         EXPECT_EQ(names(), "d.dxf d.dxf.bak");
@@ -108,7 +112,7 @@ TEST_F(Saving, FailsCleanlyWhenAnyCallFails) {
         struck = host::faults::struck();
         SCOPED_TRACE("failing call " + std::to_string(call) + ", " +
                      (struck ? host::faults::saveCalls()[call - 1] : "none"));
-        EXPECT_TRUE(readFile(drawing()) == after() || (!saved && readFile(drawing()) == before()));
+        EXPECT_TRUE(readFile(drawing()) == (saved ? after() : before()));
         EXPECT_TRUE(struck || saved);
         EXPECT_EQ(names().find("moradmin"), std::string::npos) << names();
         EXPECT_EQ(run({"put", drawing(), "/cfg/y", "1"}).code, 0);
@@ -247,6 +251,159 @@ TEST_F(Saving, IsRefusedWhereTheFolderOrAFileIsMissing) {
     EXPECT_EQ(put({"-o", folder().string()}).code, 5);
     EXPECT_EQ(names(), "d.dxf");
     EXPECT_EQ(readFile(drawing()), before());
+}
+
+TEST_F(Saving, IsRefusedWhenAReadingFails) {
+    EXPECT_EQ(run({"put", drawing(), "/a/b/c", "1", "--no-backup"}).code, 0);
+    const std::string old = readFile(drawing());
+    int code = -1;
+    std::string codes;
+    for (int reading = 1; code != 0; ++reading) {
+        const Outcome tree = runInjected("pread", reading, "fail", {"tree", drawing()});
+        EXPECT_TRUE(tree.code == 3 || tree.out == run({"tree", drawing()}).out) << reading;
+        const Outcome outcome =
+            runInjected("pread", reading, "fail", {"put", drawing(), "/a/b/new/d", "1"});
+        code = outcome.code;
+        if (!codes.ends_with(std::to_string(code))) codes += std::to_string(code);
+        EXPECT_EQ(readFile(drawing()) == old, code != 0) << reading;
+        EXPECT_TRUE(code == 0 || outcome.err.find("reading failed") != std::string::npos)
+            << outcome.err;
+    }
+    EXPECT_EQ(codes, "350");
+}
+
+TEST_F(Saving, IsRefusedWhenTheFileChangesMeanwhile) {
+    for (const std::string call : {"fsync", "renameat2"})
+        for (const std::string what : {"append", "replace"})
+            for (const bool backup : {true, false}) {
+                SCOPED_TRACE(call + " " + what + (backup ? "" : " without backup"));
+                restore();
+                writeFile(drawing() + ".bak", "older");
+                std::vector<std::string> words = {"put", drawing(), "/cfg/x", "1"};
+                if (!backup) words.emplace_back("--no-backup");
+                const Outcome outcome = runInjected(call, 1, what + ":" + drawing(), words);
+                EXPECT_EQ(outcome.code, 5);
+                EXPECT_NE(outcome.err.find("was changed by another program"), std::string::npos);
+                EXPECT_EQ(readFile(drawing()),
+                          what == "append" ? before() + "appended\n" : "replaced\n");
+                EXPECT_EQ(fs::hard_link_count(drawing()), 1u);
+                EXPECT_EQ(names().find("moradmin"), std::string::npos) << names();
+                // Seen before the names change, it costs nothing; else the older backup at most.
+                const bool early = call == "fsync" || !backup;
+                EXPECT_EQ(readFile(drawing() + ".bak"), early              ? "older"
+                                                        : what == "append" ? ""
+                                                                           : before());
+            }
+}
+
+TEST_F(Saving, WorksWhereNamesCannotBeExchanged) {
+    const auto save = [&](std::vector<std::string> words) {
+        return runInjected("renameat2", 0, "fail", std::move(words)).code;
+    };
+    EXPECT_EQ(save({"put", drawing(), "/cfg/x", "\"new\""}), 0);
+    EXPECT_EQ(readFile(drawing()), after());
+    EXPECT_EQ(readFile(drawing() + ".bak"), before());
+    EXPECT_EQ(save({"new", file("e.dxf")}), 0);
+    EXPECT_EQ(save({"new", file("e.dxf")}), 5);
+    EXPECT_EQ(names(), "d.dxf d.dxf.bak e.dxf");
+}
+
+TEST_F(Saving, IsRefusedWhenTheOutputCannotBeWritten) {
+    const Outcome full =
+        runProgram({"/bin/sh", "-c", "exec \"$@\" > /dev/full", "sh", MORADMIN_PROGRAM, "run",
+                    drawing(), "-c", "put /cfg/x 1; cat /cfg/x"},
+                   folder());
+    EXPECT_EQ(full.code, 5);
+    EXPECT_EQ(readFile(drawing()), before());
+}
+
+TEST_F(Saving, IsDoneWhenOnlyTheFolderCannotBeFlushed) {
+    const Outcome outcome =
+        runInjected("fsync", 2, "fail", {"put", drawing(), "/cfg/x", "\"new\""});
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_NE(outcome.err.find("saved, but its folder could not be flushed"), std::string::npos);
+    EXPECT_EQ(readFile(drawing()), after());
+}
+
+TEST_F(Saving, LeavesNothingBehindWhenASignalEndsIt) {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        SCOPED_TRACE(signal);
+        const std::string what = "signal:" + std::to_string(signal);
+        restore();
+        const std::vector<std::string> words = {"put", drawing(), "/cfg/x", "\"new\""};
+        EXPECT_EQ(runInjected("fsync", 1, what, words).code, 128 + signal);
+        EXPECT_EQ(readFile(drawing()), before());
+        EXPECT_EQ(names(), "d.dxf");
+        // The names have changed already: too late.
+        EXPECT_EQ(runInjected("renameat2", 1, what, words).code, 0);
+        EXPECT_EQ(readFile(drawing()), after());
+        EXPECT_EQ(names(), "d.dxf d.dxf.bak");
+    }
+}
+
+TEST_F(Saving, TakesAwayWhatOthersHaveLeft) {
+    writeFile(file(".d.dxf.moradmin-0123abcd"), "left");
+    fs::create_hard_link(drawing(), file(".d.dxf.moradmin-4567abcd"));
+    EXPECT_EQ(put({"--no-backup"}).code, 0);
+    EXPECT_EQ(names(), "d.dxf");
+}
+
+TEST_F(Saving, ToANewNameIsRefusedWhileAnotherOneIsAtWork) {
+    const std::string other = file(".new.dxf.moradmin-0123abcd");
+    writeFile(other, "being written");
+    const int descriptor = ::open(other.c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(::flock(descriptor, LOCK_EX), 0);
+    const Outcome refused = put({"-o", file("new.dxf")});
+    EXPECT_EQ(refused.code, 5);
+    EXPECT_NE(refused.err.find("another process"), std::string::npos) << refused.err;
+    ::close(descriptor);
+    EXPECT_EQ(put({"-o", file("new.dxf")}).code, 0);
+    EXPECT_EQ(names(), "d.dxf new.dxf");
+}
+
+TEST_F(Saving, ToANewNameTakesItFromNobody) {
+    const std::string name = file("new.dxf");
+    const Outcome refused = runInjected("renameat2", 1, "replace:" + name,
+                                        {"put", drawing(), "/cfg/x", "1", "-o", name});
+    EXPECT_EQ(refused.code, 5);
+    EXPECT_NE(refused.err.find("made by another program"), std::string::npos) << refused.err;
+    EXPECT_EQ(readFile(name), "replaced\n");
+    EXPECT_EQ(names(), "d.dxf new.dxf");
+}
+
+TEST_F(Saving, ToOneNewNameAtOnceIsDoneByOneAlone) {
+    const std::string whole = readFile(newDrawing("model.dxf"));
+    const std::string name = file("new.dxf");
+    for (int round = 0; round < 20; ++round) {
+        std::vector<pid_t> running;
+        for (int i = 0; i < 3; ++i) {
+            running.push_back(::fork());
+            if (running.back() != 0) continue;
+            static_cast<void>(std::freopen("/dev/null", "w", stderr));
+            ::execl(MORADMIN_PROGRAM, MORADMIN_PROGRAM, "new", name.c_str(), nullptr);
+            ::_exit(127);
+        }
+        std::vector<int> codes;
+        for (const pid_t process : running) {
+            int status = 0;
+            ::waitpid(process, &status, 0);
+            codes.push_back(WIFEXITED(status) ? WEXITSTATUS(status) : -1);
+        }
+        std::ranges::sort(codes);
+        EXPECT_EQ(codes, (std::vector<int>{0, 5, 5}));
+        EXPECT_TRUE(readFile(name) == whole);
+        fs::remove(name);
+    }
+    EXPECT_EQ(names(), "d.dxf model.dxf");
+}
+
+TEST_F(Saving, IsRefusedWhereOnlyTheOwnerMayReplaceTheFile) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only the superuser can become somebody else";
+    ASSERT_EQ(::chmod(drawing().c_str(), 0666), 0);
+    ASSERT_EQ(::chmod(folder().c_str(), 01777), 0);
+    EXPECT_EQ(inProcess([&] { return ::setuid(65534) == 0 && !storeAndSave(drawing()); }), 0);
+    EXPECT_EQ(readFile(drawing()), before());
+    EXPECT_EQ(names(), "d.dxf");
 }
 
 TEST_F(Saving, OfNothingWritesNothing) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tests/support/process.h"
+#include "tests/support/test_folder.h"
 
 #include <gtest/gtest.h>
 
@@ -16,13 +17,7 @@ namespace mor::test {
 /// A test with a folder of its own in which the program runs on drawings.
 class ToolTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        const auto* test = testing::UnitTest::GetInstance()->current_test_info();
-        m_folder = std::filesystem::path{testing::TempDir()} /
-                   (std::string{"moradmin_"} + test->test_suite_name() + "_" + test->name());
-        std::filesystem::remove_all(m_folder);
-        std::filesystem::create_directories(m_folder);
-    }
+    void SetUp() override { m_folder = testFolder(); }
     void TearDown() override { std::filesystem::remove_all(m_folder); }
 
     [[nodiscard]] const std::filesystem::path& folder() const { return m_folder; }
@@ -33,6 +28,16 @@ protected:
     [[nodiscard]] Outcome run(std::vector<std::string> words, std::string_view input = {}) const {
         words.insert(words.begin(), MORADMIN_PROGRAM);
         return runProgram(words, m_folder, input);
+    }
+    /// Runs `moradmin WORD...` and does `what` at its `nth` call (0: at every one) of a system
+    /// call: "fail", "signal:NUMBER", "append:FILE" or "replace:FILE".
+    [[nodiscard]] Outcome runInjected(const std::string& call, int nth, const std::string& what,
+                                      std::vector<std::string> words) const {
+        words.insert(words.begin(),
+                     {"/usr/bin/env", std::string("LD_PRELOAD=") + MORADMIN_INJECTED,
+                      "ASAN_OPTIONS=verify_asan_link_order=0", "INJECT_CALL=" + call,
+                      "INJECT_AT=" + std::to_string(nth), "INJECT_DO=" + what, MORADMIN_PROGRAM});
+        return runProgram(words, m_folder);
     }
     /// A new drawing of that release; answers its path.
     std::string newDrawing(const std::string& name = "d.dxf",

@@ -154,6 +154,12 @@ int overDrawings(const Options& options, const std::function<int(const std::stri
     for (const std::string& file : files) {
         try {
             code = moreSerious(code, visit(file));
+            refuseLostReadings();
+        } catch (const host::ReadFailure& failure) {
+            static_cast<void>(host::takeReadFailure());
+            std::cout.flush();
+            printFailure(options, Failure(failure.error()));
+            code = moreSerious(code, kUnreadable);
         } catch (const Failure& failure) {
             std::cout.flush();
             printFailure(options, failure);

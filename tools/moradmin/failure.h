@@ -50,4 +50,9 @@ private:
     std::string m_path;
 };
 
+/// Throws Failure when a drawing could not be read and nobody has said so yet.
+inline void refuseLostReadings() {
+    if (const auto lost = host::takeReadFailure()) throw Failure(*lost);
+}
+
 }  // namespace mor::tool

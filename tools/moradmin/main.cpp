@@ -1,12 +1,15 @@
 #include "frame/module.h"
+#include "host/host.h"
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/options.h"
 #include "tools/moradmin/output.h"
 
 #include <algorithm>
+#include <csignal>
 #include <exception>
 #include <iostream>
+#include <unistd.h>
 
 namespace {
 
@@ -23,6 +26,26 @@ private:
     bool m_attached;
 };
 
+void onEnd(int signal) {
+    if (!mor::host::abandonSaves()) return;
+    if (signal == SIGINT) ::_exit(mor::tool::kInterrupted);
+    std::signal(signal, SIG_DFL);
+    ::raise(signal);
+}
+
+/// What ends the program leaves no temporary file behind.
+void catchSignals() {
+    for (const int signal : {SIGHUP, SIGINT, SIGTERM})
+        if (std::signal(signal, onEnd) == SIG_IGN) std::signal(signal, SIG_IGN);  // as with nohup
+    std::signal(SIGXFSZ, SIG_IGN);  // writing fails then, and is told
+}
+
+void flushOutput() {
+    std::cout.flush();
+    if (!std::cout)
+        throw mor::tool::Failure(mor::tool::kUnwritable, "the output cannot be written");
+}
+
 int runCommand(const mor::tool::Options& options) {
     using namespace mor::tool;
     const auto command = std::ranges::find(commands(), options.command, &Command::name);
@@ -35,7 +58,9 @@ int runCommand(const mor::tool::Options& options) {
     if (command->runAlone != nullptr) return command->runAlone(options);
     Session session(options);
     const int code = command->run(session, options);
-    if (code == kDone && (command->options & kChanging) != 0) session.save(options);
+    if (code != kDone || (command->options & kChanging) == 0) return code;
+    flushOutput();  // nobody learns of a save from an exit code that tells of the output
+    session.save(options);
     return code;
 }
 
@@ -43,13 +68,14 @@ int run(const mor::tool::Options& options) {
     using namespace mor::tool;
     try {
         const int code = runCommand(options);
-        std::cout.flush();
-        if (!std::cout) throw Failure(kUnwritable, "the output cannot be written");
+        refuseLostReadings();
+        flushOutput();
         return code;
     } catch (const Failure& failure) {
         std::cout.flush();
-        printFailure(options, failure);
-        return failure.code();
+        const auto lost = mor::host::takeReadFailure();  // the reason behind it, then
+        printFailure(options, lost ? Failure(*lost) : failure);
+        return lost ? kUnreadable : failure.code();
     } catch (const std::exception& error) {
         printFailure(options, Failure(kUnreadable, error.what(), options.drawing));
         return kUnreadable;
@@ -62,6 +88,7 @@ int main(int count, char** words) {
     std::ios::sync_with_stdio(false);
     const mor::tool::ParsedLine line = mor::tool::parseCommandLine(count, words);
     if (line.exitCode) return *line.exitCode;
+    catchSignals();
     const Module module;
     if (!module.attached()) return mor::tool::kUnreadable;
     return run(line.options);

@@ -162,8 +162,10 @@ std::string Session::save(const Options& options) {
     how.output = options.output;
     how.backup = !options.noBackup;
     how.dryRun = options.dryRun;
+    refuseLostReadings();
     const auto saved = host::saveDocument(m_document, how);
     if (!saved) throw Failure(saved.error());
+    if (!saved.value().warning.empty()) printNote(message(saved.value().warning));
     if (!options.dryRun) return saved.value().backup.string();
     using Kind = host::SavedEdit::Kind;
     for (const host::SavedEdit& edit : saved.value().edits) {

@@ -129,6 +129,7 @@ int runNew(const Options& options) {
     const auto saved = host::saveDocument(document, how);
     host::closeDocument(document);
     if (!saved) throw Failure(saved.error());
+    if (!saved.value().warning.empty()) printNote(options.drawing + ": " + saved.value().warning);
     return kDone;
 }
 
