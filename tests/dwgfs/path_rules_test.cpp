@@ -16,16 +16,21 @@ TEST(PathRules, NamesAreLettersDigitsAndAFewMore) {
     const struct {
         const wchar_t* name;
         bool dir, file;
-    } cases[] = {
-        {L"a", true, true},         {L"a1", true, true},           {L"1a", true, true},
-        {L"a b", true, true},       {L"a-b_c", true, true},        {L"a ", true, true},
-        {L"1 -a", true, true},      {L"\u00E4\u4E2D", true, true}, {L">a", false, true},
-        {L">1a", false, true},      {L"", false, false},           {L"123", false, false},
-        {L"1-2_3 4", false, false}, {L"-a", false, false},         {L"_a", false, false},
-        {L" a", false, false},      {L"a.b", false, false},        {L"a/b", false, false},
-        {L"a\t", false, false},     {L"a>", false, false},         {L">", false, false},
-        {L">>a", false, false},     {L">1", false, false},         {L"> a", false, false},
-        {L"^a", false, false},      {L"$ID", false, false},        {nullptr, false, false}};
+    } cases[] = {{L"a", true, true},          {L"a1", true, true},
+                 {L"1a", true, true},         {L"a b", true, true},
+                 {L"a-b_c", true, true},      {L"a ", true, true},
+                 {L"1 -a", true, true},       {L"\u00E4\u4E2D", true, true},
+                 {L">a", false, true},        {L">1a", false, true},
+                 {L"", false, false},         {L"123", false, false},
+                 {L"1-2_3 4", false, false},  {L"-a", false, false},
+                 {L"_a", false, false},       {L" a", false, false},
+                 {L"a.b", false, false},      {L"a/b", false, false},
+                 {L"a\t", false, false},      {L"a>", false, false},
+                 {L">", false, false},        {L">>a", false, false},
+                 {L">1", false, false},       {L"> a", false, false},
+                 {L"\U00010400", true, true}, {L"a\U0001F600", false, false},
+                 {L"^a", false, false},       {L"$ID", false, false},
+                 {nullptr, false, false}};
     for (const auto& c : cases) {
         EXPECT_EQ(Fs::isValidDirName(c.name), c.dir) << narrow(c.name ? c.name : L"null");
         EXPECT_EQ(Fs::isValidFileName(c.name), c.file) << narrow(c.name ? c.name : L"null");

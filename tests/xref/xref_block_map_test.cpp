@@ -35,8 +35,7 @@ protected:
     }
     static std::wstring codes(const ResbufList& list) {
         std::wstring text;
-        for (const resbuf* element = list.get()->rbnext; element != nullptr;
-             element = element->rbnext)
+        for (const resbuf* element = list.get(); element != nullptr; element = element->rbnext)
             text += std::to_wstring(element->restype) + L" ";
         return text;
     }
@@ -65,7 +64,7 @@ TEST_F(BlockMaps, AnswerInTheOrderOfATableSearch) {
     CXrefBlockMap map;
     ASSERT_TRUE(map.Load(L"PLAN"));
     const ResbufList list{map.BlockSearch(L"EMPTY")};
-    EXPECT_EQ(codes(list), L"2 70 -2 10 3 1 ");
+    EXPECT_EQ(codes(list), L"0 2 70 -2 10 3 1 ");
     EXPECT_TRUE(EntityName{findGroup(list, -2)->resval.rlname}.isNone());
     EXPECT_EQ(findGroup(list, 10)->resval.rpoint[0], 0.0);
 }
