@@ -95,11 +95,11 @@ Result<Release> Drawing::releaseOf(const std::string& version, const std::string
 Result<std::unique_ptr<Drawing>> Drawing::load(std::shared_ptr<Source> source,
                                                const std::string& file) {
     try {
-        return loadSource(std::move(source), file);
-    } catch (const ReadFailure& failure) {
-        static_cast<void>(takeReadFailure());  // answered here
-        return failure.error();
+        auto drawing = loadSource(source, file);
+        if (!source->failed()) return drawing;
+    } catch (const ReadFailure&) {  // answered like the other one
     }
+    return takeReadFailure().value_or(Error{ErrorKind::Unreadable, file, 0, "reading failed"});
 }
 
 Result<std::unique_ptr<Drawing>> Drawing::loadSource(std::shared_ptr<Source> source,

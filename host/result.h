@@ -44,8 +44,8 @@ public:
 private:
     Error m_error;
 };
-/// The first such failure since the last call, also where somebody swallowed the exception: what
-/// came out then counts for nothing.
+/// The first such failure since the last call, also where somebody swallowed the exception or a
+/// file was cut short, which throws nothing: what came out then counts for nothing.
 [[nodiscard]] std::optional<Error> takeReadFailure();
 
 /// A value or the reason why there is none.

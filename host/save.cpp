@@ -21,6 +21,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t kBufferSize = 1 << 20;
+constexpr std::string_view kNotRead = "the drawing could not be read to its end; load it again";
 
 bool writeAll(int descriptor, const char* bytes, std::size_t size) {
     while (size > 0) {
@@ -402,6 +403,8 @@ Result<SaveReport> SaveRun::run() {
     if (auto error = writeTemporary(plan)) return *error;
     if (auto error = readBack(plan)) return *error;
     if (auto error = prepareBackup()) return *error;
+    if (m_drawing.index().source->failed())
+        return failure("cannot be saved: " + std::string(kNotRead));
     if (auto error = commit(report)) return *error;
     report.written = true;
     if (m_inPlace || m_document.path.empty()) {
@@ -419,8 +422,7 @@ Result<SaveReport> saveDocument(AcApDocument* document, const SaveOptions& optio
         return Error{ErrorKind::Unwritable, named.string(), 0, "cannot be saved: " + why};
     };
     // What was changed may rest on records that could not be read.
-    if (document->drawing->index().source->failed())
-        return refuse("the drawing could not be read to its end; load it again");
+    if (document->drawing->index().source->failed()) return refuse(std::string(kNotRead));
     try {
         return SaveRun(*document, options).run();
     } catch (const ReadFailure& failure) {

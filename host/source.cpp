@@ -61,7 +61,7 @@ private:
                               ? std::string("was cut short by another program while it was open")
                               : std::string("reading failed: ") + std::strerror(code)};
         if (!firstFailure()) firstFailure() = error;
-        if (std::uncaught_exceptions() == 0) throw ReadFailure(error);
+        if (code != 0 && std::uncaught_exceptions() == 0) throw ReadFailure(error);
     }
 
     int m_descriptor;

@@ -29,12 +29,13 @@ class Source {
 public:
     virtual ~Source() = default;
     [[nodiscard]] virtual std::uint64_t size() const = 0;
-    /// Reads up to `count` bytes at `offset`; fewer only at the end. Throws ReadFailure; while
-    /// another exception is on its way it answers fewer bytes instead.
+    /// Reads up to `count` bytes at `offset`; fewer at the end, also where another program has put
+    /// it, and while an exception is on its way. Throws ReadFailure when reading fails.
     virtual std::size_t read(std::uint64_t offset, char* buffer, std::size_t count) const = 0;
     /// The open file, -1 for a buffer.
     [[nodiscard]] virtual int descriptor() const { return -1; }
-    /// Whether a reading has failed. What was learnt of the drawing since then may be wrong.
+    /// Whether a reading has failed or met the end too early: what was learnt of the drawing since
+    /// then may be wrong.
     [[nodiscard]] virtual bool failed() const { return false; }
 
     [[nodiscard]] std::string read(std::uint64_t offset, std::uint64_t count) const;

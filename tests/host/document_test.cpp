@@ -119,6 +119,16 @@ TEST_F(Documents, TakeNoRecordThatCannotBeReadForAnEmptyOne) {
     }
 }
 
+TEST_F(Documents, WhoseFileIsCutShortAreNotSaved) {
+    openEntities("0 LINE|5 A1|8 0|0 LINE|5 A2|8 0|");
+    std::filesystem::resize_file(file(), std::filesystem::file_size(file()) / 2);
+    EXPECT_EQ(makeLine(), RTNORM);
+    EXPECT_TRUE(host::recordGroups(document(), named(L"A2")).empty());
+    EXPECT_TRUE(host::takeReadFailure());
+    EXPECT_FALSE(host::saveDocument(document(), {.output = file("other.dxf")}));
+    EXPECT_FALSE(std::filesystem::exists(file("other.dxf")));
+}
+
 TEST_F(Documents, SaveAgainAndAgainRelativeToTheFileAsLoaded) {
     openEntities("0 LINE|5 A1|8 0|0 LINE|5 A2|8 0|");
     for (const wchar_t* layer : {L"ONE", L"TWO", L"THREE"}) {
