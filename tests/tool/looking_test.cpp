@@ -208,6 +208,19 @@ TEST_F(Looking, AnInsertWithoutHandleIsLookedThrough) {
     EXPECT_EQ(run({"point", old, "--in", "PLAN", "1", "2"}).out, "2.0 2.0 0.0\n");
 }
 
+TEST_F(Looking, AnInsertWhoseHandleStandsTwiceIsNamed) {
+    const std::string doubled =
+        DxfDrawing{.blocks = referenceDefinition("PLAN", "plan.dxf"),
+                   .entities = lineEntity("10", "0") + insertEntity("10", "0", "PLAN")}
+            .save("doubled.dxf")
+            .string();
+    EXPECT_EQ(run({"entities", doubled, "--in", "PLAN", "--count"}).out, "5\n");
+    const Outcome matrix = run({"matrix", doubled, "--in", "PLAN"});
+    EXPECT_EQ(matrix.code, 6);
+    EXPECT_NE(matrix.err.find("the handle 10 of its insert stands twice"), std::string::npos)
+        << matrix.err;
+}
+
 TEST_F(Looking, AnInsertInABlockLeadsToCoordinatesOfTheBlock) {
     const std::string host =
         DxfDrawing{
