@@ -105,8 +105,9 @@ private:
 // What a block shows; `owner` is null for blocks of the document's own drawing.
 
 /// The block that a look-up of the name finds. A dependent block is the referenced drawing's, also
-/// where the document's own drawing holds a record under its qualified name. No block when there is
-/// none.
+/// where the document's own drawing holds a record under its qualified name; once the reference is
+/// loaded, what the drawing keeps of a block that it no longer has is not found. No block when
+/// there is none.
 struct FoundBlock {
     Mount* owner = nullptr;
     ContainerNumber block = kNoContainer;

@@ -60,8 +60,8 @@ FoundBlock resolveBlock(AcApDocument& document, std::wstring_view name) {
         if (target.mount != nullptr) {
             Drawing& drawing = *target.mount->drawing;
             const ContainerNumber block = drawing.findBlock(target.rest);
-            if (block != kNoContainer && !drawing.container(block).layout)
-                return {target.mount, block};
+            if (block == kNoContainer || drawing.container(block).layout) return {};
+            return {target.mount, block};
         }
     }
     return {nullptr, document.drawing->findBlock(name)};

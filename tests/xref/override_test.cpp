@@ -98,6 +98,18 @@ TEST_F(Overrides, DependentBlocksAreInsertedAsTheReferenceHasThem) {
     EXPECT_STREQ(view.SpaceName(), L"PLAN|CORE");
 }
 
+TEST_F(Overrides, WhatIsKeptOfABlockThatTheReferenceLostIsNotFound) {
+    open(DxfDrawing{.blocks = blockDefinition("PLAN|GONE", lineEntity("D8", "0"), 48) +
+                              referenceDefinition("PLAN", "plan.dxf") +
+                              blockDefinition("LOST|DOOR", lineEntity("D9", "0"), 48) +
+                              referenceDefinition("LOST", "nosuch.dxf")}
+             .save("site.dxf"));
+    EXPECT_FALSE(ResbufList{acdbTblSearch(L"BLOCK", L"PLAN|GONE", 0)});
+    EXPECT_TRUE(ResbufList{acdbTblSearch(L"BLOCK", L"LOST|DOOR", 0)});  // nobody knows better
+    const ResbufList first{acdbTblNext(L"BLOCK", 1)};
+    EXPECT_STREQ(findGroup(first, 2)->resval.rstring, L"PLAN");
+}
+
 TEST_F(Overrides, AWalkOverATableListsWhatTheFileHolds) {
     for (const auto& [name, listed] :
          {std::pair{L"LAYER", L"0 Plan|Walls PLAN|CORE|A "}, {L"BLOCK", L"PLAN|DOOR PLAN "}}) {
