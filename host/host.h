@@ -266,6 +266,8 @@ struct BlockInfo {
     std::array<double, 3> base{};          ///< of a loaded reference that of its drawing
     std::array<double, 3> recordedBase{};  ///< as its BLOCK record has it
     std::wstring path;                     ///< saved with a reference, empty for other blocks
+    bool anonymous = false;                ///< by its flag or its name
+    bool attributes = false;               ///< holds attribute definitions, or its flag says so
     bool reference = false;                ///< an external reference, attached or overlaid
     bool layout = false;                   ///< stands for model space or a layout
     std::size_t entities = 0;  ///< live main ones; of a reference those of its model space

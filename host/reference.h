@@ -126,6 +126,10 @@ struct BlockEntities {
 /// The base point: a loaded reference's is the insertion base of its drawing, where it has one.
 [[nodiscard]] std::array<double, 3> baseOf(AcApDocument& document, Mount* owner,
                                            ContainerNumber block);
+/// What its definition holds or its flag says. A reference's entities are none of the block's.
+[[nodiscard]] bool holdsAttributeDefinitions(Drawing& drawing, ContainerNumber block);
+/// By its flag, or by a name that programs give, as *U12.
+[[nodiscard]] bool isAnonymousBlock(Drawing& drawing, ContainerNumber block);
 
 /// How often each block is inserted by live records of the drawing, definitions included; by
 /// upper-case name.

@@ -13,6 +13,8 @@ namespace mor::host {
 namespace {
 
 constexpr std::string_view kActivePaper = "*Paper_Space";
+constexpr std::int64_t kAnonymousFlag = 1;
+constexpr std::int64_t kAttributesFlag = 2;
 
 std::array<double, 3> pointOf(const TagList& record, int code) {
     std::array<double, 3> point{};
@@ -94,6 +96,23 @@ std::array<double, 3> baseOf(AcApDocument& document, Mount* owner, ContainerNumb
     return recordedBase(drawing, block);
 }
 
+bool holdsAttributeDefinitions(Drawing& drawing, ContainerNumber block) {
+    if ((drawing.integerOf(drawing.container(block).head, 70).value_or(0) & kAttributesFlag) != 0)
+        return true;
+    const std::uint16_t definition = drawing.typeNumber("ATTDEF");
+    RecordNumber at = drawing.nextMember(block, 0);
+    while (at != 0 && drawing.entry(at).type != definition) at = drawing.nextMember(block, at);
+    return at != 0;
+}
+
+bool isAnonymousBlock(Drawing& drawing, ContainerNumber block) {
+    if ((drawing.integerOf(drawing.container(block).head, 70).value_or(0) & kAnonymousFlag) != 0)
+        return true;
+    const std::string_view name = drawing.container(block).name;
+    return name.size() > 2 && name[0] == '*' && isAlpha(static_cast<unsigned char>(name[1])) &&
+           name.find_first_not_of("0123456789", 2) == std::string_view::npos;
+}
+
 Located resolveSymbol(AcApDocument& document, std::string_view table, std::wstring_view name) {
     if (const RecordNumber own = document.drawing->findSymbol(table, name))
         return {document.drawing.get(), own, nullptr};
@@ -169,6 +188,8 @@ std::vector<BlockInfo> blocks(AcApDocument* document, std::wstring_view referenc
         BlockInfo info;
         info.symbol = found.symbol("BLOCK", container.head, drawing.containerName(block));
         info.flags = drawing.integerOf(container.head, 70).value_or(0);
+        info.anonymous = isAnonymousBlock(drawing, block);
+        info.attributes = holdsAttributeDefinitions(drawing, block);
         info.reference = isReferenceBlock(drawing, block);
         info.layout = container.layout;
         if (info.reference) info.path = drawing.textOf(container.head, 1).value_or(L"");

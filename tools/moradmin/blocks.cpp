@@ -62,10 +62,15 @@ std::vector<BlockRow> blockRows(const Session& session) {
 constexpr std::pair<std::int64_t, const char*> kBlockFlags[] = {
     {1, "anonymous"}, {2, "attributes"}, {8, "overlay"}, {16, "dependent"}, {32, "resolved"}};
 
+bool isSet(const BlockRow& row, std::int64_t bit) {
+    return (row.flags & bit) != 0 || (bit == 1 && row.block.anonymous) ||
+           (bit == 2 && row.block.attributes);
+}
+
 std::string flagsText(const BlockRow& row) {
     std::string text = row.block.layout ? "layout" : row.block.reference ? "reference" : "";
     for (const auto& [bit, word] : kBlockFlags)
-        if ((row.flags & bit) != 0) text += (text.empty() ? "" : ",") + std::string(word);
+        if (isSet(row, bit)) text += (text.empty() ? "" : ",") + std::string(word);
     return text.empty() ? "-" : text;
 }
 
@@ -81,7 +86,7 @@ Json blockJson(const Session& session, const BlockRow& row) {
                 {"flags", row.flags}};
     object["layout"] = block.layout;
     object["reference"] = block.reference;
-    for (const auto& [bit, word] : kBlockFlags) object[word] = (row.flags & bit) != 0;
+    for (const auto& [bit, word] : kBlockFlags) object[word] = isSet(row, bit);
     object["base"] = block.base;
     object["entities"] = block.entities;
     object["inserts"] = block.inserts;
