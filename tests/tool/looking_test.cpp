@@ -250,6 +250,21 @@ TEST_F(Looking, OneRecordShowsGroupsAndAttributes) {
         << rows;
 }
 
+TEST_F(Looking, NumbersOfGroupsAreExact) {
+    const std::string host =
+        DxfDrawing{.entities =
+                       "0 LINE;5 A1;8 0;62 3.7;70 +12;71 1e1;90 99999999999999999999;"
+                       "160 -9223372036854775808;40 1e999;"}
+            .save("numbers.dxf")
+            .string();
+    const json record = json::parse(run({"entity", host, "A1", "--json"}).out);
+    std::string values;
+    for (const json& group : record["groups"]) values += group["value"].dump() + " ";
+    EXPECT_EQ(values,
+              "\"LINE\" \"A1\" \"0\" 3.7 12 10.0 \"99999999999999999999\" "
+              "-9223372036854775808 \"1e999\" ");
+}
+
 TEST_F(Looking, WrongCallsSayWhatWouldWork) {
     EXPECT_NE(error({"point", "1", "2"}, 2).find("--in NAME"), std::string::npos);
     EXPECT_EQ(run({"put", m_host, "/a/x", "1", "--in", ""}).code, 2);

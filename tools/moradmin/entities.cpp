@@ -117,8 +117,11 @@ Json groupJson(const host::RecordGroup& group) {
             if (const auto real = readReal(group.value)) value = *real;
             break;
         case GroupKind::Integer:
-            if (const auto integer = readReal(group.value))
-                value = static_cast<std::int64_t>(*integer);
+            // What is no integer stays the real or the text that it is.
+            if (const auto integer = readInteger(group.value))
+                value = *integer;
+            else if (group.value.find_first_of(".eE") != std::string::npos)
+                if (const auto real = readReal(group.value)) value = *real;
             break;
         case GroupKind::Text:
             break;

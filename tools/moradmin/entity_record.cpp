@@ -58,6 +58,15 @@ std::optional<double> readReal(std::string_view text) {
     return value;
 }
 
+std::optional<std::int64_t> readInteger(std::string_view text) {
+    text = bare(text);
+    if (text.starts_with('+')) text.remove_prefix(1);
+    std::int64_t value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    return value;
+}
+
 GroupKind groupKind(int code) {
     const auto among = [code](int first, int last) { return code >= first && code <= last; };
     if (among(10, 59) || among(110, 149) || among(210, 239) || among(460, 469) || among(1010, 1059))

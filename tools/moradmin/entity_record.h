@@ -4,6 +4,7 @@
 #include "platform/entity_name.h"
 #include "tools/moradmin/geometry.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -13,6 +14,8 @@ namespace mor::tool {
 
 /// A number as drawings write it; none for anything else and for what is out of range.
 [[nodiscard]] std::optional<double> readReal(std::string_view text);
+/// The same for an integer; none for a fraction.
+[[nodiscard]] std::optional<std::int64_t> readInteger(std::string_view text);
 
 /// How the value of a group is meant.
 enum class GroupKind { Text, Integer, Real };
