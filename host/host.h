@@ -292,6 +292,9 @@ void setReferenceFolders(std::vector<std::filesystem::path> folders);
 /// Beginnings of saved paths and what stands for them here: {"C:\\proj", "/srv/proj"}. Without
 /// regard to case.
 void setReferenceMappings(std::vector<std::pair<std::string, std::string>> mappings);
+/// Confines all references to what lies below the folder: files that a path leads to elsewhere, by
+/// itself, by "..", or by a link, are not looked at. Empty: anywhere.
+void setReferenceRoot(const std::filesystem::path& folder);
 
 enum class ReferenceStatus {
     Loaded,

@@ -4,7 +4,6 @@
 #include "platform/runtime.h"
 
 #include <algorithm>
-#include <system_error>
 #include <utility>
 
 namespace mor::host {
@@ -19,13 +18,6 @@ constexpr std::int64_t kOverlayFlag = 8;
 std::int64_t flagsOf(Drawing& drawing, ContainerNumber block) {
     const RecordNumber head = drawing.container(block).head;
     return head == 0 ? 0 : drawing.integerOf(head, 70).value_or(0);
-}
-
-fs::path realPath(const fs::path& path) {
-    std::error_code code;
-    const fs::path absolute = fs::absolute(path, code);
-    const fs::path real = fs::weakly_canonical(code ? path : absolute, code);
-    return code ? path : real;
 }
 
 }  // namespace

@@ -18,6 +18,7 @@ namespace fs = std::filesystem;
 struct Places {
     std::vector<fs::path> folders;
     std::vector<std::pair<std::string, std::string>> mappings;
+    fs::path root;  // with its links resolved; empty: anywhere
 };
 
 Places& places() {
@@ -87,6 +88,17 @@ std::vector<fs::path> candidates(const SavedPath& saved, const fs::path& folder)
     return all;
 }
 
+/// Whether what the path leads to, links resolved, lies outside the folder to which references are
+/// confined, whether it is there or not.
+bool isOutside(const fs::path& path) {
+    const fs::path& root = places().root;
+    if (root.empty()) return false;
+    std::error_code code;
+    const fs::path real = fs::weakly_canonical(fs::absolute(path, code), code);
+    return code ||
+           std::mismatch(root.begin(), root.end(), real.begin(), real.end()).first != root.end();
+}
+
 bool isFile(const fs::path& path) {
     std::error_code code;
     return fs::is_regular_file(path, code);
@@ -127,6 +139,17 @@ void setReferenceMappings(std::vector<std::pair<std::string, std::string>> mappi
     places().mappings = std::move(mappings);
 }
 
+void setReferenceRoot(const fs::path& folder) {
+    places().root = folder.empty() ? folder : realPath(folder);
+}
+
+fs::path realPath(const fs::path& path) {
+    std::error_code code;
+    const fs::path absolute = fs::absolute(path, code);
+    const fs::path real = fs::weakly_canonical(code ? path : absolute, code);
+    return code ? path : real;
+}
+
 void searchReference(std::wstring_view saved, const fs::path& referring,
                      std::vector<ReferenceTry>& tries,
                      const std::function<bool(const fs::path&)>& take) {
@@ -138,6 +161,12 @@ void searchReference(std::wstring_view saved, const fs::path& referring,
     const std::vector<fs::path> all = candidates(text, referring.parent_path());
     std::vector<fs::path> visited;
     for (const fs::path& path : all) {
+        if (isOutside(path)) {
+            tries.push_back(
+                {path.lexically_normal(), "lies outside " + places().root.string() +
+                                              ", the folder that references are confined to"});
+            continue;
+        }
         if (isFile(path)) {
             if (take(shortest(path))) return;
             visited.push_back(path);
@@ -153,7 +182,7 @@ void searchReference(std::wstring_view saved, const fs::path& referring,
         std::vector<fs::path> files;
         findWithoutCase(path.root_path(), parts, files);
         for (const fs::path& file : files) {
-            if (std::ranges::find(visited, file) != visited.end()) continue;
+            if (isOutside(file) || std::ranges::find(visited, file) != visited.end()) continue;
             if (take(shortest(file))) return;
             visited.push_back(file);
         }

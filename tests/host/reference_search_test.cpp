@@ -26,6 +26,7 @@ protected:
     void TearDown() override {
         host::setReferenceFolders({});
         host::setReferenceMappings({});
+        host::setReferenceRoot({});
         HostTest::TearDown();
     }
     void put(const std::string& name, const std::string& handle) {
@@ -135,6 +136,38 @@ TEST_F(ReferenceSearch, GoesUpFromWhereALinkLeads) {
     EXPECT_EQ(found("..\\xref\\plan.dxf", "site/site.dxf"), "A2");
     fs::remove(file("xref/plan.dxf"));
     EXPECT_EQ(found("..\\xref\\plan.dxf", "site/site.dxf"), "A2");
+}
+
+TEST_F(ReferenceSearch, StaysBelowTheFolderThatItIsConfinedTo) {
+    put("home/sub/plan.dxf", "A1");
+    put("homes/plan.dxf", "A2");
+    put("secret/plan.dxf", "A3");
+    putBytes("secret/text.txt", "the password\n");
+    fs::create_directory_symlink(file("secret"), file("home/out"));
+    fs::create_symlink(file("home/sub/plan.dxf"), file("home/in.dxf"));
+    fs::create_symlink(file("secret/plan.dxf"), file("home/sub/other.dxf"));
+    fs::create_directory_symlink(file("home"), file("root"));
+    EXPECT_EQ(found("../secret/plan.dxf"), "A3");
+    host::setReferenceRoot(file("root"));
+    host::setReferenceFolders({file("secret"), file("home/sub")});
+    host::setReferenceMappings({{"Z:", file("secret").string()}});
+    for (const std::string& inside :
+         {std::string("sub/plan.dxf"), std::string("in.dxf"), std::string("../HOME/sub/plan.dxf"),
+          file("root/sub/plan.dxf").string()})
+        EXPECT_EQ(found(inside), "A1") << inside;
+    for (const std::string& outside :
+         {std::string("out/plan.dxf"), std::string("../homes/plan.dxf"), std::string("other.dxf"),
+          std::string("OUT/PLAN.DXF"), std::string("sub/../../secret/plan.dxf"),
+          std::string("Z:/plan.dxf"), file("secret/plan.dxf").string()}) {
+        const bool bare = outside != "other.dxf";  // the extra folder has one of the bare name
+        EXPECT_EQ(found(outside), bare ? "A1" : "not found") << outside;
+        const auto info = host::findReference(document(), L"PLAN");
+        EXPECT_TRUE(std::ranges::any_of(info->tries, [](const host::ReferenceTry& attempt) {
+            return attempt.why.starts_with("lies outside ");
+        })) << outside;
+    }
+    // Whether there is such a file is not told.
+    EXPECT_EQ(found("../secret/text.txt") + found("../secret/none.txt"), "not foundnot found");
 }
 
 TEST_F(ReferenceSearch, CountsFromTheFolderOfTheImmediateReferringDrawing) {

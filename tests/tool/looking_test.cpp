@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
@@ -263,6 +265,24 @@ TEST_F(Looking, NumbersOfGroupsAreExact) {
     EXPECT_EQ(values,
               "\"LINE\" \"A1\" \"0\" 3.7 12 10.0 \"99999999999999999999\" "
               "-9223372036854775808 \"1e999\" ");
+}
+
+TEST_F(Looking, ReferencesAreConfinedToAFolder) {
+    std::ofstream(file("secret.txt")) << "0\nthe password\n";
+    const std::string host = DxfDrawing{.blocks = referenceDefinition("PLAN", file("secret.txt"))}
+                                 .save("secret.dxf")
+                                 .string();
+    const Outcome shown = run({"xrefs", host, "-v"});
+    EXPECT_NE(shown.err.find("no DXF text"), std::string::npos);
+    EXPECT_EQ((shown.out + shown.err).find("password"), std::string::npos);
+    EXPECT_NE(run({"xrefs", host, "-v", "--xref-root", file("")}).err.find("no DXF text"),
+              std::string::npos);
+    std::filesystem::create_directory(file("own"));
+    const Outcome confined = run({"xrefs", host, "-v", "--xref-root", file("own")});
+    EXPECT_NE(confined.err.find("secret.txt: lies outside "), std::string::npos) << confined.err;
+    for (const std::string& none : {std::string(), file("none"), host})
+        EXPECT_EQ(run({"xrefs", host, "--xref-root", none}).code, 2) << none;
+    EXPECT_EQ(run({"run", host, "-c", "layers --xref-root ."}).code, 2);
 }
 
 TEST_F(Looking, WrongCallsSayWhatWouldWork) {

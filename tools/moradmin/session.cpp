@@ -81,6 +81,11 @@ void setReferencePlaces(const Options& options) {
         mappings.emplace_back(word.substr(0, equals),
                               to.empty() ? to : std::filesystem::absolute(to).string());
     }
+    // An empty word must not lift the fence: a variable of a script may not be set.
+    if (options.referenceRoot && !std::filesystem::is_directory(*options.referenceRoot))
+        throw Failure(kUsage, "--xref-root wants a folder that is there, not \"" +
+                                  *options.referenceRoot + "\"");
+    host::setReferenceRoot(options.referenceRoot.value_or(""));
     host::setReferenceFolders(std::move(folders));
     host::setReferenceMappings(std::move(mappings));
 }
