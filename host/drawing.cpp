@@ -184,7 +184,8 @@ std::string_view Drawing::originalBytes(RecordNumber number) const {
         // A walk reads ahead; a single look-up reads its record alone.
         const bool walks =
             number > m_lastRead && number - m_lastRead <= kWalkStep && size < kWindowBytes;
-        m_window = m_index->source->read(entry.place, walks ? kWindowBytes : size);
+        const std::uint64_t ahead = std::min(kWindowBytes, m_index->end - entry.place);
+        m_window = m_index->source->read(entry.place, walks ? ahead : size);
         m_windowAt = entry.place;
     }
     m_lastRead = number;

@@ -1,6 +1,7 @@
 #include "host/reference.h"
 
 #include "host/document.h"
+#include "host/reference_source.h"
 #include "platform/runtime.h"
 
 #include <algorithm>
@@ -120,7 +121,7 @@ bool References::closesCircle(const Mount& mount, const fs::path& file) const {
 Result<std::shared_ptr<Drawing>> References::open(const fs::path& file) {
     const fs::path real = realPath(file);
     if (const auto known = m_drawings.find(real); known != m_drawings.end()) return known->second;
-    auto source = openFileSource(file);
+    auto source = openReferenceSource(file);
     if (!source) return source.error();
     auto drawing = Drawing::load(std::move(source.value()), file.string());
     if (!drawing) return drawing.error();

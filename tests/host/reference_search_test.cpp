@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <iterator>
 #include <string>
 #include <utility>
 #include <vector>
@@ -225,6 +226,52 @@ TEST_F(ReferenceSearch, EndsWhereDrawingsReferToEachOtherWithoutEnd) {
     EXPECT_NE(circle->tries.back().why.find("refers back"), std::string::npos);
     EXPECT_EQ(host::findReference(refer("site.dxf"), L"PLAN")->status,
               host::ReferenceStatus::Unresolved);
+}
+
+/// A drawing with references R0, R1, ... to r0.dxf, r1.dxf, ...
+class ManyReferences : public ReferenceSearch {
+protected:
+    AcApDocument* referTo(int count) {
+        DxfDrawing site;
+        for (int i = 0; i < count; ++i) {
+            const std::string number = std::to_string(i);
+            site.blocks += referenceDefinition("R" + number, "r" + number + ".dxf");
+            site.entities += insertEntity("1" + number, "0", "R" + number);
+        }
+        return open(site.bytes());
+    }
+    /// The record of the line in a reference that is loaded; reads its file.
+    std::string line(const std::wstring& reference) {
+        const ResbufList block{acdbTblSearch(L"BLOCK", reference.c_str(), 0)};
+        std::string text;
+        const EntityName name(findGroup(block, -2)->resval.rlname);
+        for (const host::RecordGroup& group : host::recordGroups(document(), name))
+            text += group.value + " ";
+        return text.substr(0, 8);
+    }
+};
+
+TEST_F(ManyReferences, HoldFewFilesOpen) {
+    constexpr int kCount = 150;
+    for (int i = 0; i < kCount; ++i) put("r" + std::to_string(i) + ".dxf", std::to_string(100 + i));
+    const auto filesOpen = [] {
+        return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
+    };
+    const auto before = filesOpen();
+    AcApDocument* document = referTo(kCount);
+    for (const host::ReferenceInfo& info : host::references(document)) EXPECT_TRUE(info.loaded);
+    EXPECT_LT(filesOpen() - before, 80);
+    EXPECT_EQ(line(L"R0") + line(L"R149"), "LINE 100LINE 249");
+    // One that is held open is read on; of another the file must be as it was.
+    fs::remove(file("r149.dxf"));
+    EXPECT_EQ(line(L"R149"), "LINE 249");
+    fs::remove(file("r1.dxf"));
+    put("r2.dxf", "A22");
+    EXPECT_THROW(static_cast<void>(line(L"R1")), host::ReadFailure);
+    EXPECT_THROW(static_cast<void>(line(L"R2")), host::ReadFailure);
+    EXPECT_TRUE(host::takeReadFailure());
+    EXPECT_EQ(line(L"R3"), "LINE 103");
+    EXPECT_LT(filesOpen() - before, 80);
 }
 
 TEST_F(ReferenceSearch, KeptReferencesOfOneThatIsNotLoadedAreOrphans) {
