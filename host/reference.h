@@ -28,6 +28,7 @@ struct Mount {
     ContainerNumber block = kNoContainer;  ///< of the referring drawing
     std::shared_ptr<Drawing> drawing;      ///< null when it is not loaded
     std::filesystem::path path;            ///< of the file, as it was found
+    std::filesystem::path real;            ///< the same, links resolved; of one that is loaded
     ReferenceStatus status = ReferenceStatus::Unresolved;
     std::vector<ReferenceTry> tries;
     std::map<ContainerNumber, std::unique_ptr<Mount>> children;  ///< by block of `drawing`
@@ -52,6 +53,10 @@ public:
     /// Drawings that refer to each other twice and more multiply at every step; what goes beyond
     /// this is not loaded.
     static constexpr std::size_t kMost = 10'000;
+    /// A longer path of references is not followed.
+    static constexpr std::size_t kLongestName = 2047;
+    /// Beyond this many bytes only the last place is noted where a file was looked for.
+    static constexpr std::size_t kMostNoted = 16U << 20U;
 
     explicit References(AcApDocument& document) : m_document(document) {}
 
@@ -74,7 +79,8 @@ private:
     void load(Mount& mount);
     /// Whether the search for the mount's file ends with this one.
     bool take(Mount& mount, const std::filesystem::path& file);
-    [[nodiscard]] Result<std::shared_ptr<Drawing>> open(const std::filesystem::path& file);
+    [[nodiscard]] Result<std::shared_ptr<Drawing>> open(const std::filesystem::path& file,
+                                                        const std::filesystem::path& real);
     [[nodiscard]] Drawing& drawingOf(const Mount* parent) const;
     [[nodiscard]] std::filesystem::path fileOf(const Mount* parent) const;
     [[nodiscard]] bool closesCircle(const Mount& mount, const std::filesystem::path& file) const;
@@ -84,6 +90,8 @@ private:
     std::map<ContainerNumber, std::unique_ptr<Mount>> m_mounts;
     std::map<std::int64_t, Mount*> m_byNumber;
     std::map<std::filesystem::path, std::shared_ptr<Drawing>> m_drawings;
+    FolderNames m_folders;    ///< kept while nothing is read again
+    std::size_t m_noted = 0;  ///< bytes that the tries of all mounts take
 };
 
 /// Symbols that mean the same in every drawing: layer 0; the linetypes Continuous, ByLayer and

@@ -274,6 +274,29 @@ TEST_F(ManyReferences, HoldFewFilesOpen) {
     EXPECT_LT(filesOpen() - before, 80);
 }
 
+TEST_F(ManyReferences, ListAFolderOnceUntilOneIsReadAgain) {
+    AcApDocument* document = referTo(2);
+    EXPECT_FALSE(host::findReference(document, L"R0")->loaded);
+    put("R1.DXF", "A1");
+    EXPECT_FALSE(host::findReference(document, L"R1")->loaded);
+    ASSERT_TRUE(host::reloadReference(document, L"R1"));
+    EXPECT_TRUE(host::findReference(document, L"R1")->loaded);
+}
+
+TEST_F(ReferenceSearch, PathsAndNamesHaveALimit) {
+    std::string dots;
+    for (int i = 0; i < 2000; ++i) dots += "./";
+    put("home/Plan.dxf", "A1");
+    EXPECT_EQ(found(dots + "PLAN.DXF"), "A1");
+    EXPECT_EQ(found(dots + dots + "plan.dxf"), "not found");
+    EXPECT_NE(host::findReference(document(), L"PLAN")->tries.at(0).why.find("at most 4095"),
+              std::string::npos);
+    const std::string name(2048, 'N');
+    const auto info = host::references(
+        open(DxfDrawing{.blocks = referenceDefinition(name, "home/Plan.dxf")}.bytes()));
+    EXPECT_NE(info.at(0).tries.at(0).why.find("more than 2047"), std::string::npos);
+}
+
 TEST_F(ReferenceSearch, KeptReferencesOfOneThatIsNotLoadedAreOrphans) {
     AcApDocument* document =
         open(DxfDrawing{.blocks = referenceDefinition("PLAN", "gone.dxf") +
