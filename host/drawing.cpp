@@ -425,6 +425,18 @@ ContainerNumber Drawing::findBlock(std::wstring_view name) {
     return found == m_blocks->end() ? kNoContainer : found->second;
 }
 
+const std::map<std::wstring, std::size_t>& Drawing::insertCounts() {
+    if (m_insertCounts) return *m_insertCounts;
+    std::map<std::wstring, std::size_t> counts;
+    const std::uint16_t insert = typeNumber("INSERT");
+    for (RecordNumber number = 1; number <= lastRecord(); ++number) {
+        const RecordEntry& entry = m_records[number];
+        if (entry.type != insert || entry.has(kErased | kGone)) continue;
+        if (const auto name = textOf(number, 2)) ++counts[upperCase(*name)];
+    }
+    return m_insertCounts.emplace(std::move(counts));
+}
+
 bool Drawing::isSpace(ContainerNumber number) const {
     const Container& container = m_containers[number];
     return container.kind == ContainerKind::Space || container.layout;

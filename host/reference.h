@@ -139,9 +139,6 @@ struct BlockEntities {
 /// By its flag, or by a name that programs give, as *U12.
 [[nodiscard]] bool isAnonymousBlock(Drawing& drawing, ContainerNumber block);
 
-/// How often each block is inserted by live records of the drawing, definitions included; by
-/// upper-case name.
-[[nodiscard]] std::map<std::wstring, std::size_t> countInserts(Drawing& drawing);
 /// Live main entities.
 [[nodiscard]] std::size_t countEntities(const Drawing& drawing, ContainerNumber container);
 

@@ -37,17 +37,6 @@ std::array<double, 3> recordedBase(Drawing& drawing, ContainerNumber block) {
 
 }  // namespace
 
-std::map<std::wstring, std::size_t> countInserts(Drawing& drawing) {
-    std::map<std::wstring, std::size_t> counts;
-    const std::uint16_t insert = drawing.typeNumber("INSERT");
-    for (RecordNumber number = 1; number <= drawing.lastRecord(); ++number) {
-        const RecordEntry& entry = drawing.entry(number);
-        if (entry.type != insert || entry.has(kErased | kGone)) continue;
-        if (const auto name = drawing.textOf(number, 2)) ++counts[upperCase(*name)];
-    }
-    return counts;
-}
-
 std::size_t countEntities(const Drawing& drawing, ContainerNumber container) {
     std::size_t count = 0;
     for (RecordNumber at = drawing.nextMember(container, 0); at != 0;
@@ -181,7 +170,7 @@ std::vector<BlockInfo> blocks(AcApDocument* document, std::wstring_view referenc
     const Reached found = reach(*document, reference);
     if (found.drawing == nullptr) return result;
     Drawing& drawing = *found.drawing;
-    std::map<std::wstring, std::size_t> inserts = countInserts(drawing);
+    const std::map<std::wstring, std::size_t>& inserts = drawing.insertCounts();
     for (ContainerNumber block = 1; block < drawing.containers().size(); ++block) {
         const Container& container = drawing.container(block);
         if (container.kind != ContainerKind::Block || container.head == 0) continue;
@@ -198,7 +187,8 @@ std::vector<BlockInfo> blocks(AcApDocument* document, std::wstring_view referenc
         const BlockEntities entities = entitiesOf(*document, found.mount, block);
         if (entities.drawing != nullptr)
             info.entities = countEntities(*entities.drawing, entities.container);
-        info.inserts = inserts[upperCase(info.symbol.symbol)];
+        if (const auto count = inserts.find(upperCase(info.symbol.symbol)); count != inserts.end())
+            info.inserts = count->second;
         result.push_back(std::move(info));
     }
     return result;

@@ -228,6 +228,20 @@ TEST_F(ReferenceSearch, EndsWhereDrawingsReferToEachOtherWithoutEnd) {
               host::ReferenceStatus::Unresolved);
 }
 
+TEST_F(ReferenceSearch, CountsInsertsAsTheyAreNow) {
+    AcApDocument* document = refer("gone.dxf");
+    const auto inserts = [document] { return host::findReference(document, L"PLAN")->inserts; };
+    ads_name insert{};
+    named(L"10").copyTo(insert);
+    EXPECT_EQ(inserts(), 1u);
+    ASSERT_EQ(acdbEntDel(insert), RTNORM);
+    EXPECT_EQ(inserts(), 0u);
+    ASSERT_EQ(acdbEntDel(insert), RTNORM);
+    const double at[] = {0.0, 0.0, 0.0};
+    ASSERT_EQ(make(acutBuildList(RTDXF0, L"INSERT", 2, L"plan", 10, at, 0)), RTNORM);
+    EXPECT_EQ(inserts(), 2u);
+}
+
 /// A drawing with references R0, R1, ... to r0.dxf, r1.dxf, ...
 class ManyReferences : public ReferenceSearch {
 protected:
