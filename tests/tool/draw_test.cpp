@@ -94,6 +94,19 @@ TEST_F(Drawing, TextsStandUprightAndAreEscaped) {
     EXPECT_NE(svg.find("text-anchor=\"middle\""), std::string::npos);
 }
 
+TEST_F(Drawing, HoldNothingThatXmlHasNoPlaceFor) {
+    const std::string layer = "a\\U+FFFE\\U+FFFF\\U+D800^[b\\U+0085\x7F\\U+1234<";
+    const std::string svg =
+        picture({.layers = {"0"},
+                 .blocks = referenceDefinition("LOST", layer + ".dxf"),
+                 .entities = lineEntity("A1", layer) + insertEntity("A2", "0", "LOST") +
+                             "0 TEXT;5 A3;8 0;10 1.0;20 2.0;40 1.0;1 " + layer + ";"});
+    const std::string shown = "a\uFFFD\uFFFD\uFFFD b  \u1234&lt;";
+    EXPECT_NE(svg.find("data-layer=\"" + shown + "\""), std::string::npos);
+    EXPECT_NE(svg.find(">" + shown + ".dxf</text>"), std::string::npos);
+    EXPECT_NE(svg.find("\uFFFD\uFFFD\uFFFDb  \u1234&lt;</text>"), std::string::npos);
+}
+
 TEST_F(Drawing, BlocksAndReferencesAreDrawnWhereTheyAreInserted) {
     static_cast<void>(DxfDrawing{.layers = {"0", "WALLS;70 0;62 3", "HID;70 1;62 1"},
                                  .blocks = referenceDefinition("CORE", "core.dxf") +

@@ -285,6 +285,52 @@ TEST_F(Looking, ReferencesAreConfinedToAFolder) {
     EXPECT_EQ(run({"run", host, "-c", "layers --xref-root ."}).code, 2);
 }
 
+TEST_F(Looking, TextsOfDrawingsReachNoTerminal) {
+    // Escape sequences as bytes, in caret coding and beyond ASCII, line ends, a turned direction.
+    const std::string bad = "N\x1B[2J^J^[]0^I\\U+009B1m\\U+2028\\U+202E\x7F";
+    const std::string shown = "N^[[2J^J^[]0^I\\U+009B1m\\U+2028\\U+202E^?";
+    const std::string host =
+        DxfDrawing{.layers = {"0", bad},
+                   .blocks = blockDefinition(bad, lineEntity("D1", "0")) +
+                             referenceDefinition("LOST", bad) + referenceDefinition("PLAN", m_plan),
+                   .entities = insertEntity("A1", bad, bad) + insertEntity("A2", "0", "LOST") +
+                               "0 X\x1B[2J;5 A3;8 0;1 " + bad + ";" +
+                               insertEntity("A4", "0", "PLAN") + lineEntity("A3", "0"),
+                   .header = "9 $DWGCODEPAGE;3 ANSI\x1B[;",
+                   .version = "AC1032"}
+            .save("bad.dxf")
+            .string();
+    const struct {
+        std::vector<std::string> words;
+        std::string line;  // is printed; of the others nothing but its form is looked at
+    } cases[] = {{{"layers"}, shown + "\t7\tCONTINUOUS\ton\t7 CONTINUOUS on\t-\n"},
+                 {{"blocks"}, shown + "\t-\t1\t1\t"},
+                 {{"blocks", "--dump", "--in", "PLAN"}, "\t[DOOR]\n"},
+                 {{"entities"}, "A1\tINSERT\t" + shown + "\tModelSpace\n"},
+                 {{"entity", "A3"}, "1\t" + shown + "\n"},
+                 {{"xrefs"}, "\t" + shown + "\t"},
+                 {{"xrefs", "--tree"}, "LOST (not found) " + shown + "\n"},
+                 {{"xrefs", "-v"}, "not there\n"},
+                 {{"matrix", "--in", "A3"}, ""},
+                 {{"matrix", "--in", "LOST"}, ""},
+                 {{"draw", "-o", file("p.svg")}, "not drawn: 1 X^[[2J\n"},
+                 {{"info"}, "release   R2018 (AC1032)\n"},
+                 {{"check"}, "other-handle-doubled"}};
+    for (const auto& c : cases) {
+        std::vector<std::string> words = c.words;
+        words.insert(words.begin() + 1, host);
+        const Outcome outcome = run(words);
+        const std::string all = outcome.out + outcome.err;
+        EXPECT_NE(all.find(c.line), std::string::npos) << words[0] << ": " << all;
+        for (const char* raw : {"\x1B", "\x7F", "\xC2\x9B", "\xE2\x80\xA8", "\xE2\x80\xAE"})
+            EXPECT_EQ(all.find(raw), std::string::npos) << words[0];
+    }
+    const json layer = json::parse(run({"layers", host, "--json"}).out)["layers"][1];
+    EXPECT_EQ(layer["name"],
+              "N\x1B[2J\n\x1B]0\t\xC2\x9B"
+              "1m\xE2\x80\xA8\xE2\x80\xAE\x7F");
+}
+
 TEST_F(Looking, WrongCallsSayWhatWouldWork) {
     EXPECT_NE(error({"point", "1", "2"}, 2).find("--in NAME"), std::string::npos);
     EXPECT_EQ(run({"put", m_host, "/a/x", "1", "--in", ""}).code, 2);

@@ -5,6 +5,7 @@
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/references.h"
+#include "tools/moradmin/shown_text.h"
 #include "xref/xref_block_map.h"
 
 #include <cstdint>
@@ -12,6 +13,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -96,6 +98,17 @@ Json blockJson(const Session& session, const BlockRow& row) {
     return object;
 }
 
+/// A line of the library's listing. Its own line end stays, and the tab before the path; others
+/// stand in names.
+void printListing(std::wstring_view text) {
+    const bool ends = text.ends_with(L'\n');
+    const std::wstring_view line = text.substr(0, text.size() - (ends ? 1 : 0));
+    const std::size_t path = line.rfind(L"\t[");
+    std::cout << oneLine(utf8(line.substr(0, path)));
+    if (path != std::wstring_view::npos) std::cout << "\t" << oneLine(utf8(line.substr(path + 1)));
+    std::cout << (ends ? "\n" : "");
+}
+
 int dumpBlocks(const Session& session) {
     std::vector<std::wstring> names = {session.reference()};
     if (session.reference().empty()) {
@@ -106,7 +119,7 @@ int dumpBlocks(const Session& session) {
             printNote(session.message("there are no references whose blocks to list"));
     }
     bool all = true;
-    host::setPrinter([](std::wstring_view text) { std::cout << utf8(text); });
+    host::setPrinter(printListing);
     for (const std::wstring& name : names) {
         CXrefBlockMap map;
         if (map.Load(name.c_str())) {

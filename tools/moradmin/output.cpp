@@ -1,6 +1,7 @@
 #include "tools/moradmin/output.h"
 
 #include "host/host.h"
+#include "tools/moradmin/shown_text.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -151,18 +152,6 @@ std::string pointText(const std::array<double, 3>& point) {
     return text;
 }
 
-std::string oneLine(const std::string& text) {
-    std::string result;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte >= 0x20)
-            result += c;
-        else
-            result.append({'^', static_cast<char>(byte + 0x40)});
-    }
-    return result;
-}
-
 bool onTerminal() { return ::isatty(STDOUT_FILENO) == 1; }
 
 std::string coloured(const std::string& text, bool directory) {
@@ -176,24 +165,27 @@ void printTable(const std::vector<std::string>& headings,
     if (!onTerminal()) {
         for (const auto& row : rows) {
             for (std::size_t i = 0; i < row.size(); ++i)
-                std::cout << (i == 0 ? "" : "\t") << row[i];
+                std::cout << (i == 0 ? "" : "\t") << oneLine(row[i]);
             std::cout << "\n";
         }
         return;
     }
+    std::vector<std::vector<std::string>> shown = rows;
+    for (auto& row : shown)
+        for (std::string& cell : row) cell = oneLine(cell);
     std::vector<std::size_t> widths;
     for (const std::string& heading : headings)
         widths.push_back(columnsOf(heading) - (heading[0] == '>' ? 1 : 0));
-    for (const auto& row : rows)
+    for (const auto& row : shown)
         for (std::size_t i = 0; i < row.size(); ++i)
             widths[i] = std::max(widths[i], columnsOf(row[i]));
     printRow(headings, widths, headings, true);
-    for (const auto& row : rows) printRow(headings, widths, row, false);
+    for (const auto& row : shown) printRow(headings, widths, row, false);
 }
 
 void printFailure(const Options& options, const Failure& failure) {
     if (!options.json) {
-        std::cerr << "moradmin: " << failure.what() << "\n";
+        std::cerr << "moradmin: " << oneLine(failure.what()) << "\n";
         return;
     }
     Json object = jsonHead(options);
@@ -202,6 +194,6 @@ void printFailure(const Options& options, const Failure& failure) {
     std::cerr << object.dump(-1, ' ', false, Json::error_handler_t::replace) << "\n";
 }
 
-void printNote(const std::string& text) { std::cerr << "moradmin: " << text << "\n"; }
+void printNote(const std::string& text) { std::cerr << "moradmin: " << oneLine(text) << "\n"; }
 
 }  // namespace mor::tool

@@ -33,23 +33,20 @@ void printJson(const Json& object);
 
 /// "X Y Z", each with the shortest digits that read back to the same bits.
 [[nodiscard]] std::string pointText(const std::array<double, 3>& point);
-/// A text in which control characters are written as ^J and the like.
-[[nodiscard]] std::string oneLine(const std::string& text);
 
 /// Whether stdout is a terminal: columns and headings there, plain lines elsewhere.
 [[nodiscard]] bool onTerminal();
 /// A directory's name in its colour, where colour is wanted.
 [[nodiscard]] std::string coloured(const std::string& text, bool directory);
 
-/// Rows of cells: aligned under headings on a terminal, separated by tabs elsewhere. A heading that
-/// begins with
-/// ">" aligns its column to the right.
+/// Rows of cells, each on one line: aligned under headings on a terminal, separated by tabs
+/// elsewhere. A heading that begins with ">" aligns its column to the right.
 void printTable(const std::vector<std::string>& headings,
                 const std::vector<std::vector<std::string>>& rows);
 
-/// Says on stderr why a command ended.
+/// Says on stderr why a command ended, on one line.
 void printFailure(const Options& options, const Failure& failure);
-/// A remark on stderr that changes no exit code.
+/// A remark on stderr, on one line, that changes no exit code.
 void printNote(const std::string& text);
 
 }  // namespace mor::tool

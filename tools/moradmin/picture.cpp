@@ -1,5 +1,7 @@
 #include "tools/moradmin/picture.h"
 
+#include "tools/moradmin/shown_text.h"
+
 #include <algorithm>
 #include <cmath>
 #include <ostream>
@@ -14,30 +16,8 @@ constexpr double kStroke = 1.0 / 800.0;  // of the longer side
 constexpr double kDot = 4.0;             // points, in strokes
 constexpr double kBox = 0.25;            // width of a box for what is missing, of the longer side
 
-std::string escaped(std::string_view text) {
-    std::string result;
-    for (const char c : text) switch (c) {
-            case '&':
-                result += "&amp;";
-                break;
-            case '<':
-                result += "&lt;";
-                break;
-            case '>':
-                result += "&gt;";
-                break;
-            case '"':
-                result += "&quot;";
-                break;
-            default:
-                // Control characters have no place in XML.
-                result += static_cast<unsigned char>(c) < 0x20 ? ' ' : c;
-        }
-    return result;
-}
-
 std::string attribute(std::string_view name, std::string_view value) {
-    return " " + std::string(name) + "=\"" + escaped(value) + "\"";
+    return " " + std::string(name) + "=\"" + xmlText(value) + "\"";
 }
 
 std::string attributesOf(const Origin& origin) {
@@ -59,7 +39,7 @@ std::string textElement(const Origin& origin, const Shape& shape, const std::str
     if (shape.width > 0.0)
         text += attribute("textLength", numberText(shape.width)) +
                 attribute("lengthAdjust", "spacingAndGlyphs");
-    return text + " xml:space=\"preserve\">" + escaped(shape.data) + "</text>\n";
+    return text + " xml:space=\"preserve\">" + xmlText(shape.data) + "</text>\n";
 }
 
 double longerSide(const Extent& extent) {
@@ -122,7 +102,7 @@ std::string Picture::missingBoxes(const Extent& drawn, Extent& all) const {
             attribute("font-size", numberText(size)) +
             attribute("transform", "matrix(1 0 0 -1 " + numberText(x + width / 2) + " " +
                                        numberText(y + height / 2 - size / 3) + ")") +
-            ">" + escaped(missing.text) + "</text>\n";
+            ">" + xmlText(missing.text) + "</text>\n";
     }
     return boxes;
 }
@@ -143,7 +123,7 @@ void Picture::write(std::ostream& out, const std::string& title) const {
         << "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"" << x << " " << y << " "
         << numberText(width) << " " << numberText(height) << "\" width=\""
         << numberText(std::ceil(width * scale)) << "\" height=\""
-        << numberText(std::ceil(height * scale)) << "\">\n<title>" << escaped(title)
+        << numberText(std::ceil(height * scale)) << "\">\n<title>" << xmlText(title)
         << "</title>\n<style>[data-type=\"POINT\"]{stroke-width:"
         << numberText(kDot * kStroke * side) << "}</style>\n<rect x=\"" << x << "\" y=\"" << y
         << "\"" << size << " fill=\"#ffffff\"/>\n"

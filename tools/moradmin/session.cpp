@@ -5,6 +5,7 @@
 #include "space/global_view.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
+#include "tools/moradmin/shown_text.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -177,8 +178,9 @@ std::string Session::save(const Options& options) {
         const char* what = edit.kind == Kind::Made     ? "made"
                            : edit.kind == Kind::Erased ? "erased"
                                                        : "changed";
-        std::cout << what << "\t" << edit.type << "\t" << (edit.handle.empty() ? "-" : edit.handle)
-                  << "\t" << edit.what << "\n";
+        std::cout << what << "\t" << oneLine(edit.type) << "\t"
+                  << (edit.handle.empty() ? "-" : edit.handle) << "\t" << oneLine(edit.what)
+                  << "\n";
     }
     return {};
 }
