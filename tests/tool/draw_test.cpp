@@ -190,6 +190,21 @@ TEST_F(Drawing, WhatCannotBeDrawnIsCounted) {
     EXPECT_EQ(svg.find("nan"), std::string::npos);
 }
 
+TEST_F(Drawing, APictureEndsAtSoManyBytes) {
+    const std::string layer(3'000'000, '"');  // written with six characters each
+    const std::string host =
+        DxfDrawing{.layers = {"0"},
+                   .blocks = blockDefinition("B", lineEntity("B1", layer)),
+                   .entities = insertEntity("A1", "0", "B", "10 0.0;20 0.0;70 40;71 40;44 1.0;")}
+            .save("host.dxf")
+            .string();
+    const Outcome drawn = run({"draw", host, "-o", file("p.svg")});
+    EXPECT_NE(drawn.err.find("1 beyond a million elements, 250000 inserts or 256 MB"),
+              std::string::npos)
+        << drawn.err;
+    EXPECT_LT(std::filesystem::file_size(file("p.svg")), 300'000'000u);
+}
+
 TEST_F(Drawing, LargeCoordinatesAreShifted) {
     const std::string svg =
         picture({.layers = {"0"},

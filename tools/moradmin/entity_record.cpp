@@ -79,8 +79,11 @@ GroupKind groupKind(int code) {
 
 EntityRecord::EntityRecord(const AcApDocument* document, mor::EntityName name) {
     bool inGroup = false;
+    bool extended = false;
     for (host::RecordGroup& group : host::recordGroups(document, name)) {
-        if (group.code == kApplication) break;
+        m_bytes += sizeof group + group.value.size();
+        extended = extended || group.code == kApplication;
+        if (extended) continue;
         if (group.code == 0 && m_type.empty()) m_type = group.value;
         if (group.code == kControl)
             inGroup = group.value.starts_with("{");
@@ -132,7 +135,7 @@ std::vector<Vertex> verticesOf(const EntityRecord& polyline) {
 }
 
 std::vector<Vertex> verticesBehind(const AcApDocument* document, mor::EntityName name,
-                                   const EntityRecord& polyline) {
+                                   const EntityRecord& polyline, std::size_t& read) {
     // The height of a flat one stands in its own record, and most writers repeat it.
     const double elevation = isSpatial(polyline) ? 0.0 : polyline.real(30);
     std::vector<Vertex> vertices;
@@ -140,6 +143,7 @@ std::vector<Vertex> verticesBehind(const AcApDocument* document, mor::EntityName
     name.copyTo(at);
     while (acdbEntNext(at, at) == RTNORM) {
         const EntityRecord vertex(document, mor::EntityName(at));
+        read += vertex.bytes();
         if (vertex.type() != "VERTEX") break;
         const int flags = vertex.integer(70);
         const bool face = (flags & kFace) != 0 && (flags & kMeshVertex) == 0;  // names vertices
@@ -164,9 +168,10 @@ std::vector<Point> pointsOf(const AcApDocument* document, mor::EntityName name) 
     const EntityRecord record(document, name);
     const bool old = record.type() == "POLYLINE";
     std::vector<Point> points;
+    std::size_t read = 0;
     if (old || record.type() == "LWPOLYLINE") {
         for (const Vertex& vertex :
-             old ? verticesBehind(document, name, record) : verticesOf(record))
+             old ? verticesBehind(document, name, record, read) : verticesOf(record))
             points.push_back(vertex.at);
     } else if (record.type() == "LEADER") {
         for (const Vertex& vertex : verticesOf(record)) points.push_back(vertex.at);
