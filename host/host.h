@@ -249,11 +249,14 @@ struct SymbolInfo {
     std::wstring symbol;     ///< as its own drawing has it
     std::wstring qualified;  ///< as the document knows it: PLAN|WALLS
 };
-/// The live records of a table in table order, without the blocks. `reference` is a path of
-/// references such as PLAN or PLAN|CORE, empty for the document's own drawing. Nothing when there
-/// is no such reference or it is not loaded.
-[[nodiscard]] std::vector<SymbolInfo> symbols(AcApDocument* document, std::wstring_view reference,
-                                              std::string_view table);
+/// Visits the live records of a table in table order, without the blocks. `reference` is a path of
+/// references such as PLAN or PLAN|CORE, empty for the document's own drawing. None when there is
+/// no such reference or it is not loaded.
+void forEachSymbol(AcApDocument* document, std::wstring_view reference, std::string_view table,
+                   const std::function<void(const SymbolInfo&)>& visit);
+/// One of them.
+[[nodiscard]] SymbolInfo symbolInfo(const AcApDocument* document, std::string_view table,
+                                    mor::EntityName name);
 /// The record that a look-up of a qualified name finds: the document's own, which overrides, else
 /// the reference's.
 [[nodiscard]] std::optional<mor::EntityName> resolveSymbol(AcApDocument* document,
@@ -273,8 +276,10 @@ struct BlockInfo {
     std::size_t entities = 0;  ///< live main ones; of a reference those of its model space
     std::size_t inserts = 0;   ///< live ones in the same drawing, block definitions included
 };
-/// The block definitions in the order of the file; `reference` as in `symbols`.
-[[nodiscard]] std::vector<BlockInfo> blocks(AcApDocument* document, std::wstring_view reference);
+/// Visits the block definitions in the order of the file; `reference` as in `forEachSymbol`. The
+/// drawing is not to be changed meanwhile.
+void forEachBlock(AcApDocument* document, std::wstring_view reference,
+                  const std::function<void(const BlockInfo&)>& visit);
 
 /// The axes x, y and z of the plane in which an entity with that normal has its coordinates, of
 /// length 1 (arbitrary axis rule). The normal need not be of length 1; (0, 0, 0) counts as

@@ -145,18 +145,23 @@ Reached reach(AcApDocument& document, std::wstring_view reference) {
 
 }  // namespace
 
-std::vector<SymbolInfo> symbols(AcApDocument* document, std::wstring_view reference,
-                                std::string_view table) {
-    std::vector<SymbolInfo> result;
+void forEachSymbol(AcApDocument* document, std::wstring_view reference, std::string_view table,
+                   const std::function<void(const SymbolInfo&)>& visit) {
     const Reached found = reach(*document, reference);
-    if (found.drawing == nullptr) return result;
+    if (found.drawing == nullptr) return;
     const ContainerNumber container = found.drawing->findTable(table);
-    if (container == kNoContainer) return result;
+    if (container == kNoContainer) return;
     for (RecordNumber at = found.drawing->nextMember(container, 0); at != 0;
          at = found.drawing->nextMember(container, at))
         if (auto text = found.drawing->textOf(at, 2))
-            result.push_back(found.symbol(table, at, std::move(*text)));
-    return result;
+            visit(found.symbol(table, at, std::move(*text)));
+}
+
+SymbolInfo symbolInfo(const AcApDocument* document, std::string_view table, EntityName name) {
+    const Located found = locate(*document, name);
+    std::wstring text = found.drawing->textOf(found.number, 2).value_or(L"");
+    std::wstring qualified = found.qualified(table, text);
+    return {name, std::move(text), std::move(qualified)};
 }
 
 std::optional<EntityName> resolveSymbol(AcApDocument* document, std::string_view table,
@@ -165,10 +170,10 @@ std::optional<EntityName> resolveSymbol(AcApDocument* document, std::string_view
     return found ? std::optional(found.nameOf(found.number)) : std::nullopt;
 }
 
-std::vector<BlockInfo> blocks(AcApDocument* document, std::wstring_view reference) {
-    std::vector<BlockInfo> result;
+void forEachBlock(AcApDocument* document, std::wstring_view reference,
+                  const std::function<void(const BlockInfo&)>& visit) {
     const Reached found = reach(*document, reference);
-    if (found.drawing == nullptr) return result;
+    if (found.drawing == nullptr) return;
     Drawing& drawing = *found.drawing;
     const std::map<std::wstring, std::size_t>& inserts = drawing.insertCounts();
     for (ContainerNumber block = 1; block < drawing.containers().size(); ++block) {
@@ -189,9 +194,8 @@ std::vector<BlockInfo> blocks(AcApDocument* document, std::wstring_view referenc
             info.entities = countEntities(*entities.drawing, entities.container);
         if (const auto count = inserts.find(upperCase(info.symbol.symbol)); count != inserts.end())
             info.inserts = count->second;
-        result.push_back(std::move(info));
+        visit(info);
     }
-    return result;
 }
 
 }  // namespace mor::host

@@ -8,6 +8,8 @@
 #include "tools/moradmin/shown_text.h"
 #include "xref/xref_block_map.h"
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <iostream>
 #include <map>
@@ -21,11 +23,17 @@ namespace mor::tool {
 
 namespace {
 
+/// What the drawing's own record says of a block.
+struct HostBlock {
+    std::int64_t flags = 0;
+    std::array<double, 3> base{};
+};
+
 /// A block as look-ups show it, and the drawing's own record under the same qualified name.
 struct BlockRow {
     host::BlockInfo block;
     std::int64_t flags = 0;
-    std::optional<host::BlockInfo> host;
+    std::optional<HostBlock> host;
 };
 
 std::int64_t shownFlags(const host::BlockInfo& block) {
@@ -37,18 +45,19 @@ std::int64_t shownFlags(const host::BlockInfo& block) {
 /// The blocks of the drawing that is looked at, then those of its references. What it keeps of
 /// theirs stands with them.
 std::vector<BlockRow> blockRows(const Session& session) {
-    std::map<std::wstring, host::BlockInfo> own;  // by upper-case name
-    for (const host::BlockInfo& block : host::blocks(session.document(), L""))
-        own.try_emplace(upperCase(block.symbol.symbol), block);
+    std::map<std::wstring, HostBlock> own;  // by upper-case name
+    host::forEachBlock(session.document(), L"", [&](const host::BlockInfo& block) {
+        own.try_emplace(upperCase(block.symbol.symbol), HostBlock{block.flags, block.recordedBase});
+    });
     std::vector<std::wstring> references = loadedReferences(session);
     references.insert(references.begin(), session.reference());
     std::vector<BlockRow> rows;
     std::map<std::wstring, std::size_t> known;  // by upper-case qualified name
     for (const std::wstring& reference : references)
-        for (const host::BlockInfo& block : host::blocks(session.document(), reference)) {
+        host::forEachBlock(session.document(), reference, [&](const host::BlockInfo& block) {
             const bool below = reference != session.reference();
             // A reference's spaces are blocks within itself only.
-            if (below && block.layout) continue;
+            if (below && block.layout) return;
             const std::wstring name = upperCase(block.symbol.qualified);
             BlockRow row{block, shownFlags(block), {}};
             if (const auto found = own.find(name); found != own.end()) row.host = found->second;
@@ -57,7 +66,7 @@ std::vector<BlockRow> blockRows(const Session& session) {
                 rows.push_back(std::move(row));
             else if (below)
                 rows[at->second] = std::move(row);
-        }
+        });
     return rows;
 }
 
@@ -76,9 +85,9 @@ std::string flagsText(const BlockRow& row) {
     return text.empty() ? "-" : text;
 }
 
-std::string hostText(const std::optional<host::BlockInfo>& block) {
+std::string hostText(const std::optional<HostBlock>& block) {
     if (!block) return "-";
-    return std::to_string(block->flags) + " " + pointText(block->recordedBase);
+    return std::to_string(block->flags) + " " + pointText(block->base);
 }
 
 Json blockJson(const Session& session, const BlockRow& row) {
@@ -94,7 +103,7 @@ Json blockJson(const Session& session, const BlockRow& row) {
     object["inserts"] = block.inserts;
     object["path"] = utf8(block.path);
     object["host"] = nullptr;
-    if (row.host) object["host"] = {{"flags", row.host->flags}, {"base", row.host->recordedBase}};
+    if (row.host) object["host"] = {{"flags", row.host->flags}, {"base", row.host->base}};
     return object;
 }
 
@@ -113,8 +122,9 @@ int dumpBlocks(const Session& session) {
     std::vector<std::wstring> names = {session.reference()};
     if (session.reference().empty()) {
         names.clear();
-        for (const host::BlockInfo& block : host::blocks(session.document(), L""))
+        host::forEachBlock(session.document(), L"", [&names](const host::BlockInfo& block) {
             if (block.reference) names.push_back(block.symbol.symbol);
+        });
         if (names.empty())
             printNote(session.message("there are no references whose blocks to list"));
     }
@@ -141,22 +151,24 @@ int runBlocks(Session& session, const Options& options) {
             throw Failure(kUsage, "--dump prints the library's own listing; leave out --json");
         return dumpBlocks(session);
     }
-    Json blocks = Json::array();
-    std::vector<std::vector<std::string>> rows;
-    for (const BlockRow& row : blockRows(session)) {
-        blocks.push_back(blockJson(session, row));
-        rows.push_back({nameWithin(session, row.block.symbol.qualified), flagsText(row),
-                        std::to_string(row.block.entities), std::to_string(row.block.inserts),
-                        pointText(row.block.base),
-                        row.block.path.empty() ? "-" : utf8(row.block.path), hostText(row.host)});
-    }
+    const std::vector<BlockRow> rows = blockRows(session);
     if (!options.json) {
-        printTable({"NAME", "FLAGS", ">ENTITIES", ">INSERTS", "BASE", "PATH", "HOST"}, rows);
+        printTable({"NAME", "FLAGS", ">ENTITIES", ">INSERTS", "BASE", "PATH", "HOST"}, rows.size(),
+                   [&](std::size_t at) -> std::vector<std::string> {
+                       const host::BlockInfo& block = rows[at].block;
+                       return {nameWithin(session, block.symbol.qualified),
+                               flagsText(rows[at]),
+                               std::to_string(block.entities),
+                               std::to_string(block.inserts),
+                               pointText(block.base),
+                               block.path.empty() ? "-" : utf8(block.path),
+                               hostText(rows[at].host)};
+                   });
         return kDone;
     }
-    Json object = jsonHead(options);
-    object["blocks"] = std::move(blocks);
-    printJson(object);
+    JsonList list(jsonHead(options), "blocks");
+    for (const BlockRow& row : rows) list.add(blockJson(session, row));
+    list.end();
     return kDone;
 }
 

@@ -5,6 +5,8 @@
 #include "tools/moradmin/options.h"
 
 #include <array>
+#include <cstddef>
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
@@ -19,6 +21,17 @@ using Json = nlohmann::ordered_json;
 [[nodiscard]] Json jsonHead(const Options& options);
 /// One object, one line.
 void printJson(const Json& object);
+
+/// One object, one line, whose last key holds a list that is printed as it comes.
+class JsonList {
+public:
+    JsonList(const Json& head, const std::string& key);
+    void add(const Json& item);
+    void end();
+
+private:
+    bool m_first = true;
+};
 
 /// Wide text for a message or a name, as UTF-8.
 [[nodiscard]] std::string utf8(std::wstring_view text);
@@ -43,6 +56,9 @@ void printJson(const Json& object);
 /// elsewhere. A heading that begins with ">" aligns its column to the right.
 void printTable(const std::vector<std::string>& headings,
                 const std::vector<std::vector<std::string>>& rows);
+/// The same for many: `row` makes the cells of each row, on a terminal twice.
+void printTable(const std::vector<std::string>& headings, std::size_t count,
+                const std::function<std::vector<std::string>(std::size_t)>& row);
 
 /// Says on stderr why a command ended, on one line.
 void printFailure(const Options& options, const Failure& failure);
