@@ -184,7 +184,8 @@ std::string_view Drawing::originalBytes(RecordNumber number) const {
         // A walk reads ahead; a single look-up reads its record alone.
         const bool walks =
             number > m_lastRead && number - m_lastRead <= kWalkStep && size < kWindowBytes;
-        m_window = m_index->source->read(entry.place, walks ? kWindowBytes : size);
+        const std::uint64_t ahead = std::min(kWindowBytes, m_index->end - entry.place);
+        m_window = m_index->source->read(entry.place, walks ? ahead : size);
         m_windowAt = entry.place;
     }
     m_lastRead = number;
@@ -422,6 +423,18 @@ ContainerNumber Drawing::findBlock(std::wstring_view name) {
     }
     const auto found = m_blocks->find(upperCase(name));
     return found == m_blocks->end() ? kNoContainer : found->second;
+}
+
+const std::map<std::wstring, std::size_t>& Drawing::insertCounts() {
+    if (m_insertCounts) return *m_insertCounts;
+    std::map<std::wstring, std::size_t> counts;
+    const std::uint16_t insert = typeNumber("INSERT");
+    for (RecordNumber number = 1; number <= lastRecord(); ++number) {
+        const RecordEntry& entry = m_records[number];
+        if (entry.type != insert || entry.has(kErased | kGone)) continue;
+        if (const auto name = textOf(number, 2)) ++counts[upperCase(*name)];
+    }
+    return m_insertCounts.emplace(std::move(counts));
 }
 
 bool Drawing::isSpace(ContainerNumber number) const {

@@ -123,6 +123,9 @@ public:
     [[nodiscard]] ContainerNumber findTable(
         std::string_view table) const;  ///< 0 when there is none
     [[nodiscard]] ContainerNumber findBlock(std::wstring_view name);
+    /// How often each block is inserted by live records, definitions included; by upper-case name.
+    /// Counted once, and again after a change.
+    [[nodiscard]] const std::map<std::wstring, std::size_t>& insertCounts();
     [[nodiscard]] RecordNumber findSymbol(std::string_view table, std::wstring_view name);
     [[nodiscard]] std::wstring containerName(ContainerNumber number) const;
     [[nodiscard]] bool isSpace(ContainerNumber number) const;
@@ -194,6 +197,7 @@ private:
         m_keptHandles;  ///< of values in the file that new handles could meet, sorted
     std::map<ContainerNumber, std::unordered_map<std::wstring, RecordNumber>> m_symbols;
     std::optional<std::unordered_map<std::wstring, ContainerNumber>> m_blocks;
+    std::optional<std::map<std::wstring, std::size_t>> m_insertCounts;
     mutable std::string m_window;  ///< the record read last, and what a walk has read ahead
     TagList m_edited;              ///< the edited record looked into last
     mutable std::uint64_t m_windowAt = 0;

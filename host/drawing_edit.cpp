@@ -113,6 +113,7 @@ void Drawing::setInteger(RecordNumber number, int code, std::int64_t value) {
 
 void Drawing::setText(RecordNumber number, int code, std::wstring_view value) {
     m_edits[number].groups[code] = m_text.encode(value);
+    if (code == 2) m_insertCounts.reset();
 }
 
 std::shared_ptr<const AttributeList> Drawing::attributesOf(RecordNumber number) {
@@ -133,6 +134,7 @@ void Drawing::setAttributes(RecordNumber number, AttributeList attributes) {
 }
 
 void Drawing::toggleErased(RecordNumber number) {
+    m_insertCounts.reset();
     m_records[number].flags ^= kErased;
     for (RecordNumber at = number + 1; at <= m_lastFileRecord && number < at; ++at) {
         if (!m_records[at].has(kSubEntity)) break;
@@ -175,6 +177,7 @@ RecordNumber Drawing::add(ContainerNumber container, std::string_view type, std:
     m_made.push_back(std::move(bytes));
     m_records.push_back(entry);
     const RecordNumber number = lastRecord();
+    m_insertCounts.reset();
     if (handle != 0) m_madeHandles[handle] = number;
     if ((flags & kEdge) == 0) m_containers[container].added.push_back(number);
     if (m_containers[container].kind == ContainerKind::Table) learnName(container, number);
@@ -296,6 +299,7 @@ void Drawing::endBlockDefinition(ContainerNumber block) {
 
 void Drawing::clearBlock(ContainerNumber block) {
     Container& container = m_containers[block];
+    m_insertCounts.reset();
     for (RecordNumber at = container.first; at <= container.last; ++at)
         if (m_records[at].container == block && !m_records[at].has(kEdge))
             m_records[at].flags |= kGone;

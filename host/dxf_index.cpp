@@ -68,6 +68,11 @@ private:
     [[nodiscard]] Error damage(std::uint64_t line, std::string text) const {
         return {ErrorKind::Damaged, m_file, line, std::move(text)};
     }
+    /// Nothing of the file is shown: a reference may lead to any file of the machine.
+    [[nodiscard]] Error foreign() const {
+        return {ErrorKind::Unreadable, m_file, m_line,
+                "no DXF text: a drawing begins with group 0 SECTION"};
+    }
     std::optional<Error> checkStart(std::string_view bytes) const;
     /// Cuts the bytes of the source from `base` on into pairs and moves `at` behind the last one.
     /// `last`: nothing follows.
@@ -344,19 +349,13 @@ std::optional<Error> Indexer::endRecord() {
 
 std::optional<Error> Indexer::pair(int code, std::string_view value, std::uint64_t offset) {
     if (code != 0) {
-        if (m_index.records.size() == 1 && code != 999)
-            return Error{
-                ErrorKind::Unreadable, m_file, m_line,
-                "a drawing begins with group 0 SECTION, here stands group " + std::to_string(code)};
+        if (m_index.records.size() == 1 && code != 999) return foreign();
         group(code, value);
         return std::nullopt;
     }
     if (auto error = endRecord()) return error;
     const std::string_view type = trimmed(value);
-    if (m_index.records.size() == 1 && type != "SECTION" && type != "EOF")
-        return Error{ErrorKind::Unreadable, m_file, m_line,
-                     "a drawing begins with group 0 SECTION, not with \"" +
-                         std::string(type.substr(0, 40)) + "\""};
+    if (m_index.records.size() == 1 && type != "SECTION" && type != "EOF") return foreign();
     beginRecord(type, offset);
     return std::nullopt;
 }
@@ -415,11 +414,9 @@ std::optional<Error> Indexer::oddPair(std::string_view rest, std::uint64_t offse
     const auto code = parseCode(codeText.data(), codeText.data() + codeText.size());
     if (!code) {
         if (trimmed(codeText).empty() && valueMissing) return std::nullopt;  // at the very end
-        const bool foreign = m_index.records.size() == 1;
-        return Error{foreign ? ErrorKind::Unreadable : ErrorKind::Damaged, m_file, m_line,
-                     (foreign ? "no DXF text: " : "") +
-                         std::string("a group code was expected, found \"") +
-                         std::string(codeText.substr(0, 40)) + "\""};
+        if (m_index.records.size() == 1) return foreign();
+        return damage(m_line, "a group code was expected, found \"" +
+                                  std::string(codeText.substr(0, 40)) + "\"");
     }
     if (valueMissing) return damage(m_line, "the file ends after a group code, without its value");
     std::string_view text = rest.substr(codeEnd + 1, valueEnd - codeEnd - 1);

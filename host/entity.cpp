@@ -115,11 +115,13 @@ bool namesAreOurs(const CMORAdsLispVar& value) {
 /// groups.
 std::string_view tableOfGroup(const Located& found, int code) {
     const std::string& type = found.drawing->typeOf(found.number);
+    const bool dimension =
+        type == "DIMENSION" || type == "ARC_DIMENSION" || type == "LARGE_RADIAL_DIMENSION";
     switch (code) {
         case 2:
-            return type == "INSERT" || type == "DIMENSION" ? "BLOCK" : "";
+            return dimension || type == "INSERT" || type == "ACAD_TABLE" ? "BLOCK" : "";
         case 3:
-            return type == "DIMENSION" || type == "LEADER" || type == "TOLERANCE" ? "DIMSTYLE" : "";
+            return dimension || type == "LEADER" || type == "TOLERANCE" ? "DIMSTYLE" : "";
         case 6:
             return "LTYPE";
         case 7:

@@ -249,11 +249,14 @@ struct SymbolInfo {
     std::wstring symbol;     ///< as its own drawing has it
     std::wstring qualified;  ///< as the document knows it: PLAN|WALLS
 };
-/// The live records of a table in table order, without the blocks. `reference` is a path of
-/// references such as PLAN or PLAN|CORE, empty for the document's own drawing. Nothing when there
-/// is no such reference or it is not loaded.
-[[nodiscard]] std::vector<SymbolInfo> symbols(AcApDocument* document, std::wstring_view reference,
-                                              std::string_view table);
+/// Visits the live records of a table in table order, without the blocks. `reference` is a path of
+/// references such as PLAN or PLAN|CORE, empty for the document's own drawing. None when there is
+/// no such reference or it is not loaded.
+void forEachSymbol(AcApDocument* document, std::wstring_view reference, std::string_view table,
+                   const std::function<void(const SymbolInfo&)>& visit);
+/// One of them.
+[[nodiscard]] SymbolInfo symbolInfo(const AcApDocument* document, std::string_view table,
+                                    mor::EntityName name);
 /// The record that a look-up of a qualified name finds: the document's own, which overrides, else
 /// the reference's.
 [[nodiscard]] std::optional<mor::EntityName> resolveSymbol(AcApDocument* document,
@@ -266,13 +269,17 @@ struct BlockInfo {
     std::array<double, 3> base{};          ///< of a loaded reference that of its drawing
     std::array<double, 3> recordedBase{};  ///< as its BLOCK record has it
     std::wstring path;                     ///< saved with a reference, empty for other blocks
+    bool anonymous = false;                ///< by its flag or its name
+    bool attributes = false;               ///< holds attribute definitions, or its flag says so
     bool reference = false;                ///< an external reference, attached or overlaid
     bool layout = false;                   ///< stands for model space or a layout
     std::size_t entities = 0;  ///< live main ones; of a reference those of its model space
     std::size_t inserts = 0;   ///< live ones in the same drawing, block definitions included
 };
-/// The block definitions in the order of the file; `reference` as in `symbols`.
-[[nodiscard]] std::vector<BlockInfo> blocks(AcApDocument* document, std::wstring_view reference);
+/// Visits the block definitions in the order of the file; `reference` as in `forEachSymbol`. The
+/// drawing is not to be changed meanwhile.
+void forEachBlock(AcApDocument* document, std::wstring_view reference,
+                  const std::function<void(const BlockInfo&)>& visit);
 
 /// The axes x, y and z of the plane in which an entity with that normal has its coordinates, of
 /// length 1 (arbitrary axis rule). The normal need not be of length 1; (0, 0, 0) counts as
@@ -290,6 +297,9 @@ void setReferenceFolders(std::vector<std::filesystem::path> folders);
 /// Beginnings of saved paths and what stands for them here: {"C:\\proj", "/srv/proj"}. Without
 /// regard to case.
 void setReferenceMappings(std::vector<std::pair<std::string, std::string>> mappings);
+/// Confines all references to what lies below the folder: files that a path leads to elsewhere, by
+/// itself, by "..", or by a link, are not looked at. Empty: anywhere.
+void setReferenceRoot(const std::filesystem::path& folder);
 
 enum class ReferenceStatus {
     Loaded,

@@ -2,7 +2,6 @@
 #include "host/host.h"
 #include "platform/database.h"
 
-#include <array>
 #include <memory>
 #include <string>
 
@@ -92,17 +91,17 @@ public:
         return Acad::eOk;
     }
     [[nodiscard]] AcGePoint3d origin() const override {
-        const TagList head = m_site.drawing->current(m_number);
-        std::array<double, 3> base{};
-        for (int i = 0; i < 3; ++i)
-            if (const Tag* tag = head.find(10 * (i + 1)))
-                base[static_cast<std::size_t>(i)] = parseReal(head.value(*tag)).value_or(0.0);
+        const auto base = baseOf(*currentDocument(), m_site.mount, m_block);
         return {base[0], base[1], base[2]};
     }
     [[nodiscard]] bool isFromExternalReference() const override { return (m_flags & (4 | 8)) != 0; }
     [[nodiscard]] bool isFromOverlayReference() const override { return (m_flags & 8) != 0; }
-    [[nodiscard]] bool hasAttributeDefinitions() const override { return (m_flags & 2) != 0; }
-    [[nodiscard]] bool isAnonymous() const override { return (m_flags & 1) != 0; }
+    [[nodiscard]] bool hasAttributeDefinitions() const override {
+        return holdsAttributeDefinitions(*m_site.drawing, m_block);
+    }
+    [[nodiscard]] bool isAnonymous() const override {
+        return isAnonymousBlock(*m_site.drawing, m_block);
+    }
     [[nodiscard]] Acad::ErrorStatus newIterator(AcDbBlockTableRecordIterator*& iterator,
                                                 bool /*atBeginning*/,
                                                 bool /*skipErased*/) const override {

@@ -1,10 +1,10 @@
 #include "host/reference.h"
 
 #include "host/document.h"
+#include "host/reference_source.h"
 #include "platform/runtime.h"
 
 #include <algorithm>
-#include <system_error>
 #include <utility>
 
 namespace mor::host {
@@ -15,17 +15,14 @@ namespace fs = std::filesystem;
 
 constexpr std::int64_t kReferenceFlag = 4;
 constexpr std::int64_t kOverlayFlag = 8;
+/// What a path takes for each of its parts, which may be as short as a letter and a slash.
+constexpr std::size_t kBytesPerPart = 64;
+/// Names of blocks have at most so many characters.
+constexpr std::size_t kLongestSymbol = 255;
 
 std::int64_t flagsOf(Drawing& drawing, ContainerNumber block) {
     const RecordNumber head = drawing.container(block).head;
     return head == 0 ? 0 : drawing.integerOf(head, 70).value_or(0);
-}
-
-fs::path realPath(const fs::path& path) {
-    std::error_code code;
-    const fs::path absolute = fs::absolute(path, code);
-    const fs::path real = fs::weakly_canonical(code ? path : absolute, code);
-    return code ? path : real;
 }
 
 }  // namespace
@@ -42,8 +39,7 @@ bool isCommonSymbol(std::string_view table, std::wstring_view symbol) {
 /// reference's own reference looks like one of its own.
 static bool isDependentBlock(Drawing& drawing, ContainerNumber block) {
     const std::wstring name = drawing.containerName(block);
-    for (std::size_t bar = name.find(L'|'); bar != std::wstring::npos;
-         bar = name.find(L'|', bar + 1)) {
+    for (std::size_t bar = name.find(L'|'); bar <= kLongestSymbol; bar = name.find(L'|', bar + 1)) {
         const ContainerNumber reference = drawing.findBlock(name.substr(0, bar));
         if (reference != kNoContainer && isReferenceBlock(drawing, reference)) return true;
     }
@@ -121,14 +117,13 @@ Mount* References::mount(Mount* parent, ContainerNumber block) {
 bool References::closesCircle(const Mount& mount, const fs::path& file) const {
     if (!m_document.path.empty() && realPath(m_document.path) == file) return true;
     for (const Mount* above = mount.parent; above != nullptr; above = above->parent)
-        if (realPath(above->path) == file) return true;
+        if (above->real == file) return true;
     return false;
 }
 
-Result<std::shared_ptr<Drawing>> References::open(const fs::path& file) {
-    const fs::path real = realPath(file);
+Result<std::shared_ptr<Drawing>> References::open(const fs::path& file, const fs::path& real) {
     if (const auto known = m_drawings.find(real); known != m_drawings.end()) return known->second;
-    auto source = openFileSource(file);
+    auto source = openReferenceSource(file);
     if (!source) return source.error();
     auto drawing = Drawing::load(std::move(source.value()), file.string());
     if (!drawing) return drawing.error();
@@ -138,12 +133,13 @@ Result<std::shared_ptr<Drawing>> References::open(const fs::path& file) {
 bool References::take(Mount& mount, const fs::path& file) {
     if (mount.path.empty()) mount.path = file;
     mount.status = ReferenceStatus::Unresolved;
-    if (closesCircle(mount, realPath(file))) {
+    const fs::path real = realPath(file);
+    if (closesCircle(mount, real)) {
         mount.path = file;
         mount.tries.push_back({file, "it refers back to a drawing that refers to it"});
         return true;
     }
-    const auto drawing = open(file);
+    const auto drawing = open(file, real);
     if (!drawing) {
         mount.tries.push_back({file, drawing.error().message()});
         // A file of another form may have a twin that is read. A damaged one is the one that is
@@ -151,6 +147,7 @@ bool References::take(Mount& mount, const fs::path& file) {
         return drawing.error().kind != ErrorKind::Unreadable;
     }
     mount.path = file;
+    mount.real = real;
     mount.drawing = drawing.value();
     mount.status = ReferenceStatus::Loaded;
     return true;
@@ -162,11 +159,20 @@ void References::load(Mount& mount) {
                                        " references, nested ones included"});
         return;
     }
+    if (mount.name.size() > kLongestName) {
+        mount.tries.push_back({"", "its name, nested ones included, has more than " +
+                                       std::to_string(kLongestName) + " characters"});
+        return;
+    }
     Drawing& owner = drawingOf(mount.parent);
     const std::wstring saved = owner.textOf(owner.container(mount.block).head, 1).value_or(L"");
     mount.status = ReferenceStatus::NotFound;
-    searchReference(saved, fileOf(mount.parent), mount.tries,
+    searchReference(saved, fileOf(mount.parent), m_folders, mount.tries,
                     [&](const fs::path& file) { return take(mount, file); });
+    for (const ReferenceTry& attempt : mount.tries)
+        m_noted += kBytesPerPart * (attempt.path.native().size() / 2 + 1);
+    if (m_noted > kMostNoted && mount.tries.size() > 1)
+        mount.tries.erase(mount.tries.begin(), mount.tries.end() - 1);
 }
 
 const Mount* References::find(std::int64_t number) const {
@@ -181,7 +187,7 @@ References::Target References::resolve(std::wstring_view qualified) {
         Mount* next = nullptr;
         std::size_t bar = target.rest.find(L'|');
         // The name of a reference may itself have bars in it.
-        for (; bar != std::wstring::npos; bar = target.rest.find(L'|', bar + 1)) {
+        for (; bar <= kLongestSymbol; bar = target.rest.find(L'|', bar + 1)) {
             const ContainerNumber block = owner.findBlock(target.rest.substr(0, bar));
             next = block == kNoContainer ? nullptr : mount(target.mount, block);
             if (next != nullptr) break;
@@ -196,12 +202,13 @@ void References::forget(Mount& mount) {
     for (auto& [block, child] : mount.children) forget(*child);
     m_byNumber.erase(mount.number);
     m_document.databases.erase(mount.number);
-    if (!mount.path.empty()) m_drawings.erase(realPath(mount.path));
+    if (!mount.real.empty()) m_drawings.erase(mount.real);
 }
 
 void References::drop(ContainerNumber block) {
     const auto found = m_mounts.find(block);
     if (found == m_mounts.end()) return;
+    m_folders.clear();
     forget(*found->second);
     m_mounts.erase(found);
 }

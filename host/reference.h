@@ -28,6 +28,7 @@ struct Mount {
     ContainerNumber block = kNoContainer;  ///< of the referring drawing
     std::shared_ptr<Drawing> drawing;      ///< null when it is not loaded
     std::filesystem::path path;            ///< of the file, as it was found
+    std::filesystem::path real;            ///< the same, links resolved; of one that is loaded
     ReferenceStatus status = ReferenceStatus::Unresolved;
     std::vector<ReferenceTry> tries;
     std::map<ContainerNumber, std::unique_ptr<Mount>> children;  ///< by block of `drawing`
@@ -52,6 +53,10 @@ public:
     /// Drawings that refer to each other twice and more multiply at every step; what goes beyond
     /// this is not loaded.
     static constexpr std::size_t kMost = 10'000;
+    /// A longer path of references is not followed.
+    static constexpr std::size_t kLongestName = 2047;
+    /// Beyond this many bytes only the last place is noted where a file was looked for.
+    static constexpr std::size_t kMostNoted = 16U << 20U;
 
     explicit References(AcApDocument& document) : m_document(document) {}
 
@@ -74,7 +79,8 @@ private:
     void load(Mount& mount);
     /// Whether the search for the mount's file ends with this one.
     bool take(Mount& mount, const std::filesystem::path& file);
-    [[nodiscard]] Result<std::shared_ptr<Drawing>> open(const std::filesystem::path& file);
+    [[nodiscard]] Result<std::shared_ptr<Drawing>> open(const std::filesystem::path& file,
+                                                        const std::filesystem::path& real);
     [[nodiscard]] Drawing& drawingOf(const Mount* parent) const;
     [[nodiscard]] std::filesystem::path fileOf(const Mount* parent) const;
     [[nodiscard]] bool closesCircle(const Mount& mount, const std::filesystem::path& file) const;
@@ -84,6 +90,8 @@ private:
     std::map<ContainerNumber, std::unique_ptr<Mount>> m_mounts;
     std::map<std::int64_t, Mount*> m_byNumber;
     std::map<std::filesystem::path, std::shared_ptr<Drawing>> m_drawings;
+    FolderNames m_folders;    ///< kept while nothing is read again
+    std::size_t m_noted = 0;  ///< bytes that the tries of all mounts take
 };
 
 /// Symbols that mean the same in every drawing: layer 0; the linetypes Continuous, ByLayer and
@@ -105,8 +113,9 @@ private:
 // What a block shows; `owner` is null for blocks of the document's own drawing.
 
 /// The block that a look-up of the name finds. A dependent block is the referenced drawing's, also
-/// where the document's own drawing holds a record under its qualified name. No block when there is
-/// none.
+/// where the document's own drawing holds a record under its qualified name; once the reference is
+/// loaded, what the drawing keeps of a block that it no longer has is not found. No block when
+/// there is none.
 struct FoundBlock {
     Mount* owner = nullptr;
     ContainerNumber block = kNoContainer;
@@ -125,10 +134,11 @@ struct BlockEntities {
 /// The base point: a loaded reference's is the insertion base of its drawing, where it has one.
 [[nodiscard]] std::array<double, 3> baseOf(AcApDocument& document, Mount* owner,
                                            ContainerNumber block);
+/// What its definition holds or its flag says. A reference's entities are none of the block's.
+[[nodiscard]] bool holdsAttributeDefinitions(Drawing& drawing, ContainerNumber block);
+/// By its flag, or by a name that programs give, as *U12.
+[[nodiscard]] bool isAnonymousBlock(Drawing& drawing, ContainerNumber block);
 
-/// How often each block is inserted by live records of the drawing, definitions included; by
-/// upper-case name.
-[[nodiscard]] std::map<std::wstring, std::size_t> countInserts(Drawing& drawing);
 /// Live main entities.
 [[nodiscard]] std::size_t countEntities(const Drawing& drawing, ContainerNumber container);
 

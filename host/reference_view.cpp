@@ -3,21 +3,19 @@
 #include "platform/runtime.h"
 
 #include <cstddef>
-#include <map>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace mor::host {
 
 namespace {
-
-using InsertCounts = std::map<std::wstring, std::size_t>;
 
 /// A drawing that refers to others, as the document reaches it: `mount` is null for its own.
 struct Referring {
     AcApDocument& document;
     Mount* mount = nullptr;
     Drawing& drawing = mount == nullptr ? *document.drawing : *mount->drawing;
-    InsertCounts inserts = countInserts(drawing);
 
     [[nodiscard]] bool isBlock(ContainerNumber number) const {
         return drawing.container(number).kind == ContainerKind::Block;
@@ -29,6 +27,7 @@ struct Referring {
         info.name = (mount == nullptr ? L"" : mount->name + L"|") + info.block;
         info.overlay = isOverlayBlock(drawing, block);
         info.saved = drawing.textOf(drawing.container(block).head, 1).value_or(L"");
+        const auto& inserts = drawing.insertCounts();
         if (const auto found = inserts.find(upperCase(info.block)); found != inserts.end())
             info.inserts = found->second;
         for (const Mount* at = mount; at != nullptr; at = at->parent) ++info.depth;
@@ -70,7 +69,20 @@ bool isBelow(std::wstring_view name, std::wstring_view reference) {
            equalNoCase(name.substr(0, reference.size()), reference);
 }
 
+/// Block and name of what the drawing keeps of its references' references.
+using KeptReferences = std::vector<std::pair<ContainerNumber, std::wstring>>;
+
+KeptReferences keptReferences(Drawing& drawing) {
+    KeptReferences kept;
+    for (ContainerNumber block = 1; block < drawing.containers().size(); ++block)
+        if (drawing.container(block).kind == ContainerKind::Block &&
+            isKeptReferenceBlock(drawing, block))
+            kept.emplace_back(block, drawing.containerName(block));
+    return kept;
+}
+
 void listBelow(const Referring& from, std::vector<ReferenceInfo>& all) {
+    const KeptReferences kept = keptReferences(from.drawing);
     for (ContainerNumber block = 1; block < from.drawing.containers().size(); ++block) {
         if (!from.isBlock(block) || !isReferenceBlock(from.drawing, block)) continue;
         all.push_back(from.reference(block));
@@ -79,10 +91,8 @@ void listBelow(const Referring& from, std::vector<ReferenceInfo>& all) {
             continue;
         }
         const std::wstring name = from.drawing.containerName(block);
-        for (ContainerNumber kept = 1; kept < from.drawing.containers().size(); ++kept)
-            if (from.isBlock(kept) && isBelow(from.drawing.containerName(kept), name) &&
-                isKeptReferenceBlock(from.drawing, kept))
-                all.push_back(from.orphan(kept));
+        for (const auto& [keptBlock, keptName] : kept)
+            if (isBelow(keptName, name)) all.push_back(from.orphan(keptBlock));
     }
 }
 
@@ -127,11 +137,8 @@ bool detachReference(AcApDocument* document, std::wstring_view name) {
     document->references->drop(block);
     Drawing& drawing = *document->drawing;
     std::vector<ContainerNumber> detached = {block};
-    for (ContainerNumber kept = 1; kept < drawing.containers().size(); ++kept)
-        if (drawing.container(kept).kind == ContainerKind::Block &&
-            isBelow(drawing.containerName(kept), drawing.containerName(block)) &&
-            isKeptReferenceBlock(drawing, kept))
-            detached.push_back(kept);
+    for (const auto& [kept, keptName] : keptReferences(drawing))
+        if (isBelow(keptName, drawing.containerName(block))) detached.push_back(kept);
     for (const ContainerNumber number : detached) {
         const RecordNumber head = drawing.container(number).head;
         drawing.setInteger(head, 70, 0);

@@ -60,8 +60,8 @@ private:
                           code == 0
                               ? std::string("was cut short by another program while it was open")
                               : std::string("reading failed: ") + std::strerror(code)};
+        if (code != 0) return failReading(error);
         if (!firstFailure()) firstFailure() = error;
-        if (code != 0 && std::uncaught_exceptions() == 0) throw ReadFailure(error);
     }
 
     int m_descriptor;
@@ -95,6 +95,11 @@ FileStamp stampOf(int descriptor) {
     return {static_cast<std::uint64_t>(status.st_dev), static_cast<std::uint64_t>(status.st_ino),
             static_cast<std::uint64_t>(status.st_size), status.st_mtim.tv_sec,
             status.st_mtim.tv_nsec};
+}
+
+void failReading(const Error& error) {
+    if (!firstFailure()) firstFailure() = error;
+    if (std::uncaught_exceptions() == 0) throw ReadFailure(error);
 }
 
 std::optional<Error> takeReadFailure() { return std::exchange(firstFailure(), std::nullopt); }

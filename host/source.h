@@ -41,6 +41,10 @@ public:
     [[nodiscard]] std::string read(std::uint64_t offset, std::uint64_t count) const;
 };
 
+/// Notes the failure for `takeReadFailure` and throws it as ReadFailure, unless an exception is on
+/// its way.
+void failReading(const Error& error);
+
 /// Opens a regular file for reading; it stays open as long as the source lives.
 Result<std::shared_ptr<Source>> openFileSource(const std::filesystem::path& path);
 [[nodiscard]] std::shared_ptr<Source> makeBufferSource(std::string bytes);

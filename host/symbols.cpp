@@ -13,6 +13,8 @@ namespace mor::host {
 namespace {
 
 constexpr std::string_view kActivePaper = "*Paper_Space";
+constexpr std::int64_t kAnonymousFlag = 1;
+constexpr std::int64_t kAttributesFlag = 2;
 
 std::array<double, 3> pointOf(const TagList& record, int code) {
     std::array<double, 3> point{};
@@ -35,17 +37,6 @@ std::array<double, 3> recordedBase(Drawing& drawing, ContainerNumber block) {
 
 }  // namespace
 
-std::map<std::wstring, std::size_t> countInserts(Drawing& drawing) {
-    std::map<std::wstring, std::size_t> counts;
-    const std::uint16_t insert = drawing.typeNumber("INSERT");
-    for (RecordNumber number = 1; number <= drawing.lastRecord(); ++number) {
-        const RecordEntry& entry = drawing.entry(number);
-        if (entry.type != insert || entry.has(kErased | kGone)) continue;
-        if (const auto name = drawing.textOf(number, 2)) ++counts[upperCase(*name)];
-    }
-    return counts;
-}
-
 std::size_t countEntities(const Drawing& drawing, ContainerNumber container) {
     std::size_t count = 0;
     for (RecordNumber at = drawing.nextMember(container, 0); at != 0;
@@ -60,8 +51,8 @@ FoundBlock resolveBlock(AcApDocument& document, std::wstring_view name) {
         if (target.mount != nullptr) {
             Drawing& drawing = *target.mount->drawing;
             const ContainerNumber block = drawing.findBlock(target.rest);
-            if (block != kNoContainer && !drawing.container(block).layout)
-                return {target.mount, block};
+            if (block == kNoContainer || drawing.container(block).layout) return {};
+            return {target.mount, block};
         }
     }
     return {nullptr, document.drawing->findBlock(name)};
@@ -92,6 +83,23 @@ std::array<double, 3> baseOf(AcApDocument& document, Mount* owner, ContainerNumb
     if (reference != nullptr && reference->drawing)
         if (const auto own = reference->drawing->insertionBase()) return *own;
     return recordedBase(drawing, block);
+}
+
+bool holdsAttributeDefinitions(Drawing& drawing, ContainerNumber block) {
+    if ((drawing.integerOf(drawing.container(block).head, 70).value_or(0) & kAttributesFlag) != 0)
+        return true;
+    const std::uint16_t definition = drawing.typeNumber("ATTDEF");
+    RecordNumber at = drawing.nextMember(block, 0);
+    while (at != 0 && drawing.entry(at).type != definition) at = drawing.nextMember(block, at);
+    return at != 0;
+}
+
+bool isAnonymousBlock(Drawing& drawing, ContainerNumber block) {
+    if ((drawing.integerOf(drawing.container(block).head, 70).value_or(0) & kAnonymousFlag) != 0)
+        return true;
+    const std::string_view name = drawing.container(block).name;
+    return name.size() > 2 && name[0] == '*' && isAlpha(static_cast<unsigned char>(name[1])) &&
+           name.find_first_not_of("0123456789", 2) == std::string_view::npos;
 }
 
 Located resolveSymbol(AcApDocument& document, std::string_view table, std::wstring_view name) {
@@ -137,18 +145,23 @@ Reached reach(AcApDocument& document, std::wstring_view reference) {
 
 }  // namespace
 
-std::vector<SymbolInfo> symbols(AcApDocument* document, std::wstring_view reference,
-                                std::string_view table) {
-    std::vector<SymbolInfo> result;
+void forEachSymbol(AcApDocument* document, std::wstring_view reference, std::string_view table,
+                   const std::function<void(const SymbolInfo&)>& visit) {
     const Reached found = reach(*document, reference);
-    if (found.drawing == nullptr) return result;
+    if (found.drawing == nullptr) return;
     const ContainerNumber container = found.drawing->findTable(table);
-    if (container == kNoContainer) return result;
+    if (container == kNoContainer) return;
     for (RecordNumber at = found.drawing->nextMember(container, 0); at != 0;
          at = found.drawing->nextMember(container, at))
         if (auto text = found.drawing->textOf(at, 2))
-            result.push_back(found.symbol(table, at, std::move(*text)));
-    return result;
+            visit(found.symbol(table, at, std::move(*text)));
+}
+
+SymbolInfo symbolInfo(const AcApDocument* document, std::string_view table, EntityName name) {
+    const Located found = locate(*document, name);
+    std::wstring text = found.drawing->textOf(found.number, 2).value_or(L"");
+    std::wstring qualified = found.qualified(table, text);
+    return {name, std::move(text), std::move(qualified)};
 }
 
 std::optional<EntityName> resolveSymbol(AcApDocument* document, std::string_view table,
@@ -157,18 +170,20 @@ std::optional<EntityName> resolveSymbol(AcApDocument* document, std::string_view
     return found ? std::optional(found.nameOf(found.number)) : std::nullopt;
 }
 
-std::vector<BlockInfo> blocks(AcApDocument* document, std::wstring_view reference) {
-    std::vector<BlockInfo> result;
+void forEachBlock(AcApDocument* document, std::wstring_view reference,
+                  const std::function<void(const BlockInfo&)>& visit) {
     const Reached found = reach(*document, reference);
-    if (found.drawing == nullptr) return result;
+    if (found.drawing == nullptr) return;
     Drawing& drawing = *found.drawing;
-    std::map<std::wstring, std::size_t> inserts = countInserts(drawing);
+    const std::map<std::wstring, std::size_t>& inserts = drawing.insertCounts();
     for (ContainerNumber block = 1; block < drawing.containers().size(); ++block) {
         const Container& container = drawing.container(block);
         if (container.kind != ContainerKind::Block || container.head == 0) continue;
         BlockInfo info;
         info.symbol = found.symbol("BLOCK", container.head, drawing.containerName(block));
         info.flags = drawing.integerOf(container.head, 70).value_or(0);
+        info.anonymous = isAnonymousBlock(drawing, block);
+        info.attributes = holdsAttributeDefinitions(drawing, block);
         info.reference = isReferenceBlock(drawing, block);
         info.layout = container.layout;
         if (info.reference) info.path = drawing.textOf(container.head, 1).value_or(L"");
@@ -177,10 +192,10 @@ std::vector<BlockInfo> blocks(AcApDocument* document, std::wstring_view referenc
         const BlockEntities entities = entitiesOf(*document, found.mount, block);
         if (entities.drawing != nullptr)
             info.entities = countEntities(*entities.drawing, entities.container);
-        info.inserts = inserts[upperCase(info.symbol.symbol)];
-        result.push_back(std::move(info));
+        if (const auto count = inserts.find(upperCase(info.symbol.symbol)); count != inserts.end())
+            info.inserts = count->second;
+        visit(info);
     }
-    return result;
 }
 
 }  // namespace mor::host

@@ -126,6 +126,18 @@ ContainerNumber nextBlock(const Drawing& drawing, ContainerNumber after) {
     return kNoContainer;
 }
 
+/// What a look-up finds of the next block of the file that it finds at all; moves `position` there.
+FoundBlock nextFound(AcApDocument& document, ContainerNumber& position) {
+    while (const ContainerNumber block = nextBlock(*document.drawing, position)) {
+        position = block;
+        const std::wstring own = document.drawing->containerName(block);
+        if (own.find(L'|') == std::wstring::npos) return {nullptr, block};
+        if (const FoundBlock found = resolveBlock(document, own); found.block != kNoContainer)
+            return found;
+    }
+    return {};
+}
+
 }  // namespace
 
 }  // namespace mor::host
@@ -159,12 +171,8 @@ resbuf* acdbTblNext(const wchar_t* table, int rewind) {
     host::RecordNumber& position = host::positionOf(*document, name);
     if (rewind != 0) position = 0;
     if (name == L"BLOCK") {
-        const host::ContainerNumber block = host::nextBlock(drawing, position);
-        if (block == host::kNoContainer) return nullptr;
-        position = block;
-        const std::wstring own = drawing.containerName(block);
-        host::FoundBlock found{nullptr, block};
-        if (own.find(L'|') != std::wstring::npos) found = host::resolveBlock(*document, own);
+        const host::FoundBlock found = host::nextFound(*document, position);
+        if (found.block == host::kNoContainer) return nullptr;
         return host::blockList(*document, found.owner, found.block).release();  // caller owns
     }
     const host::ContainerNumber container = drawing.findTable(mor::narrow(name));

@@ -4,8 +4,9 @@
 #include "platform/runtime.h"
 
 #include <algorithm>
-#include <span>
+#include <climits>
 #include <string>
+#include <sys/stat.h>
 #include <system_error>
 #include <utility>
 
@@ -15,9 +16,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr std::size_t kLongestPath = PATH_MAX - 1;
+
 struct Places {
     std::vector<fs::path> folders;
     std::vector<std::pair<std::string, std::string>> mappings;
+    fs::path root;  // with its links resolved; empty: anywhere
 };
 
 Places& places() {
@@ -87,30 +91,54 @@ std::vector<fs::path> candidates(const SavedPath& saved, const fs::path& folder)
     return all;
 }
 
+/// Whether what the path leads to, links resolved, lies outside the folder to which references are
+/// confined, whether it is there or not.
+bool isOutside(const fs::path& path) {
+    const fs::path& root = places().root;
+    if (root.empty()) return false;
+    std::error_code code;
+    const fs::path real = fs::weakly_canonical(fs::absolute(path, code), code);
+    return code ||
+           std::mismatch(root.begin(), root.end(), real.begin(), real.end()).first != root.end();
+}
+
 bool isFile(const fs::path& path) {
     std::error_code code;
     return fs::is_regular_file(path, code);
 }
 
-/// The regular files below `found` that `rest` means when the case of its names does not count; in
-/// an order that does not depend on the folder's.
-void findWithoutCase(const fs::path& found, std::span<const fs::path> rest,
-                     std::vector<fs::path>& files) {
-    if (rest.empty()) {
-        if (isFile(found)) files.push_back(found);
-        return;
+/// The regular files that a path means when the case of its names does not count; in an order that
+/// does not depend on the folders'.
+class CaselessSearch {
+public:
+    explicit CaselessSearch(FolderNames& folders) : m_folders(folders) {}
+
+    std::vector<fs::path> files(const fs::path& path) {
+        m_parts.clear();
+        for (const fs::path& part : path.relative_path())
+            if (part != ".") m_parts.push_back(part.string());
+        m_files.clear();
+        below(path.root_path().string(), 0);
+        return std::move(m_files);
     }
-    if (rest.front() == "." || rest.front() == "..")
-        return findWithoutCase(found / rest.front(), rest.subspan(1), files);
-    std::vector<fs::path> names;
-    std::error_code code;
-    for (fs::directory_iterator at(found.empty() ? "." : found, code), end; !code && at != end;
-         at.increment(code))
-        if (equalIgnoringCase(at->path().filename().string(), rest.front().string()))
-            names.push_back(at->path().filename());
-    std::ranges::sort(names);
-    for (const fs::path& name : names) findWithoutCase(found / name, rest.subspan(1), files);
-}
+
+private:
+    void below(const std::string& found, std::size_t part) {
+        if (!m_folders.takeStep()) return;
+        if (part == m_parts.size()) {
+            if (isFile(found)) m_files.emplace_back(found);
+            return;
+        }
+        const std::string folder = found.empty() || found.ends_with('/') ? found : found + '/';
+        if (m_parts[part] == "..") return below(folder + "..", part + 1);
+        for (const std::string& name : m_folders.like(found, m_parts[part]))
+            below(folder + name, part + 1);
+    }
+
+    FolderNames& m_folders;
+    std::vector<std::string> m_parts;
+    std::vector<fs::path> m_files;
+};
 
 /// The path in its shortest form, where that means the same file: behind a link, "..", leads
 /// elsewhere.
@@ -127,9 +155,47 @@ void setReferenceMappings(std::vector<std::pair<std::string, std::string>> mappi
     places().mappings = std::move(mappings);
 }
 
-void searchReference(std::wstring_view saved, const fs::path& referring,
+void setReferenceRoot(const fs::path& folder) {
+    places().root = folder.empty() ? folder : realPath(folder);
+}
+
+fs::path realPath(const fs::path& path) {
+    std::error_code code;
+    const fs::path absolute = fs::absolute(path, code);
+    const fs::path real = fs::weakly_canonical(code ? path : absolute, code);
+    return code ? path : real;
+}
+
+const std::vector<std::string>& FolderNames::like(const std::string& folder,
+                                                  const std::string& name) {
+    static const std::vector<std::string> none;
+    const std::string path = folder.empty() ? "." : folder;
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) return none;
+    const auto [known, added] = m_folders.try_emplace({status.st_dev, status.st_ino});
+    Names& names = known->second;
+    if (added) {
+        std::error_code code;
+        for (fs::directory_iterator at(path, code), end; !code && at != end; at.increment(code)) {
+            std::string entry = at->path().filename().string();
+            if (const auto text = fromUtf8(entry))
+                names[upperCase(*text)].push_back(std::move(entry));
+        }
+        for (auto& [upper, entries] : names) std::ranges::sort(entries);
+    }
+    const auto found = names.find(upperCase(fromUtf8(name).value_or(L"")));
+    return found == names.end() ? none : found->second;
+}
+
+void searchReference(std::wstring_view saved, const fs::path& referring, FolderNames& folders,
                      std::vector<ReferenceTry>& tries,
                      const std::function<bool(const fs::path&)>& take) {
+    if (saved.size() > kLongestPath) {
+        tries.push_back({"", "the saved path has " + std::to_string(saved.size()) +
+                                 " characters; those of files have at most " +
+                                 std::to_string(kLongestPath)});
+        return;
+    }
     const SavedPath text = mapped(toUtf8(saved));
     if (text.text.empty()) {
         tries.push_back({"", "the reference saves no path"});
@@ -138,24 +204,28 @@ void searchReference(std::wstring_view saved, const fs::path& referring,
     const std::vector<fs::path> all = candidates(text, referring.parent_path());
     std::vector<fs::path> visited;
     for (const fs::path& path : all) {
+        if (isOutside(path)) {
+            tries.push_back(
+                {path.lexically_normal(), "lies outside " + places().root.string() +
+                                              ", the folder that references are confined to"});
+            continue;
+        }
         if (isFile(path)) {
-            if (take(shortest(path))) return;
-            visited.push_back(path);
+            visited.push_back(shortest(path));
+            if (take(visited.back())) return;
             continue;
         }
         std::error_code code;
         const bool there = fs::exists(path, code);
         tries.push_back({path.lexically_normal(), there ? "is no regular file" : "not there"});
     }
+    CaselessSearch caseless(folders);
     for (const fs::path& path : all) {
-        const fs::path below = path.relative_path();
-        const std::vector<fs::path> parts(below.begin(), below.end());
-        std::vector<fs::path> files;
-        findWithoutCase(path.root_path(), parts, files);
-        for (const fs::path& file : files) {
-            if (std::ranges::find(visited, file) != visited.end()) continue;
-            if (take(shortest(file))) return;
+        for (const fs::path& found : caseless.files(path)) {
+            const fs::path file = shortest(found);
+            if (isOutside(file) || std::ranges::find(visited, file) != visited.end()) continue;
             visited.push_back(file);
+            if (take(file)) return;
         }
     }
 }

@@ -17,15 +17,6 @@ bool isBlockReference(const CMOREntity& entity) {
     return entity.Type().CompareNoCase(L"INSERT") == 0;
 }
 
-/// Whether the entity inserts the block of that name.
-bool inserts(const ads_name ename, const wchar_t* name) {
-    CMOREntity entity;
-    const wchar_t* block = nullptr;
-    return entity.Connect(ename) && isBlockReference(entity) &&
-           entity.GetEntityEntry(kGroupBlockName, block) && block != nullptr &&
-           mor::equalNoCase(block, name);
-}
-
 }  // namespace
 
 MOR_Letter_InsertView::MOR_Letter_InsertView() = default;
@@ -46,6 +37,7 @@ bool MOR_Letter_InsertView::connect(const ads_name ename) {
     static_cast<void>(entity.GetEntityEntry(kGroupBlockName, block));  // null stands for no value
     if (block != nullptr && getSpace()->connect(block) && !entity.Handle().IsEmpty()) {
         m_handle = mor::upperCase(entity.Handle().GetString());
+        m_insert = mor::EntityName(ename);
         return true;
     }
     clean();
@@ -81,12 +73,14 @@ CMORCadLetterView* MOR_Letter_InsertView::clone() {
 
 void MOR_Letter_InsertView::init() {
     m_handle.reset();
+    m_insert = {};
     m_loaded = false;
     CMORCadLetterView::init();
 }
 
 void MOR_Letter_InsertView::clean() {
     m_handle.reset();
+    m_insert = {};
     m_loaded = false;
     CMORCadLetterView::clean();
 }
@@ -104,8 +98,9 @@ bool MOR_Letter_InsertView::loadTransformation() {
     if (!isConnected() || m_loaded) return false;
     ads_name ename{};
     if (acdbHandEnt(getHandle(), ename) != RTNORM) return false;
-    // An insert within a reference has a handle of that drawing: in this one it may name anything.
-    if (!inserts(ename, getSpace()->getName())) return false;
+    // An insert within a reference has a handle of that drawing: in this one it may name anything,
+    // even another insert of the same block.
+    if (mor::EntityName(ename) != m_insert) return false;
     m_loaded = m_transformation.loadFromEntity(ename);
     return m_loaded;
 }
@@ -113,6 +108,7 @@ bool MOR_Letter_InsertView::loadTransformation() {
 void MOR_Letter_InsertView::copyInsertData(const MOR_Letter_InsertView& other) {
     m_transformation = {};
     m_handle = other.m_handle;
+    m_insert = other.m_insert;
     m_loaded = false;
     if (!m_handle) return;
     m_transformation.matrix = other.m_transformation.matrix;

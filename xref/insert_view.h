@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/entity_name.h"
 #include "platform/geometry.h"
 #include "platform/types.h"
 #include "space/letter_view.h"
@@ -24,8 +25,9 @@ public:
     [[nodiscard]] int viewType() override;
     /// Upper-case; null while not connected.
     [[nodiscard]] const wchar_t* getHandle() override;
-    /// Both fail, leaving the argument unchanged, while the block reference cannot be found or
-    /// read; the next call tries again.
+    /// Both fail, leaving the argument unchanged, while the block reference cannot be found by its
+    /// handle or read; the next call tries again. One within a reference is never found: its handle
+    /// is another drawing's.
     bool toWCS(CMORMathPoint& point) override;
     bool toWCS(double* point) override;
     bool getMat(CMORAdsTransformation& transformation) override;
@@ -44,4 +46,5 @@ private:
     std::optional<std::wstring> m_handle;
     CMORAdsTransformation m_transformation;
     bool m_loaded = false;
+    mor::EntityName m_insert;  ///< as it was connected; the handle must lead back to it
 };

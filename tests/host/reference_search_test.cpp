@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <iterator>
 #include <string>
 #include <utility>
 #include <vector>
@@ -26,6 +27,7 @@ protected:
     void TearDown() override {
         host::setReferenceFolders({});
         host::setReferenceMappings({});
+        host::setReferenceRoot({});
         HostTest::TearDown();
     }
     void put(const std::string& name, const std::string& handle) {
@@ -137,6 +139,38 @@ TEST_F(ReferenceSearch, GoesUpFromWhereALinkLeads) {
     EXPECT_EQ(found("..\\xref\\plan.dxf", "site/site.dxf"), "A2");
 }
 
+TEST_F(ReferenceSearch, StaysBelowTheFolderThatItIsConfinedTo) {
+    put("home/sub/plan.dxf", "A1");
+    put("homes/plan.dxf", "A2");
+    put("secret/plan.dxf", "A3");
+    putBytes("secret/text.txt", "the password\n");
+    fs::create_directory_symlink(file("secret"), file("home/out"));
+    fs::create_symlink(file("home/sub/plan.dxf"), file("home/in.dxf"));
+    fs::create_symlink(file("secret/plan.dxf"), file("home/sub/other.dxf"));
+    fs::create_directory_symlink(file("home"), file("root"));
+    EXPECT_EQ(found("../secret/plan.dxf"), "A3");
+    host::setReferenceRoot(file("root"));
+    host::setReferenceFolders({file("secret"), file("home/sub")});
+    host::setReferenceMappings({{"Z:", file("secret").string()}});
+    for (const std::string& inside :
+         {std::string("sub/plan.dxf"), std::string("in.dxf"), std::string("../HOME/sub/plan.dxf"),
+          file("root/sub/plan.dxf").string()})
+        EXPECT_EQ(found(inside), "A1") << inside;
+    for (const std::string& outside :
+         {std::string("out/plan.dxf"), std::string("../homes/plan.dxf"), std::string("other.dxf"),
+          std::string("OUT/PLAN.DXF"), std::string("sub/../../secret/plan.dxf"),
+          std::string("Z:/plan.dxf"), file("secret/plan.dxf").string()}) {
+        const bool bare = outside != "other.dxf";  // the extra folder has one of the bare name
+        EXPECT_EQ(found(outside), bare ? "A1" : "not found") << outside;
+        const auto info = host::findReference(document(), L"PLAN");
+        EXPECT_TRUE(std::ranges::any_of(info->tries, [](const host::ReferenceTry& attempt) {
+            return attempt.why.starts_with("lies outside ");
+        })) << outside;
+    }
+    // Whether there is such a file is not told.
+    EXPECT_EQ(found("../secret/text.txt") + found("../secret/none.txt"), "not foundnot found");
+}
+
 TEST_F(ReferenceSearch, CountsFromTheFolderOfTheImmediateReferringDrawing) {
     put("home/sub/core.dxf", "A1");
     put("home/core.dxf", "A2");
@@ -192,6 +226,89 @@ TEST_F(ReferenceSearch, EndsWhereDrawingsReferToEachOtherWithoutEnd) {
     EXPECT_NE(circle->tries.back().why.find("refers back"), std::string::npos);
     EXPECT_EQ(host::findReference(refer("site.dxf"), L"PLAN")->status,
               host::ReferenceStatus::Unresolved);
+}
+
+TEST_F(ReferenceSearch, CountsInsertsAsTheyAreNow) {
+    AcApDocument* document = refer("gone.dxf");
+    const auto inserts = [document] { return host::findReference(document, L"PLAN")->inserts; };
+    ads_name insert{};
+    named(L"10").copyTo(insert);
+    EXPECT_EQ(inserts(), 1u);
+    ASSERT_EQ(acdbEntDel(insert), RTNORM);
+    EXPECT_EQ(inserts(), 0u);
+    ASSERT_EQ(acdbEntDel(insert), RTNORM);
+    const double at[] = {0.0, 0.0, 0.0};
+    ASSERT_EQ(make(acutBuildList(RTDXF0, L"INSERT", 2, L"plan", 10, at, 0)), RTNORM);
+    EXPECT_EQ(inserts(), 2u);
+}
+
+/// A drawing with references R0, R1, ... to r0.dxf, r1.dxf, ...
+class ManyReferences : public ReferenceSearch {
+protected:
+    AcApDocument* referTo(int count) {
+        DxfDrawing site;
+        for (int i = 0; i < count; ++i) {
+            const std::string number = std::to_string(i);
+            site.blocks += referenceDefinition("R" + number, "r" + number + ".dxf");
+            site.entities += insertEntity("1" + number, "0", "R" + number);
+        }
+        return open(site.bytes());
+    }
+    /// The record of the line in a reference that is loaded; reads its file.
+    std::string line(const std::wstring& reference) {
+        const ResbufList block{acdbTblSearch(L"BLOCK", reference.c_str(), 0)};
+        std::string text;
+        const EntityName name(findGroup(block, -2)->resval.rlname);
+        for (const host::RecordGroup& group : host::recordGroups(document(), name))
+            text += group.value + " ";
+        return text.substr(0, 8);
+    }
+};
+
+TEST_F(ManyReferences, HoldFewFilesOpen) {
+    constexpr int kCount = 150;
+    for (int i = 0; i < kCount; ++i) put("r" + std::to_string(i) + ".dxf", std::to_string(100 + i));
+    const auto filesOpen = [] {
+        return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
+    };
+    const auto before = filesOpen();
+    AcApDocument* document = referTo(kCount);
+    for (const host::ReferenceInfo& info : host::references(document)) EXPECT_TRUE(info.loaded);
+    EXPECT_LT(filesOpen() - before, 80);
+    EXPECT_EQ(line(L"R0") + line(L"R149"), "LINE 100LINE 249");
+    // One that is held open is read on; of another the file must be as it was.
+    fs::remove(file("r149.dxf"));
+    EXPECT_EQ(line(L"R149"), "LINE 249");
+    fs::remove(file("r1.dxf"));
+    put("r2.dxf", "A22");
+    EXPECT_THROW(static_cast<void>(line(L"R1")), host::ReadFailure);
+    EXPECT_THROW(static_cast<void>(line(L"R2")), host::ReadFailure);
+    EXPECT_TRUE(host::takeReadFailure());
+    EXPECT_EQ(line(L"R3"), "LINE 103");
+    EXPECT_LT(filesOpen() - before, 80);
+}
+
+TEST_F(ManyReferences, ListAFolderOnceUntilOneIsReadAgain) {
+    AcApDocument* document = referTo(2);
+    EXPECT_FALSE(host::findReference(document, L"R0")->loaded);
+    put("R1.DXF", "A1");
+    EXPECT_FALSE(host::findReference(document, L"R1")->loaded);
+    ASSERT_TRUE(host::reloadReference(document, L"R1"));
+    EXPECT_TRUE(host::findReference(document, L"R1")->loaded);
+}
+
+TEST_F(ReferenceSearch, PathsAndNamesHaveALimit) {
+    std::string dots;
+    for (int i = 0; i < 2000; ++i) dots += "./";
+    put("home/Plan.dxf", "A1");
+    EXPECT_EQ(found(dots + "PLAN.DXF"), "A1");
+    EXPECT_EQ(found(dots + dots + "plan.dxf"), "not found");
+    EXPECT_NE(host::findReference(document(), L"PLAN")->tries.at(0).why.find("at most 4095"),
+              std::string::npos);
+    const std::string name(2048, 'N');
+    const auto info = host::references(
+        open(DxfDrawing{.blocks = referenceDefinition(name, "home/Plan.dxf")}.bytes()));
+    EXPECT_NE(info.at(0).tries.at(0).why.find("more than 2047"), std::string::npos);
 }
 
 TEST_F(ReferenceSearch, KeptReferencesOfOneThatIsNotLoadedAreOrphans) {

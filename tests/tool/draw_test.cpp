@@ -94,6 +94,19 @@ TEST_F(Drawing, TextsStandUprightAndAreEscaped) {
     EXPECT_NE(svg.find("text-anchor=\"middle\""), std::string::npos);
 }
 
+TEST_F(Drawing, HoldNothingThatXmlHasNoPlaceFor) {
+    const std::string layer = "a\\U+FFFE\\U+FFFF\\U+D800^[b\\U+0085\x7F\\U+1234<";
+    const std::string svg =
+        picture({.layers = {"0"},
+                 .blocks = referenceDefinition("LOST", layer + ".dxf"),
+                 .entities = lineEntity("A1", layer) + insertEntity("A2", "0", "LOST") +
+                             "0 TEXT;5 A3;8 0;10 1.0;20 2.0;40 1.0;1 " + layer + ";"});
+    const std::string shown = "a\uFFFD\uFFFD\uFFFD b  \u1234&lt;";
+    EXPECT_NE(svg.find("data-layer=\"" + shown + "\""), std::string::npos);
+    EXPECT_NE(svg.find(">" + shown + ".dxf</text>"), std::string::npos);
+    EXPECT_NE(svg.find("\uFFFD\uFFFD\uFFFDb  \u1234&lt;</text>"), std::string::npos);
+}
+
 TEST_F(Drawing, BlocksAndReferencesAreDrawnWhereTheyAreInserted) {
     static_cast<void>(DxfDrawing{.layers = {"0", "WALLS;70 0;62 3", "HID;70 1;62 1"},
                                  .blocks = referenceDefinition("CORE", "core.dxf") +
@@ -175,6 +188,21 @@ TEST_F(Drawing, WhatCannotBeDrawnIsCounted) {
                 noted("1 INSERT of a block that is not there"));
     EXPECT_EQ(svg.find("inf"), std::string::npos);
     EXPECT_EQ(svg.find("nan"), std::string::npos);
+}
+
+TEST_F(Drawing, APictureEndsAtSoManyBytes) {
+    const std::string layer(3'000'000, '"');  // written with six characters each
+    const std::string host =
+        DxfDrawing{.layers = {"0"},
+                   .blocks = blockDefinition("B", lineEntity("B1", layer)),
+                   .entities = insertEntity("A1", "0", "B", "10 0.0;20 0.0;70 40;71 40;44 1.0;")}
+            .save("host.dxf")
+            .string();
+    const Outcome drawn = run({"draw", host, "-o", file("p.svg")});
+    EXPECT_NE(drawn.err.find("1 beyond a million elements, 250000 inserts or 256 MB"),
+              std::string::npos)
+        << drawn.err;
+    EXPECT_LT(std::filesystem::file_size(file("p.svg")), 300'000'000u);
 }
 
 TEST_F(Drawing, LargeCoordinatesAreShifted) {

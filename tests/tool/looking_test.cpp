@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
@@ -208,6 +210,19 @@ TEST_F(Looking, AnInsertWithoutHandleIsLookedThrough) {
     EXPECT_EQ(run({"point", old, "--in", "PLAN", "1", "2"}).out, "2.0 2.0 0.0\n");
 }
 
+TEST_F(Looking, AnInsertWhoseHandleStandsTwiceIsNamed) {
+    const std::string doubled =
+        DxfDrawing{.blocks = referenceDefinition("PLAN", "plan.dxf"),
+                   .entities = lineEntity("10", "0") + insertEntity("10", "0", "PLAN")}
+            .save("doubled.dxf")
+            .string();
+    EXPECT_EQ(run({"entities", doubled, "--in", "PLAN", "--count"}).out, "5\n");
+    const Outcome matrix = run({"matrix", doubled, "--in", "PLAN"});
+    EXPECT_EQ(matrix.code, 6);
+    EXPECT_NE(matrix.err.find("the handle 10 of its insert stands twice"), std::string::npos)
+        << matrix.err;
+}
+
 TEST_F(Looking, AnInsertInABlockLeadsToCoordinatesOfTheBlock) {
     const std::string host =
         DxfDrawing{
@@ -235,6 +250,85 @@ TEST_F(Looking, OneRecordShowsGroupsAndAttributes) {
     EXPECT_NE(run({"entity", m_plan, directory}).out.find("attribute\tx\t(1 2)\n"),
               std::string::npos)
         << rows;
+}
+
+TEST_F(Looking, NumbersOfGroupsAreExact) {
+    const std::string host =
+        DxfDrawing{.entities =
+                       "0 LINE;5 A1;8 0;62 3.7;70 +12;71 1e1;90 99999999999999999999;"
+                       "160 -9223372036854775808;40 1e999;"}
+            .save("numbers.dxf")
+            .string();
+    const json record = json::parse(run({"entity", host, "A1", "--json"}).out);
+    std::string values;
+    for (const json& group : record["groups"]) values += group["value"].dump() + " ";
+    EXPECT_EQ(values,
+              "\"LINE\" \"A1\" \"0\" 3.7 12 10.0 \"99999999999999999999\" "
+              "-9223372036854775808 \"1e999\" ");
+}
+
+TEST_F(Looking, ReferencesAreConfinedToAFolder) {
+    std::ofstream(file("secret.txt")) << "0\nthe password\n";
+    const std::string host = DxfDrawing{.blocks = referenceDefinition("PLAN", file("secret.txt"))}
+                                 .save("secret.dxf")
+                                 .string();
+    const Outcome shown = run({"xrefs", host, "-v"});
+    EXPECT_NE(shown.err.find("no DXF text"), std::string::npos);
+    EXPECT_EQ((shown.out + shown.err).find("password"), std::string::npos);
+    EXPECT_NE(run({"xrefs", host, "-v", "--xref-root", file("")}).err.find("no DXF text"),
+              std::string::npos);
+    std::filesystem::create_directory(file("own"));
+    const Outcome confined = run({"xrefs", host, "-v", "--xref-root", file("own")});
+    EXPECT_NE(confined.err.find("secret.txt: lies outside "), std::string::npos) << confined.err;
+    for (const std::string& none : {std::string(), file("none"), host})
+        EXPECT_EQ(run({"xrefs", host, "--xref-root", none}).code, 2) << none;
+    EXPECT_EQ(run({"run", host, "-c", "layers --xref-root ."}).code, 2);
+}
+
+TEST_F(Looking, TextsOfDrawingsReachNoTerminal) {
+    // Escape sequences as bytes, in caret coding and beyond ASCII, line ends, a turned direction.
+    const std::string bad = "N\x1B[2J^J^[]0^I\\U+009B1m\\U+2028\\U+202E\x7F";
+    const std::string shown = "N^[[2J^J^[]0^I\\U+009B1m\\U+2028\\U+202E^?";
+    const std::string host =
+        DxfDrawing{.layers = {"0", bad},
+                   .blocks = blockDefinition(bad, lineEntity("D1", "0")) +
+                             referenceDefinition("LOST", bad) + referenceDefinition("PLAN", m_plan),
+                   .entities = insertEntity("A1", bad, bad) + insertEntity("A2", "0", "LOST") +
+                               "0 X\x1B[2J;5 A3;8 0;1 " + bad + ";" +
+                               insertEntity("A4", "0", "PLAN") + lineEntity("A3", "0"),
+                   .header = "9 $DWGCODEPAGE;3 ANSI\x1B[;",
+                   .version = "AC1032"}
+            .save("bad.dxf")
+            .string();
+    const struct {
+        std::vector<std::string> words;
+        std::string line;  // is printed; of the others nothing but its form is looked at
+    } cases[] = {{{"layers"}, shown + "\t7\tCONTINUOUS\ton\t7 CONTINUOUS on\t-\n"},
+                 {{"blocks"}, shown + "\t-\t1\t1\t"},
+                 {{"blocks", "--dump", "--in", "PLAN"}, "\t[DOOR]\n"},
+                 {{"entities"}, "A1\tINSERT\t" + shown + "\tModelSpace\n"},
+                 {{"entity", "A3"}, "1\t" + shown + "\n"},
+                 {{"xrefs"}, "\t" + shown + "\t"},
+                 {{"xrefs", "--tree"}, "LOST (not found) " + shown + "\n"},
+                 {{"xrefs", "-v"}, "not there\n"},
+                 {{"matrix", "--in", "A3"}, ""},
+                 {{"matrix", "--in", "LOST"}, ""},
+                 {{"draw", "-o", file("p.svg")}, "not drawn: 1 X^[[2J\n"},
+                 {{"info"}, "release   R2018 (AC1032)\n"},
+                 {{"check"}, "other-handle-doubled"}};
+    for (const auto& c : cases) {
+        std::vector<std::string> words = c.words;
+        words.insert(words.begin() + 1, host);
+        const Outcome outcome = run(words);
+        const std::string all = outcome.out + outcome.err;
+        EXPECT_NE(all.find(c.line), std::string::npos) << words[0] << ": " << all;
+        for (const char* raw : {"\x1B", "\x7F", "\xC2\x9B", "\xE2\x80\xA8", "\xE2\x80\xAE"})
+            EXPECT_EQ(all.find(raw), std::string::npos) << words[0];
+    }
+    const json layer = json::parse(run({"layers", host, "--json"}).out)["layers"][1];
+    EXPECT_EQ(layer["name"],
+              "N\x1B[2J\n\x1B]0\t\xC2\x9B"
+              "1m\xE2\x80\xA8\xE2\x80\xAE\x7F");
 }
 
 TEST_F(Looking, WrongCallsSayWhatWouldWork) {

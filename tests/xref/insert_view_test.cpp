@@ -91,6 +91,17 @@ TEST_F(InsertViews, AnInsertWithinAReferenceHasNoPlacementInTheDrawing) {
     EXPECT_EQ(state(view), L"2 PLAN|CORE 12");
     EXPECT_TRUE(view.handEnt(L"F1", insert));
     EXPECT_EQ(place(view), "unchanged");  // 12 is another insert in the drawing itself
+    // Not even where that one inserts what the drawing keeps of the same block.
+    open(DxfDrawing{.blocks = referenceDefinition("PLAN", "plan.dxf") +
+                              referenceDefinition("PLAN|CORE", "core.dxf", 20),
+                    .entities = insertEntity("10", "0", "PLAN") +
+                                insertEntity("12", "0", "PLAN|CORE", "10 3.0;20 0.0;")}
+             .save("site.dxf"));
+    ASSERT_TRUE(mor_xref::HandEnt(L"PLAN", L"12", insert));
+    ASSERT_TRUE(view.connect(insert));
+    EXPECT_EQ(place(view), "unchanged");
+    ASSERT_TRUE(connect(view, L"12"));
+    EXPECT_EQ(place(view), "4000 0 0");
 }
 
 TEST_F(InsertViews, AnErasedInsertDoesNotConnect) {

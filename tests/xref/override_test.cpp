@@ -98,6 +98,18 @@ TEST_F(Overrides, DependentBlocksAreInsertedAsTheReferenceHasThem) {
     EXPECT_STREQ(view.SpaceName(), L"PLAN|CORE");
 }
 
+TEST_F(Overrides, WhatIsKeptOfABlockThatTheReferenceLostIsNotFound) {
+    open(DxfDrawing{.blocks = blockDefinition("PLAN|GONE", lineEntity("D8", "0"), 48) +
+                              referenceDefinition("PLAN", "plan.dxf") +
+                              blockDefinition("LOST|DOOR", lineEntity("D9", "0"), 48) +
+                              referenceDefinition("LOST", "nosuch.dxf")}
+             .save("site.dxf"));
+    EXPECT_FALSE(ResbufList{acdbTblSearch(L"BLOCK", L"PLAN|GONE", 0)});
+    EXPECT_TRUE(ResbufList{acdbTblSearch(L"BLOCK", L"LOST|DOOR", 0)});  // nobody knows better
+    const ResbufList first{acdbTblNext(L"BLOCK", 1)};
+    EXPECT_STREQ(findGroup(first, 2)->resval.rstring, L"PLAN");
+}
+
 TEST_F(Overrides, AWalkOverATableListsWhatTheFileHolds) {
     for (const auto& [name, listed] :
          {std::pair{L"LAYER", L"0 Plan|Walls PLAN|CORE|A "}, {L"BLOCK", L"PLAN|DOOR PLAN "}}) {
@@ -129,7 +141,10 @@ TEST_F(Overrides, NamesAreCommonInTheirOwnTableOnly) {
                              blockDefinition("*D1", ""),
                    .entities = lineEntity("51", "continuous;6 Continuous") +
                                insertEntity("52", "0", "0", "10 9.0;20 0.0;30 0.0;") +
-                               "0 TEXT;5 53;8 0;7 0;1 a;0 DIMENSION;5 54;8 0;2 *D1;3 FINE;",
+                               "0 TEXT;5 53;8 0;7 0;1 a;0 DIMENSION;5 54;8 0;2 *D1;3 FINE;"
+                               "0 ARC_DIMENSION;5 55;8 0;2 *D1;3 FINE;"
+                               "0 LARGE_RADIAL_DIMENSION;5 56;8 0;2 *D1;3 FINE;"
+                               "0 ACAD_TABLE;5 57;8 0;2 *T1;",
                    .tables = "0 TABLE;2 STYLE;70 1;0 STYLE;2 0;70 0;3 plan;0 ENDTAB;"
                              "0 TABLE;2 VIEW;70 1;0 VIEW;2 TOP;70 0;0 ENDTAB;"
                              "0 TABLE;2 DIMSTYLE;70 1;0 DIMSTYLE;2 FINE;70 0;5 DOT;0 ENDTAB;"}
@@ -152,7 +167,8 @@ TEST_F(Overrides, NamesAreCommonInTheirOwnTableOnly) {
     } groups[] = {
         {L"51", 8, L"PLAN|continuous"}, {L"51", 6, L"Continuous"}, {L"52", 8, L"0"},
         {L"52", 2, L"PLAN|0"},          {L"53", 7, L"PLAN|0"},     {L"54", 2, L"PLAN|*D1"},
-        {L"54", 3, L"PLAN|FINE"}};
+        {L"54", 3, L"PLAN|FINE"},       {L"55", 2, L"PLAN|*D1"},   {L"55", 3, L"PLAN|FINE"},
+        {L"56", 2, L"PLAN|*D1"},        {L"56", 3, L"PLAN|FINE"},  {L"57", 2, L"PLAN|*T1"}};
     for (const auto& group : groups) {
         ads_name name{};
         CMOREntity entity;

@@ -1,6 +1,7 @@
 #include "xref/xref_block_map.h"
 
 #include "platform/owned.h"
+#include "platform/table_calls.h"
 #include "tests/xref/reference_fixture.h"
 #include "xref/block_search.h"
 
@@ -10,6 +11,7 @@
 #include <memory>
 #include <sstream>
 #include <string>
+#include <utility>
 
 namespace mor::test {
 namespace {
@@ -58,6 +60,35 @@ TEST_F(BlockMaps, ReferencesAndOverlaysHaveThePathThatIsStored) {
     ASSERT_TRUE(map.Load(L"PLAN"));
     EXPECT_EQ(look(map, L"CORE").substr(0, 15), L"CORE 4 core.dxf");
     EXPECT_EQ(look(map, L"OVER").substr(0, 16), L"OVER 12 core.dxf");
+}
+
+TEST_F(BlockMaps, AgreeWithTableSearchesOnTheBasePointOfAReference) {
+    static_cast<void>(
+        DxfDrawing{.entities = lineEntity("F1", "0"), .header = "9 $INSBASE;10 3.0;20 4.0;30 0.0;"}
+            .save("core.dxf"));
+    open(siteDrawing().save("site.dxf"));
+    CXrefBlockMap map;
+    ASSERT_TRUE(map.Load(L"PLAN"));
+    const ResbufList core{map.BlockSearch(L"CORE")};
+    const ResbufList same{acdbTblSearch(L"BLOCK", L"PLAN|CORE", 0)};
+    EXPECT_EQ(findGroup(core, 10)->resval.rpoint[1], 4.0);
+    EXPECT_EQ(findGroup(same, 10)->resval.rpoint[1], 4.0);
+}
+
+TEST_F(BlockMaps, TellAttributesAndAnonymousBlocksWithoutTheirFlags) {
+    open(
+        DxfDrawing{.blocks = blockDefinition("PART", lineEntity("B1", "0") + "0 ATTDEF;8 0;2 NO;") +
+                             blockDefinition("*U12", lineEntity("B2", "0")) +
+                             blockDefinition("*Paper_Space0", "") + blockDefinition("*U", "") +
+                             blockDefinition("BOTH", "", 3)}
+            .save("site.dxf"));
+    CXrefBlockMap map;
+    ASSERT_TRUE(map.Load(L"PART"));
+    for (const auto& [name, flags] :
+         {std::pair{L"PART", 2}, std::pair{L"*U12", 1}, std::pair{L"*Paper_Space0", 0},
+          std::pair{L"*U", 0}, std::pair{L"BOTH", 3}})
+        EXPECT_EQ(findGroup(ResbufList{map.BlockSearch(name)}, 70)->resval.rint, flags)
+            << host::toUtf8(name);
 }
 
 TEST_F(BlockMaps, AnswerInTheOrderOfATableSearch) {

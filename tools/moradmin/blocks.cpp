@@ -5,13 +5,17 @@
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/references.h"
+#include "tools/moradmin/shown_text.h"
 #include "xref/xref_block_map.h"
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <iostream>
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -19,11 +23,17 @@ namespace mor::tool {
 
 namespace {
 
+/// What the drawing's own record says of a block.
+struct HostBlock {
+    std::int64_t flags = 0;
+    std::array<double, 3> base{};
+};
+
 /// A block as look-ups show it, and the drawing's own record under the same qualified name.
 struct BlockRow {
     host::BlockInfo block;
     std::int64_t flags = 0;
-    std::optional<host::BlockInfo> host;
+    std::optional<HostBlock> host;
 };
 
 std::int64_t shownFlags(const host::BlockInfo& block) {
@@ -35,18 +45,19 @@ std::int64_t shownFlags(const host::BlockInfo& block) {
 /// The blocks of the drawing that is looked at, then those of its references. What it keeps of
 /// theirs stands with them.
 std::vector<BlockRow> blockRows(const Session& session) {
-    std::map<std::wstring, host::BlockInfo> own;  // by upper-case name
-    for (const host::BlockInfo& block : host::blocks(session.document(), L""))
-        own.try_emplace(upperCase(block.symbol.symbol), block);
+    std::map<std::wstring, HostBlock> own;  // by upper-case name
+    host::forEachBlock(session.document(), L"", [&](const host::BlockInfo& block) {
+        own.try_emplace(upperCase(block.symbol.symbol), HostBlock{block.flags, block.recordedBase});
+    });
     std::vector<std::wstring> references = loadedReferences(session);
     references.insert(references.begin(), session.reference());
     std::vector<BlockRow> rows;
     std::map<std::wstring, std::size_t> known;  // by upper-case qualified name
     for (const std::wstring& reference : references)
-        for (const host::BlockInfo& block : host::blocks(session.document(), reference)) {
+        host::forEachBlock(session.document(), reference, [&](const host::BlockInfo& block) {
             const bool below = reference != session.reference();
             // A reference's spaces are blocks within itself only.
-            if (below && block.layout) continue;
+            if (below && block.layout) return;
             const std::wstring name = upperCase(block.symbol.qualified);
             BlockRow row{block, shownFlags(block), {}};
             if (const auto found = own.find(name); found != own.end()) row.host = found->second;
@@ -55,23 +66,28 @@ std::vector<BlockRow> blockRows(const Session& session) {
                 rows.push_back(std::move(row));
             else if (below)
                 rows[at->second] = std::move(row);
-        }
+        });
     return rows;
 }
 
 constexpr std::pair<std::int64_t, const char*> kBlockFlags[] = {
     {1, "anonymous"}, {2, "attributes"}, {8, "overlay"}, {16, "dependent"}, {32, "resolved"}};
 
+bool isSet(const BlockRow& row, std::int64_t bit) {
+    return (row.flags & bit) != 0 || (bit == 1 && row.block.anonymous) ||
+           (bit == 2 && row.block.attributes);
+}
+
 std::string flagsText(const BlockRow& row) {
     std::string text = row.block.layout ? "layout" : row.block.reference ? "reference" : "";
     for (const auto& [bit, word] : kBlockFlags)
-        if ((row.flags & bit) != 0) text += (text.empty() ? "" : ",") + std::string(word);
+        if (isSet(row, bit)) text += (text.empty() ? "" : ",") + std::string(word);
     return text.empty() ? "-" : text;
 }
 
-std::string hostText(const std::optional<host::BlockInfo>& block) {
+std::string hostText(const std::optional<HostBlock>& block) {
     if (!block) return "-";
-    return std::to_string(block->flags) + " " + pointText(block->recordedBase);
+    return std::to_string(block->flags) + " " + pointText(block->base);
 }
 
 Json blockJson(const Session& session, const BlockRow& row) {
@@ -81,27 +97,39 @@ Json blockJson(const Session& session, const BlockRow& row) {
                 {"flags", row.flags}};
     object["layout"] = block.layout;
     object["reference"] = block.reference;
-    for (const auto& [bit, word] : kBlockFlags) object[word] = (row.flags & bit) != 0;
+    for (const auto& [bit, word] : kBlockFlags) object[word] = isSet(row, bit);
     object["base"] = block.base;
     object["entities"] = block.entities;
     object["inserts"] = block.inserts;
     object["path"] = utf8(block.path);
     object["host"] = nullptr;
-    if (row.host) object["host"] = {{"flags", row.host->flags}, {"base", row.host->recordedBase}};
+    if (row.host) object["host"] = {{"flags", row.host->flags}, {"base", row.host->base}};
     return object;
+}
+
+/// A line of the library's listing. Its own line end stays, and the tab before the path; others
+/// stand in names.
+void printListing(std::wstring_view text) {
+    const bool ends = text.ends_with(L'\n');
+    const std::wstring_view line = text.substr(0, text.size() - (ends ? 1 : 0));
+    const std::size_t path = line.rfind(L"\t[");
+    std::cout << oneLine(utf8(line.substr(0, path)));
+    if (path != std::wstring_view::npos) std::cout << "\t" << oneLine(utf8(line.substr(path + 1)));
+    std::cout << (ends ? "\n" : "");
 }
 
 int dumpBlocks(const Session& session) {
     std::vector<std::wstring> names = {session.reference()};
     if (session.reference().empty()) {
         names.clear();
-        for (const host::BlockInfo& block : host::blocks(session.document(), L""))
+        host::forEachBlock(session.document(), L"", [&names](const host::BlockInfo& block) {
             if (block.reference) names.push_back(block.symbol.symbol);
+        });
         if (names.empty())
             printNote(session.message("there are no references whose blocks to list"));
     }
     bool all = true;
-    host::setPrinter([](std::wstring_view text) { std::cout << utf8(text); });
+    host::setPrinter(printListing);
     for (const std::wstring& name : names) {
         CXrefBlockMap map;
         if (map.Load(name.c_str())) {
@@ -123,22 +151,24 @@ int runBlocks(Session& session, const Options& options) {
             throw Failure(kUsage, "--dump prints the library's own listing; leave out --json");
         return dumpBlocks(session);
     }
-    Json blocks = Json::array();
-    std::vector<std::vector<std::string>> rows;
-    for (const BlockRow& row : blockRows(session)) {
-        blocks.push_back(blockJson(session, row));
-        rows.push_back({nameWithin(session, row.block.symbol.qualified), flagsText(row),
-                        std::to_string(row.block.entities), std::to_string(row.block.inserts),
-                        pointText(row.block.base),
-                        row.block.path.empty() ? "-" : utf8(row.block.path), hostText(row.host)});
-    }
+    const std::vector<BlockRow> rows = blockRows(session);
     if (!options.json) {
-        printTable({"NAME", "FLAGS", ">ENTITIES", ">INSERTS", "BASE", "PATH", "HOST"}, rows);
+        printTable({"NAME", "FLAGS", ">ENTITIES", ">INSERTS", "BASE", "PATH", "HOST"}, rows.size(),
+                   [&](std::size_t at) -> std::vector<std::string> {
+                       const host::BlockInfo& block = rows[at].block;
+                       return {nameWithin(session, block.symbol.qualified),
+                               flagsText(rows[at]),
+                               std::to_string(block.entities),
+                               std::to_string(block.inserts),
+                               pointText(block.base),
+                               block.path.empty() ? "-" : utf8(block.path),
+                               hostText(rows[at].host)};
+                   });
         return kDone;
     }
-    Json object = jsonHead(options);
-    object["blocks"] = std::move(blocks);
-    printJson(object);
+    JsonList list(jsonHead(options), "blocks");
+    for (const BlockRow& row : rows) list.add(blockJson(session, row));
+    list.end();
     return kDone;
 }
 

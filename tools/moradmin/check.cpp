@@ -4,6 +4,7 @@
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
+#include "tools/moradmin/shown_text.h"
 
 #include <algorithm>
 #include <array>
@@ -102,9 +103,10 @@ void printReport(const Options& options, const std::string& file, const StoreSta
     for (const Finding& finding : findings) printFinding(file, finding);
     const auto errors = std::ranges::count(findings, Severity::Error, &Finding::severity);
     const auto warnings = std::ranges::count(findings, Severity::Warning, &Finding::severity);
-    std::cout << file << ": " << errors << " errors, " << warnings << " warnings; "
+    const std::string shown = oneLine(file);
+    std::cout << shown << ": " << errors << " errors, " << warnings << " warnings; "
               << state.reachable << " directories are reachable\n"
-              << file << ": on opening it the library would do this: " << answer << "\n";
+              << shown << ": on opening it the library would do this: " << answer << "\n";
 }
 
 int checkOne(const Options& options, const std::string& file) {
@@ -140,11 +142,11 @@ std::string libraryAnswer(const StoreState& state) {
 }
 
 void printFinding(const std::string& file, const Finding& finding) {
-    std::cout << file << ": " << severityName(finding.severity) << ": " << finding.code << ": ";
-    if (!finding.path.empty()) std::cout << utf8(finding.path) << ": ";
-    std::cout << finding.message;
-    if (!finding.handle.empty()) std::cout << " [" << finding.handle << "]";
-    std::cout << (finding.mends ? " (repair mends it)" : "") << "\n";
+    std::string line = file + ": " + severityName(finding.severity) + ": " + finding.code + ": ";
+    if (!finding.path.empty()) line += utf8(finding.path) + ": ";
+    line += finding.message;
+    if (!finding.handle.empty()) line += " [" + finding.handle + "]";
+    std::cout << oneLine(line) << (finding.mends ? " (repair mends it)" : "") << "\n";
 }
 
 int overDrawings(const Options& options, const std::function<int(const std::string&)>& visit) {

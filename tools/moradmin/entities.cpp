@@ -4,9 +4,11 @@
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/patterns.h"
+#include "tools/moradmin/shown_text.h"
 #include "xref/space_iterator.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -94,14 +96,15 @@ private:
         std::vector<std::string> row = {entity.handle.empty() ? "-" : entity.handle, entity.type,
                                         entity.layer, entity.space};
         if (m_options.world) {
-            std::string all;
-            for (const Point& point : points) all += (all.empty() ? "" : "\t") + pointText(point);
-            row.push_back(std::move(all));
+            for (const Point& point : points) row.push_back(pointText(point));
+            if (points.empty()) row.emplace_back();
         }
-        if (onTerminal())
-            m_rows.push_back(std::move(row));
-        else
-            printTable(headings(), {row});
+        if (!onTerminal()) return printTable(headings(), {row});
+        while (row.size() > headings().size()) {  // a column for all points
+            row[headings().size() - 1] += "  " + row[headings().size()];
+            row.erase(row.begin() + static_cast<std::ptrdiff_t>(headings().size()));
+        }
+        m_rows.push_back(std::move(row));
     }
 
     Session& m_session;
@@ -117,8 +120,11 @@ Json groupJson(const host::RecordGroup& group) {
             if (const auto real = readReal(group.value)) value = *real;
             break;
         case GroupKind::Integer:
-            if (const auto integer = readReal(group.value))
-                value = static_cast<std::int64_t>(*integer);
+            // What is no integer stays the real or the text that it is.
+            if (const auto integer = readInteger(group.value))
+                value = *integer;
+            else if (group.value.find_first_of(".eE") != std::string::npos)
+                if (const auto real = readReal(group.value)) value = *real;
             break;
         case GroupKind::Text:
             break;
@@ -193,7 +199,8 @@ int runEntity(Session& session, const Options& options) {
     for (const host::RecordGroup& group : groups)
         std::cout << group.code << "\t" << oneLine(group.value) << "\n";
     for (const host::RecordAttribute& item : attributes.items)
-        std::cout << "attribute\t" << utf8(item.name) << "\t" << host::lispText(item.value) << "\n";
+        std::cout << "attribute\t" << oneLine(utf8(item.name)) << "\t"
+                  << oneLine(host::lispText(item.value)) << "\n";
     return kDone;
 }
 

@@ -58,6 +58,15 @@ std::optional<double> readReal(std::string_view text) {
     return value;
 }
 
+std::optional<std::int64_t> readInteger(std::string_view text) {
+    text = bare(text);
+    if (text.starts_with('+')) text.remove_prefix(1);
+    std::int64_t value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    return value;
+}
+
 GroupKind groupKind(int code) {
     const auto among = [code](int first, int last) { return code >= first && code <= last; };
     if (among(10, 59) || among(110, 149) || among(210, 239) || among(460, 469) || among(1010, 1059))
@@ -70,8 +79,11 @@ GroupKind groupKind(int code) {
 
 EntityRecord::EntityRecord(const AcApDocument* document, mor::EntityName name) {
     bool inGroup = false;
+    bool extended = false;
     for (host::RecordGroup& group : host::recordGroups(document, name)) {
-        if (group.code == kApplication) break;
+        m_bytes += sizeof group + group.value.size();
+        extended = extended || group.code == kApplication;
+        if (extended) continue;
         if (group.code == 0 && m_type.empty()) m_type = group.value;
         if (group.code == kControl)
             inGroup = group.value.starts_with("{");
@@ -123,7 +135,7 @@ std::vector<Vertex> verticesOf(const EntityRecord& polyline) {
 }
 
 std::vector<Vertex> verticesBehind(const AcApDocument* document, mor::EntityName name,
-                                   const EntityRecord& polyline) {
+                                   const EntityRecord& polyline, std::size_t& read) {
     // The height of a flat one stands in its own record, and most writers repeat it.
     const double elevation = isSpatial(polyline) ? 0.0 : polyline.real(30);
     std::vector<Vertex> vertices;
@@ -131,6 +143,7 @@ std::vector<Vertex> verticesBehind(const AcApDocument* document, mor::EntityName
     name.copyTo(at);
     while (acdbEntNext(at, at) == RTNORM) {
         const EntityRecord vertex(document, mor::EntityName(at));
+        read += vertex.bytes();
         if (vertex.type() != "VERTEX") break;
         const int flags = vertex.integer(70);
         const bool face = (flags & kFace) != 0 && (flags & kMeshVertex) == 0;  // names vertices
@@ -155,9 +168,10 @@ std::vector<Point> pointsOf(const AcApDocument* document, mor::EntityName name) 
     const EntityRecord record(document, name);
     const bool old = record.type() == "POLYLINE";
     std::vector<Point> points;
+    std::size_t read = 0;
     if (old || record.type() == "LWPOLYLINE") {
         for (const Vertex& vertex :
-             old ? verticesBehind(document, name, record) : verticesOf(record))
+             old ? verticesBehind(document, name, record, read) : verticesOf(record))
             points.push_back(vertex.at);
     } else if (record.type() == "LEADER") {
         for (const Vertex& vertex : verticesOf(record)) points.push_back(vertex.at);

@@ -4,6 +4,8 @@
 #include "platform/entity_name.h"
 #include "tools/moradmin/geometry.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -13,6 +15,8 @@ namespace mor::tool {
 
 /// A number as drawings write it; none for anything else and for what is out of range.
 [[nodiscard]] std::optional<double> readReal(std::string_view text);
+/// The same for an integer; none for a fraction.
+[[nodiscard]] std::optional<std::int64_t> readInteger(std::string_view text);
 
 /// How the value of a group is meant.
 enum class GroupKind { Text, Integer, Real };
@@ -24,6 +28,8 @@ public:
     EntityRecord(const AcApDocument* document, mor::EntityName name);
 
     [[nodiscard]] const std::string& type() const { return m_type; }
+    /// How much was read for it, extended data included; about.
+    [[nodiscard]] std::size_t bytes() const { return m_bytes; }
     /// In the order of the file; those between `102 {` and `102 }` left out.
     [[nodiscard]] const std::vector<host::RecordGroup>& groups() const { return m_groups; }
     /// The first group with that code.
@@ -44,6 +50,7 @@ public:
 
 private:
     std::string m_type;
+    std::size_t m_bytes = 0;
     std::vector<host::RecordGroup> m_groups;
 };
 
@@ -61,9 +68,10 @@ struct Vertex {
 /// The vertices of a lightweight polyline, in its plane; of a leader.
 [[nodiscard]] std::vector<Vertex> verticesOf(const EntityRecord& polyline);
 /// The vertices behind an old-style polyline, in its plane, as high as it stands there, or, for one
-/// in space, in coordinates of its owner; control points of fitted curves are left out.
+/// in space, in coordinates of its owner; control points of fitted curves are left out. Adds to
+/// `read` how much was read for them.
 [[nodiscard]] std::vector<Vertex> verticesBehind(const AcApDocument* document, mor::EntityName name,
-                                                 const EntityRecord& polyline);
+                                                 const EntityRecord& polyline, std::size_t& read);
 /// Whether an old-style polyline has its coordinates in space, not in a plane.
 [[nodiscard]] bool isSpatial(const EntityRecord& polyline);
 /// Whether it is a mesh of faces.

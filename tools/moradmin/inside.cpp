@@ -27,6 +27,17 @@ std::string whyNotLoaded(const host::ReferenceInfo& info) {
     return why;
 }
 
+/// Why a view does not find its insert again, where the handle leads to another record; or empty.
+std::string whyNotPlaced(const AcApDocument* document, mor::EntityName insert) {
+    const std::string handle = host::handleText(host::recordInfo(document, insert)->handle);
+    const auto first = host::findHandle(document, wide(handle));
+    if (!first || *first == insert) return {};
+    return ": the handle " + handle +
+           " of its insert stands twice, and the first record with it (" +
+           host::recordInfo(document, *first)->type +
+           ") keeps it; the audit of a CAD program gives the insert another one";
+}
+
 /// The block that an insert names, as the drawing knows it; none for anything but an insert.
 std::optional<std::wstring> insertedBlock(mor::EntityName name) {
     ads_name words{};
@@ -138,7 +149,8 @@ CMORMathTransMatrix Session::placement() const {
                                                       : step.loadFromEntity(words);
         if (!read)
             throw Failure(kRefused,
-                          message("the placement of " + utf8(m_reference) + " cannot be read"));
+                          message("the placement of " + utf8(m_reference) + " cannot be read" +
+                                  whyNotPlaced(m_document, m_inserts.front())));
         result = product(result, step.matrix);
     }
     for (const auto& row : result.rows)

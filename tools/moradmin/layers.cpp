@@ -4,7 +4,10 @@
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/references.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdlib>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -51,26 +54,55 @@ LayerRow rowOf(const Session& session, const host::SymbolInfo& symbol, bool ofRe
     return row;
 }
 
+/// A layer of the listing; what there is to say of it is read when it is printed.
+struct Listed {
+    mor::EntityName name;
+    bool below = false;  ///< of a reference of the drawing that is looked at
+};
+
+/// Of layers under one qualified name the first place counts, and what a reference has there: the
+/// drawing keeps layers of its references. `seen` holds a number that equal names share, and the
+/// place.
+void mergeDoubles(const Session& session, std::vector<Listed>& layers,
+                  std::vector<std::pair<std::size_t, std::size_t>>& seen) {
+    const auto nameOf = [&](std::size_t at) {
+        return upperCase(host::symbolInfo(session.document(), "LAYER", layers[at].name).qualified);
+    };
+    std::ranges::sort(seen);
+    for (auto begin = seen.begin(); begin != seen.end();) {
+        const auto end = std::find_if(
+            begin, seen.end(), [begin](const auto& other) { return other.first != begin->first; });
+        std::map<std::wstring, std::size_t> known;
+        for (auto at = begin; end - begin > 1 && at != end; ++at) {
+            const auto [first, added] = known.try_emplace(nameOf(at->second), at->second);
+            if (added) continue;
+            Listed& again = layers[at->second];
+            if (again.below) layers[first->second] = again;
+            again.name = {};
+        }
+        begin = end;
+    }
+    std::erase_if(layers, [](const Listed& layer) { return layer.name.isNone(); });
+}
+
 /// The layers of the drawing that is looked at, then those of its references. What it keeps of
 /// theirs stands with them.
-std::vector<LayerRow> layerRows(const Session& session) {
-    std::vector<std::wstring> references = loadedReferences(session);
-    references.insert(references.begin(), session.reference());
-    std::vector<LayerRow> rows;
-    std::map<std::wstring, std::size_t> known;  // by upper-case qualified name
-    for (const std::wstring& reference : references)
-        for (const host::SymbolInfo& symbol :
-             host::symbols(session.document(), reference, "LAYER")) {
-            const bool below = reference != session.reference();
-            if (below && symbol.symbol == symbol.qualified) continue;
-            LayerRow row = rowOf(session, symbol, !reference.empty());
-            const auto [at, added] = known.try_emplace(upperCase(symbol.qualified), rows.size());
-            if (added)
-                rows.push_back(std::move(row));
-            else if (below)
-                rows[at->second] = std::move(row);
-        }
-    return rows;
+std::vector<Listed> listLayers(const Session& session) {
+    std::vector<Listed> layers;
+    std::vector<std::pair<std::size_t, std::size_t>> seen;
+    const auto list = [&](const std::wstring& reference, bool below) {
+        host::forEachSymbol(
+            session.document(), reference, "LAYER", [&](const host::SymbolInfo& symbol) {
+                if (below && symbol.symbol == symbol.qualified) return;
+                seen.emplace_back(std::hash<std::wstring>()(upperCase(symbol.qualified)),
+                                  layers.size());
+                layers.push_back({symbol.name, below});
+            });
+    };
+    list(session.reference(), false);
+    for (const std::wstring& reference : loadedReferences(session)) list(reference, true);
+    mergeDoubles(session, layers, seen);
+    return layers;
 }
 
 std::string switches(const LayerState& state) {
@@ -101,25 +133,36 @@ Json stateJson(const std::optional<LayerState>& state) {
 }  // namespace
 
 int runLayers(Session& session, const Options& options) {
-    Json layers = Json::array();
-    std::vector<std::vector<std::string>> rows;
-    for (const LayerRow& row : layerRows(session)) {
-        const std::string name = nameWithin(session, row.symbol.qualified);
-        Json object{{"name", name}, {"qualified", utf8(row.symbol.qualified)}};
+    const std::vector<Listed> layers = listLayers(session);
+    const auto rowAt = [&](std::size_t at) {
+        const Listed& layer = layers[at];
+        return rowOf(session, host::symbolInfo(session.document(), "LAYER", layer.name),
+                     layer.below || !session.reference().empty());
+    };
+    if (!options.json) {
+        printTable({"NAME", ">COLOR", "LINETYPE", "STATE", "HOST", "REFERENCE"}, layers.size(),
+                   [&](std::size_t at) -> std::vector<std::string> {
+                       const LayerRow row = rowAt(at);
+                       return {nameWithin(session, row.symbol.qualified),
+                               std::to_string(row.shown.color),
+                               row.shown.linetype,
+                               switches(row.shown),
+                               stateText(row.host),
+                               stateText(row.reference)};
+                   });
+        return kDone;
+    }
+    JsonList list(jsonHead(options), "layers");
+    for (std::size_t at = 0; at < layers.size(); ++at) {
+        const LayerRow row = rowAt(at);
+        Json object{{"name", nameWithin(session, row.symbol.qualified)},
+                    {"qualified", utf8(row.symbol.qualified)}};
         object.update(stateJson(row.shown));
         object["host"] = stateJson(row.host);
         object["reference"] = stateJson(row.reference);
-        layers.push_back(std::move(object));
-        rows.push_back({name, std::to_string(row.shown.color), row.shown.linetype,
-                        switches(row.shown), stateText(row.host), stateText(row.reference)});
+        list.add(object);
     }
-    if (!options.json) {
-        printTable({"NAME", ">COLOR", "LINETYPE", "STATE", "HOST", "REFERENCE"}, rows);
-        return kDone;
-    }
-    Json object = jsonHead(options);
-    object["layers"] = std::move(layers);
-    printJson(object);
+    list.end();
     return kDone;
 }
 

@@ -136,6 +136,9 @@ void addReferenceOptions(CLI::App& app, const Command& command, Options& options
                    "beginning of saved paths and its place here: C:\\proj=/srv/proj")
         ->type_name("FROM=TO")
         ->allow_extra_args(false);
+    app.add_option("--xref-root", options.referenceRoot,
+                   "read references below DIR only, wherever paths, .. and links lead")
+        ->type_name("DIR");
     if ((command.options & kReferences) == 0) return;
     app.add_flag("--tree", options.tree, "draw which drawing refers to which");
     app.add_flag("--missing", options.missing, "only missing ones; exit code 1 when there is one");
@@ -196,7 +199,8 @@ void unmarkAll(Options& options) {
         std::ranges::for_each(*words, unmark);
     for (std::string* word : {&options.drawing, &options.output, &options.release, &options.inside})
         unmark(*word);
-    for (std::optional<std::string>* word : {&options.fileValue, &options.script})
+    for (std::optional<std::string>* word :
+         {&options.fileValue, &options.script, &options.referenceRoot})
         if (*word) unmark(**word);
 }
 

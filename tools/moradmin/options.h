@@ -32,6 +32,7 @@ struct Options {
     std::string inside;  ///< --in: a reference's name or the handle of its insert
     std::vector<std::string> referenceFolders;
     std::vector<std::string> referenceMappings;
+    std::optional<std::string> referenceRoot;  ///< --xref-root: the folder they are confined to
     bool tree = false;
     bool missing = false;
     bool verbose = false;

@@ -1,6 +1,7 @@
 #include "tools/moradmin/output.h"
 
 #include "host/host.h"
+#include "tools/moradmin/shown_text.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -89,9 +90,23 @@ Json jsonHead(const Options& options) {
     return Json{{"moradmin", 1}, {"command", options.command}};
 }
 
-void printJson(const Json& object) {
-    std::cout << object.dump(-1, ' ', false, Json::error_handler_t::replace) << "\n";
+static std::string jsonText(const Json& object) {
+    return object.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
+
+void printJson(const Json& object) { std::cout << jsonText(object) << "\n"; }
+
+JsonList::JsonList(const Json& head, const std::string& key) {
+    std::string text = jsonText(head);
+    text.pop_back();  // the brace
+    std::cout << text << ",\"" << key << "\":[";
+}
+
+void JsonList::add(const Json& item) {
+    std::cout << (std::exchange(m_first, false) ? "" : ",") << jsonText(item);
+}
+
+void JsonList::end() { std::cout << "]}\n"; }
 
 std::string utf8(std::wstring_view text) { return host::toUtf8(text); }
 
@@ -151,18 +166,6 @@ std::string pointText(const std::array<double, 3>& point) {
     return text;
 }
 
-std::string oneLine(const std::string& text) {
-    std::string result;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte >= 0x20)
-            result += c;
-        else
-            result.append({'^', static_cast<char>(byte + 0x40)});
-    }
-    return result;
-}
-
 bool onTerminal() { return ::isatty(STDOUT_FILENO) == 1; }
 
 std::string coloured(const std::string& text, bool directory) {
@@ -171,12 +174,18 @@ std::string coloured(const std::string& text, bool directory) {
     return "\033[1;34m" + text + "\033[0m";
 }
 
-void printTable(const std::vector<std::string>& headings,
-                const std::vector<std::vector<std::string>>& rows) {
+void printTable(const std::vector<std::string>& headings, std::size_t count,
+                const std::function<std::vector<std::string>(std::size_t)>& row) {
+    const auto shown = [&row](std::size_t i) {
+        std::vector<std::string> cells = row(i);
+        for (std::string& cell : cells) cell = oneLine(cell);
+        return cells;
+    };
     if (!onTerminal()) {
-        for (const auto& row : rows) {
-            for (std::size_t i = 0; i < row.size(); ++i)
-                std::cout << (i == 0 ? "" : "\t") << row[i];
+        for (std::size_t i = 0; i < count; ++i) {
+            bool first = true;
+            for (const std::string& cell : shown(i))
+                std::cout << (std::exchange(first, false) ? "" : "\t") << cell;
             std::cout << "\n";
         }
         return;
@@ -184,24 +193,31 @@ void printTable(const std::vector<std::string>& headings,
     std::vector<std::size_t> widths;
     for (const std::string& heading : headings)
         widths.push_back(columnsOf(heading) - (heading[0] == '>' ? 1 : 0));
-    for (const auto& row : rows)
-        for (std::size_t i = 0; i < row.size(); ++i)
-            widths[i] = std::max(widths[i], columnsOf(row[i]));
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::vector<std::string> cells = shown(i);
+        for (std::size_t column = 0; column < cells.size(); ++column)
+            widths[column] = std::max(widths[column], columnsOf(cells[column]));
+    }
     printRow(headings, widths, headings, true);
-    for (const auto& row : rows) printRow(headings, widths, row, false);
+    for (std::size_t i = 0; i < count; ++i) printRow(headings, widths, shown(i), false);
+}
+
+void printTable(const std::vector<std::string>& headings,
+                const std::vector<std::vector<std::string>>& rows) {
+    printTable(headings, rows.size(), [&rows](std::size_t i) { return rows[i]; });
 }
 
 void printFailure(const Options& options, const Failure& failure) {
     if (!options.json) {
-        std::cerr << "moradmin: " << failure.what() << "\n";
+        std::cerr << "moradmin: " << oneLine(failure.what()) << "\n";
         return;
     }
     Json object = jsonHead(options);
     object["error"] = Json{{"code", static_cast<int>(failure.code())}, {"message", failure.what()}};
     object["error"]["path"] = failure.path();
-    std::cerr << object.dump(-1, ' ', false, Json::error_handler_t::replace) << "\n";
+    std::cerr << jsonText(object) << "\n";
 }
 
-void printNote(const std::string& text) { std::cerr << "moradmin: " << text << "\n"; }
+void printNote(const std::string& text) { std::cerr << "moradmin: " << oneLine(text) << "\n"; }
 
 }  // namespace mor::tool

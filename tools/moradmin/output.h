@@ -5,6 +5,8 @@
 #include "tools/moradmin/options.h"
 
 #include <array>
+#include <cstddef>
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
@@ -20,6 +22,17 @@ using Json = nlohmann::ordered_json;
 /// One object, one line.
 void printJson(const Json& object);
 
+/// One object, one line, whose last key holds a list that is printed as it comes.
+class JsonList {
+public:
+    JsonList(const Json& head, const std::string& key);
+    void add(const Json& item);
+    void end();
+
+private:
+    bool m_first = true;
+};
+
 /// Wide text for a message or a name, as UTF-8.
 [[nodiscard]] std::string utf8(std::wstring_view text);
 /// A word of the command line as wide text; Failure when it is no UTF-8.
@@ -33,23 +46,23 @@ void printJson(const Json& object);
 
 /// "X Y Z", each with the shortest digits that read back to the same bits.
 [[nodiscard]] std::string pointText(const std::array<double, 3>& point);
-/// A text in which control characters are written as ^J and the like.
-[[nodiscard]] std::string oneLine(const std::string& text);
 
 /// Whether stdout is a terminal: columns and headings there, plain lines elsewhere.
 [[nodiscard]] bool onTerminal();
 /// A directory's name in its colour, where colour is wanted.
 [[nodiscard]] std::string coloured(const std::string& text, bool directory);
 
-/// Rows of cells: aligned under headings on a terminal, separated by tabs elsewhere. A heading that
-/// begins with
-/// ">" aligns its column to the right.
+/// Rows of cells, each on one line: aligned under headings on a terminal, separated by tabs
+/// elsewhere. A heading that begins with ">" aligns its column to the right.
 void printTable(const std::vector<std::string>& headings,
                 const std::vector<std::vector<std::string>>& rows);
+/// The same for many: `row` makes the cells of each row, on a terminal twice.
+void printTable(const std::vector<std::string>& headings, std::size_t count,
+                const std::function<std::vector<std::string>(std::size_t)>& row);
 
-/// Says on stderr why a command ended.
+/// Says on stderr why a command ended, on one line.
 void printFailure(const Options& options, const Failure& failure);
-/// A remark on stderr that changes no exit code.
+/// A remark on stderr, on one line, that changes no exit code.
 void printNote(const std::string& text);
 
 }  // namespace mor::tool

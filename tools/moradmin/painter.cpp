@@ -1,6 +1,5 @@
 #include "tools/moradmin/painter.h"
 
-#include "platform/entity.h"
 #include "platform/entity_calls.h"
 #include "platform/owned.h"
 #include "platform/runtime.h"
@@ -25,21 +24,15 @@ constexpr int kInvisibleAttribute = 1;
 constexpr std::size_t kMostElements = 1'000'000;
 constexpr std::size_t kMostInserts = 250'000;
 constexpr std::size_t kMostVisited = 4'000'000;
+constexpr std::size_t kMostBytes = std::size_t{256} << 20U;  // of the picture
+constexpr std::size_t kMostRead = std::size_t{2} << 30U;     // of records, blocks as often as drawn
 constexpr std::size_t kDeepest = 256;
 /// Coordinates larger than this are shifted: viewers of pictures calculate with seven digits.
 constexpr double kLargest = 1e5;
 constexpr double kShiftStep = 1000.0;
 
-constexpr const char* kTooMany = "beyond a million elements or 250000 inserts";
+constexpr const char* kTooMany = "beyond a million elements, 250000 inserts or 256 MB";
 constexpr const char* kHiddenLayer = "on layers that are off or frozen";
-
-/// The first entity of a block; none for an empty or unknown one.
-std::optional<mor::EntityName> firstEntity(const std::wstring& block, bool& known) {
-    const mor::ResbufList record{acdbTblSearch(L"BLOCK", block.c_str(), 0)};
-    known = static_cast<bool>(record);
-    const resbuf* first = mor::findGroup(record, -2);
-    return first == nullptr ? std::nullopt : std::optional(mor::EntityName(first->resval.rlname));
-}
 
 std::wstring blockOf(mor::EntityName insert) {
     ads_name words{};
@@ -85,10 +78,12 @@ Painter::Painter(Session& session, const Choice& choice)
       m_patterns(choice.layers),
       m_references(choice.references),
       m_prefix(session.reference().empty() ? "" : utf8(session.reference()) + "|"),
-      m_picture(shiftOf(session, session.placement())) {}
+      m_picture(shiftOf(session, session.placement())),
+      m_top(utf8(session.reference())) {}
 
 void Painter::paint() {
-    Inserted top{m_session.placement(), utf8(m_session.reference()), {}, paletteColour(7), {}};
+    const Inserted top{
+        m_session.placement(), m_top.empty() ? nullptr : &m_top, nullptr, paletteColour(7), {}};
     std::vector<mor::EntityName> names;
     MOR_SpaceIterator entities(m_session.view());
     while (const ads_name* name = entities()) names.emplace_back(*name);
@@ -98,7 +93,18 @@ void Painter::paint() {
 
 bool Painter::isFull() const {
     return m_picture.elements() >= kMostElements || m_inserts >= kMostInserts ||
-           m_visited >= kMostVisited;
+           m_visited >= kMostVisited || m_picture.bytes() >= kMostBytes || m_read >= kMostRead;
+}
+
+Origin Painter::originOf(const CMOREntity& entity, const Inserted& where) {
+    return {utf8(entity.Handle().GetString()), utf8(entity.GetLayer(nullptr)),
+            utf8(entity.Type().GetString()),
+            where.reference == nullptr ? std::string() : *where.reference};
+}
+
+/// The layer on which an entity shows: for layer 0 in a block that of the insert.
+const Painter::Layer& Painter::layerOf(const Origin& origin, const Inserted& where) {
+    return layer(origin.layer == "0" && where.layer != nullptr ? *where.layer : origin.layer);
 }
 
 void Painter::paintEntity(mor::EntityName name, const Inserted& where) {
@@ -112,65 +118,60 @@ void Painter::paintEntity(mor::EntityName name, const Inserted& where) {
     if (entity.GetGroupShort(67, &paper) && paper != 0) return;  // of a layout
     if (isFull()) return leaveOut(kTooMany);
     ++m_visited;
-    const Origin origin{utf8(entity.Handle().GetString()), utf8(entity.GetLayer(nullptr)), type,
-                        where.reference};
-    const bool inherits = origin.layer == "0" && !where.layer.empty();
-    const std::string& layerName = inherits ? where.layer : origin.layer;
-    const Layer& shown = layer(layerName);
+    const Origin origin = originOf(entity, where);
+    const Layer& shown = layerOf(origin, where);
     const EntityRecord record(m_session.document(), name);
+    m_read += record.bytes();
     const std::string colour = colourOf(record, shown, where);
     if (record.integer(60) != 0) return leaveOut("invisible");
     if (type == "INSERT") {
         if (shown.frozen) return leaveOut(kHiddenLayer);
-        return paintInsert(name, record, origin, layerName, colour, where);
+        return paintInsert(name, record, origin, shown, colour, where);
     }
-    if (!wanted(layerName)) return;
+    if (!wanted(*shown.name)) return;
     if (shown.frozen || shown.off) return leaveOut(kHiddenLayer);
-    if (type == "DIMENSION") return paintDimension(record, origin, layerName, colour, where);
+    if (type == "DIMENSION") return paintDimension(record, origin, shown, colour, where);
     const auto shape =
-        shapeOf(m_session.document(), name, record, where.placement, m_picture.shift());
+        shapeOf(m_session.document(), name, record, where.placement, m_picture.shift(), m_read);
     if (!shape) return leaveOut(type == "POLYLINE" && isMesh(record) ? "POLYLINE meshes" : type);
     m_picture.add(origin, *shape, colour);
 }
 
 void Painter::paintInsert(mor::EntityName name, const EntityRecord& record, const Origin& origin,
-                          const std::string& layerName, const std::string& colour,
-                          const Inserted& where) {
-    const std::wstring block = blockOf(name);
+                          const Layer& layer, const std::string& colour, const Inserted& where) {
+    const std::wstring blockName = blockOf(name);
     ++m_inserts;
     // Those of the drawing itself are told by their flags: their files need not be read.
-    if (!m_references &&
-        (host::isReference(m_session.document(), block) || findReference(block) != nullptr))
+    if (!m_references && host::isReference(m_session.document(), blockName))
         return leaveOut("references (--no-xrefs)");
-    const host::ReferenceInfo* reference = findReference(block);
-    if (reference != nullptr && reference->overlay &&
-        reference->status == host::ReferenceStatus::Orphaned)
+    Block& block = findBlock(blockName);
+    const auto& reference = block.reference;
+    if (!m_references && reference) return leaveOut("references (--no-xrefs)");
+    if (reference && reference->overlay && reference->status == host::ReferenceStatus::Orphaned)
         return leaveOut("overlays below a reference");
-    if (reference != nullptr && !reference->loaded) {
-        if (wanted(layerName)) paintMissing(record, origin, *reference, where);
+    if (reference && !reference->loaded) {
+        if (wanted(*layer.name)) paintMissing(record, origin, *reference, where);
         return;
     }
-    const bool nested = !where.reference.empty() || !where.blocks.empty();
-    const auto own = placementOf(name, reference != nullptr, nested);
-    bool known = false;
-    const auto first = firstEntity(block, known);
-    const std::wstring key = upperCase(block);
-    if (!known || !own) return leaveOut("INSERT of a block that is not there");
+    const bool nested = where.reference != nullptr || !where.blocks.empty();
+    const auto own = placementOf(name, reference.has_value(), nested);
+    lookUp(block);
+    if (!block.found || !own) return leaveOut("INSERT of a block that is not there");
     if (!isFinite(transformed(*own, {})) || !isFinite(turned(*own, {1.0, 1.0, 1.0})))
         return leaveOut("INSERT with numbers out of range");
-    if (const char* why = whyNotWithin(where, key)) return leaveOut(why);
+    if (const char* why = whyNotWithin(where, block)) return leaveOut(why);
     paintAttributes(name, where);
-    if (!first) return;
-    Inserted inner{{}, where.reference, layerName, colour, where.blocks};
-    if (reference != nullptr) inner.reference = utf8(reference->name);
-    inner.blocks.push_back(key);
-    const Picture::Group group = m_picture.open(origin, utf8(block));
-    paintCells(*first, record, *own, where.placement, inner);
+    if (!block.first) return;
+    Inserted inner{{}, where.reference, layer.name, colour, where.blocks};
+    if (reference) inner.reference = &block.path;
+    inner.blocks.push_back(block.key);
+    const Picture::Group group = m_picture.open(origin, utf8(blockName));
+    paintCells(*block.first, record, *own, where.placement, inner);
     m_picture.close(group);
 }
 
-const char* Painter::whyNotWithin(const Inserted& where, const std::wstring& block) {
-    if (std::ranges::find(where.blocks, block) != where.blocks.end())
+const char* Painter::whyNotWithin(const Inserted& where, const Block& block) {
+    if (std::ranges::find(where.blocks, block.key) != where.blocks.end())
         return "INSERT of a block within itself";
     return where.blocks.size() >= kDeepest ? "INSERT within 256 others" : nullptr;
 }
@@ -191,7 +192,9 @@ void Painter::paintCells(mor::EntityName first, const EntityRecord& insert,
             inner.placement = product(moved(owner, by), own);
             const std::size_t before = m_picture.elements();
             paintBlock(first, inner);
-            if (m_picture.elements() == before || isFull()) return;
+            if (m_picture.elements() == before) return;
+            const bool last = row + 1 == rows && column + 1 == columns;
+            if (isFull() && !last) return leaveOut(kTooMany);
         }
 }
 
@@ -210,37 +213,35 @@ void Painter::paintAttributes(mor::EntityName insert, const Inserted& where) {
     CMOREntity entity;
     while (acdbEntNext(at, at) == RTNORM && entity.Connect(at) &&
            entity.Type().CompareNoCase(L"ATTRIB") == 0) {
+        if (isFull()) return leaveOut(kTooMany);
+        ++m_visited;
         const EntityRecord record(m_session.document(), mor::EntityName(at));
-        const Origin origin{utf8(entity.Handle().GetString()), utf8(entity.GetLayer(nullptr)),
-                            record.type(), where.reference};
-        const std::string& layerName =
-            origin.layer == "0" && !where.layer.empty() ? where.layer : origin.layer;
-        const Layer& shown = layer(layerName);
-        if ((record.integer(70) & kInvisibleAttribute) != 0 || !wanted(layerName)) continue;
+        m_read += record.bytes();
+        const Origin origin = originOf(entity, where);
+        const Layer& shown = layerOf(origin, where);
+        if ((record.integer(70) & kInvisibleAttribute) != 0 || !wanted(*shown.name)) continue;
         if (shown.frozen || shown.off) {
             leaveOut(kHiddenLayer);
             continue;
         }
         if (const auto shape = shapeOf(m_session.document(), mor::EntityName(at), record,
-                                       where.placement, m_picture.shift()))
+                                       where.placement, m_picture.shift(), m_read))
             m_picture.add(origin, *shape, colourOf(record, shown, where));
     }
 }
 
 /// A dimension's lines stand in a block of its own, where they are to be seen.
-void Painter::paintDimension(const EntityRecord& record, const Origin& origin,
-                             const std::string& layerName, const std::string& colour,
-                             const Inserted& where) {
-    std::wstring block = wide(record.text(2));
-    if (!where.reference.empty()) block = wide(where.reference) + L"|" + block;
-    bool known = false;
-    const auto first = firstEntity(block, known);
-    const std::wstring key = upperCase(block);
-    if (!first || whyNotWithin(where, key) != nullptr) return leaveOut(record.type());
-    Inserted inner{where.placement, where.reference, layerName, colour, where.blocks};
-    inner.blocks.push_back(key);
-    const Picture::Group group = m_picture.open(origin, utf8(block));
-    paintBlock(*first, inner);
+void Painter::paintDimension(const EntityRecord& record, const Origin& origin, const Layer& layer,
+                             const std::string& colour, const Inserted& where) {
+    std::wstring name = wide(record.text(2));
+    if (where.reference != nullptr) name = wide(*where.reference) + L"|" + name;
+    Block& block = findBlock(name);
+    lookUp(block);
+    if (!block.first || whyNotWithin(where, block) != nullptr) return leaveOut(record.type());
+    Inserted inner{where.placement, where.reference, layer.name, colour, where.blocks};
+    inner.blocks.push_back(block.key);
+    const Picture::Group group = m_picture.open(origin, utf8(name));
+    paintBlock(*block.first, inner);
     m_picture.close(group);
 }
 
@@ -269,6 +270,7 @@ const Painter::Layer& Painter::layer(const std::string& name) {
     const auto [known, added] = m_layers.try_emplace(name);
     if (!added) return known->second;
     Layer& found = known->second;
+    found.name = &known->first;
     found.colour = paletteColour(7);
     const auto record = host::resolveSymbol(m_session.document(), "LAYER", wide(name));
     if (!record) return found;
@@ -294,10 +296,23 @@ bool Painter::wanted(const std::string& layer) const {
     return m_patterns.match(inside ? layer.substr(m_prefix.size()) : layer);
 }
 
-const host::ReferenceInfo* Painter::findReference(const std::wstring& block) {
-    const auto [known, added] = m_known.try_emplace(upperCase(block));
-    if (added) known->second = host::findReference(m_session.document(), block);
-    return known->second ? &*known->second : nullptr;
+Painter::Block& Painter::findBlock(const std::wstring& name) {
+    const auto [known, added] = m_blocks.try_emplace(upperCase(name));
+    Block& block = known->second;
+    if (!added) return block;
+    block.key = &known->first;
+    block.reference = host::findReference(m_session.document(), name);
+    if (block.reference) block.path = utf8(block.reference->name);
+    return block;
+}
+
+void Painter::lookUp(Block& block) {
+    if (block.looked) return;
+    block.looked = true;
+    const mor::ResbufList record{acdbTblSearch(L"BLOCK", block.key->c_str(), 0)};
+    block.found = static_cast<bool>(record);
+    if (const resbuf* first = mor::findGroup(record, -2))
+        block.first = mor::EntityName(first->resval.rlname);
 }
 
 }  // namespace mor::tool

@@ -44,10 +44,11 @@ TextPatterns::TextPatterns(const std::vector<std::string>& words) {
 }
 
 bool TextPatterns::match(const std::string& text) const {
+    if (m_patterns.empty()) return true;
     const std::wstring upper = upperCase(wide(text));
-    return m_patterns.empty() || std::ranges::any_of(m_patterns, [&](const std::wstring& pattern) {
-               return acutWcMatch(upper.c_str(), pattern.c_str()) == RTNORM;
-           });
+    return std::ranges::any_of(m_patterns, [&](const std::wstring& pattern) {
+        return acutWcMatch(upper.c_str(), pattern.c_str()) == RTNORM;
+    });
 }
 
 }  // namespace mor::tool

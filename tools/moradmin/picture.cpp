@@ -1,5 +1,7 @@
 #include "tools/moradmin/picture.h"
 
+#include "tools/moradmin/shown_text.h"
+
 #include <algorithm>
 #include <cmath>
 #include <ostream>
@@ -13,53 +15,25 @@ constexpr double kMargin = 0.02;         // of the longer side, all around
 constexpr double kStroke = 1.0 / 800.0;  // of the longer side
 constexpr double kDot = 4.0;             // points, in strokes
 constexpr double kBox = 0.25;            // width of a box for what is missing, of the longer side
-
-std::string escaped(std::string_view text) {
-    std::string result;
-    for (const char c : text) switch (c) {
-            case '&':
-                result += "&amp;";
-                break;
-            case '<':
-                result += "&lt;";
-                break;
-            case '>':
-                result += "&gt;";
-                break;
-            case '"':
-                result += "&quot;";
-                break;
-            default:
-                // Control characters have no place in XML.
-                result += static_cast<unsigned char>(c) < 0x20 ? ' ' : c;
-        }
-    return result;
-}
+constexpr std::size_t kBoxBytes = 200;   // about what a box takes besides its texts
 
 std::string attribute(std::string_view name, std::string_view value) {
-    return " " + std::string(name) + "=\"" + escaped(value) + "\"";
+    return " " + std::string(name) + "=\"" + xmlText(value) + "\"";
 }
 
-std::string attributesOf(const Origin& origin) {
-    std::string text = attribute("data-handle", origin.handle) +
-                       attribute("data-layer", origin.layer) + attribute("data-type", origin.type);
-    if (!origin.reference.empty()) text += attribute("data-reference", origin.reference);
-    return text;
-}
-
-std::string textElement(const Origin& origin, const Shape& shape, const std::string& colour) {
+std::string textElement(const std::string& origin, const Shape& shape, const std::string& colour) {
     std::string matrix = "matrix(";
     for (const Point* column : {&shape.right, &shape.down, &shape.at})
         matrix += numberText((*column)[0]) + " " + numberText((*column)[1]) +
                   (column == &shape.at ? ")" : " ");
-    std::string text = "<text" + attributesOf(origin) + attribute("transform", matrix) +
+    std::string text = "<text" + origin + attribute("transform", matrix) +
                        attribute("y", numberText(shape.drop)) +
                        attribute("font-size", numberText(shape.size)) + attribute("fill", colour);
     if (shape.anchor != "start") text += attribute("text-anchor", shape.anchor);
     if (shape.width > 0.0)
         text += attribute("textLength", numberText(shape.width)) +
                 attribute("lengthAdjust", "spacingAndGlyphs");
-    return text + " xml:space=\"preserve\">" + escaped(shape.data) + "</text>\n";
+    return text + " xml:space=\"preserve\">" + xmlText(shape.data) + "</text>\n";
 }
 
 double longerSide(const Extent& extent) {
@@ -69,11 +43,22 @@ double longerSide(const Extent& extent) {
 
 }  // namespace
 
+std::string Picture::attributesOf(const Origin& origin) {
+    if (m_layerAttribute.empty() || origin.layer != m_layer) {
+        m_layer = origin.layer;
+        m_layerAttribute = attribute("data-layer", origin.layer);
+    }
+    std::string text = attribute("data-handle", origin.handle) + m_layerAttribute +
+                       attribute("data-type", origin.type);
+    if (!origin.reference.empty()) text += attribute("data-reference", origin.reference);
+    return text;
+}
+
 void Picture::add(const Origin& origin, const Shape& shape, const std::string& colour) {
     ++m_elements;
     m_extent.include(shape.extent);
     if (shape.kind == Shape::Kind::Text) {
-        m_body += textElement(origin, shape, colour);
+        m_body += textElement(attributesOf(origin), shape, colour);
         return;
     }
     m_body += "<path" + attributesOf(origin);
@@ -96,7 +81,9 @@ void Picture::close(const Group& group) {
 
 void Picture::addMissing(const Origin& origin, const Point& place, const std::string& text) {
     ++m_elements;
-    m_missing.push_back({origin, place - m_shift, text});
+    m_missing.push_back({attributesOf(origin), place - m_shift, text});
+    // A box and a text.
+    m_missingBytes += 2 * (m_missing.back().origin.size() + text.size() + kBoxBytes);
     m_extent.include(place[0] - m_shift[0], place[1] - m_shift[1]);
 }
 
@@ -112,17 +99,16 @@ std::string Picture::missingBoxes(const Extent& drawn, Extent& all) const {
         all.include(x + width, y + height);
         const double letters = static_cast<double>(std::max<std::size_t>(missing.text.size(), 1));
         const double size = std::min(height / 3, 1.5 * width / letters);
-        const std::string origin = attributesOf(missing.origin);
         boxes +=
-            "<path" + origin + " stroke=\"#808080\"" +
+            "<path" + missing.origin + " stroke=\"#808080\"" +
             attribute("stroke-dasharray", numberText(dash)) +
             attribute("d", "M" + numberText(x) + " " + numberText(y) + "h" + numberText(width) +
                                "v" + numberText(height) + "h" + numberText(-width) + "Z") +
-            "/>\n<text" + origin + " fill=\"#808080\" text-anchor=\"middle\"" +
+            "/>\n<text" + missing.origin + " fill=\"#808080\" text-anchor=\"middle\"" +
             attribute("font-size", numberText(size)) +
             attribute("transform", "matrix(1 0 0 -1 " + numberText(x + width / 2) + " " +
                                        numberText(y + height / 2 - size / 3) + ")") +
-            ">" + escaped(missing.text) + "</text>\n";
+            ">" + xmlText(missing.text) + "</text>\n";
     }
     return boxes;
 }
@@ -143,7 +129,7 @@ void Picture::write(std::ostream& out, const std::string& title) const {
         << "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"" << x << " " << y << " "
         << numberText(width) << " " << numberText(height) << "\" width=\""
         << numberText(std::ceil(width * scale)) << "\" height=\""
-        << numberText(std::ceil(height * scale)) << "\">\n<title>" << escaped(title)
+        << numberText(std::ceil(height * scale)) << "\">\n<title>" << xmlText(title)
         << "</title>\n<style>[data-type=\"POINT\"]{stroke-width:"
         << numberText(kDot * kStroke * side) << "}</style>\n<rect x=\"" << x << "\" y=\"" << y
         << "\"" << size << " fill=\"#ffffff\"/>\n"

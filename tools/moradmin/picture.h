@@ -26,6 +26,8 @@ public:
 
     [[nodiscard]] const Point& shift() const { return m_shift; }
     [[nodiscard]] std::size_t elements() const { return m_elements; }
+    /// How long the picture is so far; about.
+    [[nodiscard]] std::size_t bytes() const { return m_body.size() + m_missingBytes; }
 
     void add(const Origin& origin, const Shape& shape, const std::string& colour);
     /// What follows, up to `close`, belongs to that record. Leaves no trace when nothing follows.
@@ -42,15 +44,19 @@ public:
 
 private:
     struct Missing {
-        Origin origin;
+        std::string origin;  ///< as attributes
         Point place{};
         std::string text;
     };
+    [[nodiscard]] std::string attributesOf(const Origin& origin);
     [[nodiscard]] std::string missingBoxes(const Extent& drawn, Extent& all) const;
 
     Point m_shift;
     std::string m_body;
+    std::string m_layer;  ///< of the element before, and what is written of it
+    std::string m_layerAttribute;
     std::vector<Missing> m_missing;
+    std::size_t m_missingBytes = 0;
     Extent m_extent;
     std::size_t m_elements = 0;
 };

@@ -6,6 +6,7 @@
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/paths.h"
+#include "tools/moradmin/shown_text.h"
 #include "tools/moradmin/way.h"
 
 #include <iostream>
@@ -178,17 +179,17 @@ int runInfo(Session& session, const Options& options) {
         printJson(object);
         return kDone;
     }
-    std::cout << "drawing   " << path << "\n"
+    std::cout << "drawing   " << oneLine(path) << "\n"
               << "release   " << host::releaseName(info.release) << " ("
-              << (info.version.empty() ? "no $ACADVER" : info.version) << ")\n"
+              << (info.version.empty() ? "no $ACADVER" : oneLine(info.version)) << ")\n"
               << "text      " << info.encoding << ", " << info.lineEnd << "\n"
               << "size      " << info.bytes << " bytes, " << info.records << " records\n"
               << "store     " << stateName(state.kind) << ", " << state.reachable
               << " directories, " << totals.files << " files, " << totals.bytes
               << " bytes in files\n";
     for (const Finding& finding : state.findings)
-        std::cout << "finding   " << finding.code << " " << utf8(finding.path) << ": "
-                  << finding.message << "\n";
+        std::cout << "finding   " << finding.code << " " << oneLine(utf8(finding.path)) << ": "
+                  << oneLine(finding.message) << "\n";
     return kDone;
 }
 

@@ -5,6 +5,7 @@
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/session.h"
+#include "tools/moradmin/shown_text.h"
 
 #include <algorithm>
 #include <iostream>
@@ -54,9 +55,9 @@ Json referenceJson(const host::ReferenceInfo& reference) {
 void printTree(const std::vector<host::ReferenceInfo>& references) {
     for (const host::ReferenceInfo& reference : references) {
         const bool found = !reference.found.empty();
-        std::cout << std::string(2 * reference.depth, ' ') << utf8(reference.block) << " ("
+        std::cout << std::string(2 * reference.depth, ' ') << oneLine(utf8(reference.block)) << " ("
                   << statusName(reference.status) << ") "
-                  << (found ? reference.found.string() : utf8(reference.saved)) << "\n";
+                  << oneLine(found ? reference.found.string() : utf8(reference.saved)) << "\n";
     }
 }
 
@@ -92,7 +93,7 @@ bool listOne(const Options& options, const std::string& file) {
         printJson(object);
         return missing;
     }
-    if (!options.arguments.empty()) std::cout << file << ":\n";
+    if (!options.arguments.empty()) std::cout << oneLine(file) << ":\n";
     if (options.tree)
         printTree(references);
     else

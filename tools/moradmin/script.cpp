@@ -108,6 +108,9 @@ void runLine(Session& session, const ScriptReader::Line& line) {
         throw Failure(kUsage, "--dry-run, --no-backup and -o belong to run itself");
     if (!options.inside.empty() && changing)
         throw Failure(kRefused, "references are read-only; change the referenced drawing itself");
+    if (options.referenceRoot || !options.referenceFolders.empty() ||
+        !options.referenceMappings.empty())
+        throw Failure(kUsage, "--xref-root, --xref-path and --map belong to run itself");
     if (!options.inside.empty())
         throw Failure(kUsage, "--in cannot stand in a script, which works on one drawing");
     const int code = command->run(session, options);

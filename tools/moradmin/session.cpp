@@ -5,6 +5,7 @@
 #include "space/global_view.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
+#include "tools/moradmin/shown_text.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -81,6 +82,11 @@ void setReferencePlaces(const Options& options) {
         mappings.emplace_back(word.substr(0, equals),
                               to.empty() ? to : std::filesystem::absolute(to).string());
     }
+    // An empty word must not lift the fence: a variable of a script may not be set.
+    if (options.referenceRoot && !std::filesystem::is_directory(*options.referenceRoot))
+        throw Failure(kUsage, "--xref-root wants a folder that is there, not \"" +
+                                  *options.referenceRoot + "\"");
+    host::setReferenceRoot(options.referenceRoot.value_or(""));
     host::setReferenceFolders(std::move(folders));
     host::setReferenceMappings(std::move(mappings));
 }
@@ -172,8 +178,9 @@ std::string Session::save(const Options& options) {
         const char* what = edit.kind == Kind::Made     ? "made"
                            : edit.kind == Kind::Erased ? "erased"
                                                        : "changed";
-        std::cout << what << "\t" << edit.type << "\t" << (edit.handle.empty() ? "-" : edit.handle)
-                  << "\t" << edit.what << "\n";
+        std::cout << what << "\t" << oneLine(edit.type) << "\t"
+                  << (edit.handle.empty() ? "-" : edit.handle) << "\t" << oneLine(edit.what)
+                  << "\n";
     }
     return {};
 }

@@ -103,7 +103,8 @@ private:
     std::unique_ptr<Store> m_store;
 };
 
-/// Tells the host where references are looked for. Throws Failure for a mapping without "=".
+/// Tells the host where references are looked for. Throws Failure for a mapping without "=", and
+/// for a folder to confine them to that is not there.
 void setReferencePlaces(const Options& options);
 
 }  // namespace mor::tool

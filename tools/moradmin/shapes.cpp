@@ -232,7 +232,7 @@ private:
 
 std::optional<Shape> shapeOf(const AcApDocument* document, mor::EntityName name,
                              const EntityRecord& record, const CMORMathTransMatrix& placement,
-                             const Point& origin) {
+                             const Point& origin, std::size_t& read) {
     Shaper shaper(record, placement, origin);
     const std::string& type = record.type();
     if (type == "LINE") return shaper.line();
@@ -244,7 +244,7 @@ std::optional<Shape> shapeOf(const AcApDocument* document, mor::EntityName name,
     if (type == "TEXT" || type == "ATTRIB") return shaper.text();
     if (type == "LWPOLYLINE") return shaper.polyline(verticesOf(record), false);
     if (type == "POLYLINE" && !isMesh(record))
-        return shaper.polyline(verticesBehind(document, name, record), isSpatial(record));
+        return shaper.polyline(verticesBehind(document, name, record, read), isSpatial(record));
     return std::nullopt;
 }
 

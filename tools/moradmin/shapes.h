@@ -4,6 +4,7 @@
 #include "tools/moradmin/geometry.h"
 #include "tools/moradmin/outline.h"
 
+#include <cstddef>
 #include <optional>
 #include <string>
 
@@ -26,11 +27,11 @@ struct Shape {
 };
 
 /// The shape of an entity as `placement` carries it; none for what cannot be drawn. `origin` is
-/// taken away from all coordinates.
+/// taken away from all coordinates. Adds to `read` how much was read of other records.
 [[nodiscard]] std::optional<Shape> shapeOf(const AcApDocument* document, mor::EntityName name,
                                            const EntityRecord& record,
                                            const CMORMathTransMatrix& placement,
-                                           const Point& origin);
+                                           const Point& origin, std::size_t& read);
 
 /// What a text shows: %%d is a degree sign, %%nnn the character of that number, and so on.
 [[nodiscard]] std::string shownText(const std::string& text);
