@@ -3,8 +3,8 @@
 #include "dwgfs/dwg_file_system.h"
 #include "host/host.h"
 #include "platform/entity_name.h"
+#include "tools/moradmin/damage/store_walk.h"
 #include "tools/moradmin/options.h"
-#include "tools/moradmin/store_walk.h"
 
 #include <memory>
 #include <optional>

@@ -1,0 +1,418 @@
+#include "platform/entity.h"
+
+#include "host/counters.h"
+#include "host/documents/document.h"
+#include "host/faults.h"
+#include "host/lisp/lisp_value.h"
+#include "platform/entity_calls.h"
+#include "platform/runtime.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace mor {
+
+/// What one object has changed and not yet flushed, on top of the drawing as it is at each moment.
+struct EntityState {
+    EntityName name;
+    std::map<int, std::variant<std::int64_t, std::wstring>> groups;
+    std::vector<std::pair<std::wstring, CMORAdsLispVar>> attributes;  ///< in order; nil removes
+    mutable CString handle;
+    mutable CString type;
+    mutable std::wstring layer;
+    mutable std::wstring entry;
+
+    /// The text of a group that is set and not yet flushed.
+    [[nodiscard]] std::optional<std::wstring> pendingText(int code) const {
+        const auto pending = groups.find(code);
+        if (pending == groups.end()) return std::nullopt;
+        const auto* number = std::get_if<std::int64_t>(&pending->second);
+        return number != nullptr ? std::to_wstring(*number)
+                                 : std::get<std::wstring>(pending->second);
+    }
+    /// Texts that were given out keep their room: walks connect one object to many entities.
+    void disconnect() {
+        name = {};
+        groups.clear();
+        attributes.clear();
+    }
+};
+
+}  // namespace mor
+
+namespace mor::host {
+
+namespace {
+
+constexpr std::size_t kAttributeTextLength = 2047;
+
+/// The connected record; none when it is gone, erased or of another document than the current one.
+Located live(const EntityState& state) {
+    const Located found = locate(state.name);
+    return found && found.drawing->entry(found.number).has(kErased) ? Located{} : found;
+}
+
+/// The same for a change: records of referenced drawings are read-only.
+Located writeable(const EntityState& state) {
+    const Located found = live(state);
+    return found.mount == nullptr ? found : Located{};
+}
+
+long roomOf() {
+    const long limit = faults::roomLimit();
+    return limit > 0 ? limit : kRoomPerRecord;
+}
+
+/// The drawing's attributes with the pending ones over them.
+AttributeList seen(const EntityState& state, const Located& found) {
+    AttributeList list = *found.drawing->attributesOf(found.number);
+    for (const auto& [name, value] : state.attributes) {
+        const auto known = std::ranges::find(list.items, name, &Attribute::name);
+        if (CMORAdsLisp::NilP(value)) {
+            if (known != list.items.end()) list.items.erase(known);
+        } else if (known != list.items.end()) {
+            known->value = value;
+        } else {
+            list.items.push_back({name, value});
+        }
+    }
+    return list;
+}
+
+/// The last change of that name.
+auto lastChange(const std::vector<std::pair<std::wstring, CMORAdsLispVar>>& attributes,
+                std::wstring_view name) {
+    return std::ranges::find(attributes.rbegin(), attributes.rend(), name,
+                             &std::pair<std::wstring, CMORAdsLispVar>::first);
+}
+
+const Attribute* findSeen(const EntityState& state, const Located& found, std::wstring_view name,
+                          Attribute& pending) {
+    const auto last = lastChange(state.attributes, name);
+    if (last != state.attributes.rend()) {
+        if (CMORAdsLisp::NilP(last->second)) return nullptr;
+        pending = {last->first, last->second};
+        return &pending;
+    }
+    return found.drawing->attributesOf(found.number)->find(name);
+}
+
+/// Entity names of another drawing cannot be stored: their handles would name something else.
+bool namesAreOurs(const CMORAdsLispVar& value) {
+    Drawing* drawing = currentDrawing();
+    return std::ranges::none_of(tokensOf(value), [drawing](const LispToken& token) {
+        if (!token.is(LispKind::EntityName)) return false;
+        const EntityName name = token.asEntityName();
+        return !name.isNone() && drawing->numberOf(name) == 0 && drawing->handleForName(name) == 0;
+    });
+}
+
+/// The table in which the text of a group names a symbol of the record's drawing; empty for other
+/// groups.
+std::string_view tableOfGroup(const Located& found, int code) {
+    const std::string& type = found.drawing->typeOf(found.number);
+    const bool dimension =
+        type == "DIMENSION" || type == "ARC_DIMENSION" || type == "LARGE_RADIAL_DIMENSION";
+    switch (code) {
+        case 2:
+            return dimension || type == "INSERT" || type == "ACAD_TABLE" ? "BLOCK" : "";
+        case 3:
+            return dimension || type == "LEADER" || type == "TOLERANCE" ? "DIMSTYLE" : "";
+        case 6:
+            return "LTYPE";
+        case 7:
+            return "STYLE";
+        case 8:
+            return "LAYER";
+        default:
+            return "";
+    }
+}
+
+/// Entity names in a value of a referenced drawing are those of the mount.
+CMORAdsLispVar asSeenFrom(const Located& found, const CMORAdsLispVar& value) {
+    if (found.mount == nullptr || !holdsEntityName(value)) return value;
+    std::vector<LispToken> tokens;
+    for (const LispToken& token : tokensOf(value)) {
+        const bool name = token.is(LispKind::EntityName) && !token.asEntityName().isNone();
+        tokens.push_back(
+            name ? LispToken::entityName({token.asEntityName().first, found.mount->number})
+                 : token);
+    }
+    return LispAccess::make(std::move(tokens));
+}
+
+/// Short ASCII text, without taking room for it each time.
+void assign(CString& target, std::string_view text) {
+    // Types mostly are those of the entity before.
+    const std::wstring_view now(target.GetString(), static_cast<std::size_t>(target.GetLength()));
+    if (std::ranges::equal(now, text)) return;
+    std::array<wchar_t, 64> wide{};
+    if (text.size() < wide.size()) {
+        std::ranges::copy(text, wide.begin());
+        target = wide.data();
+    } else {
+        target = std::wstring(text.begin(), text.end()).c_str();
+    }
+}
+
+/// The layer as the document knows it: the part of every walk that is done for each entity.
+void appendLayer(std::wstring& layer, const Located& found) {
+    const auto bytes = found.drawing->valueOf(found.number, 8);
+    found.drawing->text().decodeBehind(layer, bytes.value_or("0"));
+    if (found.mount != nullptr && !isCommonSymbol("LAYER", layer)) {
+        layer.insert(0, 1, L'|');
+        layer.insert(0, found.mount->name);
+    }
+}
+
+/// A removal followed by a new value stays two changes: the attribute then comes last in the list.
+void note(std::vector<std::pair<std::wstring, CMORAdsLispVar>>& attributes, std::wstring_view name,
+          const CMORAdsLispVar& value) {
+    const auto last = lastChange(attributes, name);
+    if (last != attributes.rend() && CMORAdsLisp::NilP(last->second) == CMORAdsLisp::NilP(value)) {
+        attributes[static_cast<std::size_t>(attributes.rend() - last) - 1].second = value;
+        return;
+    }
+    attributes.emplace_back(name, value);
+}
+
+}  // namespace
+
+std::wstring attributeText(const CMORAdsLispVar& value) {
+    std::wstring text = CMORAdsLisp::StringP(value) ? stringOf(value) : princText(value);
+    if (text.size() > kAttributeTextLength) text.resize(kAttributeTextLength);
+    return text;
+}
+
+bool layerIsLocked(Drawing& drawing, RecordNumber number) {
+    if (!faults::layerLocksEnforced()) return false;
+    const auto layer = drawing.textOf(number, 8);
+    const RecordNumber record = layer ? drawing.findSymbol("LAYER", *layer) : 0;
+    return record != 0 && (drawing.integerOf(record, 70).value_or(0) & 4) != 0;
+}
+
+}  // namespace mor::host
+
+namespace host = mor::host;
+using host::RecordNumber;
+
+CMOREntity::CMOREntity() : m_state(std::make_unique<mor::EntityState>()) {}
+CMOREntity::~CMOREntity() = default;
+
+bool CMOREntity::Connect(const ads_name name) {
+    m_state->disconnect();
+    const host::Located found = host::locate(mor::EntityName(name));
+    if (!found || host::faults::shouldFail("CMOREntity::Connect")) return false;
+    if (found.drawing->entry(found.number).has(host::kEdge | host::kErased)) return false;
+    m_state->name = mor::EntityName(name);
+    return true;
+}
+
+bool CMOREntity::Disconnect() {
+    const bool connected = !m_state->name.isNone();
+    m_state->disconnect();
+    return connected;
+}
+
+bool CMOREntity::Flush() {
+    const host::Located found = host::writeable(*m_state);
+    auto& counters = host::runningCounters();
+    if (!found) return false;
+    ++(host::reactorsOff() ? counters.flushesReactorsOff : counters.flushesReactorsOn);
+    if (host::faults::shouldFail("CMOREntity::Flush")) return false;
+    if (m_state->groups.empty() && m_state->attributes.empty()) return true;
+    host::Drawing& drawing = *found.drawing;
+    const RecordNumber number = found.number;
+    if (host::faults::writesRefused() || host::layerIsLocked(drawing, number)) return false;
+    if (!m_state->attributes.empty()) {
+        host::AttributeList list = host::seen(*m_state, found);
+        const long before = drawing.attributesOf(number)->used();
+        const long after = list.used();
+        // An entity over its room may still shrink.
+        if (!list.damage.empty() || (after > host::roomOf() && after > before)) return false;
+        drawing.setAttributes(number, std::move(list));
+    }
+    for (const auto& [code, value] : m_state->groups) {
+        if (code == 67 && std::get<std::int64_t>(value) == 0 &&
+            drawing.isPaper(drawing.entry(number).container))
+            drawing.moveToModelSpace(number);
+        else if (const auto* integer = std::get_if<std::int64_t>(&value))
+            drawing.setInteger(number, code, *integer);
+        else
+            drawing.setText(number, code, std::get<std::wstring>(value));
+    }
+    m_state->groups.clear();
+    m_state->attributes.clear();
+    return true;
+}
+
+bool CMOREntity::Destroy() {
+    if (!host::live(*m_state) || host::faults::shouldFail("CMOREntity::Destroy")) return false;
+    ads_name name{};
+    m_state->name.copyTo(name);
+    if (acdbEntDel(name) != RTNORM) return false;
+    *m_state = {};
+    return true;
+}
+
+bool CMOREntity::GetEName(ads_name result) const {
+    m_state->name.copyTo(result);
+    return !m_state->name.isNone();
+}
+
+const CString& CMOREntity::Handle() const {
+    if (const host::Located found = host::locate(m_state->name))
+        host::assign(m_state->handle, host::handleToText(found.drawing->handleOf(found.number)));
+    else
+        m_state->handle = host::handleText(m_state->name).c_str();
+    return m_state->handle;
+}
+
+const CString& CMOREntity::Type() const {
+    const host::Located found = host::locate(m_state->name);
+    if (found)
+        host::assign(m_state->type, found.drawing->typeOf(found.number));
+    else
+        m_state->type.Empty();
+    return m_state->type;
+}
+
+const wchar_t* CMOREntity::GetLayer(wchar_t* buffer) const {
+    const host::Located found = host::live(*m_state);
+    m_state->layer.clear();
+    if (auto pending = m_state->pendingText(8))
+        m_state->layer = *std::move(pending);
+    else if (found)
+        host::appendLayer(m_state->layer, found);
+    if (buffer != nullptr) *std::ranges::copy(m_state->layer, buffer).out = L'\0';
+    return m_state->layer.c_str();
+}
+
+bool CMOREntity::SetLayer(const wchar_t* layer) {
+    if (layer == nullptr || *layer == L'\0' || !host::writeable(*m_state)) return false;
+    m_state->groups[8] = std::wstring(layer);
+    return true;
+}
+
+bool CMOREntity::GetEntityEntry(int code, const wchar_t*& text) const {
+    const host::Located found = host::live(*m_state);
+    if (!found) return false;
+    std::optional<std::wstring> value = m_state->pendingText(code);
+    if (!value) {
+        value = found.drawing->textOf(found.number, code);
+        if (!value) return false;
+        const std::string_view table = host::tableOfGroup(found, code);
+        if (!table.empty()) value = found.qualified(table, *value);
+    }
+    m_state->entry = *std::move(value);
+    text = m_state->entry.c_str();
+    return true;
+}
+
+bool CMOREntity::GetGroupShort(int code, short* value) const {
+    const host::Located found = host::live(*m_state);
+    if (!found || value == nullptr) return false;
+    if (const auto pending = m_state->groups.find(code); pending != m_state->groups.end()) {
+        const auto* number = std::get_if<std::int64_t>(&pending->second);
+        if (number != nullptr) *value = static_cast<short>(*number);
+        return number != nullptr;
+    }
+    if (code == 67) {
+        const host::ContainerNumber container = found.drawing->entry(found.number).container;
+        const bool paper = container != host::kNoContainer && found.drawing->isPaper(container);
+        *value = paper && found.mount == nullptr ? 1 : 0;
+        return true;
+    }
+    const auto number16 = found.drawing->integerOf(found.number, code);
+    if (!number16) return false;
+    *value = static_cast<short>(*number16);
+    return true;
+}
+
+bool CMOREntity::SetGroupShort(int code, short value) {
+    if (!host::writeable(*m_state)) return false;
+    m_state->groups[code] = std::int64_t{value};
+    return true;
+}
+
+bool CMOREntity::GetAttribute(const wchar_t* name, CMORAdsLispVar& value) const {
+    const host::Located found = host::live(*m_state);
+    if (!found || name == nullptr || host::faults::shouldFail("CMOREntity::GetAttribute"))
+        return false;
+    host::Attribute pending;
+    const host::Attribute* attribute = host::findSeen(*m_state, found, name, pending);
+    if (attribute == nullptr) return false;
+    value = host::asSeenFrom(found, attribute->value);
+    return true;
+}
+
+bool CMOREntity::SetAttribute(const wchar_t* name, const CMORAdsLispVar& value) {
+    const host::Located found = host::writeable(*m_state);
+    if (!found || name == nullptr || *name == L'\0' ||
+        host::faults::shouldFail("CMOREntity::SetAttribute"))
+        return false;
+    if (!host::isStorable(value) || !host::namesAreOurs(value)) return false;
+    const auto now = found.drawing->attributesOf(found.number);
+    if (!now->damage.empty()) return false;
+    mor::EntityState wanted;
+    wanted.attributes = m_state->attributes;
+    host::note(wanted.attributes, name, value);
+    const long before = host::seen(*m_state, found).used();
+    const long after = host::seen(wanted, found).used();
+    if (after > host::roomOf() && after > before) return false;
+    m_state->attributes = std::move(wanted.attributes);
+    return true;
+}
+
+bool CMOREntity::GetAttributeText(const wchar_t* name, wchar_t* buffer) const {
+    const host::Located found = host::live(*m_state);
+    if (!found || name == nullptr || host::faults::shouldFail("CMOREntity::GetAttributeText"))
+        return false;
+    host::Attribute pending;
+    const host::Attribute* attribute = host::findSeen(*m_state, found, name, pending);
+    if (attribute == nullptr) return false;
+    const std::wstring text = host::attributeText(attribute->value);
+    buffer[text.copy(buffer, text.size())] = L'\0';
+    return true;
+}
+
+bool CMOREntity::SetAttributeText(const wchar_t* name, const wchar_t* text) {
+    if (text == nullptr || host::faults::shouldFail("CMOREntity::SetAttributeText")) return false;
+    return SetAttribute(name, CMORAdsLispVar(text));
+}
+
+bool CMOREntity::DeleteAttribute(const wchar_t* name) {
+    const host::Located found = host::writeable(*m_state);
+    if (!found || name == nullptr || host::faults::shouldFail("CMOREntity::DeleteAttribute"))
+        return false;
+    host::Attribute pending;
+    if (host::findSeen(*m_state, found, name, pending) == nullptr) return false;
+    host::note(m_state->attributes, name, {});
+    return true;
+}
+
+void CMOREntity::GetAttributeNames(CMORStringList& names) const {
+    names.Reset();
+    const host::Located found = host::live(*m_state);
+    if (!found) return;
+    for (const host::Attribute& attribute : host::seen(*m_state, found).items)
+        names.Append(attribute.name.c_str());
+}
+
+long CMOREntity::GetXDataSize(const wchar_t* name) const {
+    const host::Located found = host::live(*m_state);
+    if (!found || name == nullptr) return 0;
+    host::Attribute pending;
+    const host::Attribute* attribute = host::findSeen(*m_state, found, name, pending);
+    return attribute == nullptr ? 0 : host::attributeCost(*attribute);
+}
+
+long CMOREntity::GetFreeXDataMem() const {
+    const host::Located found = host::live(*m_state);
+    return !found ? 0 : host::roomOf() - host::seen(*m_state, found).used();
+}

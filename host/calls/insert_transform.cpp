@@ -1,0 +1,101 @@
+#include "host/documents/document.h"
+#include "platform/geometry.h"
+
+#include <array>
+#include <cmath>
+#include <optional>
+
+namespace mor::host {
+
+namespace {
+
+using Vector = std::array<double, 3>;
+
+/// Below this in x and y, the y axis of the world instead of its z axis gives the first direction.
+constexpr double kNearlyVertical = 1.0 / 64.0;
+
+Vector cross(const Vector& a, const Vector& b) {
+    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
+}
+
+Vector normalised(const Vector& v) {
+    const double length = std::hypot(v[0], v[1], v[2]);
+    if (length == 0.0) return {0.0, 0.0, 1.0};
+    return {v[0] / length, v[1] / length, v[2] / length};
+}
+
+double real(const TagList& record, int code, double missing) {
+    const Tag* tag = record.find(code);
+    return tag == nullptr ? missing : parseReal(record.value(*tag)).value_or(missing);
+}
+
+Vector vector(const TagList& record, int code, const Vector& missing) {
+    return {real(record, code, missing[0]), real(record, code + 10, missing[1]),
+            real(record, code + 20, missing[2])};
+}
+
+}  // namespace
+
+std::array<double, 2> sineAndCosine(double degrees) {
+    const double turn = std::fmod(degrees, 360.0);
+    if (turn == 0.0) return {0.0, 1.0};
+    if (turn == 90.0 || turn == -270.0) return {1.0, 0.0};
+    if (turn == 180.0 || turn == -180.0) return {0.0, -1.0};
+    if (turn == 270.0 || turn == -90.0) return {-1.0, 0.0};
+    const double radians = turn * (std::acos(-1.0) / 180.0);
+    return {std::sin(radians), std::cos(radians)};
+}
+
+PlaneAxes planeAxes(const std::array<double, 3>& given) {
+    const Vector normal = normalised(given);
+    const bool vertical =
+        std::fabs(normal[0]) < kNearlyVertical && std::fabs(normal[1]) < kNearlyVertical;
+    const Vector axisX =
+        normalised(cross(vertical ? Vector{0.0, 1.0, 0.0} : Vector{0.0, 0.0, 1.0}, normal));
+    return {axisX, cross(normal, axisX), normal};
+}
+
+/// q = scale * (p - base); turned about z; moved to the insertion point; then from the plane's axes
+/// (arbitrary axis rule) to the owner's. The first cell of an array is the reference itself.
+static CMORMathTransMatrix insertMatrix(const TagList& insert, const Vector& base) {
+    const auto [axisX, axisY, normal] = planeAxes(vector(insert, 210, {0.0, 0.0, 1.0}));
+    const Vector place = vector(insert, 10, {0.0, 0.0, 0.0});
+    const Vector scale = {real(insert, 41, 1.0), real(insert, 42, 1.0), real(insert, 43, 1.0)};
+    const auto [sine, cosine] = sineAndCosine(real(insert, 50, 0.0));
+    CMORMathTransMatrix matrix;
+    for (std::size_t row = 0; row < 3; ++row) {
+        auto& target = matrix.rows[row];
+        target[0] = scale[0] * (axisX[row] * cosine + axisY[row] * sine);
+        target[1] = scale[1] * (axisY[row] * cosine - axisX[row] * sine);
+        target[2] = scale[2] * normal[row];
+        target[3] = place[0] * axisX[row] + place[1] * axisY[row] + place[2] * normal[row];
+        for (std::size_t column = 0; column < 3; ++column)
+            target[3] -= target[column] * base[column];
+    }
+    return matrix;
+}
+
+static std::optional<CMORMathTransMatrix> matrixOf(EntityName entity) {
+    const Located found = locate(entity);
+    if (!found || found.drawing->entry(found.number).has(kErased) ||
+        found.drawing->typeOf(found.number) != "INSERT")
+        return std::nullopt;
+    const TagList insert = found.drawing->current(found.number);
+    const Tag* block = insert.find(2);
+    if (block == nullptr) return std::nullopt;
+    const std::wstring name =
+        found.qualified("BLOCK", found.drawing->text().decode(insert.value(*block)));
+    const FoundBlock inserted = resolveBlock(*currentDocument(), name);
+    if (inserted.block == kNoContainer) return std::nullopt;
+    const Vector base = baseOf(*currentDocument(), inserted.owner, inserted.block);
+    return insertMatrix(insert, base);
+}
+
+}  // namespace mor::host
+
+bool CMORAdsTransformation::loadFromEntity(const ads_name name) {
+    const auto loaded = mor::host::matrixOf(mor::EntityName(name));
+    if (!loaded) return false;
+    matrix = *loaded;
+    return true;
+}

@@ -1,0 +1,176 @@
+#include "host/documents/document.h"
+#include "host/host.h"
+#include "host/lisp/lisp_value.h"
+#include "platform/runtime.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace mor::host {
+
+namespace {
+
+Place placeOf(const Drawing& drawing, RecordNumber number) {
+    const RecordEntry& entry = drawing.entry(number);
+    if (entry.container == kNoContainer) {
+        const std::string& type = drawing.typeOf(number);
+        if (type == "CLASS") return Place::Class;
+        return entry.has(kEdge) ? Place::Structure : Place::Other;
+    }
+    const Container& container = drawing.container(entry.container);
+    switch (container.kind) {
+        case ContainerKind::Space:
+            return container.paper ? Place::PaperSpace : Place::ModelSpace;
+        case ContainerKind::Table:
+            return entry.has(kEdge) ? Place::Structure : Place::Table;
+        case ContainerKind::Block:
+            if (entry.has(kEdge)) return Place::Structure;
+            if (!container.layout) return Place::BlockDefinition;
+            return container.paper ? Place::PaperSpace : Place::ModelSpace;
+        case ContainerKind::Section:
+            if (entry.has(kEdge)) return Place::Structure;
+            if (container.name == "CLASSES") return Place::Class;
+            return container.name == "OBJECTS" ? Place::Object : Place::Other;
+        case ContainerKind::None:
+            break;
+    }
+    return Place::Other;
+}
+
+RecordInfo infoOf(const Located& found) {
+    const Drawing& drawing = *found.drawing;
+    const RecordNumber number = found.number;
+    const RecordEntry& entry = drawing.entry(number);
+    RecordInfo info;
+    info.name = found.nameOf(number);
+    info.type = drawing.typeOf(number);
+    info.handle = entry.handle;
+    info.place = placeOf(drawing, number);
+    if (entry.container != kNoContainer) {
+        const ContainerKind kind = drawing.container(entry.container).kind;
+        if (kind == ContainerKind::Table || kind == ContainerKind::Block)
+            info.container = toUtf8(drawing.containerName(entry.container));
+    }
+    info.erased = entry.has(kErased);
+    info.made = entry.has(kMade);
+    info.subEntity = entry.has(kSubEntity);
+    return info;
+}
+
+}  // namespace
+
+void forEachRecord(const AcApDocument* document,
+                   const std::function<void(const RecordInfo&)>& visit) {
+    Drawing& drawing = drawingOf(document);
+    for (RecordNumber number = 1; number <= drawing.lastRecord(); ++number)
+        if (!drawing.entry(number).has(kGone)) visit(infoOf({&drawing, number, nullptr}));
+}
+
+std::string handleText(std::uint64_t handle) { return handleToText(handle); }
+
+std::optional<RecordInfo> recordInfo(const AcApDocument* document, EntityName name) {
+    const Located found = locate(*document, name);
+    return found ? std::optional(infoOf(found)) : std::nullopt;
+}
+
+std::vector<RecordGroup> recordGroups(const AcApDocument* document, EntityName name) {
+    std::vector<RecordGroup> groups;
+    const Located found = locate(*document, name);
+    if (!found) return groups;
+    Drawing& drawing = *found.drawing;
+    const TagList record = drawing.current(found.number);
+    for (const Tag& tag : record.tags()) {
+        const bool text =
+            tag.code < 10 || (tag.code >= 100 && tag.code < 110) ||
+            (tag.code >= 300 && tag.code < 310) || (tag.code >= 410 && tag.code < 420) ||
+            (tag.code >= 430 && tag.code < 440) || (tag.code >= 470 && tag.code < 480) ||
+            tag.code == 999 || tag.code == 1000 || tag.code == 1003;
+        const std::string_view value = text ? record.value(tag) : record.bare(tag);
+        groups.push_back({tag.code, toUtf8(drawing.text().decode(value))});
+    }
+    return groups;
+}
+
+std::optional<std::string> recordGroup(const AcApDocument* document, EntityName name, int code) {
+    const Located found = locate(*document, name);
+    if (!found) return std::nullopt;
+    const auto text = found.drawing->textOf(found.number, code);
+    return text ? std::optional(toUtf8(*text)) : std::nullopt;
+}
+
+RecordAttributes recordAttributes(const AcApDocument* document, EntityName name) {
+    RecordAttributes result;
+    const Located found = locate(*document, name);
+    if (!found) return result;
+    const auto list = found.drawing->attributesOf(found.number);
+    for (const Attribute& attribute : list->items)
+        result.items.push_back({attribute.name, attribute.value, attributeCost(attribute)});
+    result.used = list->used();
+    result.free = kRoomPerRecord - result.used;
+    result.damage = list->damage;
+    return result;
+}
+
+std::optional<EntityName> findSymbol(const AcApDocument* document, std::string_view table,
+                                     std::wstring_view name) {
+    Drawing& drawing = drawingOf(document);
+    const RecordNumber number = drawing.findSymbol(table, name);
+    return number == 0 ? std::nullopt : std::optional(drawing.nameOf(number));
+}
+
+std::optional<EntityName> firstEntityOfBlock(const AcApDocument* document,
+                                             std::wstring_view block) {
+    Drawing& drawing = drawingOf(document);
+    const ContainerNumber container = drawing.findBlock(block);
+    const RecordNumber first = container == kNoContainer ? 0 : drawing.nextMember(container, 0);
+    return first == 0 ? std::nullopt : std::optional(drawing.nameOf(first));
+}
+
+bool hasBlock(const AcApDocument* document, std::wstring_view block) {
+    return drawingOf(document).findBlock(block) != kNoContainer;
+}
+
+void forEachInsert(const AcApDocument* document, std::wstring_view block,
+                   const std::function<void(const RecordInfo&)>& visit) {
+    Drawing& drawing = drawingOf(document);
+    const std::uint16_t insert = drawing.typeNumber("INSERT");
+    const std::wstring wanted = upperCase(block);
+    for (RecordNumber number = 1; number <= drawing.lastRecord(); ++number) {
+        const RecordEntry& entry = drawing.entry(number);
+        if (entry.type != insert || entry.has(kErased | kGone) || !drawing.isSpace(entry.container))
+            continue;
+        const auto name = drawing.textOf(number, 2);
+        if (name && upperCase(*name) == wanted) visit(infoOf({&drawing, number, nullptr}));
+    }
+}
+
+long attributeBytes(std::wstring_view name, const CMORAdsLispVar& value) {
+    return attributeCost({std::wstring(name), value});
+}
+
+bool hasFreeHandle(const AcApDocument* document) { return drawingOf(document).nextHandle() != 0; }
+
+bool renewHandle(AcApDocument* document, EntityName name) {
+    Drawing& drawing = drawingOf(document);
+    const RecordNumber number = drawing.numberOf(name);
+    return number != 0 && drawing.renewHandle(number) != 0;
+}
+
+bool holdsEntityName(const CMORAdsLispVar& value) {
+    return std::ranges::any_of(
+        tokensOf(value), [](const LispToken& token) { return token.is(LispKind::EntityName); });
+}
+
+std::vector<Problem> documentProblems(const AcApDocument* document) {
+    Drawing& drawing = drawingOf(document);
+    std::vector<Problem> problems;
+    if (!drawing.index().sawEof)
+        problems.push_back({Problem::Kind::MissingEof, {}, "the file does not end with EOF"});
+    for (const auto& [handle, count] : drawing.doubledHandles())
+        problems.push_back({Problem::Kind::DoubledHandle, handleToText(handle),
+                            "the handle " + handleToText(handle) + " stands on " +
+                                std::to_string(count) + " records"});
+    return problems;
+}
+
+}  // namespace mor::host

@@ -1,0 +1,201 @@
+#include "host/documents/document.h"
+#include "host/documents/reference.h"
+#include "host/host.h"
+#include "platform/runtime.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+#include <utility>
+
+namespace mor::host {
+
+namespace {
+
+constexpr std::string_view kActivePaper = "*Paper_Space";
+constexpr std::int64_t kAnonymousFlag = 1;
+constexpr std::int64_t kAttributesFlag = 2;
+
+std::array<double, 3> pointOf(const TagList& record, int code) {
+    std::array<double, 3> point{};
+    for (std::size_t i = 0; i < point.size(); ++i)
+        if (const Tag* tag = record.find(code + 10 * static_cast<int>(i)))
+            point[i] = parseReal(record.value(*tag)).value_or(0.0);
+    return point;
+}
+
+/// Tables whose symbols a drawing knows under the names of its references. Those of applications
+/// are the same in every drawing; views and the like stay each drawing's own.
+bool isQualified(std::string_view table) {
+    static constexpr std::string_view tables[] = {"LAYER", "LTYPE", "STYLE", "DIMSTYLE"};
+    return std::ranges::find(tables, table) != std::end(tables);
+}
+
+std::array<double, 3> recordedBase(Drawing& drawing, ContainerNumber block) {
+    return pointOf(drawing.current(drawing.container(block).head), 10);
+}
+
+}  // namespace
+
+std::size_t countEntities(const Drawing& drawing, ContainerNumber container) {
+    std::size_t count = 0;
+    for (RecordNumber at = drawing.nextMember(container, 0); at != 0;
+         at = drawing.nextMember(container, at))
+        if (!drawing.entry(at).has(kSubEntity)) ++count;
+    return count;
+}
+
+FoundBlock resolveBlock(AcApDocument& document, std::wstring_view name) {
+    if (name.find(L'|') != std::wstring_view::npos) {
+        const References::Target target = document.references->resolve(name);
+        if (target.mount != nullptr) {
+            Drawing& drawing = *target.mount->drawing;
+            const ContainerNumber block = drawing.findBlock(target.rest);
+            if (block == kNoContainer || drawing.container(block).layout) return {};
+            return {target.mount, block};
+        }
+    }
+    return {nullptr, document.drawing->findBlock(name)};
+}
+
+BlockEntities entitiesOf(AcApDocument& document, Mount* owner, ContainerNumber block) {
+    Drawing& drawing = owner == nullptr ? *document.drawing : *owner->drawing;
+    if (Mount* reference = document.references->mount(owner, block))
+        return {reference->drawing.get(), reference, kModelSpace};
+    const Container& container = drawing.container(block);
+    if (!container.layout)
+        return {isReferenceBlock(drawing, block) ? nullptr : &drawing, owner, block};
+    // The block of a space may be empty and its entities stand in the space itself.
+    const bool active = container.name.size() == kActivePaper.size();
+    return {&drawing, owner, !container.paper ? kModelSpace : active ? kPaperSpace : block};
+}
+
+Located firstEntityOf(AcApDocument& document, Mount* owner, ContainerNumber block) {
+    const BlockEntities found = entitiesOf(document, owner, block);
+    if (found.drawing == nullptr) return {};
+    const RecordNumber first = found.drawing->nextMember(found.container, 0);
+    return {found.drawing, first, found.mount};
+}
+
+std::array<double, 3> baseOf(AcApDocument& document, Mount* owner, ContainerNumber block) {
+    Drawing& drawing = owner == nullptr ? *document.drawing : *owner->drawing;
+    const Mount* reference = document.references->mount(owner, block);
+    if (reference != nullptr && reference->drawing)
+        if (const auto own = reference->drawing->insertionBase()) return *own;
+    return recordedBase(drawing, block);
+}
+
+bool holdsAttributeDefinitions(Drawing& drawing, ContainerNumber block) {
+    if ((drawing.integerOf(drawing.container(block).head, 70).value_or(0) & kAttributesFlag) != 0)
+        return true;
+    const std::uint16_t definition = drawing.typeNumber("ATTDEF");
+    RecordNumber at = drawing.nextMember(block, 0);
+    while (at != 0 && drawing.entry(at).type != definition) at = drawing.nextMember(block, at);
+    return at != 0;
+}
+
+bool isAnonymousBlock(Drawing& drawing, ContainerNumber block) {
+    if ((drawing.integerOf(drawing.container(block).head, 70).value_or(0) & kAnonymousFlag) != 0)
+        return true;
+    const std::string_view name = drawing.container(block).name;
+    return name.size() > 2 && name[0] == '*' && isAlpha(static_cast<unsigned char>(name[1])) &&
+           name.find_first_not_of("0123456789", 2) == std::string_view::npos;
+}
+
+Located resolveSymbol(AcApDocument& document, std::string_view table, std::wstring_view name) {
+    if (const RecordNumber own = document.drawing->findSymbol(table, name))
+        return {document.drawing.get(), own, nullptr};
+    if (name.find(L'|') == std::wstring_view::npos || !isQualified(table)) return {};
+    const References::Target target = document.references->resolve(name);
+    if (target.mount == nullptr || isCommonSymbol(table, target.rest)) return {};
+    // A referring drawing's own record wins over that of the drawing it refers to, like the
+    // document's.
+    Located over;
+    for (const Mount* mount = target.mount->parent; mount != nullptr; mount = mount->parent) {
+        const std::wstring_view rest = name.substr(mount->name.size() + 1);
+        if (const RecordNumber outer = mount->drawing->findSymbol(table, rest))
+            over = {mount->drawing.get(), outer, mount};
+    }
+    if (over) return over;
+    Drawing& drawing = *target.mount->drawing;
+    return {&drawing, drawing.findSymbol(table, target.rest), target.mount};
+}
+
+namespace {
+
+/// A drawing that a path of references leads to; no drawing when there is none.
+struct Reached {
+    Drawing* drawing = nullptr;
+    Mount* mount = nullptr;
+
+    [[nodiscard]] SymbolInfo symbol(std::string_view table, RecordNumber number,
+                                    std::wstring text) const {
+        const Located found{drawing, number, mount};
+        std::wstring qualified = found.qualified(table, text);
+        return {found.nameOf(number), std::move(text), std::move(qualified)};
+    }
+};
+
+Reached reach(AcApDocument& document, std::wstring_view reference) {
+    if (reference.empty()) return {document.drawing.get(), nullptr};
+    const References::Target target = document.references->resolve(std::wstring(reference) + L"|");
+    if (target.mount == nullptr || !target.rest.empty()) return {};
+    return {target.mount->drawing.get(), target.mount};
+}
+
+}  // namespace
+
+void forEachSymbol(AcApDocument* document, std::wstring_view reference, std::string_view table,
+                   const std::function<void(const SymbolInfo&)>& visit) {
+    const Reached found = reach(*document, reference);
+    if (found.drawing == nullptr) return;
+    const ContainerNumber container = found.drawing->findTable(table);
+    if (container == kNoContainer) return;
+    for (RecordNumber at = found.drawing->nextMember(container, 0); at != 0;
+         at = found.drawing->nextMember(container, at))
+        if (auto text = found.drawing->textOf(at, 2))
+            visit(found.symbol(table, at, std::move(*text)));
+}
+
+SymbolInfo symbolInfo(const AcApDocument* document, std::string_view table, EntityName name) {
+    const Located found = locate(*document, name);
+    std::wstring text = found.drawing->textOf(found.number, 2).value_or(L"");
+    std::wstring qualified = found.qualified(table, text);
+    return {name, std::move(text), std::move(qualified)};
+}
+
+std::optional<EntityName> resolveSymbol(AcApDocument* document, std::string_view table,
+                                        std::wstring_view qualified) {
+    const Located found = resolveSymbol(*document, table, qualified);
+    return found ? std::optional(found.nameOf(found.number)) : std::nullopt;
+}
+
+void forEachBlock(AcApDocument* document, std::wstring_view reference,
+                  const std::function<void(const BlockInfo&)>& visit) {
+    const Reached found = reach(*document, reference);
+    if (found.drawing == nullptr) return;
+    Drawing& drawing = *found.drawing;
+    const std::map<std::wstring, std::size_t>& inserts = drawing.insertCounts();
+    for (ContainerNumber block = 1; block < drawing.containers().size(); ++block) {
+        const Container& container = drawing.container(block);
+        if (container.kind != ContainerKind::Block || container.head == 0) continue;
+        BlockInfo info;
+        info.symbol = found.symbol("BLOCK", container.head, drawing.containerName(block));
+        info.flags = drawing.integerOf(container.head, 70).value_or(0);
+        info.anonymous = isAnonymousBlock(drawing, block);
+        info.attributes = holdsAttributeDefinitions(drawing, block);
+        info.reference = isReferenceBlock(drawing, block);
+        info.layout = container.layout;
+        if (info.reference) info.path = drawing.textOf(container.head, 1).value_or(L"");
+        info.base = baseOf(*document, found.mount, block);
+        info.recordedBase = recordedBase(drawing, block);
+        const BlockEntities entities = entitiesOf(*document, found.mount, block);
+        if (entities.drawing != nullptr)
+            info.entities = countEntities(*entities.drawing, entities.container);
+        if (const auto count = inserts.find(upperCase(info.symbol.symbol)); count != inserts.end())
+            info.inserts = count->second;
+        visit(info);
+    }
+}
+
+}  // namespace mor::host

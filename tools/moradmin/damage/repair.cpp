@@ -1,0 +1,84 @@
+#include "dwgfs/names.h"
+#include "frame/message_system.h"
+#include "host/host.h"
+#include "platform/entity.h"
+#include "tools/moradmin/commands.h"
+#include "tools/moradmin/damage/check.h"
+#include "tools/moradmin/damage/salvage.h"
+#include "tools/moradmin/failure.h"
+#include "tools/moradmin/output.h"
+
+#include <algorithm>
+#include <iostream>
+#include <string>
+
+namespace mor::tool {
+
+namespace {
+
+/// Nothing of the store is left: no directory, no root link that would name one.
+void removeStore(Session& session, bool extended) {
+    Store& store = session.store();
+    if (extended)
+        store.removeFileSystemEx();
+    else
+        store.removeFileSystem();
+    const auto anchor = host::firstEntityOfBlock(session.document(), kFileSystemBlock);
+    CMOREntity entity;
+    ads_name name{};
+    if (anchor) anchor->copyTo(name);
+    if (!anchor || !entity.Connect(name)) return;
+    if (entity.DeleteAttribute(kRootLink)) entity.Flush();
+}
+
+void sendCheck() {
+    static_cast<void>(CMORCadDwgFileSystem::getTheGlobalObject());  // it is this object that checks
+    MOR_AdsMsgSystemClass::getTheGlobalObject()->sendMessage(
+        MOR_AdsMsgSystemClass::CheckDwgFileSystem);
+}
+
+void salvage(Session& session) {
+    const StoreState before = session.takeState();
+    if (before.findings.empty()) return;
+    const SalvagePlan plan = planSalvage(session, before);
+    for (const std::string& line : applySalvage(session, before, plan)) std::cout << line << "\n";
+}
+
+}  // namespace
+
+int runRepair(Session& session, const Options& options) {
+    if (options.salvage + options.library + options.reset > 1)
+        throw Failure(kUsage, "one of --salvage, --library and --reset, please");
+    if (options.reset && !options.yes)
+        throw Failure(kUsage, "--reset erases every stored value; say --yes when that is meant");
+    if (options.library)
+        sendCheck();
+    else if (options.reset)
+        removeStore(session, true);
+    else
+        salvage(session);
+    session.forget();
+    const StoreState& after = session.state();
+    int left = 0;
+    for (const Finding& finding : after.findings) {
+        if (finding.severity == Finding::Severity::Note) continue;
+        printFinding(session.file(), finding);
+        left += finding.severity == Finding::Severity::Error ? 1 : 0;
+    }
+    if (left == 0) return kDone;
+    // What could be mended is saved all the same.
+    session.save(options);
+    std::cout.flush();
+    printNote(session.message(std::to_string(left) + " errors are left"));
+    return kDamaged;
+}
+
+int runWipe(Session& session, const Options& options) {
+    if (!options.yes)
+        throw Failure(kUsage, "wipe removes every stored value; say --yes when that is meant");
+    if (session.state().kind == StoreState::Kind::None) return kDone;
+    removeStore(session, options.extended);
+    return kDone;
+}
+
+}  // namespace mor::tool

@@ -1,0 +1,190 @@
+#include "tools/moradmin/references/entity_record.h"
+
+#include "platform/entity_calls.h"
+#include "platform/types.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
+namespace mor::tool {
+
+namespace {
+
+constexpr int kApplication = 1001;
+constexpr int kControl = 102;
+constexpr int kSplineFrame = 16;  // flag of a vertex that only controls a fitted curve
+constexpr int kMeshVertex = 64;
+constexpr int kFace = 128;
+constexpr int kSpatialFlags = 8 + 16 + 64;
+constexpr int kMeshFlags = 16 + 64;
+
+/// Entities whose coordinates stand in the plane of their normal; those of all others are their
+/// owner's.
+bool isPlanar(std::string_view type) {
+    static constexpr std::string_view planar[] = {"ARC",    "ATTDEF", "ATTRIB", "CIRCLE", "HATCH",
+                                                  "INSERT", "SHAPE",  "SOLID",  "TEXT",   "TRACE"};
+    return std::ranges::find(planar, type) != std::end(planar);
+}
+
+bool isText(std::string_view type) {
+    return type == "TEXT" || type == "ATTRIB" || type == "ATTDEF";
+}
+
+/// Group codes of the points that define an entity.
+std::vector<int> pointCodes(const EntityRecord& record) {
+    const std::string_view type = record.type();
+    if (isText(type)) return {isAligned(record) ? 11 : 10};
+    if (type == "LINE") return {10, 11};
+    if (type == "SOLID" || type == "TRACE" || type == "3DFACE") return {10, 11, 12, 13};
+    return {10};
+}
+
+std::string_view bare(std::string_view text) {
+    while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
+    while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
+    return text;
+}
+
+}  // namespace
+
+std::optional<double> readReal(std::string_view text) {
+    text = bare(text);
+    if (text.starts_with('+')) text.remove_prefix(1);
+    double value = 0.0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value))
+        return std::nullopt;
+    return value;
+}
+
+std::optional<std::int64_t> readInteger(std::string_view text) {
+    text = bare(text);
+    if (text.starts_with('+')) text.remove_prefix(1);
+    std::int64_t value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    return value;
+}
+
+GroupKind groupKind(int code) {
+    const auto among = [code](int first, int last) { return code >= first && code <= last; };
+    if (among(10, 59) || among(110, 149) || among(210, 239) || among(460, 469) || among(1010, 1059))
+        return GroupKind::Real;
+    if (among(60, 99) || among(160, 179) || among(270, 299) || among(370, 389) || among(400, 409) ||
+        among(420, 429) || among(440, 459) || among(1060, 1071))
+        return GroupKind::Integer;
+    return GroupKind::Text;
+}
+
+EntityRecord::EntityRecord(const AcApDocument* document, mor::EntityName name) {
+    bool inGroup = false;
+    bool extended = false;
+    for (host::RecordGroup& group : host::recordGroups(document, name)) {
+        m_bytes += sizeof group + group.value.size();
+        extended = extended || group.code == kApplication;
+        if (extended) continue;
+        if (group.code == 0 && m_type.empty()) m_type = group.value;
+        if (group.code == kControl)
+            inGroup = group.value.starts_with("{");
+        else if (!inGroup)
+            m_groups.push_back(std::move(group));
+    }
+}
+
+const std::string* EntityRecord::find(int code) const {
+    const auto found = std::ranges::find(m_groups, code, &host::RecordGroup::code);
+    return found == m_groups.end() ? nullptr : &found->value;
+}
+
+std::string EntityRecord::text(int code) const {
+    const std::string* found = find(code);
+    return found == nullptr ? std::string() : *found;
+}
+
+double EntityRecord::real(int code, double missing) const {
+    const std::string* found = find(code);
+    return found == nullptr ? missing : readReal(*found).value_or(missing);
+}
+
+int EntityRecord::integer(int code, int missing) const {
+    const double value = real(code, missing);
+    return std::fabs(value) < 2147483648.0 ? static_cast<int>(value) : missing;
+}
+
+std::optional<Point> EntityRecord::point(int code) const {
+    if (find(code) == nullptr) return std::nullopt;
+    return Point{real(code), real(code + 10), real(code + 20)};
+}
+
+std::vector<Vertex> verticesOf(const EntityRecord& polyline) {
+    const double elevation = polyline.real(38);
+    std::vector<Vertex> vertices;
+    for (const host::RecordGroup& group : polyline.groups()) {
+        const double value = readReal(group.value).value_or(0.0);
+        if (group.code == 10)
+            vertices.push_back({{value, 0.0, elevation}, 0.0});
+        else if (group.code == 20 && !vertices.empty())
+            vertices.back().at[1] = value;
+        else if (group.code == 30 && !vertices.empty())
+            vertices.back().at[2] = value;
+        else if (group.code == 42 && !vertices.empty())
+            vertices.back().bulge = value;
+    }
+    return vertices;
+}
+
+std::vector<Vertex> verticesBehind(const AcApDocument* document, mor::EntityName name,
+                                   const EntityRecord& polyline, std::size_t& read) {
+    // The height of a flat one stands in its own record, and most writers repeat it.
+    const double elevation = isSpatial(polyline) ? 0.0 : polyline.real(30);
+    std::vector<Vertex> vertices;
+    ads_name at{};
+    name.copyTo(at);
+    while (acdbEntNext(at, at) == RTNORM) {
+        const EntityRecord vertex(document, mor::EntityName(at));
+        read += vertex.bytes();
+        if (vertex.type() != "VERTEX") break;
+        const int flags = vertex.integer(70);
+        const bool face = (flags & kFace) != 0 && (flags & kMeshVertex) == 0;  // names vertices
+        if ((flags & kSplineFrame) != 0 || face) continue;
+        vertices.push_back({vertex.point(10, {}), vertex.real(42)});
+        if (elevation != 0.0) vertices.back().at[2] = elevation;
+    }
+    return vertices;
+}
+
+bool isAligned(const EntityRecord& text) {
+    const int across = text.integer(72);
+    const int down = text.integer(text.type() == "TEXT" ? 73 : 74);
+    return across != 3 && across != 5 && (across != 0 || down != 0) && text.find(11) != nullptr;
+}
+
+bool isSpatial(const EntityRecord& polyline) { return (polyline.integer(70) & kSpatialFlags) != 0; }
+
+bool isMesh(const EntityRecord& polyline) { return (polyline.integer(70) & kMeshFlags) != 0; }
+
+std::vector<Point> pointsOf(const AcApDocument* document, mor::EntityName name) {
+    const EntityRecord record(document, name);
+    const bool old = record.type() == "POLYLINE";
+    std::vector<Point> points;
+    std::size_t read = 0;
+    if (old || record.type() == "LWPOLYLINE") {
+        for (const Vertex& vertex :
+             old ? verticesBehind(document, name, record, read) : verticesOf(record))
+            points.push_back(vertex.at);
+    } else if (record.type() == "LEADER") {
+        for (const Vertex& vertex : verticesOf(record)) points.push_back(vertex.at);
+    } else {
+        for (const int code : pointCodes(record))
+            if (const auto point = record.point(code)) points.push_back(*point);
+    }
+    const bool inPlane =
+        old ? !isSpatial(record) : record.type() == "LWPOLYLINE" || isPlanar(record.type());
+    if (!inPlane) return points;
+    const host::PlaneAxes axes = record.plane();
+    for (Point& point : points) point = fromPlane(axes, point);
+    return points;
+}
+
+}  // namespace mor::tool

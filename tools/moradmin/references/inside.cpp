@@ -1,0 +1,163 @@
+#include "platform/entity.h"
+#include "platform/runtime.h"
+#include "space/global_view.h"
+#include "tools/moradmin/failure.h"
+#include "tools/moradmin/output.h"
+#include "tools/moradmin/picture/geometry.h"
+#include "tools/moradmin/references/references.h"
+#include "tools/moradmin/session.h"
+#include "xref/space_iterator.h"
+#include "xref/xref_view.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+
+// How a session comes to look through a reference.
+
+namespace mor::tool {
+
+namespace {
+
+constexpr char kBar = '|';
+
+std::string whyNotLoaded(const host::ReferenceInfo& info) {
+    std::string why = "the reference " + utf8(info.name) + " is not loaded";
+    for (const host::ReferenceTry& attempt : info.tries) why += "; " + whyNot(attempt);
+    return why;
+}
+
+/// Why a view does not find its insert again, where the handle leads to another record; or empty.
+std::string whyNotPlaced(const AcApDocument* document, mor::EntityName insert) {
+    const std::string handle = host::handleText(host::recordInfo(document, insert)->handle);
+    const auto first = host::findHandle(document, wide(handle));
+    if (!first || *first == insert) return {};
+    return ": the handle " + handle +
+           " of its insert stands twice, and the first record with it (" +
+           host::recordInfo(document, *first)->type +
+           ") keeps it; the audit of a CAD program gives the insert another one";
+}
+
+/// The block that an insert names, as the drawing knows it; none for anything but an insert.
+std::optional<std::wstring> insertedBlock(mor::EntityName name) {
+    ads_name words{};
+    name.copyTo(words);
+    CMOREntity entity;
+    const wchar_t* block = nullptr;
+    if (!entity.Connect(words) || entity.Type().CompareNoCase(L"INSERT") != 0 ||
+        !entity.GetEntityEntry(2, block) || block == nullptr)
+        return std::nullopt;
+    return block;
+}
+
+}  // namespace
+
+/// An insert of the drawing's own: the first one of that block in its spaces, or the one of that
+/// handle.
+mor::EntityName Session::findInsert(const std::string& word) {
+    const std::wstring name = wide(word);
+    mor::EntityName found;
+    host::forEachInsert(m_document, name, [&](const host::RecordInfo& info) {
+        if (found.isNone()) found = info.name;
+    });
+    if (!found.isNone()) return found;
+    if (host::hasBlock(m_document, name)) {
+        const auto info = host::findReference(m_document, name);
+        if (!info) throw Failure(kRefused, message(word + " is no external reference"), word);
+        throw Failure(
+            kRefused,
+            message(
+                word + " is attached but nowhere inserted" +
+                (info->inserts == 0 ? "" : " in a space; an insert in a block goes by its handle")),
+            word);
+    }
+    const auto record = host::findHandle(m_document, name);
+    if (!record || host::recordInfo(m_document, *record)->type != "INSERT")
+        throw Failure(
+            kRefused,
+            message("there is no reference \"" + word + "\" and no insert of that handle"), word);
+    const auto info = host::recordInfo(m_document, *record);
+    if (info->place == host::Place::BlockDefinition) m_placedIn = info->container;
+    return *record;
+}
+
+/// The same among the entities of the reference that is looked through so far.
+mor::EntityName Session::findInsertBelow(const std::string& word) {
+    const std::wstring block = m_reference + L"|" + wide(word);
+    MOR_SpaceIterator entities(view());
+    while (const ads_name* name = entities()) {
+        const auto inserted = insertedBlock(mor::EntityName(*name));
+        if (inserted && equalNoCase(*inserted, block)) return mor::EntityName(*name);
+    }
+    ads_name found{};
+    if (view().handEnt(wide(word).c_str(), found) && insertedBlock(mor::EntityName(found)))
+        return mor::EntityName(found);
+    throw Failure(kRefused,
+                  message(utf8(m_reference) + " has no insert of a reference \"" + word +
+                          "\" and no insert of that handle"),
+                  word);
+}
+
+void Session::goThrough(mor::EntityName insert, const std::string& word) {
+    const std::wstring block = insertedBlock(insert).value_or(L"");
+    const auto info = host::findReference(m_document, block);
+    if (!info) throw Failure(kRefused, message(word + " is no external reference"), word);
+    if (info->status != host::ReferenceStatus::Loaded)
+        throw Failure(kRefused, message(whyNotLoaded(*info)), word);
+    // A view finds its insert again by the handle; old drawings may have none.
+    const auto record = host::recordInfo(m_document, insert);
+    if (record->handle == 0 && m_inserts.empty())
+        static_cast<void>(host::renewHandle(m_document, insert));  // in memory, never saved
+    ads_name words{};
+    insert.copyTo(words);
+    if (!CMORCadView::connectTheGlobalObject(words))
+        throw Failure(kRefused,
+                      message("the reference " + utf8(block) +
+                              (info->entities == 0
+                                   ? " has no entities to look through"
+                                   : " cannot be looked through: its name is too long, or its "
+                                     "insert has no handle")),
+                      word);
+    m_inserts.push_back(insert);
+    m_reference = info->name;
+    m_inside = info->found.string();
+}
+
+void Session::enter(const std::string& words) {
+    // A name with bars in it, or what the drawing itself inserts of a reference's reference.
+    bool whole = false;
+    host::forEachInsert(m_document, wide(words),
+                        [&whole](const host::RecordInfo& /*insert*/) { whole = true; });
+    if (whole) return goThrough(findInsert(words), words);
+    for (std::size_t begin = 0, end = 0; end != std::string::npos; begin = end + 1) {
+        end = words.find(kBar, begin);
+        const std::string word = words.substr(begin, end == std::string::npos ? end : end - begin);
+        goThrough(m_inserts.empty() ? findInsert(word) : findInsertBelow(word), word);
+    }
+}
+
+CMORMathTransMatrix Session::placement() const {
+    CMORMathTransMatrix result;
+    for (const mor::EntityName& insert : m_inserts) {
+        ads_name words{};
+        insert.copyTo(words);
+        CMORAdsTransformation step;
+        // A view looks its insert up in the drawing itself: further in, the transformation is read
+        // from the insert of the referenced drawing.
+        MOR_XRefView first;
+        const bool read = insert == m_inserts.front() ? first.connect(words) && first.getMat(step)
+                                                      : step.loadFromEntity(words);
+        if (!read)
+            throw Failure(kRefused,
+                          message("the placement of " + utf8(m_reference) + " cannot be read" +
+                                  whyNotPlaced(m_document, m_inserts.front())));
+        result = product(result, step.matrix);
+    }
+    for (const auto& row : result.rows)
+        if (!std::ranges::all_of(row, [](double value) { return std::isfinite(value); }))
+            throw Failure(kRefused, message("the placement of " + utf8(m_reference) +
+                                            " holds numbers that are out of range"));
+    return result;
+}
+
+}  // namespace mor::tool

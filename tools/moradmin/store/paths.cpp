@@ -1,0 +1,74 @@
+#include "tools/moradmin/store/paths.h"
+
+#include "dwgfs/path_rules.h"
+#include "tools/moradmin/failure.h"
+#include "tools/moradmin/output.h"
+
+namespace mor::tool {
+
+namespace {
+
+constexpr const char* kNameRule =
+    "names begin with a letter or digit, go on with letters, digits, blanks, - and _, and hold a "
+    "letter";
+
+}  // namespace
+
+std::wstring filePath(const Session& session, const std::string& word) {
+    const std::wstring path = wide(word);
+    if (isFilePath(path) && path.size() <= kMaxPathLength &&
+        nameOf(path).size() <= kMaxFileNameLength)
+        return path;
+    std::string hint = kNameRule;
+    if (!path.starts_with(L'/'))
+        hint = "a path begins with /, as in /cfg/x";
+    else if (path.find(L'/', 1) == std::wstring::npos)
+        hint = "files lie in directories, as in /cfg/x";
+    else if (path.size() > kMaxPathLength)
+        hint = "a path has at most 1023 characters";
+    else if (nameOf(path).size() > kMaxFileNameLength)
+        hint = "a file name has at most 127 characters";
+    throw Failure(kRefused, session.message("\"" + word + "\" is no file path: " + hint), word);
+}
+
+std::wstring directoryPath(const Session& session, const std::string& word) {
+    std::wstring path = wide(word);
+    if (path.size() > 1 && path.ends_with(L'/')) path.pop_back();
+    if (isDirPath(path) && path.size() <= kMaxPathLength) return path;
+    std::string hint = kNameRule;
+    if (!path.starts_with(L'/'))
+        hint = "a path begins with /, as in /cfg";
+    else if (path.size() > kMaxPathLength)
+        hint = "a path has at most 1023 characters";
+    throw Failure(kRefused, session.message("\"" + word + "\" is no directory path: " + hint),
+                  word);
+}
+
+std::wstring parentOf(const std::wstring& path) {
+    const std::size_t slash = path.rfind(L'/');
+    return slash == 0 ? L"/" : path.substr(0, slash);
+}
+
+std::wstring nameOf(const std::wstring& path) { return path.substr(path.rfind(L'/') + 1); }
+
+std::wstring joined(const std::wstring& directory, const std::wstring& name) {
+    return (directory == L"/" ? L"" : directory) + L"/" + name;
+}
+
+bool isStoredFile(Session& session, const std::wstring& path) {
+    return isFilePath(path) && session.hasDirectories() && session.store().isFile(path.c_str()) &&
+           !session.store().isDirectory(path.c_str());
+}
+
+bool isStoredDirectory(Session& session, const std::wstring& path) {
+    return path == L"/" || (session.hasDirectories() && session.store().isDirectory(path.c_str()));
+}
+
+void refuseMissing(Session& session, const std::wstring& path) {
+    const std::string shown = utf8(path);
+    if (session.hasDirectories() && session.store().isDirectory(path.c_str()))
+        throw Failure(kRefused, session.message(shown + " is a directory, not a file"), shown);
+    throw Failure(kRefused, session.message(shown + " is not there"), shown);
+}
+
+}  // namespace mor::tool
