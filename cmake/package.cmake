@@ -1,0 +1,47 @@
+# What `cmake --install` and `cpack` give: the tool, and the libraries with their headers as a package
+# that find_package(moradmin) finds: moradmin::mor, and in front of which program it stands
+# moradmin::host.
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+set(config_folder ${CMAKE_INSTALL_LIBDIR}/cmake/moradmin)
+
+set_target_properties(mor_platform PROPERTIES EXPORT_NAME platform)
+set_target_properties(mor_host PROPERTIES EXPORT_NAME host)
+install(TARGETS mor_platform mor mor_host EXPORT moradminTargets
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
+install(EXPORT moradminTargets NAMESPACE moradmin:: DESTINATION ${config_folder}
+        COMPONENT development)
+foreach(folder IN ITEMS platform frame space xref dwgfs)
+  install(DIRECTORY ${folder} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/moradmin
+          COMPONENT development FILES_MATCHING PATTERN "*.h")
+endforeach()
+install(FILES host/faults.h host/host.h host/result.h
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/moradmin/host COMPONENT development)
+
+configure_package_config_file(cmake/moradminConfig.cmake.in moradminConfig.cmake
+                              INSTALL_DESTINATION ${config_folder})
+write_basic_package_version_file(moradminConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/moradminConfig.cmake
+              ${PROJECT_BINARY_DIR}/moradminConfigVersion.cmake
+        DESTINATION ${config_folder} COMPONENT development)
+
+install(TARGETS moradmin RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tool)
+install(FILES README.md docs/damage.md docs/json.md docs/dump.schema.json
+        DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT tool)
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME moradmin)
+set(CPACK_PACKAGE_CONTACT "the moradmin developers <moradmin@localhost>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY
+    "looks into, fills, checks and repairs the file store inside CAD drawings")
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SECTION utils)
+find_program(DPKG_SHLIBDEPS dpkg-shlibdeps)
+if(DPKG_SHLIBDEPS)
+  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+else()
+  set(CPACK_DEBIAN_PACKAGE_DEPENDS "libc6, libstdc++6")
+endif()
+include(CPack)
