@@ -113,11 +113,11 @@ void Painter::paintEntity(mor::EntityName name, const Inserted& where) {
     CMOREntity entity;
     short paper = 0;
     if (!entity.Connect(words)) return;
+    ++m_visited;
     const std::string type = utf8(entity.Type().GetString());
     if (isSubEntity(type) || type == "ATTDEF" || type == "VIEWPORT") return;
     if (entity.GetGroupShort(67, &paper) && paper != 0) return;  // of a layout
     if (isFull()) return leaveOut(kTooMany);
-    ++m_visited;
     const Origin origin = originOf(entity, where);
     const Layer& shown = layerOf(origin, where);
     const EntityRecord record(m_session.document(), name);
