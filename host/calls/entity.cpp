@@ -1,7 +1,7 @@
 #include "platform/entity.h"
 
-#include "host/counters.h"
 #include "host/documents/document.h"
+#include "host/documents/running_counters.h"
 #include "host/faults.h"
 #include "host/lisp/lisp_value.h"
 #include "platform/entity_calls.h"

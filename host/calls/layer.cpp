@@ -1,5 +1,5 @@
-#include "host/counters.h"
 #include "host/documents/document.h"
+#include "host/documents/running_counters.h"
 #include "host/faults.h"
 #include "platform/entity.h"
 

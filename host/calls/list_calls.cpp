@@ -1,7 +1,7 @@
 #include "platform/list_calls.h"
 
 #include "host/calls/list_kind.h"
-#include "host/counters.h"
+#include "host/documents/running_counters.h"
 #include "host/faults.h"
 #include "host/permanent.h"
 

@@ -1,8 +1,8 @@
 #include "platform/selection_calls.h"
 
 #include "host/calls/selection_filter.h"
-#include "host/counters.h"
 #include "host/documents/document.h"
+#include "host/documents/running_counters.h"
 #include "host/faults.h"
 #include "host/permanent.h"
 

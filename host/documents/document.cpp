@@ -1,7 +1,7 @@
 #include "host/documents/document.h"
 
 #include "host/calls/entity_make.h"
-#include "host/counters.h"
+#include "host/documents/running_counters.h"
 #include "host/faults.h"
 #include "host/permanent.h"
 
