@@ -53,11 +53,25 @@ struct DocumentInfo {
 
 // ---- saving
 
+/// What stands under a name, links followed, at one moment.
+struct FileState {
+    bool exists = false;
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+    std::uint64_t size = 0;
+    std::int64_t seconds = 0;  ///< of its last change
+    std::int64_t nanoseconds = 0;
+    friend bool operator==(const FileState&, const FileState&) = default;
+};
+[[nodiscard]] FileState fileState(const std::filesystem::path& path);
+
 struct SaveOptions {
     std::filesystem::path output;  ///< empty: the file the document was opened from
     bool backup = true;            ///< keep the old file as NAME.bak
     bool dryRun = false;           ///< everything but writing to the folder
     bool overwrite = true;         ///< false: refuse when the target exists
+    /// Of `output` when the work began: refuse when something else stands there now.
+    std::optional<FileState> before = {};
 };
 
 /// One record that a save writes anew, in the order of the file.

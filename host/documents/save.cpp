@@ -149,6 +149,16 @@ private:
     TemporaryName m_backup;
 };
 
+FileState stateOf(bool exists, const struct stat& status) {
+    if (!exists) return {};
+    return {true,
+            static_cast<std::uint64_t>(status.st_dev),
+            static_cast<std::uint64_t>(status.st_ino),
+            static_cast<std::uint64_t>(status.st_size),
+            status.st_mtim.tv_sec,
+            status.st_mtim.tv_nsec};
+}
+
 std::optional<Error> SaveRun::findTarget() {
     m_inPlace = m_options.output.empty();
     const fs::path named = m_inPlace ? m_document.path : m_options.output;
@@ -163,6 +173,8 @@ std::optional<Error> SaveRun::findTarget() {
     m_inPlace = m_inPlace || fs::equivalent(m_target, m_document.path, unknown);
     m_exists = ::stat(m_target.c_str(), &m_status) == 0;
     if (m_exists && !S_ISREG(m_status.st_mode)) return failure("is no regular file");
+    if (!m_inPlace && m_options.before && *m_options.before != stateOf(m_exists, m_status))
+        return failure("was changed by another program since the work began; look at it first");
     if (m_exists && !m_options.overwrite) return failure("exists already; choose another name");
     if (m_exists && ::access(m_target.c_str(), W_OK) != 0)
         return systemFailure("cannot be written");
@@ -203,7 +215,8 @@ std::optional<Error> SaveRun::lockTarget() {
     m_held = stampOf(m_lock.get());
     const bool replaced = m_held.inode != static_cast<std::uint64_t>(status.st_ino) ||
                           m_held.device != static_cast<std::uint64_t>(status.st_dev);
-    if (replaced || (m_inPlace && m_held != m_document.stamp))
+    if (replaced || (m_inPlace && m_held != m_document.stamp) ||
+        (!m_inPlace && m_options.before && *m_options.before != stateOf(true, status)))
         return failure("was changed by another program since it was loaded; load it again");
     // Not tested: who saves a name that was free then will find it taken.
     static_cast<void>(clearLeftNames(m_target, m_lock.get()));
@@ -415,6 +428,12 @@ Result<SaveReport> SaveRun::run() {
 }
 
 }  // namespace
+
+FileState fileState(const fs::path& path) {
+    struct stat status {};
+    const bool exists = ::stat(path.c_str(), &status) == 0;
+    return stateOf(exists, status);
+}
 
 Result<SaveReport> saveDocument(AcApDocument* document, const SaveOptions& options) {
     const auto refuse = [&](const std::string& why) {

@@ -12,6 +12,9 @@ std::size_t s_allocationsLeft = 0;  // until one fails; 0: none does
 
 }  // namespace
 
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"  // once inlined, free seems not to fit
+
 void* operator new(std::size_t size) {
     if (s_allocationsLeft != 0 && --s_allocationsLeft == 0) throw std::bad_alloc();
     void* memory = std::malloc(size == 0 ? 1 : size);
@@ -20,6 +23,8 @@ void* operator new(std::size_t size) {
 }
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t /*size*/) noexcept { std::free(memory); }
+
+#pragma GCC diagnostic pop
 
 namespace mor::test {
 namespace {

@@ -1,8 +1,13 @@
 #include "platform/document_data.h"
 #include "platform/documents.h"
 #include "tests/host/host_fixture.h"
+#include "tests/support/test_folder.h"
 
 #include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
 
 namespace mor::test {
 namespace {
@@ -158,6 +163,26 @@ TEST_F(Documents, WithoutANameAreSavedOnlyUnderOne) {
     EXPECT_TRUE(host::saveDocument(document()));
     open(readFile(file("named.dxf")));
     EXPECT_EQ(walk(), "LINE:1 LINE:2");
+}
+
+TEST_F(Documents, AreNotSavedOverWhatCameToTheirTargetMeanwhile) {
+    AcApDocument* document = host::createDocument(host::Release::R2018);
+    const std::filesystem::path target = testFolder() / "target.dxf";
+    for (const char* former : {"", "older"}) {
+        std::filesystem::remove(target);
+        if (*former != '\0') std::ofstream(target) << former;
+        const host::FileState before = host::fileState(target);
+        std::ofstream(target) << "of another program";
+        const auto saved = host::saveDocument(document, {.output = target, .before = before});
+        ASSERT_FALSE(saved) << former;
+        EXPECT_EQ(saved.error().kind, host::ErrorKind::Unwritable);
+        std::string text;
+        std::getline(std::ifstream(target), text);
+        EXPECT_EQ(text, "of another program");
+    }
+    EXPECT_TRUE(
+        host::saveDocument(document, {.output = target, .before = host::fileState(target)}));
+    host::closeDocument(document);
 }
 
 }  // namespace

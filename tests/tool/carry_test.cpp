@@ -74,8 +74,11 @@ TEST_F(Carry, LoadRefusesWhatIsNoDump) {
          {std::string("{}"), std::string("no json"), std::string(R"({"command": 5, "schema": 1})"),
           std::string(R"({"command": "dump", "schema": "1"})"), head + "5}", head + "[7]}",
           head + "{}}", head + file + "5}]}]}", head + file + R"("f", "kind": 2}]}]})",
-          head + file + R"("f", "kind": "file", "lisp": 3}]}]})", head + deep, deep,
-          head + deep + std::string(100000, ']') + "}"}) {
+          head + file + R"("f", "kind": "file", "lisp": 3}]}]})",
+          head + R"([{"name": "f", "kind": "file", "lisp": "1"}]})",
+          head + file +
+              R"("x", "kind": "directory"}, {"name": ">x", "kind": "file", "lisp": "1"}]}]})",
+          head + deep, deep, head + deep + std::string(100000, ']') + "}"}) {
         const Outcome load = run({"load", a}, text);
         EXPECT_EQ(load.code, 2) << text.substr(0, 80);
         EXPECT_NE(load.err.find("this is no dump of a store: "), std::string::npos) << load.err;

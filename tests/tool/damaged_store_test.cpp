@@ -111,6 +111,9 @@ TEST_F(DamagedStore, WithACircleIsShownUpToTheDirectoryThatHoldsItself) {
     EXPECT_EQ(run({"find", drawing(), "/*/*/*/*"}).out, "/c/h/a/g\n");
     EXPECT_EQ(run({"put", drawing(), "/a/g", "9"}).code, 0);
     EXPECT_EQ(run({"cat", drawing(), "/c/h/a/g"}).out, "9\n");
+    const Outcome root = run({"put", drawing(), "/c/h/new", "9"});
+    EXPECT_EQ(root.code, 6);
+    EXPECT_NE(root.err.find("files lie in directories"), std::string::npos) << root.err;
     EXPECT_EQ(run({"cp", drawing(), "/c", "/d"}).code, 0);
     EXPECT_EQ(run({"ls", "-R", drawing(), "/d"}).out, "h/\nh/a/\nh/a/b/\nh/a/b/f\nh/a/g\nh/c/\n");
 }
@@ -123,9 +126,13 @@ TEST_F(DamagedStore, WithADirectoryLinkedTwiceShowsWhatItHoldsOnce) {
     EXPECT_NE(list.err.find("/c/h is /a, linked twice"), std::string::npos) << list.err;
     const std::string tree = run({"tree", drawing()}).out;
     EXPECT_EQ(tree, "/\n├── a/\n│   ├── b/\n│   │   └── f\n│   └── g\n└── c/\n    └── h/\n");
-    for (const std::vector<std::string>& words : {std::vector<std::string>{"dump", drawing()},
-                                                  {"diff", drawing(), drawing()},
-                                                  {"cp", drawing(), "/", "/copy"}}) {
+    for (const std::vector<std::string>& words :
+         {std::vector<std::string>{"dump", drawing()},
+          {"diff", drawing(), drawing()},
+          {"cp", drawing(), "/", "/copy"},
+          {"rm", "-r", drawing(), "/a"},  // what /c/h reaches would be gone
+          {"mv", drawing(), "/a", "/z"},
+          {"rm", "-r", drawing(), "/c"}}) {
         const Outcome copy = run(words);
         EXPECT_EQ(copy.code, 4) << words.front();
         EXPECT_NE(copy.err.find("(link-doubled)"), std::string::npos) << copy.err;

@@ -35,7 +35,7 @@ void onEnd(int signal) {
 
 /// What ends the program leaves no temporary file behind.
 void catchSignals() {
-    for (const int signal : {SIGHUP, SIGINT, SIGTERM})
+    for (const int signal : {SIGHUP, SIGINT, SIGTERM, SIGQUIT, SIGPIPE})
         if (std::signal(signal, onEnd) == SIG_IGN) std::signal(signal, SIG_IGN);  // as with nohup
     std::signal(SIGXFSZ, SIG_IGN);  // writing fails then, and is told
 }
@@ -46,8 +46,10 @@ void flushOutput() {
         throw mor::tool::Failure(mor::tool::kUnwritable, "the output cannot be written");
 }
 
-int runCommand(const mor::tool::Options& options) {
+int runCommand(const mor::tool::Options& given) {
     using namespace mor::tool;
+    Options options = given;
+    if (!options.output.empty()) options.outputBefore = mor::host::fileState(options.output);
     const auto command = std::ranges::find(commands(), options.command, &Command::name);
     setReferencePlaces(options);
     if (!options.inside.empty() && (command->options & kChanging) != 0)

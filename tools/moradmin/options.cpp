@@ -2,6 +2,7 @@
 
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
+#include "tools/moradmin/shown_text.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -47,6 +48,9 @@ void addArguments(CLI::App& app, const Command& command, Options& options) {
     app.add_option("arguments", options.arguments, std::string(command.argumentHelp))
         ->type_name(std::string(command.arguments))
         ->expected(command.least, command.most)
+        ->check([putting = (command.options & kPutting) != 0](const std::string& word) {
+            return std::string(word.empty() && !putting ? "an empty word names nothing" : "");
+        })
         ->required(command.least > 0);
 }
 
@@ -103,10 +107,12 @@ void addLookingOptions(CLI::App& app, const Command& command, Options& options) 
         app.add_option("--layer", options.layers,
                        "only on layers that match a wildcard pattern (repeatable; a comma splits)")
             ->type_name("PATTERN")
+            ->check(notEmpty("a pattern"))
             ->allow_extra_args(false);
     if (has(kWalking)) {
         app.add_option("--type", options.types, "only entities of these types, as LINE,ARC")
             ->type_name("PATTERN")
+            ->check(notEmpty("a pattern"))
             ->allow_extra_args(false);
         app.add_flag("--world", options.world, "the points too, in coordinates of the drawing");
         app.add_flag("--count", options.count, "only how many there are");
@@ -217,14 +223,15 @@ int explain(const CLI::App& app, const CLI::ParseError& error,
                std::ranges::find(commands(), word, &Command::name) != commands().end();
     };
     if (!words.empty() && !known(words.front())) {
-        std::cerr << "moradmin: \"" << words.front() << "\" is no command; these are:";
+        std::cerr << "moradmin: \"" << oneLine(words.front()) << "\" is not a command; these are:";
         for (const Command& command : commands()) std::cerr << " " << command.name;
         std::cerr << "\n";
         return kUsage;
     }
     std::ostringstream complaint;
     const int code = app.exit(error, std::cout, complaint);
-    std::cerr << withoutMarks(complaint.str());
+    std::istringstream lines(withoutMarks(complaint.str()));
+    for (std::string line; std::getline(lines, line);) std::cerr << oneLine(line) << "\n";
     return code == 0 ? kDone : kUsage;
 }
 

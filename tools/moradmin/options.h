@@ -1,5 +1,7 @@
 #pragma once
 
+#include "host/host.h"
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -16,6 +18,7 @@ struct Options {
     bool dryRun = false;
     bool noBackup = false;
     std::string output;
+    std::optional<host::FileState> outputBefore;  ///< what stood there when the command began
 
     std::string release = "R2018";
     bool crlf = false;

@@ -83,7 +83,8 @@ void setReferencePlaces(const Options& options) {
                               to.empty() ? to : std::filesystem::absolute(to).string());
     }
     // An empty word must not lift the fence: a variable of a script may not be set.
-    if (options.referenceRoot && !std::filesystem::is_directory(*options.referenceRoot))
+    std::error_code code;
+    if (options.referenceRoot && !std::filesystem::is_directory(*options.referenceRoot, code))
         throw Failure(kUsage, "--xref-root wants a folder that is there, not \"" +
                                   *options.referenceRoot + "\"");
     host::setReferenceRoot(options.referenceRoot.value_or(""));
@@ -98,6 +99,7 @@ void Session::activate() const {
 
 void Session::forget() {
     m_state.reset();
+    m_made = false;
     m_store.reset();
 }
 
@@ -152,7 +154,7 @@ const StoreState& Session::safeState() {
     return found;
 }
 
-bool Session::hasDirectories() { return safeState().kind == StoreState::Kind::Sound; }
+bool Session::hasDirectories() { return safeState().kind == StoreState::Kind::Sound || m_made; }
 
 std::unique_ptr<Store> Session::freshStore() {
     return std::make_unique<Store>(*CMORCadView::getTheGlobalObject());
@@ -166,6 +168,7 @@ Store& Session::store() {
 std::string Session::save(const Options& options) {
     host::SaveOptions how;
     how.output = options.output;
+    how.before = options.outputBefore;
     how.backup = !options.noBackup;
     how.dryRun = options.dryRun;
     refuseLostReadings();

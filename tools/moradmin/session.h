@@ -70,6 +70,8 @@ public:
     [[nodiscard]] Store& store();
     /// The state, handed over; learnt anew when it is asked for again.
     [[nodiscard]] StoreState takeState();
+    /// To be called when something was stored: the store has directories now.
+    void noteMade() { m_made = true; }
     /// To be called after a change: what was learnt of the drawing before does not hold any more.
     void forget();
     /// Current and active again, where several drawings are open.
@@ -99,6 +101,7 @@ private:
     std::vector<mor::EntityName> m_inserts;  ///< on the way to it, from the drawing's own on
     std::string m_placedIn;
     std::optional<StoreState> m_state;
+    bool m_made = false;
     std::optional<host::DocumentInfo> m_info;
     std::unique_ptr<Store> m_store;
 };

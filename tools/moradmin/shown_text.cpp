@@ -39,10 +39,11 @@ Character firstOf(std::string_view text) {
 
 bool isControl(char32_t code) { return code < 0x20 || (code >= 0x7F && code < 0xA0); }
 
-/// Ends a line, or turns the direction in which what follows is shown.
+/// Ends a line, turns the direction in which what follows is shown, or shows as nothing.
 bool turns(char32_t code) {
     static constexpr std::pair<char32_t, char32_t> ranges[] = {
-        {0x061C, 0x061C}, {0x200E, 0x200F}, {0x2028, 0x202E}, {0x2066, 0x2069}, {0xFEFF, 0xFEFF}};
+        {0x00AD, 0x00AD}, {0x061C, 0x061C}, {0x200B, 0x200F}, {0x2028, 0x202E},  {0x2060, 0x2069},
+        {0xFEFF, 0xFEFF}, {0xFFF9, 0xFFFB}, {0xFFFE, 0xFFFF}, {0xE0000, 0xE0FFF}};
     return std::ranges::any_of(
         ranges, [code](const auto& range) { return code >= range.first && code <= range.second; });
 }
@@ -70,7 +71,7 @@ void appendShown(std::string& result, const Character& character, std::string_vi
         result.append({'^', static_cast<char>(character.code ^ 0x40U)});
     } else if (isControl(character.code) || turns(character.code)) {
         result += "\\U+";
-        appendHex(result, static_cast<unsigned>(character.code), 4);
+        appendHex(result, static_cast<unsigned>(character.code), character.code > 0xFFFF ? 5 : 4);
     } else {
         result += bytes;
     }

@@ -155,6 +155,7 @@ int overDrawings(const Options& options, const std::function<int(const std::stri
     files.insert(files.end(), options.arguments.begin(), options.arguments.end());
     for (const std::string& file : files) {
         try {
+            if (file.empty()) throw Failure(kUsage, "the name of a drawing is wanted");
             code = moreSerious(code, visit(file));
             refuseLostReadings();
         } catch (const host::ReadFailure& failure) {

@@ -168,7 +168,7 @@ void Builder::link(CMOREntity& parent, const std::wstring& attribute, const std:
     if (parent.SetAttributeText(attribute.c_str(), handle.c_str()) && parent.Flush())
         say("linked " + utf8(path) + " [" + utf8(handle) + "]");
     else
-        say("there is no room for a link to " + utf8(path));
+        say("there is no room for a link to " + utf8(path) + ", or what holds it cannot be read");
 }
 
 mor::EntityName Builder::ensure(const std::wstring& path) {

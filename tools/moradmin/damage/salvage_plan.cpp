@@ -57,6 +57,7 @@ private:
     void placeRest();
     void placeAtOrBeside(std::size_t index, const std::wstring& path);
     [[nodiscard]] bool isFree(const std::wstring& path) const;
+    [[nodiscard]] bool isClosed(std::wstring path) const;
     [[nodiscard]] std::wstring lostPlace(std::size_t index);
 
     const AcApDocument* m_document;
@@ -129,7 +130,23 @@ bool Planner::isFree(const std::wstring& path) const {
            directory.find(L">" + nameOf(path)) == nullptr;
 }
 
+/// Whether a directory on the way there cannot be read: it takes no link.
+bool Planner::isClosed(std::wstring path) const {
+    while (path != kRootPath) {
+        path = parentOf(path);
+        const auto above = m_plan.byPath.find(path);
+        if (above != m_plan.byPath.end() &&
+            !record(m_plan.places[above->second].directory).attributes.damage.empty())
+            return true;
+    }
+    return false;
+}
+
 void Planner::placeAtOrBeside(std::size_t index, const std::wstring& path) {
+    if (isClosed(path)) {
+        place(index, lostPlace(index));
+        return;
+    }
     if (isFree(path)) {
         place(index, path);
         return;

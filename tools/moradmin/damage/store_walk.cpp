@@ -71,6 +71,7 @@ private:
 
     const AcApDocument* m_document;
     StoreState m_state;
+    bool m_closed = false;                 // the anchor cannot be read: nothing can be linked to it
     std::vector<StoredDirectory> m_found;  // in the order of the file
     std::map<mor::EntityName, std::size_t> m_byName;
     std::vector<Seen> m_seen;
@@ -139,6 +140,7 @@ std::optional<std::size_t> Walker::findRoot() {
     if (!block.attributes.damage.empty()) {
         finding.code = "attributes-damaged";
         finding.mends = false;
+        m_closed = true;
         finding.message = "the attributes of the anchor cannot be read: " + block.attributes.damage;
         add(finding);
         return std::nullopt;
@@ -251,6 +253,9 @@ void Walker::gatherDirectories() {
             judgeUnreachable(m_found[i], m_state.findings);
             m_order.push_back(i);
         }
+    if (m_closed)
+        for (Finding& finding : m_state.findings)
+            if (finding.code == "orphan") finding.mends = false;
     m_state.directories.reserve(m_order.size());
     for (const std::size_t index : m_order)
         m_state.directories.push_back(std::move(m_found[index]));

@@ -38,14 +38,25 @@ void refuseDrawings(const std::string& output) {
                                   path.stem().string() + ".svg");
 }
 
+/// A regular file is replaced when the whole picture is written; devices and pipes are written to.
 void writeTo(const std::string& output, const Picture& picture, const std::string& title) {
-    std::ofstream file(output, std::ios::binary | std::ios::trunc);
+    std::error_code code;
+    const bool straight =
+        std::filesystem::exists(output, code) && !std::filesystem::is_regular_file(output, code);
+    const std::string written = straight ? output : output + ".part";
+    std::ofstream file(written, std::ios::binary | std::ios::trunc);
     picture.write(file, title);
     file.close();
-    if (!file)
-        throw Failure(kUnwritable, output +
-                                       ": the picture cannot be written; is there such a "
-                                       "folder, and room in it?");
+    bool done = file.good();
+    if (done && !straight) {
+        std::filesystem::rename(written, output, code);
+        done = !code;
+    }
+    if (done) return;
+    if (!straight) std::filesystem::remove(written, code);
+    throw Failure(
+        kUnwritable,
+        output + ": the picture cannot be written; is there such a folder, and room in it?");
 }
 
 void printSummary(const Options& options, const Painter& painter) {

@@ -5,6 +5,7 @@
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/store/dump.h"
 #include "tools/moradmin/store/paths.h"
+#include "tools/moradmin/store/removing.h"
 #include "tools/moradmin/store/storing.h"
 
 #include <filesystem>
@@ -93,9 +94,10 @@ void removeSource(Session& source, const Transfer& transfer) {
     const std::string shown = utf8(transfer.from);
     if (transfer.from == L"/")
         throw Failure(kRefused, source.message("the root directory cannot be moved"), shown);
-    const bool done = transfer.file ? source.store().del(transfer.from.c_str())
-                                    : source.store().delDir(transfer.from.c_str());
-    if (!done) throw Failure(kRefused, source.message(shown + " cannot be removed"), shown);
+    if (!transfer.file)
+        removeDirectory(source, transfer.from);
+    else if (!source.store().del(transfer.from.c_str()))
+        throw Failure(kRefused, source.message(shown + " cannot be removed"), shown);
 }
 
 /// Entity names mean nothing in another drawing.

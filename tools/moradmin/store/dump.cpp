@@ -5,11 +5,14 @@
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/input.h"
+#include "tools/moradmin/shown_text.h"
 #include "tools/moradmin/store/paths.h"
+#include "tools/moradmin/store/removing.h"
 #include "tools/moradmin/store/storing.h"
 #include "tools/moradmin/store/way.h"
 
 #include <iostream>
+#include <set>
 
 namespace mor::tool {
 
@@ -56,7 +59,7 @@ void addBelow(Session& session, const std::wstring& directory, Way& way,
 }
 
 [[noreturn]] void refuseJson(const std::string& text) {
-    throw Failure(kUsage, "this is no dump of a store: " + text);
+    throw Failure(kUsage, "this is no dump of a store: " + oneLine(text));
 }
 
 CMORAdsLispVar valueFromJson(const Json& entry, const std::string& name) {
@@ -84,7 +87,25 @@ const Json& entriesIn(const Json& object) {
     return found == object.end() ? none : *found;
 }
 
+/// The names of one directory's entries. A directory x hides the files x and >x.
+class EntryNames {
+public:
+    /// False for a name that is taken.
+    bool take(const std::wstring& name, bool isDirectory) {
+        if (isDirectory) return !m_hidden.contains(name) && m_directories.insert(name).second;
+        const std::wstring plain = name.starts_with(L'>') ? name.substr(1) : name;
+        m_hidden.insert(plain);
+        return !m_directories.contains(plain) && m_files.insert(name).second;
+    }
+
+private:
+    std::set<std::wstring> m_directories;
+    std::set<std::wstring> m_files;
+    std::set<std::wstring> m_hidden;  // by a directory of that name
+};
+
 void collectJson(const Json& entries, const std::wstring& directory, std::vector<Stored>& items) {
+    EntryNames names;
     for (const Json& entry : entries) {
         if (!entry.is_object() || !entry.contains("name")) refuseJson("an entry has no \"name\"");
         const std::string name = textIn(entry, "name");
@@ -95,6 +116,10 @@ void collectJson(const Json& entries, const std::wstring& directory, std::vector
             refuseJson("\"" + name + "\" is no valid name");
         const std::wstring path = joined(directory, wideName);
         if (path.size() > kMaxPathLength) refuseJson("a path has more than 1023 characters");
+        if (!isDirectory && directory == L"/")
+            refuseJson("the file " + name + " lies in the root; files lie in directories");
+        if (!names.take(wideName, isDirectory))
+            refuseJson("two entries of " + utf8(directory) + " have the name " + name);
         if (isDirectory) {
             items.push_back({path, true, {}});
             collectJson(entriesIn(entry), path, items);
@@ -126,9 +151,9 @@ Json parseDump(const std::string& text) {
 void removeEverything(Session& session, const std::wstring& directory) {
     for (const Store::Entry& entry : session.store().entries(directory)) {
         const std::wstring path = joined(directory, entry.name);
-        const bool done = entry.directory ? session.store().delDir(path.c_str())
-                                          : session.store().del(path.c_str());
-        if (!done)
+        if (entry.directory)
+            removeDirectory(session, path);
+        else if (!session.store().del(path.c_str()))
             throw Failure(kRefused, session.message(utf8(path) + " cannot be removed"), utf8(path));
     }
 }

@@ -3,6 +3,7 @@
 #include "dwgfs/path_rules.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
+#include "tools/moradmin/shown_text.h"
 
 namespace mor::tool {
 
@@ -28,7 +29,8 @@ std::wstring filePath(const Session& session, const std::string& word) {
         hint = "a path has at most 1023 characters";
     else if (nameOf(path).size() > kMaxFileNameLength)
         hint = "a file name has at most 127 characters";
-    throw Failure(kRefused, session.message("\"" + word + "\" is no file path: " + hint), word);
+    throw Failure(kRefused, session.message("\"" + oneLine(word) + "\" is no file path: " + hint),
+                  word);
 }
 
 std::wstring directoryPath(const Session& session, const std::string& word) {
@@ -40,8 +42,8 @@ std::wstring directoryPath(const Session& session, const std::string& word) {
         hint = "a path begins with /, as in /cfg";
     else if (path.size() > kMaxPathLength)
         hint = "a path has at most 1023 characters";
-    throw Failure(kRefused, session.message("\"" + word + "\" is no directory path: " + hint),
-                  word);
+    throw Failure(kRefused,
+                  session.message("\"" + oneLine(word) + "\" is no directory path: " + hint), word);
 }
 
 std::wstring parentOf(const std::wstring& path) {

@@ -5,8 +5,10 @@
 #include "tools/moradmin/input.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/store/paths.h"
+#include "tools/moradmin/store/removing.h"
 #include "tools/moradmin/store/storing.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -40,6 +42,14 @@ CMORAdsLispVar wantedValue(const Options& options) {
 [[noreturn]] void refuse(const Session& session, const std::wstring& path,
                          const std::string& text) {
     throw Failure(kRefused, session.message(text), utf8(path));
+}
+
+/// A circle may lead to the root, where nothing reads files.
+void refuseTheRoot(Session& session, const std::wstring& path) {
+    const mor::EntityName directory = session.store().directoryName(parentOf(path));
+    if (!directory.isNone() && directory == session.store().directoryName(L"/"))
+        refuse(session, path,
+               utf8(parentOf(path)) + " leads back to the root; files lie in directories");
 }
 
 /// Each directory on the way to `path`, then `path` itself, a directory.
@@ -99,7 +109,8 @@ void explainMissingDirectory(Session& session, const std::wstring& path) {
     explainMissingDirectory(session, parentOf(path));
     const auto store = Session::freshStore();
     const std::wstring made = parentOf(path);
-    const long free = store->getFreeMem(made.c_str()) + store->getUsedMem(path.c_str());
+    const long free =
+        std::max(store->getFreeMem(made.c_str()) + store->getUsedMem(path.c_str()), 0L);
     const long needed = host::attributeBytes(nameOf(path), value);
     if (needed > free)
         refuse(session, path,
@@ -136,7 +147,9 @@ int runNew(const Options& options) {
 void putValue(Session& session, const std::wstring& path, const CMORAdsLispVar& value) {
     refuseFilesOnTheWay(session, parentOf(path));
     refuseDirectoryInTheWay(session, path);
+    refuseTheRoot(session, path);
     if (!session.store().write(path.c_str(), value)) explainRefusal(session, path, value);
+    session.noteMade();
 }
 
 void confirmValue(Session& session, Store& fresh, const std::wstring& path,
@@ -149,8 +162,10 @@ void confirmValue(Session& session, Store& fresh, const std::wstring& path,
 
 void putDirectory(Session& session, const std::wstring& path) {
     refuseFilesOnTheWay(session, path);
-    if (session.store().makeDirectory(path) && Session::freshStore()->isDirectory(path.c_str()))
+    if (session.store().makeDirectory(path) && Session::freshStore()->isDirectory(path.c_str())) {
+        session.noteMade();
         return;
+    }
     explainMissingDirectory(session, path);
     refuse(session, path, utf8(path) + " cannot be made");
 }
@@ -166,12 +181,11 @@ int runPut(Session& session, const Options& options) {
 
 namespace {
 
-void removeDirectory(Session& session, const std::wstring& path) {
+void removeNamed(Session& session, const std::wstring& path) {
     if (path == L"/")
         refuse(session, path,
                "the root directory cannot be removed; \"moradmin wipe\" empties a store");
-    if (!session.store().delDir(path.c_str()) || Session::freshStore()->isDirectory(path.c_str()))
-        refuse(session, path, utf8(path) + " cannot be removed");
+    removeDirectory(session, path);
 }
 
 }  // namespace
@@ -181,7 +195,7 @@ int runRm(Session& session, const Options& options) {
         if (options.recursive && !isStoredFile(session, wide(word))) {
             const std::wstring directory = directoryPath(session, word);
             if (!isStoredDirectory(session, directory)) refuseMissing(session, directory);
-            removeDirectory(session, directory);
+            removeNamed(session, directory);
             continue;
         }
         const std::wstring path = filePath(session, word);

@@ -1,0 +1,107 @@
+#include "tools/moradmin/store/removing.h"
+
+#include "dwgfs/link_names.h"
+#include "dwgfs/names.h"
+#include "host/host.h"
+#include "tools/moradmin/failure.h"
+#include "tools/moradmin/output.h"
+#include "tools/moradmin/store/paths.h"
+
+#include <algorithm>
+#include <functional>
+#include <map>
+#include <set>
+#include <string_view>
+#include <vector>
+
+namespace mor::tool {
+
+namespace {
+
+/// Follows the links of the records as the removal does.
+class Links {
+public:
+    Links(const AcApDocument* document, const StoreState& state) : m_document(document) {
+        for (const StoredDirectory& directory : state.directories)
+            m_directories.emplace(directory.name, &directory);
+    }
+
+    /// The directories that go with the one of that name; those above it stay.
+    std::set<mor::EntityName> below(mor::EntityName top,
+                                    const std::set<mor::EntityName>& above) const {
+        std::set<mor::EntityName> gone = {top};
+        std::vector<mor::EntityName> open = {top};
+        while (!open.empty()) {
+            const mor::EntityName next = open.back();
+            open.pop_back();
+            forEach(next, [&](std::wstring_view, mor::EntityName target) {
+                if (!above.contains(target) && gone.insert(target).second) open.push_back(target);
+            });
+        }
+        return gone;
+    }
+
+    void forEach(mor::EntityName name,
+                 const std::function<void(std::wstring_view, mor::EntityName)>& visit) const {
+        const auto known = m_directories.find(name);
+        if (known == m_directories.end()) return;
+        for (const host::RecordAttribute& attribute : known->second->attributes.items) {
+            if (attribute.name == kRootLink || !dirNameOfLink(attribute.name)) continue;
+            if (const auto target = host::findHandle(m_document, linkText(attribute)))
+                visit(*dirNameOfLink(attribute.name), *target);
+        }
+    }
+
+    [[nodiscard]] const std::map<mor::EntityName, const StoredDirectory*>& all() const {
+        return m_directories;
+    }
+
+private:
+    const AcApDocument* m_document;
+    std::map<mor::EntityName, const StoredDirectory*> m_directories;
+};
+
+bool hasLinkTwice(const StoreState& state) {
+    return std::ranges::any_of(state.findings, [](const Finding& finding) {
+        return finding.code == "link-doubled" || finding.code == "circle";
+    });
+}
+
+void refuseLinksFromElsewhere(Session& session, const std::wstring& path) {
+    if (!hasLinkTwice(session.safeState())) return;
+    const Links links(session.document(), session.state());
+    std::set<mor::EntityName> above;
+    for (std::wstring upper = path; upper != kRootPath;) {
+        upper = parentOf(upper);
+        above.insert(session.store().directoryName(upper));
+    }
+    const mor::EntityName parent = session.store().directoryName(parentOf(path));
+    const mor::EntityName top = session.store().directoryName(path);
+    if (above.contains(top)) return;  // a link back up goes alone
+    const std::set<mor::EntityName> gone = links.below(top, above);
+    for (const auto& [name, directory] : links.all()) {
+        if (gone.contains(name)) continue;
+        links.forEach(name, [&](std::wstring_view link, mor::EntityName target) {
+            const bool removed = name == parent && link == nameOf(path);
+            if (removed || !gone.contains(target)) return;
+            const std::string other =
+                utf8(directory->path.empty() ? L"a directory out of reach" : directory->path);
+            throw Failure(kDamaged,
+                          session.message(utf8(path) + " cannot be removed: the link " +
+                                          utf8(link) + " in " + other +
+                                          " leads into it too (link-doubled); \"moradmin "
+                                          "repair\" mends it"),
+                          utf8(path));
+        });
+    }
+}
+
+}  // namespace
+
+void removeDirectory(Session& session, const std::wstring& path) {
+    refuseLinksFromElsewhere(session, path);
+    if (!session.store().delDir(path.c_str()) || Session::freshStore()->isDirectory(path.c_str()))
+        throw Failure(kRefused, session.message(utf8(path) + " cannot be removed"), utf8(path));
+}
+
+}  // namespace mor::tool
