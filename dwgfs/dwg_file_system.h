@@ -178,6 +178,7 @@ private:
                           CMORAdsLispVar& files);
     void readMatchingFile(const wchar_t* path, CMORAdsLispVar& files);
     bool getLinkedDir(const wchar_t* handle, CMOREntity& dir);
+    bool mayRemove(const wchar_t* name);
     void noteAncestors(std::wstring_view path, RemovalWay& way);
     bool beginRemoval(CMOREntity& parent, const wchar_t* name, const wchar_t* path,
                       RemovalWay& way);

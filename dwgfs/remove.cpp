@@ -45,12 +45,14 @@ bool CMORCadDwgFileSystem::delDir(const wchar_t* path) {
 }
 
 bool CMORCadDwgFileSystem::removeDir(CMOREntity& parent, const wchar_t* name, const wchar_t* path) {
+    if (!mayRemove(name)) return false;
     const auto text = mor::measured(path, mor::kMaxPathLength);
+    if (!text) return false;
     RemovalWay way;
-    if (text) noteAncestors(*text, way);
+    noteAncestors(*text, way);
     ads_name entity = {};
     if (parent.GetEName(entity)) way.open.emplace(entity);
-    if (!beginRemoval(parent, name, text ? path : nullptr, way)) return false;
+    if (!beginRemoval(parent, name, path, way)) return false;
     while (!way.levels.empty()) {
         RemovalWay::Level& level = way.levels.back();
         if (level.next == level.names.Entries()) {
@@ -64,7 +66,8 @@ bool CMORCadDwgFileSystem::removeDir(CMOREntity& parent, const wchar_t* name, co
         CMOREntity dir;
         level.entity.copyTo(entity);
         // Not tested: the others go all the same.
-        if (dir.Connect(entity)) beginRemoval(dir, below, way.path.c_str(), way);
+        if (dir.Connect(entity) && mayRemove(below))
+            beginRemoval(dir, below, way.path.c_str(), way);
     }
     return true;
 }
@@ -83,10 +86,7 @@ void CMORCadDwgFileSystem::noteAncestors(std::wstring_view path, RemovalWay& way
     }
 }
 
-// Goes down into a directory. A link to one that is above, or that was removed already, is followed
-// no further: it goes with the directory that holds it.
-bool CMORCadDwgFileSystem::beginRemoval(CMOREntity& parent, const wchar_t* name,
-                                        const wchar_t* path, RemovalWay& way) {
+bool CMORCadDwgFileSystem::mayRemove(const wchar_t* name) {
     if (!m_view.isWriteable()) {
         reportViewNotWriteable(L"CMORCadDwgFileSystem::removeDir", m_view,
                                mor::kWarningNotWriteable, mor::kRefused);
@@ -96,7 +96,13 @@ bool CMORCadDwgFileSystem::beginRemoval(CMOREntity& parent, const wchar_t* name,
         acutPrintf(mor::kRootStays, L"CMORCadDwgFileSystem::removeDir");
         return false;
     }
-    if (path == nullptr) return false;
+    return true;
+}
+
+// Goes down into a directory. A link to one that is above, or that was removed already, is followed
+// no further: it goes with the directory that holds it.
+bool CMORCadDwgFileSystem::beginRemoval(CMOREntity& parent, const wchar_t* name,
+                                        const wchar_t* path, RemovalWay& way) {
     if (way.removed.contains(linkedEntity(parent, name)))
         return true;  // a look-up would restore it
     CMOREntity dir;
