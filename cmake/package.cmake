@@ -16,7 +16,7 @@ foreach(folder IN ITEMS platform frame space xref dwgfs)
   install(DIRECTORY ${folder} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/moradmin
           COMPONENT development FILES_MATCHING PATTERN "*.h")
 endforeach()
-install(FILES host/counters.h host/documents.h host/faults.h host/host.h host/records.h
+install(FILES host/counters.h host/documents.h host/faults.h host/handles.h host/host.h host/records.h
               host/references.h host/result.h host/values.h
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/moradmin/host COMPONENT development)
 

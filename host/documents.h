@@ -2,6 +2,7 @@
 
 #include "host/result.h"
 #include "platform/documents.h"
+#include "platform/entity_name.h"
 #include "platform/lisp.h"
 
 #include <cstddef>
@@ -80,7 +81,8 @@ struct SavedEdit {
     Kind kind = Kind::Changed;
     std::string type;    ///< group 0; "HEADER" for the header variables
     std::string handle;  ///< empty when it has none
-    std::string what;    ///< a name or a path that tells it apart, may be empty
+    std::string what;    ///< the name of a symbol, block or header variable, may be empty
+    EntityName name;     ///< of the record; none for the header and for heads of tables
 };
 struct SaveReport {
     std::vector<SavedEdit> edits;

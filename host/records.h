@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/handles.h"
 #include "platform/documents.h"
 #include "platform/entity_name.h"
 #include "platform/lisp.h"
@@ -63,8 +64,6 @@ void forEachRecord(const AcApDocument* document,
                    const std::function<void(const RecordInfo&)>& visit);
 [[nodiscard]] std::optional<RecordInfo> recordInfo(const AcApDocument* document,
                                                    mor::EntityName name);
-/// Upper-case hexadecimal; empty for 0.
-[[nodiscard]] std::string handleText(std::uint64_t handle);
 /// The record that a handle look-up finds, erased ones included.
 [[nodiscard]] std::optional<mor::EntityName> findHandle(const AcApDocument* document,
                                                         std::wstring_view handle);
@@ -154,6 +153,10 @@ struct BlockInfo {
 /// drawing is not to be changed meanwhile.
 void forEachBlock(AcApDocument* document, std::wstring_view reference,
                   const std::function<void(const BlockInfo&)>& visit);
+
+/// Whether the drawing behind a reference holds a block; `reference` as in `forEachSymbol`.
+[[nodiscard]] bool hasBlock(AcApDocument* document, std::wstring_view reference,
+                            std::wstring_view block);
 
 /// The axes x, y and z of the plane in which an entity with that normal has its coordinates, of
 /// length 1 (arbitrary axis rule). The normal need not be of length 1; (0, 0, 0) counts as

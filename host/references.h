@@ -45,7 +45,6 @@ struct ReferenceInfo {
     std::vector<ReferenceTry> tries;
     std::size_t inserts = 0;   ///< live ones in the referring drawing, block definitions included
     std::size_t entities = 0;  ///< main entities of the referenced drawing's model space
-    bool hasStore = false;     ///< the referenced drawing holds a file store's block
     std::size_t depth = 0;     ///< 0 for references of the document's own drawing
 };
 /// The references of a document, each followed by its nested ones. Reads all their files.

@@ -2,8 +2,10 @@
 
 #include "host/documents/document.h"
 #include "host/documents/running_counters.h"
+#include "host/drawing/additions.h"
 #include "host/faults.h"
 #include "host/lisp/lisp_value.h"
+#include "host/text/group_codes.h"
 #include "platform/entity_calls.h"
 #include "platform/runtime.h"
 
@@ -162,8 +164,8 @@ void assign(CString& target, std::string_view text) {
 
 /// The layer as the document knows it: the part of every walk that is done for each entity.
 void appendLayer(std::wstring& layer, const Located& found) {
-    const auto bytes = found.drawing->valueOf(found.number, 8);
-    found.drawing->text().decodeBehind(layer, bytes.value_or("0"));
+    const auto group = found.drawing->groupOf(found.number, kLayerCode);
+    found.drawing->text().decodeBehind(layer, group ? group->text() : "0");
     if (found.mount != nullptr && !isCommonSymbol("LAYER", layer)) {
         layer.insert(0, 1, L'|');
         layer.insert(0, found.mount->name);
@@ -192,8 +194,8 @@ std::wstring attributeText(const CMORAdsLispVar& value) {
 bool layerIsLocked(Drawing& drawing, RecordNumber number) {
     if (!faults::layerLocksEnforced()) return false;
     const auto layer = drawing.textOf(number, 8);
-    const RecordNumber record = layer ? drawing.findSymbol("LAYER", *layer) : 0;
-    return record != 0 && (drawing.integerOf(record, 70).value_or(0) & 4) != 0;
+    const RecordNumber record = layer ? drawing.names().findSymbol("LAYER", *layer) : 0;
+    return record != 0 && (drawing.integerOf(record, kFlagsCode).value_or(0) & kLockedLayer) != 0;
 }
 
 }  // namespace mor::host
@@ -235,6 +237,7 @@ bool CMOREntity::Flush() {
         const long after = list.used();
         // An entity over its room may still shrink.
         if (!list.damage.empty() || (after > host::roomOf() && after > before)) return false;
+        if (!list.items.empty()) host::registerApplication(drawing, host::kAttributeApplication);
         drawing.setAttributes(number, std::move(list));
     }
     for (const auto& [code, value] : m_state->groups) {
@@ -242,7 +245,7 @@ bool CMOREntity::Flush() {
             drawing.isPaper(drawing.entry(number).container))
             drawing.moveToModelSpace(number);
         else if (const auto* integer = std::get_if<std::int64_t>(&value))
-            drawing.setInteger(number, code, *integer);
+            drawing.setGroup(number, code, *integer);
         else
             drawing.setText(number, code, std::get<std::wstring>(value));
     }
@@ -267,7 +270,7 @@ bool CMOREntity::GetEName(ads_name result) const {
 
 const CString& CMOREntity::Handle() const {
     if (const host::Located found = host::locate(m_state->name))
-        host::assign(m_state->handle, host::handleToText(found.drawing->handleOf(found.number)));
+        host::assign(m_state->handle, host::handleText(found.drawing->handleOf(found.number)));
     else
         m_state->handle = host::handleText(m_state->name).c_str();
     return m_state->handle;

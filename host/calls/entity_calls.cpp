@@ -3,6 +3,7 @@
 #include "host/documents/document.h"
 #include "host/faults.h"
 #include "host/lisp/lisp_value.h"
+#include "host/text/numbers.h"
 
 namespace mor::host {
 
@@ -39,14 +40,14 @@ std::wstring handleText(EntityName name) {
         else if (mount->drawing)
             handle = mount->drawing->handleForName({name.first, mount->drawing->nameOf(1).second});
     }
-    const std::string text = handleToText(handle);
+    const std::string text = handleText(handle);
     return {text.begin(), text.end()};
 }
 
 std::optional<EntityName> nameOfHandle(std::wstring_view handle) {
     Drawing* drawing = currentDrawing();
     if (drawing == nullptr) return std::nullopt;
-    const RecordNumber number = drawing->findHandle(handleOfText(handle));
+    const RecordNumber number = drawing->handles().find(handleOfText(handle));
     return number == 0 ? std::nullopt : std::optional(drawing->nameOf(number));
 }
 
@@ -59,7 +60,7 @@ std::optional<EntityName> keptNameOfHandle(std::wstring_view handle) {
 
 std::optional<EntityName> findHandle(const AcApDocument* document, std::wstring_view handle) {
     Drawing& drawing = drawingOf(document);
-    const RecordNumber number = drawing.findHandle(handleOfText(handle));
+    const RecordNumber number = drawing.handles().find(handleOfText(handle));
     return number == 0 ? std::nullopt : std::optional(drawing.nameOf(number));
 }
 

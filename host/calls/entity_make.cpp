@@ -2,7 +2,9 @@
 
 #include "host/calls/list_kind.h"
 #include "host/documents/reference.h"
+#include "host/drawing/additions.h"
 #include "host/faults.h"
+#include "host/text/group_codes.h"
 #include "platform/entity_calls.h"
 #include "platform/runtime.h"
 
@@ -90,15 +92,15 @@ bool fits(Drawing& drawing, const ParsedList& list, std::wstring_view ownBlock) 
     if (!list.good || !canMakeEntity(list.type)) return false;
     if (list.type == "ATTDEF" && list.name.empty()) return false;
     if (list.type == "INSERT") {
-        if (list.name.empty() || drawing.findBlock(list.name) == kNoContainer) return false;
+        if (list.name.empty() || drawing.names().findBlock(list.name) == kNoContainer) return false;
         if (equalNoCase(list.name, ownBlock)) return false;  // a block that holds itself
     }
     return true;
 }
 
 RecordNumber addEntity(Drawing& drawing, ContainerNumber container, const Entity& entity) {
-    if (drawing.findSymbol("LAYER", entity.layer) == 0 && entity.layer != L"0")
-        drawing.addLayer(entity.layer);
+    if (drawing.names().findSymbol("LAYER", entity.layer) == 0 && entity.layer != L"0")
+        addLayer(drawing, entity.layer);
     NewRecord record{entity.type, drawing.takeHandle(), 0, entity.groups};
     if (record.handle == 0) return 0;
     if (container == kModelSpace)
@@ -108,18 +110,19 @@ RecordNumber addEntity(Drawing& drawing, ContainerNumber container, const Entity
     else
         record.owner = drawing.container(container).owner;
     const std::string layer = drawing.text().encode(entity.layer);
-    return drawing.add(
-        container, entity.type,
-        makeEntity(drawing.entityStyle(entity.type), record, layer, container == kPaperSpace),
-        record.handle);
+    const RecordStyle style = drawing.entityStyle(entity.type);
+    return drawing.add(container, makeEntity(style, record, layer, container == kPaperSpace),
+                       record.handle);
 }
 
 int openBlock(AcApDocument& document, const ParsedList& list) {
     Drawing& drawing = *document.drawing;
     document.pending.reset();  // one definition at a time
-    if (!list.good || list.name.empty() || (list.flags & (4 | 8 | 16)) != 0) return RTREJ;
+    if (!list.good || list.name.empty() ||
+        (list.flags & (kAnyReferenceBlock | kDependentBlock)) != 0)
+        return RTREJ;
     if (list.name.find(L'|') != std::wstring::npos) return RTREJ;
-    const ContainerNumber known = drawing.findBlock(list.name);
+    const ContainerNumber known = drawing.names().findBlock(list.name);
     if (known != kNoContainer && (drawing.isSpace(known) || isReferenceBlock(drawing, known)))
         return RTREJ;
     document.pending = std::make_unique<PendingBlock>();
@@ -134,10 +137,14 @@ int closeBlock(AcApDocument& document) {
     const std::unique_ptr<PendingBlock> block = std::move(document.pending);
     Drawing& drawing = *document.drawing;
     // Handles must not run out in the middle of the definition.
-    if (drawing.nextHandle() == 0) return RTREJ;
-    const ContainerNumber container = drawing.addBlock(block->name, block->flags, block->base);
+    if (drawing.handles().next() == 0) return RTREJ;
+    ContainerNumber container = drawing.names().findBlock(block->name);
+    if (container == kNoContainer)
+        container = addBlock(drawing, block->name, block->flags, block->base);
+    else
+        redefineBlock(drawing, container, block->flags, block->base);
     for (const Entity& entity : block->entities) addEntity(drawing, container, entity);
-    drawing.endBlockDefinition(container);
+    endBlock(drawing, container);
     return RTKWORD;
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/documents/document.h"
-#include "host/dxf/dxf_make.h"
+#include "host/drawing/make.h"
 
 #include <string>
 #include <vector>

@@ -1,4 +1,5 @@
 #include "host/documents/document.h"
+#include "host/text/group_codes.h"
 #include "platform/geometry.h"
 
 #include <array>
@@ -24,16 +25,6 @@ Vector normalised(const Vector& v) {
     return {v[0] / length, v[1] / length, v[2] / length};
 }
 
-double real(const TagList& record, int code, double missing) {
-    const Tag* tag = record.find(code);
-    return tag == nullptr ? missing : parseReal(record.value(*tag)).value_or(missing);
-}
-
-Vector vector(const TagList& record, int code, const Vector& missing) {
-    return {real(record, code, missing[0]), real(record, code + 10, missing[1]),
-            real(record, code + 20, missing[2])};
-}
-
 }  // namespace
 
 std::array<double, 2> sineAndCosine(double degrees) {
@@ -57,11 +48,11 @@ PlaneAxes planeAxes(const std::array<double, 3>& given) {
 
 /// q = scale * (p - base); turned about z; moved to the insertion point; then from the plane's axes
 /// (arbitrary axis rule) to the owner's. The first cell of an array is the reference itself.
-static CMORMathTransMatrix insertMatrix(const TagList& insert, const Vector& base) {
-    const auto [axisX, axisY, normal] = planeAxes(vector(insert, 210, {0.0, 0.0, 1.0}));
-    const Vector place = vector(insert, 10, {0.0, 0.0, 0.0});
-    const Vector scale = {real(insert, 41, 1.0), real(insert, 42, 1.0), real(insert, 43, 1.0)};
-    const auto [sine, cosine] = sineAndCosine(real(insert, 50, 0.0));
+static CMORMathTransMatrix insertMatrix(const GroupList& insert, const Vector& base) {
+    const auto [axisX, axisY, normal] = planeAxes(insert.pointOf(210, {0.0, 0.0, 1.0}));
+    const Vector place = insert.pointOf(10, {});
+    const Vector scale = {insert.realOf(41, 1.0), insert.realOf(42, 1.0), insert.realOf(43, 1.0)};
+    const auto [sine, cosine] = sineAndCosine(insert.realOf(50, 0.0));
     CMORMathTransMatrix matrix;
     for (std::size_t row = 0; row < 3; ++row) {
         auto& target = matrix.rows[row];
@@ -80,11 +71,10 @@ static std::optional<CMORMathTransMatrix> matrixOf(EntityName entity) {
     if (!found || found.drawing->entry(found.number).has(kErased) ||
         found.drawing->typeOf(found.number) != "INSERT")
         return std::nullopt;
-    const TagList insert = found.drawing->current(found.number);
-    const Tag* block = insert.find(2);
+    const GroupList insert = found.drawing->groupsOf(found.number);
+    const Group* block = insert.find(kNameCode);
     if (block == nullptr) return std::nullopt;
-    const std::wstring name =
-        found.qualified("BLOCK", found.drawing->text().decode(insert.value(*block)));
+    const std::wstring name = found.qualified("BLOCK", found.drawing->decoded(*block));
     const FoundBlock inserted = resolveBlock(*currentDocument(), name);
     if (inserted.block == kNoContainer) return std::nullopt;
     const Vector base = baseOf(*currentDocument(), inserted.owner, inserted.block);

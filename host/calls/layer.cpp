@@ -1,6 +1,8 @@
 #include "host/documents/document.h"
 #include "host/documents/running_counters.h"
+#include "host/drawing/additions.h"
 #include "host/faults.h"
+#include "host/text/group_codes.h"
 #include "platform/entity.h"
 
 #include <optional>
@@ -21,8 +23,6 @@ namespace mor::host {
 
 namespace {
 
-constexpr std::int64_t kFrozen = 1;
-constexpr std::int64_t kLocked = 4;
 constexpr std::size_t kLongestOldName = 31;
 constexpr std::size_t kLongestName = 255;
 
@@ -33,7 +33,7 @@ RecordNumber live(const LayerState& state) {
 
 bool flag(const LayerState& state, std::int64_t bit) {
     const RecordNumber number = live(state);
-    return number != 0 && (currentDrawing()->integerOf(number, 70).value_or(0) & bit) != 0;
+    return number != 0 && (currentDrawing()->integerOf(number, kFlagsCode).value_or(0) & bit) != 0;
 }
 
 bool isLayerName(const Drawing& drawing, std::wstring_view name) {
@@ -57,7 +57,7 @@ bool CMORAdsLayer::Connect(const wchar_t* name) {
     if (drawing == nullptr || name == nullptr) return false;
     if (host::faults::layerRefused() || host::faults::shouldFail("CMORAdsLayer::Connect"))
         return false;
-    const host::RecordNumber number = drawing->findSymbol("LAYER", name);
+    const host::RecordNumber number = drawing->names().findSymbol("LAYER", name);
     if (number == 0) return false;
     m_state->name = drawing->nameOf(number);
     return true;
@@ -70,13 +70,13 @@ bool CMORAdsLayer::Create(const wchar_t* name) {
     if (host::faults::layerRefused() || host::faults::writesRefused() ||
         host::faults::shouldFail("CMORAdsLayer::Create"))
         return false;
-    if (drawing->findSymbol("LAYER", name) != 0) return false;
-    m_state->name = drawing->nameOf(drawing->addLayer(name));
+    if (drawing->names().findSymbol("LAYER", name) != 0) return false;
+    m_state->name = drawing->nameOf(host::addLayer(*drawing, name));
     return true;
 }
 
 bool CMORAdsLayer::IsFrozen() const {
-    return m_state->frozen.value_or(host::flag(*m_state, host::kFrozen));
+    return m_state->frozen.value_or(host::flag(*m_state, host::kFrozenLayer));
 }
 bool CMORAdsLayer::IsFrozen(bool frozen) {
     if (host::live(*m_state) == 0) return false;
@@ -84,7 +84,7 @@ bool CMORAdsLayer::IsFrozen(bool frozen) {
     return true;
 }
 bool CMORAdsLayer::IsLocked() const {
-    return m_state->locked.value_or(host::flag(*m_state, host::kLocked));
+    return m_state->locked.value_or(host::flag(*m_state, host::kLockedLayer));
 }
 bool CMORAdsLayer::IsLocked(bool locked) {
     if (host::live(*m_state) == 0) return false;
@@ -101,13 +101,13 @@ bool CMORAdsLayer::Flush() {
     if (!m_state->frozen && !m_state->locked) return true;
     if (host::faults::writesRefused()) return false;
     host::Drawing& drawing = *host::currentDrawing();
-    std::int64_t flags = drawing.integerOf(number, 70).value_or(0);
+    std::int64_t flags = drawing.integerOf(number, host::kFlagsCode).value_or(0);
     const auto set = [&flags](std::int64_t bit, bool on) {
         flags = on ? flags | bit : flags & ~bit;
     };
-    if (m_state->frozen) set(host::kFrozen, *m_state->frozen);
-    if (m_state->locked) set(host::kLocked, *m_state->locked);
-    drawing.setInteger(number, 70, flags);
+    if (m_state->frozen) set(host::kFrozenLayer, *m_state->frozen);
+    if (m_state->locked) set(host::kLockedLayer, *m_state->locked);
+    drawing.setGroup(number, host::kFlagsCode, flags);
     *m_state = mor::LayerState{m_state->name, {}, {}};
     return true;
 }

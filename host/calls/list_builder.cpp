@@ -45,28 +45,28 @@ void ListBuilder::point(int code, const double* value) {
 
 void ListBuilder::name(int code, EntityName value) { value.copyTo(append(code)->resval.rlname); }
 
-void ListBuilder::group(const Drawing& drawing, const TagList& record, std::size_t index) {
-    const Tag& tag = record.tags()[index];
-    const std::string_view value = record.value(tag);
-    switch (listKind(tag.code)) {
+void ListBuilder::group(const Drawing& drawing, const GroupList& record, std::size_t index) {
+    const Group& group = record[index];
+    const int code = group.code();
+    switch (listKind(code)) {
         case ListKind::Text:
-            text(tag.code, drawing.text().decode(value));
+            text(code, drawing.decoded(group));
             break;
         case ListKind::Short:
         case ListKind::Long:
-            if (const auto number = parseInteger(value)) integer(tag.code, *number);
+            if (const auto number = group.integer()) integer(code, *number);
             break;
         case ListKind::Real:
-            if (const auto number = parseReal(value)) real(tag.code, *number);
+            if (const auto number = group.real()) real(code, *number);
             break;
         case ListKind::Point: {
             std::array<double, 3> coordinates{};
-            for (std::size_t i = 0; i < 3 && index + i < record.tags().size(); ++i) {
-                const Tag& part = record.tags()[index + i];
-                if (part.code != tag.code + 10 * static_cast<int>(i)) break;
-                coordinates[i] = parseReal(record.value(part)).value_or(0.0);
+            for (std::size_t i = 0; i < 3 && index + i < record.size(); ++i) {
+                const Group& part = record[index + i];
+                if (part.code() != code + 10 * static_cast<int>(i)) break;
+                coordinates[i] = part.real().value_or(0.0);
             }
-            point(tag.code, coordinates.data());
+            point(code, coordinates.data());
             break;
         }
         case ListKind::Name:

@@ -17,9 +17,9 @@ public:
     void real(int code, double value);
     void point(int code, const double* value);
     void name(int code, EntityName value);
-    /// A group of a record; a point takes its second and third coordinate from the groups behind
-    /// it. Values that are no numbers where there must be one are left out.
-    void group(const Drawing& drawing, const TagList& record, std::size_t index);
+    /// A group of a record of the drawing; a point takes its second and third coordinate from the
+    /// groups behind it. Values that are no numbers where there must be one are left out.
+    void group(const Drawing& drawing, const GroupList& record, std::size_t index);
     [[nodiscard]] ResbufList take() { return std::move(m_list); }
 
 private:

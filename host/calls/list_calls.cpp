@@ -4,6 +4,7 @@
 #include "host/documents/running_counters.h"
 #include "host/faults.h"
 #include "host/permanent.h"
+#include "host/text/group_codes.h"
 
 #include <algorithm>
 #include <cstdarg>
@@ -30,56 +31,6 @@ void resetCounters() {
 }
 
 namespace {
-
-struct KindRange {
-    int first;
-    int last;
-    ListKind kind;
-};
-
-// In ascending order.
-constexpr KindRange kKinds[] = {{-4, -4, ListKind::Text},
-                                {-3, -3, ListKind::None},
-                                {-2, -1, ListKind::Name},
-                                {0, 9, ListKind::Text},
-                                {10, 18, ListKind::Point},
-                                {19, 59, ListKind::Real},
-                                {60, 79, ListKind::Short},
-                                {90, 99, ListKind::Long},
-                                {100, 102, ListKind::Text},
-                                {105, 105, ListKind::Text},
-                                {110, 112, ListKind::Point},
-                                {113, 149, ListKind::Real},
-                                {160, 169, ListKind::Long},
-                                {170, 179, ListKind::Short},
-                                {210, 213, ListKind::Point},
-                                {214, 239, ListKind::Real},
-                                {270, 299, ListKind::Short},
-                                {300, 329, ListKind::Text},
-                                {330, 369, ListKind::Name},
-                                {370, 389, ListKind::Short},
-                                {390, 399, ListKind::Text},
-                                {400, 409, ListKind::Short},
-                                {410, 419, ListKind::Text},
-                                {420, 429, ListKind::Long},
-                                {430, 439, ListKind::Text},
-                                {440, 459, ListKind::Long},
-                                {460, 469, ListKind::Real},
-                                {470, 481, ListKind::Text},
-                                {999, 1009, ListKind::Text},
-                                {1010, 1013, ListKind::Point},
-                                {1014, 1059, ListKind::Real},
-                                {1060, 1070, ListKind::Short},
-                                {1071, 1071, ListKind::Long},
-                                {RTREAL, RTREAL, ListKind::Real},
-                                {RTPOINT, RTPOINT, ListKind::Point},
-                                {RTSHORT, RTSHORT, ListKind::Short},
-                                {RTSTR, RTSTR, ListKind::Text},
-                                {RTENAME, RTENAME, ListKind::Name},
-                                {RTLONG, RTLONG, ListKind::Long},
-                                {RTLB, RTNIL, ListKind::None},
-                                {RTDXF0, RTDXF0, ListKind::Text},
-                                {RTT, RTT, ListKind::None}};
 
 wchar_t* copyText(const wchar_t* text) {
     const std::wstring_view view{text};
@@ -125,9 +76,58 @@ bool takeValue(resbuf& element, std::va_list* arguments) {
 
 }  // namespace
 
+/// Of the types that are no group codes.
+static ListKind resultKind(int type) noexcept {
+    switch (type) {
+        case RTREAL:
+            return ListKind::Real;
+        case RTPOINT:
+            return ListKind::Point;
+        case RTSHORT:
+            return ListKind::Short;
+        case RTLONG:
+            return ListKind::Long;
+        case RTENAME:
+        case -1:
+        case -2:
+            return ListKind::Name;
+        case RTSTR:
+        case RTDXF0:
+        case -4:
+            return ListKind::Text;
+        case RTLB:
+        case RTLE:
+        case RTDOTE:
+        case RTNIL:
+        case RTT:
+        case -3:
+            return ListKind::None;
+        default:
+            return ListKind::Unknown;
+    }
+}
+
 ListKind listKind(int type) noexcept {
-    const auto* range = std::ranges::lower_bound(kKinds, type, {}, &KindRange::last);
-    return range != std::end(kKinds) && range->first <= type ? range->kind : ListKind::Unknown;
+    switch (codeKind(type)) {
+        case CodeKind::Text:
+        case CodeKind::Chunk:
+            return ListKind::Text;
+        case CodeKind::Handle:
+            return type >= kOwnerCode && type < 370 ? ListKind::Name : ListKind::Text;
+        case CodeKind::Real:
+            return ListKind::Real;
+        case CodeKind::Point:
+            return ListKind::Point;
+        case CodeKind::Integer16:
+        case CodeKind::Flag:
+            return ListKind::Short;
+        case CodeKind::Integer32:
+        case CodeKind::Integer64:
+            return ListKind::Long;
+        case CodeKind::Unknown:
+            break;
+    }
+    return resultKind(type);
 }
 
 }  // namespace mor::host

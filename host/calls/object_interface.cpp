@@ -1,5 +1,6 @@
 #include "host/documents/document.h"
 #include "host/host.h"
+#include "host/text/group_codes.h"
 #include "platform/database.h"
 
 #include <memory>
@@ -79,7 +80,7 @@ public:
         : Opened(site, site.drawing->container(block).head),
           m_block(block),
           m_name(site.drawing->containerName(block)) {
-        m_flags = m_site.drawing->integerOf(m_number, 70).value_or(0);
+        m_flags = m_site.drawing->integerOf(m_number, kFlagsCode).value_or(0);
         m_path = m_site.drawing->textOf(m_number, 1).value_or(L"");
     }
     [[nodiscard]] Acad::ErrorStatus getName(const wchar_t*& name) const override {
@@ -94,8 +95,12 @@ public:
         const auto base = baseOf(*currentDocument(), m_site.mount, m_block);
         return {base[0], base[1], base[2]};
     }
-    [[nodiscard]] bool isFromExternalReference() const override { return (m_flags & (4 | 8)) != 0; }
-    [[nodiscard]] bool isFromOverlayReference() const override { return (m_flags & 8) != 0; }
+    [[nodiscard]] bool isFromExternalReference() const override {
+        return (m_flags & kAnyReferenceBlock) != 0;
+    }
+    [[nodiscard]] bool isFromOverlayReference() const override {
+        return (m_flags & kOverlayBlock) != 0;
+    }
     [[nodiscard]] bool hasAttributeDefinitions() const override {
         return holdsAttributeDefinitions(*m_site.drawing, m_block);
     }

@@ -1,6 +1,8 @@
 #include "host/calls/selection_filter.h"
 
 #include "host/calls/list_kind.h"
+#include "host/text/group_codes.h"
+#include "host/text/numbers.h"
 #include "platform/runtime.h"
 
 #include <algorithm>
@@ -24,11 +26,6 @@ std::optional<Relation> relationOf(std::wstring_view text) {
         if (word == text) return relation;
     return std::nullopt;
 }
-
-/// Group of the application whose extended data follows; behind -3 the one that is tested for.
-constexpr int kApplicationName = 1001;
-constexpr int kLayer = 8;
-constexpr int kMarker = 100;
 
 /// The number as an integer; what is too large for one has no bits.
 std::int64_t bitsOf(double value) {
@@ -135,7 +132,7 @@ bool SelectionFilter::openOrClose(std::wstring_view word, std::vector<std::size_
 }
 
 void SelectionFilter::addTest(const resbuf& item, const std::array<Relation, 3>& relation) {
-    if (item.restype == kApplicationName && m_nodes.back().kind == Kind::Application) {
+    if (item.restype == kApplicationCode && m_nodes.back().kind == Kind::Application) {
         m_nodes.back().pattern.emplace(filterText(item), WildcardCase::Ignored);
         return;
     }
@@ -194,9 +191,9 @@ bool SelectionFilter::holds(Relation relation, double value, double wanted) {
     return false;
 }
 
-const TagList& SelectionFilter::record(RecordNumber number) {
+const GroupList& SelectionFilter::record(RecordNumber number) {
     if (m_recordOf != number) {
-        m_record = m_drawing.current(number);
+        m_record = m_drawing.groupsOf(number);
         m_recordOf = number;
     }
     return m_record;
@@ -209,12 +206,11 @@ bool SelectionFilter::testText(Node& node, std::string_view text) {
 }
 
 bool SelectionFilter::testNumbers(const Node& node) {
-    const Tag* tag = m_record.find(node.code);
-    if (tag == nullptr) return false;
+    if (m_record.find(node.code) == nullptr) return false;
     const std::size_t coordinates = node.kind == Kind::Point ? 3 : 1;
     for (std::size_t i = 0; i < coordinates; ++i) {
-        const Tag* part = i == 0 ? tag : m_record.find(node.code + 10 * static_cast<int>(i));
-        const auto value = part == nullptr ? std::optional(0.0) : parseReal(m_record.value(*part));
+        const Group* part = m_record.find(node.code + 10 * static_cast<int>(i));
+        const auto value = part == nullptr ? std::optional(0.0) : part->real();
         if (!value || !holds(node.relation[i], *value, node.number[i])) return false;
     }
     return true;
@@ -222,10 +218,9 @@ bool SelectionFilter::testNumbers(const Node& node) {
 
 /// A record has a marker for each class that its groups belong to.
 bool SelectionFilter::testMarkers(Node& node, RecordNumber number) {
-    const TagList& groups = record(number);
+    const GroupList& groups = record(number);
     for (std::size_t i = 0; i < groups.extendedBegin(); ++i)
-        if (groups.tags()[i].code == kMarker && testText(node, groups.bare(groups.tags()[i])))
-            return true;
+        if (groups[i].code() == kMarkerCode && testText(node, groups[i].bare())) return true;
     return false;
 }
 
@@ -233,29 +228,28 @@ bool SelectionFilter::test(Node& node, RecordNumber number) {
     switch (node.kind) {
         case Kind::Text: {
             if (node.code == 0) return testText(node, m_drawing.typeOf(number));
-            if (node.code == kMarker) return testMarkers(node, number);
-            const auto value = m_drawing.valueOf(number, node.code);
+            if (node.code == kMarkerCode) return testMarkers(node, number);
+            const auto value = m_drawing.groupOf(number, node.code);
             // Every entity lies on a layer, whether its record names one or not.
-            if (!value && node.code == kLayer) return testText(node, "0");
-            return value && testText(node, *value);
+            if (!value && node.code == kLayerCode) return testText(node, "0");
+            return value && testText(node, value->text());
         }
         case Kind::Number:
         case Kind::Point:
             static_cast<void>(record(number));
             return testNumbers(node);
         case Kind::Name: {
-            const auto value = m_drawing.valueOf(number, node.code);
-            return value && node.handle != 0 && parseHandle(*value) == node.handle;
+            const auto value = m_drawing.groupOf(number, node.code);
+            return value && node.handle != 0 && value->handle() == node.handle;
         }
         case Kind::Space:
             return holds(node.relation[0],
                          m_drawing.isPaper(m_drawing.entry(number).container) ? 1.0 : 0.0,
                          node.number[0]);
         case Kind::Application: {
-            const TagList& groups = record(number);
-            for (std::size_t i = groups.extendedBegin(); i < groups.tags().size(); ++i)
-                if (groups.tags()[i].code == kApplicationName &&
-                    testText(node, groups.bare(groups.tags()[i])))
+            const GroupList& groups = record(number);
+            for (std::size_t i = groups.extendedBegin(); i < groups.size(); ++i)
+                if (groups[i].code() == kApplicationCode && testText(node, groups[i].bare()))
                     return true;
             return false;
         }

@@ -66,13 +66,13 @@ private:
     [[nodiscard]] bool testText(Node& node, std::string_view text);
     [[nodiscard]] bool testNumbers(const Node& node);
     [[nodiscard]] bool testMarkers(Node& node, RecordNumber number);
-    [[nodiscard]] const TagList& record(RecordNumber number);
+    [[nodiscard]] const GroupList& record(RecordNumber number);
 
     Drawing& m_drawing;
     bool m_valid = true;
     std::vector<Node> m_nodes;  ///< in reading order; the first holds all
     RecordNumber m_recordOf = 0;
-    TagList m_record;
+    GroupList m_record;
 };
 
 }  // namespace mor::host

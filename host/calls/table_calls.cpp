@@ -3,6 +3,7 @@
 #include "host/calls/list_builder.h"
 #include "host/documents/document.h"
 #include "host/faults.h"
+#include "host/text/group_codes.h"
 #include "platform/runtime.h"
 
 #include <algorithm>
@@ -34,11 +35,6 @@ std::span<const int> shownCodes(std::wstring_view table) {
     return found == shown.end() ? std::span<const int>() : std::span<const int>(found->second);
 }
 
-constexpr std::int64_t kReferenceBit = 4;
-constexpr std::int64_t kOverlayBit = 8;
-constexpr std::int64_t kDependentBit = 16;
-constexpr std::int64_t kResolvedBit = 32;
-
 /// The table in which a group of a table record names another symbol; empty for other groups.
 std::string_view tableOfGroup(std::wstring_view table, int code) {
     if (code == 6 && table == L"LAYER") return "LTYPE";
@@ -47,24 +43,24 @@ std::string_view tableOfGroup(std::wstring_view table, int code) {
 
 /// A record as program lists show it; of a referenced drawing under its qualified name.
 ResbufList symbolList(const Located& found, std::wstring_view table) {
-    const TagList record = found.drawing->current(found.number);
+    const GroupList record = found.drawing->groupsOf(found.number);
     const std::span<const int> codes = shownCodes(table);
     ListBuilder list;
     list.text(0, table);
     bool inGroup = false;
     for (std::size_t i = 0; i < record.extendedBegin(); ++i) {
-        const Tag& tag = record.tags()[i];
-        if (tag.code == 102) inGroup = record.value(tag).starts_with("{");
-        if (inGroup || std::ranges::find(codes, tag.code) == codes.end()) continue;
-        const std::string_view named = tableOfGroup(table, tag.code);
-        const auto text = [&] { return found.drawing->text().decode(record.value(tag)); };
-        if (found.mount != nullptr && tag.code == 2)
-            list.text(2, found.mount->name + L"|" + text());
+        const Group& group = record[i];
+        const int code = group.code();
+        if (code == kBracketCode) inGroup = group.text().starts_with("{");
+        if (inGroup || std::ranges::find(codes, code) == codes.end()) continue;
+        const std::string_view named = tableOfGroup(table, code);
+        const auto text = [&] { return found.drawing->decoded(group); };
+        if (found.mount != nullptr && code == kNameCode)
+            list.text(code, found.mount->name + L"|" + text());
         else if (found.mount != nullptr && !named.empty())
-            list.text(tag.code, found.qualified(named, text()));
-        else if (found.mount != nullptr && tag.code == 70)
-            list.integer(
-                70, parseInteger(record.value(tag)).value_or(0) | kDependentBit | kResolvedBit);
+            list.text(code, found.qualified(named, text()));
+        else if (found.mount != nullptr && code == kFlagsCode)
+            list.integer(code, group.integer().value_or(0) | kDependentBlock | kResolvedBlock);
         else
             list.group(*found.drawing, record, i);
     }
@@ -74,23 +70,21 @@ ResbufList symbolList(const Located& found, std::wstring_view table) {
 /// A block as program lists show it. `owner` is null for blocks of the current drawing.
 ResbufList blockList(AcApDocument& document, Mount* owner, ContainerNumber block) {
     Drawing& drawing = owner == nullptr ? *document.drawing : *owner->drawing;
-    const TagList record = drawing.current(drawing.container(block).head);
-    const Tag* flags = record.find(70);
-    std::int64_t value = flags == nullptr ? 0 : parseInteger(record.value(*flags)).value_or(0);
-    if ((value & kOverlayBit) != 0) value |= kReferenceBit;
+    const GroupList record = drawing.groupsOf(drawing.container(block).head);
+    std::int64_t value = record.integerOf(kFlagsCode, 0);
+    if ((value & kOverlayBlock) != 0) value |= kReferenceBlock;
     const Mount* reference = document.references->mount(owner, block);
     const bool loaded = reference != nullptr && reference->drawing != nullptr;
-    if (loaded) value |= kResolvedBit;
-    if (owner != nullptr) value |= kDependentBit | kResolvedBit;
+    if (loaded) value |= kResolvedBlock;
+    if (owner != nullptr) value |= kDependentBlock | kResolvedBlock;
     const std::array<double, 3> base = baseOf(document, owner, block);
     ListBuilder list;
     list.text(0, L"BLOCK");
     list.text(2, (owner == nullptr ? L"" : owner->name + L"|") + drawing.containerName(block));
     list.integer(70, value);
     list.point(10, base.data());
-    if ((value & kReferenceBit) != 0)
-        if (const Tag* path = record.find(1))
-            list.text(1, drawing.text().decode(record.value(*path)));
+    if ((value & kReferenceBlock) != 0)
+        if (const Group* path = record.find(1)) list.text(1, drawing.decoded(*path));
     if (const Located first = firstEntityOf(document, owner, block))
         list.name(-2, first.nameOf(first.number));
     return list.take();
@@ -152,12 +146,12 @@ resbuf* acdbTblSearch(const wchar_t* table, const wchar_t* symbol, int setNext) 
     host::Drawing& drawing = *document->drawing;
     const std::wstring name = mor::upperCase(table);
     if (name == L"BLOCK") {
-        const host::ContainerNumber block = drawing.findBlock(symbol);
+        const host::ContainerNumber block = drawing.names().findBlock(symbol);
         if (setNext != 0 && block != host::kNoContainer) host::positionOf(*document, name) = block;
         return host::findBlockList(*document, symbol).release();  // caller owns
     }
     if (host::shownCodes(name).empty()) return nullptr;
-    const host::RecordNumber own = drawing.findSymbol(mor::narrow(name), symbol);
+    const host::RecordNumber own = drawing.names().findSymbol(mor::narrow(name), symbol);
     if (setNext != 0 && own != 0) host::positionOf(*document, name) = own;
     return host::findSymbolList(*document, name, symbol).release();  // caller owns
 }
@@ -175,7 +169,7 @@ resbuf* acdbTblNext(const wchar_t* table, int rewind) {
         if (found.block == host::kNoContainer) return nullptr;
         return host::blockList(*document, found.owner, found.block).release();  // caller owns
     }
-    const host::ContainerNumber container = drawing.findTable(mor::narrow(name));
+    const host::ContainerNumber container = drawing.names().findTable(mor::narrow(name));
     if (container == host::kNoContainer || host::shownCodes(name).empty()) return nullptr;
     const host::RecordNumber next = drawing.nextMember(container, position);
     if (next == 0) return nullptr;

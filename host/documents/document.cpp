@@ -1,6 +1,7 @@
 #include "host/documents/document.h"
 
 #include "host/calls/entity_make.h"
+#include "host/documents/open_drawing.h"
 #include "host/documents/running_counters.h"
 #include "host/faults.h"
 #include "host/permanent.h"
@@ -67,15 +68,14 @@ Drawing* currentDrawing() {
 Drawing& drawingOf(const AcApDocument* document) { return *document->drawing; }
 
 AcApDocument* createDocument(Release release, std::string_view lineEnd) {
-    auto drawing = Drawing::load(makeBufferSource(newDrawingText(release, lineEnd)), "new drawing");
-    return keep(std::make_unique<AcApDocument>(std::move(drawing.value())));
+    return keep(std::make_unique<AcApDocument>(makeDrawing(release, lineEnd)));
 }
 
 Result<AcApDocument*> openDocument(const std::filesystem::path& path) {
     auto source = openFileSource(path);
     if (!source) return source.error();
     const FileStamp stamp = stampOf(source.value()->descriptor());
-    auto drawing = Drawing::load(std::move(source.value()), path.string());
+    auto drawing = openDrawing(std::move(source.value()), path.string());
     if (!drawing) return drawing.error();
     auto document = std::make_unique<AcApDocument>(std::move(drawing.value()));
     document->path = path;
@@ -118,8 +118,8 @@ DocumentInfo documentInfo(const AcApDocument* document) {
     info.version = drawing.version();
     info.codePage = drawing.codePage();
     info.encoding = drawing.text().name();
-    info.lineEnd = drawing.lines().crlf ? "CRLF" : "LF";
-    info.bytes = drawing.index().source->size();
+    info.lineEnd = drawing.lineEnd();
+    info.bytes = drawing.source().size();
     info.records = drawing.lastFileRecord();
     info.handleSeed = drawing.seed();
     return info;

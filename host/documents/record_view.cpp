@@ -1,6 +1,7 @@
 #include "host/documents/document.h"
 #include "host/host.h"
 #include "host/lisp/lisp_value.h"
+#include "host/text/group_codes.h"
 #include "platform/runtime.h"
 
 #include <algorithm>
@@ -66,8 +67,6 @@ void forEachRecord(const AcApDocument* document,
         if (!drawing.entry(number).has(kGone)) visit(infoOf({&drawing, number, nullptr}));
 }
 
-std::string handleText(std::uint64_t handle) { return handleToText(handle); }
-
 std::optional<RecordInfo> recordInfo(const AcApDocument* document, EntityName name) {
     const Located found = locate(*document, name);
     return found ? std::optional(infoOf(found)) : std::nullopt;
@@ -78,15 +77,11 @@ std::vector<RecordGroup> recordGroups(const AcApDocument* document, EntityName n
     const Located found = locate(*document, name);
     if (!found) return groups;
     Drawing& drawing = *found.drawing;
-    const TagList record = drawing.current(found.number);
-    for (const Tag& tag : record.tags()) {
-        const bool text =
-            tag.code < 10 || (tag.code >= 100 && tag.code < 110) ||
-            (tag.code >= 300 && tag.code < 310) || (tag.code >= 410 && tag.code < 420) ||
-            (tag.code >= 430 && tag.code < 440) || (tag.code >= 470 && tag.code < 480) ||
-            tag.code == 999 || tag.code == 1000 || tag.code == 1003;
-        const std::string_view value = text ? record.value(tag) : record.bare(tag);
-        groups.push_back({tag.code, toUtf8(drawing.text().decode(value))});
+    for (const GroupList record = drawing.groupsOf(found.number); const Group& group : record) {
+        const bool padded = codeKind(group.code()) != CodeKind::Text && group.isText();
+        const std::wstring value =
+            padded ? drawing.text().decode(group.bare()) : drawing.decoded(group);
+        groups.push_back({group.code(), toUtf8(value)});
     }
     return groups;
 }
@@ -114,20 +109,20 @@ RecordAttributes recordAttributes(const AcApDocument* document, EntityName name)
 std::optional<EntityName> findSymbol(const AcApDocument* document, std::string_view table,
                                      std::wstring_view name) {
     Drawing& drawing = drawingOf(document);
-    const RecordNumber number = drawing.findSymbol(table, name);
+    const RecordNumber number = drawing.names().findSymbol(table, name);
     return number == 0 ? std::nullopt : std::optional(drawing.nameOf(number));
 }
 
 std::optional<EntityName> firstEntityOfBlock(const AcApDocument* document,
                                              std::wstring_view block) {
     Drawing& drawing = drawingOf(document);
-    const ContainerNumber container = drawing.findBlock(block);
+    const ContainerNumber container = drawing.names().findBlock(block);
     const RecordNumber first = container == kNoContainer ? 0 : drawing.nextMember(container, 0);
     return first == 0 ? std::nullopt : std::optional(drawing.nameOf(first));
 }
 
 bool hasBlock(const AcApDocument* document, std::wstring_view block) {
-    return drawingOf(document).findBlock(block) != kNoContainer;
+    return drawingOf(document).names().findBlock(block) != kNoContainer;
 }
 
 void forEachInsert(const AcApDocument* document, std::wstring_view block,
@@ -148,7 +143,9 @@ long attributeBytes(std::wstring_view name, const CMORAdsLispVar& value) {
     return attributeCost({std::wstring(name), value});
 }
 
-bool hasFreeHandle(const AcApDocument* document) { return drawingOf(document).nextHandle() != 0; }
+bool hasFreeHandle(const AcApDocument* document) {
+    return drawingOf(document).handles().next() != 0;
+}
 
 bool renewHandle(AcApDocument* document, EntityName name) {
     Drawing& drawing = drawingOf(document);
@@ -164,11 +161,11 @@ bool holdsEntityName(const CMORAdsLispVar& value) {
 std::vector<Problem> documentProblems(const AcApDocument* document) {
     Drawing& drawing = drawingOf(document);
     std::vector<Problem> problems;
-    if (!drawing.index().sawEof)
+    if (!drawing.endsWithEof())
         problems.push_back({Problem::Kind::MissingEof, {}, "the file does not end with EOF"});
-    for (const auto& [handle, count] : drawing.doubledHandles())
-        problems.push_back({Problem::Kind::DoubledHandle, handleToText(handle),
-                            "the handle " + handleToText(handle) + " stands on " +
+    for (const auto& [handle, count] : drawing.handles().doubled())
+        problems.push_back({Problem::Kind::DoubledHandle, handleText(handle),
+                            "the handle " + handleText(handle) + " stands on " +
                                 std::to_string(count) + " records"});
     return problems;
 }

@@ -1,7 +1,9 @@
 #include "host/documents/reference.h"
 
 #include "host/documents/document.h"
+#include "host/documents/open_drawing.h"
 #include "host/documents/reference_source.h"
+#include "host/text/group_codes.h"
 #include "platform/runtime.h"
 
 #include <algorithm>
@@ -13,8 +15,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::int64_t kReferenceFlag = 4;
-constexpr std::int64_t kOverlayFlag = 8;
 /// What a path takes for each of its parts, which may be as short as a letter and a slash.
 constexpr std::size_t kBytesPerPart = 64;
 /// Names of blocks have at most so many characters.
@@ -22,7 +22,7 @@ constexpr std::size_t kLongestSymbol = 255;
 
 std::int64_t flagsOf(Drawing& drawing, ContainerNumber block) {
     const RecordNumber head = drawing.container(block).head;
-    return head == 0 ? 0 : drawing.integerOf(head, 70).value_or(0);
+    return head == 0 ? 0 : drawing.integerOf(head, kFlagsCode).value_or(0);
 }
 
 }  // namespace
@@ -40,7 +40,7 @@ bool isCommonSymbol(std::string_view table, std::wstring_view symbol) {
 static bool isDependentBlock(Drawing& drawing, ContainerNumber block) {
     const std::wstring name = drawing.containerName(block);
     for (std::size_t bar = name.find(L'|'); bar <= kLongestSymbol; bar = name.find(L'|', bar + 1)) {
-        const ContainerNumber reference = drawing.findBlock(name.substr(0, bar));
+        const ContainerNumber reference = drawing.names().findBlock(name.substr(0, bar));
         if (reference != kNoContainer && isReferenceBlock(drawing, reference)) return true;
     }
     return false;
@@ -48,17 +48,15 @@ static bool isDependentBlock(Drawing& drawing, ContainerNumber block) {
 
 bool isReferenceBlock(Drawing& drawing, ContainerNumber block) {
     // Overlays alone carry 8 where some writers leave 4 out.
-    return (flagsOf(drawing, block) & (kReferenceFlag | kOverlayFlag)) != 0 &&
-           !isDependentBlock(drawing, block);
+    return (flagsOf(drawing, block) & kAnyReferenceBlock) != 0 && !isDependentBlock(drawing, block);
 }
 
 bool isKeptReferenceBlock(Drawing& drawing, ContainerNumber block) {
-    return (flagsOf(drawing, block) & (kReferenceFlag | kOverlayFlag)) != 0 &&
-           isDependentBlock(drawing, block);
+    return (flagsOf(drawing, block) & kAnyReferenceBlock) != 0 && isDependentBlock(drawing, block);
 }
 
 bool isOverlayBlock(Drawing& drawing, ContainerNumber block) {
-    return (flagsOf(drawing, block) & kOverlayFlag) != 0;
+    return (flagsOf(drawing, block) & kOverlayBlock) != 0;
 }
 
 EntityName Located::nameOf(RecordNumber other) const {
@@ -125,7 +123,7 @@ Result<std::shared_ptr<Drawing>> References::open(const fs::path& file, const fs
     if (const auto known = m_drawings.find(real); known != m_drawings.end()) return known->second;
     auto source = openReferenceSource(file);
     if (!source) return source.error();
-    auto drawing = Drawing::load(std::move(source.value()), file.string());
+    auto drawing = openDrawing(std::move(source.value()), file.string());
     if (!drawing) return drawing.error();
     return m_drawings[real] = std::move(drawing.value());
 }
@@ -188,7 +186,7 @@ References::Target References::resolve(std::wstring_view qualified) {
         std::size_t bar = target.rest.find(L'|');
         // The name of a reference may itself have bars in it.
         for (; bar <= kLongestSymbol; bar = target.rest.find(L'|', bar + 1)) {
-            const ContainerNumber block = owner.findBlock(target.rest.substr(0, bar));
+            const ContainerNumber block = owner.names().findBlock(target.rest.substr(0, bar));
             next = block == kNoContainer ? nullptr : mount(target.mount, block);
             if (next != nullptr) break;
         }

@@ -102,8 +102,6 @@ private:
 /// What the drawing keeps of a reference's reference.
 [[nodiscard]] bool isKeptReferenceBlock(Drawing& drawing, ContainerNumber block);
 [[nodiscard]] bool isOverlayBlock(Drawing& drawing, ContainerNumber block);
-/// Numbers drawings and mounts; never used again in the process.
-[[nodiscard]] std::int64_t nextDrawingNumber();
 
 /// The record of that name in the current document, in the given one, or in a drawing referenced by
 /// it.

@@ -1,5 +1,6 @@
 #include "host/documents/document.h"
 #include "host/host.h"
+#include "host/text/group_codes.h"
 #include "platform/runtime.h"
 
 #include <cstddef>
@@ -27,7 +28,7 @@ struct Referring {
         info.name = (mount == nullptr ? L"" : mount->name + L"|") + info.block;
         info.overlay = isOverlayBlock(drawing, block);
         info.saved = drawing.textOf(drawing.container(block).head, 1).value_or(L"");
-        const auto& inserts = drawing.insertCounts();
+        const auto& inserts = drawing.names().insertCounts();
         if (const auto found = inserts.find(upperCase(info.block)); found != inserts.end())
             info.inserts = found->second;
         for (const Mount* at = mount; at != nullptr; at = at->parent) ++info.depth;
@@ -47,7 +48,6 @@ struct Referring {
         if (!found->drawing) return info;
         info.loaded = true;
         info.entities = countEntities(*found->drawing, kModelSpace);
-        info.hasStore = found->drawing->findBlock(L"MOR_DWGFILES") != kNoContainer;
         if (info.inserts == 0) info.status = ReferenceStatus::Unreferenced;
         return info;
     }
@@ -97,7 +97,7 @@ void listBelow(const Referring& from, std::vector<ReferenceInfo>& all) {
 }
 
 ContainerNumber referenceBlock(AcApDocument* document, std::wstring_view name) {
-    const ContainerNumber block = document->drawing->findBlock(name);
+    const ContainerNumber block = document->drawing->names().findBlock(name);
     return block != kNoContainer && isReferenceBlock(*document->drawing, block) ? block
                                                                                 : kNoContainer;
 }
@@ -113,7 +113,7 @@ std::vector<ReferenceInfo> references(AcApDocument* document) {
 std::optional<ReferenceInfo> findReference(AcApDocument* document, std::wstring_view name) {
     const References::Target way = document->references->resolve(name);
     const Referring from{*document, way.mount};
-    const ContainerNumber block = from.drawing.findBlock(way.rest);
+    const ContainerNumber block = from.drawing.names().findBlock(way.rest);
     if (block == kNoContainer) return std::nullopt;
     if (isReferenceBlock(from.drawing, block)) return from.reference(block);
     return isKeptReferenceBlock(from.drawing, block) ? std::optional(from.orphan(block))
@@ -141,7 +141,7 @@ bool detachReference(AcApDocument* document, std::wstring_view name) {
         if (isBelow(keptName, drawing.containerName(block))) detached.push_back(kept);
     for (const ContainerNumber number : detached) {
         const RecordNumber head = drawing.container(number).head;
-        drawing.setInteger(head, 70, 0);
+        drawing.setGroup(head, kFlagsCode, std::int64_t{0});
         drawing.setText(head, 1, L"");
     }
     return true;

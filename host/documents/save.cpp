@@ -1,12 +1,14 @@
 #include "host/documents/document.h"
 #include "host/documents/temporary_file.h"
-#include "host/dxf/dxf_plan.h"
 #include "host/faults.h"
+#include "host/text/group_codes.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <iterator>
 #include <string>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -65,9 +67,8 @@ bool copyRange(const Source& source, std::uint64_t from, std::uint64_t size, int
 
 bool writePlan(const SavePlan& plan, const Source& source, int target) {
     for (const PlanPiece& piece : plan.pieces) {
-        const bool done = piece.first == 0
-                              ? writeAll(target, piece.bytes.data(), piece.bytes.size())
-                              : copyRange(source, piece.from, piece.size, target);
+        const bool done = piece.isCopy() ? copyRange(source, piece.from, piece.size, target)
+                                         : writeAll(target, piece.bytes.data(), piece.bytes.size());
         if (!done) return false;
     }
     return true;
@@ -114,6 +115,7 @@ private:
     [[nodiscard]] Error systemFailure(const std::string& what) const {
         return failure(what + ": " + std::strerror(errno));
     }
+    [[nodiscard]] SavedEdit describe(const PlannedEdit& edit) const;
     std::optional<Error> findTarget();
     [[nodiscard]] bool othersMayNotReplace() const;
     std::optional<Error> lockTarget();
@@ -251,7 +253,7 @@ bool SaveRun::makeTemporary() {
 std::optional<Error> SaveRun::writeTemporary(const SavePlan& plan) {
     if (!makeTemporary()) return systemFailure("no temporary file can be made beside it");
     const int file = m_file.get();
-    if (!writePlan(plan, *m_drawing.index().source, file)) return systemFailure("writing failed");
+    if (!writePlan(plan, m_drawing.source(), file)) return systemFailure("writing failed");
     if (m_exists) {
         // Owner first: it may take mode bits away. Only the superuser can give files to others.
         static_cast<void>(
@@ -267,9 +269,8 @@ std::optional<Error> SaveRun::writeTemporary(const SavePlan& plan) {
 std::optional<Error> SaveRun::readBack(const SavePlan& plan) {
     auto source = openFileSource(m_temporary.path());
     if (!source) return failure("reading back failed: " + source.error().text);
-    const auto written = indexDxf(std::move(source.value()), m_target.string());
-    if (!written) return failure("what was written does not read back: " + written.error().text);
-    const std::string difference = comparePlan(plan, m_drawing, *written.value());
+    const std::string difference =
+        m_drawing.codec().compare(plan, m_drawing.edits(), std::move(source.value()));
     if (!difference.empty())
         return failure("what was written reads back differently: " + difference);
     return std::nullopt;
@@ -402,11 +403,21 @@ std::optional<Error> SaveRun::commit(SaveReport& report) {
     return std::nullopt;
 }
 
+SavedEdit SaveRun::describe(const PlannedEdit& edit) const {
+    SavedEdit saved{edit.kind, edit.type, handleText(edit.handle), edit.what,
+                    m_drawing.nameOf(edit.number)};
+    static constexpr std::string_view named[] = {"LAYER", "APPID",        "BLOCK", "LTYPE",
+                                                 "STYLE", "BLOCK_RECORD", "INSERT"};
+    if (edit.number != 0 && std::ranges::find(named, edit.type) != std::end(named))
+        saved.what = toUtf8(m_drawing.textOf(edit.number, kNameCode).value_or(L""));
+    return saved;
+}
+
 Result<SaveReport> SaveRun::run() {
     faults::saveBegins();
     SaveReport report;
-    SavePlan plan = planSave(m_drawing);
-    report.edits = std::move(plan.edits);
+    const SavePlan plan = m_drawing.codec().plan(m_drawing.edits());
+    for (const PlannedEdit& edit : plan.edits) report.edits.push_back(describe(edit));
     report.bytes = plan.size;
     const bool needed =
         !report.edits.empty() || !m_options.output.empty() || m_document.path.empty();
@@ -416,8 +427,7 @@ Result<SaveReport> SaveRun::run() {
     if (auto error = writeTemporary(plan)) return *error;
     if (auto error = readBack(plan)) return *error;
     if (auto error = prepareBackup()) return *error;
-    if (m_drawing.index().source->failed())
-        return failure("cannot be saved: " + std::string(kNotRead));
+    if (m_drawing.source().failed()) return failure("cannot be saved: " + std::string(kNotRead));
     if (auto error = commit(report)) return *error;
     report.written = true;
     if (m_inPlace || m_document.path.empty()) {
@@ -441,7 +451,7 @@ Result<SaveReport> saveDocument(AcApDocument* document, const SaveOptions& optio
         return Error{ErrorKind::Unwritable, named.string(), 0, "cannot be saved: " + why};
     };
     // What was changed may rest on records that could not be read.
-    if (document->drawing->index().source->failed()) return refuse(std::string(kNotRead));
+    if (document->drawing->source().failed()) return refuse(std::string(kNotRead));
     try {
         return SaveRun(*document, options).run();
     } catch (const ReadFailure& failure) {

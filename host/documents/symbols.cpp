@@ -1,6 +1,7 @@
 #include "host/documents/document.h"
 #include "host/documents/reference.h"
 #include "host/host.h"
+#include "host/text/group_codes.h"
 #include "platform/runtime.h"
 
 #include <algorithm>
@@ -13,16 +14,6 @@ namespace mor::host {
 namespace {
 
 constexpr std::string_view kActivePaper = "*Paper_Space";
-constexpr std::int64_t kAnonymousFlag = 1;
-constexpr std::int64_t kAttributesFlag = 2;
-
-std::array<double, 3> pointOf(const TagList& record, int code) {
-    std::array<double, 3> point{};
-    for (std::size_t i = 0; i < point.size(); ++i)
-        if (const Tag* tag = record.find(code + 10 * static_cast<int>(i)))
-            point[i] = parseReal(record.value(*tag)).value_or(0.0);
-    return point;
-}
 
 /// Tables whose symbols a drawing knows under the names of its references. Those of applications
 /// are the same in every drawing; views and the like stay each drawing's own.
@@ -32,7 +23,7 @@ bool isQualified(std::string_view table) {
 }
 
 std::array<double, 3> recordedBase(Drawing& drawing, ContainerNumber block) {
-    return pointOf(drawing.current(drawing.container(block).head), 10);
+    return drawing.groupsOf(drawing.container(block).head).pointOf(10, {});
 }
 
 }  // namespace
@@ -50,12 +41,12 @@ FoundBlock resolveBlock(AcApDocument& document, std::wstring_view name) {
         const References::Target target = document.references->resolve(name);
         if (target.mount != nullptr) {
             Drawing& drawing = *target.mount->drawing;
-            const ContainerNumber block = drawing.findBlock(target.rest);
+            const ContainerNumber block = drawing.names().findBlock(target.rest);
             if (block == kNoContainer || drawing.container(block).layout) return {};
             return {target.mount, block};
         }
     }
-    return {nullptr, document.drawing->findBlock(name)};
+    return {nullptr, document.drawing->names().findBlock(name)};
 }
 
 BlockEntities entitiesOf(AcApDocument& document, Mount* owner, ContainerNumber block) {
@@ -86,7 +77,8 @@ std::array<double, 3> baseOf(AcApDocument& document, Mount* owner, ContainerNumb
 }
 
 bool holdsAttributeDefinitions(Drawing& drawing, ContainerNumber block) {
-    if ((drawing.integerOf(drawing.container(block).head, 70).value_or(0) & kAttributesFlag) != 0)
+    if ((drawing.integerOf(drawing.container(block).head, kFlagsCode).value_or(0) &
+         kBlockWithAttributes) != 0)
         return true;
     const std::uint16_t definition = drawing.typeNumber("ATTDEF");
     RecordNumber at = drawing.nextMember(block, 0);
@@ -95,7 +87,8 @@ bool holdsAttributeDefinitions(Drawing& drawing, ContainerNumber block) {
 }
 
 bool isAnonymousBlock(Drawing& drawing, ContainerNumber block) {
-    if ((drawing.integerOf(drawing.container(block).head, 70).value_or(0) & kAnonymousFlag) != 0)
+    if ((drawing.integerOf(drawing.container(block).head, kFlagsCode).value_or(0) &
+         kAnonymousBlock) != 0)
         return true;
     const std::string_view name = drawing.container(block).name;
     return name.size() > 2 && name[0] == '*' && isAlpha(static_cast<unsigned char>(name[1])) &&
@@ -103,7 +96,7 @@ bool isAnonymousBlock(Drawing& drawing, ContainerNumber block) {
 }
 
 Located resolveSymbol(AcApDocument& document, std::string_view table, std::wstring_view name) {
-    if (const RecordNumber own = document.drawing->findSymbol(table, name))
+    if (const RecordNumber own = document.drawing->names().findSymbol(table, name))
         return {document.drawing.get(), own, nullptr};
     if (name.find(L'|') == std::wstring_view::npos || !isQualified(table)) return {};
     const References::Target target = document.references->resolve(name);
@@ -113,12 +106,12 @@ Located resolveSymbol(AcApDocument& document, std::string_view table, std::wstri
     Located over;
     for (const Mount* mount = target.mount->parent; mount != nullptr; mount = mount->parent) {
         const std::wstring_view rest = name.substr(mount->name.size() + 1);
-        if (const RecordNumber outer = mount->drawing->findSymbol(table, rest))
+        if (const RecordNumber outer = mount->drawing->names().findSymbol(table, rest))
             over = {mount->drawing.get(), outer, mount};
     }
     if (over) return over;
     Drawing& drawing = *target.mount->drawing;
-    return {&drawing, drawing.findSymbol(table, target.rest), target.mount};
+    return {&drawing, drawing.names().findSymbol(table, target.rest), target.mount};
 }
 
 namespace {
@@ -149,7 +142,7 @@ void forEachSymbol(AcApDocument* document, std::wstring_view reference, std::str
                    const std::function<void(const SymbolInfo&)>& visit) {
     const Reached found = reach(*document, reference);
     if (found.drawing == nullptr) return;
-    const ContainerNumber container = found.drawing->findTable(table);
+    const ContainerNumber container = found.drawing->names().findTable(table);
     if (container == kNoContainer) return;
     for (RecordNumber at = found.drawing->nextMember(container, 0); at != 0;
          at = found.drawing->nextMember(container, at))
@@ -170,18 +163,23 @@ std::optional<EntityName> resolveSymbol(AcApDocument* document, std::string_view
     return found ? std::optional(found.nameOf(found.number)) : std::nullopt;
 }
 
+bool hasBlock(AcApDocument* document, std::wstring_view reference, std::wstring_view block) {
+    const Reached found = reach(*document, reference);
+    return found.drawing != nullptr && found.drawing->names().findBlock(block) != kNoContainer;
+}
+
 void forEachBlock(AcApDocument* document, std::wstring_view reference,
                   const std::function<void(const BlockInfo&)>& visit) {
     const Reached found = reach(*document, reference);
     if (found.drawing == nullptr) return;
     Drawing& drawing = *found.drawing;
-    const std::map<std::wstring, std::size_t>& inserts = drawing.insertCounts();
+    const std::map<std::wstring, std::size_t>& inserts = drawing.names().insertCounts();
     for (ContainerNumber block = 1; block < drawing.containers().size(); ++block) {
         const Container& container = drawing.container(block);
         if (container.kind != ContainerKind::Block || container.head == 0) continue;
         BlockInfo info;
         info.symbol = found.symbol("BLOCK", container.head, drawing.containerName(block));
-        info.flags = drawing.integerOf(container.head, 70).value_or(0);
+        info.flags = drawing.integerOf(container.head, kFlagsCode).value_or(0);
         info.anonymous = isAnonymousBlock(drawing, block);
         info.attributes = holdsAttributeDefinitions(drawing, block);
         info.reference = isReferenceBlock(drawing, block);

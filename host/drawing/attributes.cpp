@@ -1,7 +1,10 @@
 #include "host/drawing/attributes.h"
 
-#include "host/dxf/dxf_index.h"
+#include "host/handles.h"
 #include "host/lisp/lisp_value.h"
+#include "host/text/escapes.h"
+#include "host/text/group_codes.h"
+#include "host/text/numbers.h"
 
 #include <algorithm>
 #include <cmath>
@@ -17,24 +20,11 @@ constexpr long kListHeaderCost = 3;
 constexpr std::int64_t kNilMark = 0;
 constexpr std::int64_t kDotMark = -1;
 
-void appendUnit(std::string& result, unsigned unit) {
-    static constexpr std::string_view digits = "0123456789ABCDEF";
-    result += "\\U+";
-    for (int shift = 12; shift >= 0; shift -= 4) result += digits[(unit >> shift) & 15];
-}
-
 /// One character in the ASCII form that no reader of DXF takes for anything else.
 std::string encodedCharacter(wchar_t c) {
-    const auto code = static_cast<unsigned>(c);
+    if (c >= 0x20 && c < 0x7F && c != L'^') return {static_cast<char>(c)};
     std::string result;
-    if (code >= 0x20 && code < 0x7F && c != L'^') {
-        result += static_cast<char>(code);
-    } else if (code > 0xFFFF) {
-        appendUnit(result, 0xD800 + ((code - 0x10000) >> 10));
-        appendUnit(result, 0xDC00 + ((code - 0x10000) & 0x3FF));
-    } else {
-        appendUnit(result, code);
-    }
+    appendUnicodeEscape(result, c);
     return result;
 }
 
@@ -75,11 +65,12 @@ private:
 
 std::vector<std::string> chunksOf(std::wstring_view text) { return Chunker().cut(text); }
 
-void appendString(std::string& bytes, const LineStyle& style, std::wstring_view text) {
-    const auto chunks = chunksOf(text);
-    if (chunks.size() > 1)
-        bytes += integerLine(style, 1070, static_cast<std::int64_t>(chunks.size()));
-    for (const std::string& chunk : chunks) bytes += line(style, 1000, chunk);
+using Groups = std::vector<NewGroup>;
+
+void appendString(Groups& groups, std::wstring_view text) {
+    auto chunks = chunksOf(text);
+    if (chunks.size() > 1) groups.push_back({1070, static_cast<std::int64_t>(chunks.size())});
+    for (std::string& chunk : chunks) groups.push_back({1000, std::move(chunk)});
 }
 
 long stringCost(std::wstring_view text) {
@@ -89,34 +80,33 @@ long stringCost(std::wstring_view text) {
     return cost;
 }
 
-void appendToken(std::string& bytes, const LineStyle& style, const LispToken& token,
-                 HandleResolver& handles) {
+void appendToken(Groups& groups, const LispToken& token, const HandleResolver& handles) {
     switch (token.kind()) {
         case LispKind::Nil:
-            bytes += integerLine(style, 1070, kNilMark);
+            groups.push_back({1070, kNilMark});
             break;
         case LispKind::Integer:
-            bytes += integerLine(style, 1071, token.asInteger());
+            groups.push_back({1071, std::int64_t{token.asInteger()}});
             break;
         case LispKind::Real:
-            bytes += realLine(style, 1040, token.asReal());
+            groups.push_back({1040, token.asReal()});
             break;
         case LispKind::String:
-            appendString(bytes, style, token.asString());
+            appendString(groups, token.asString());
             break;
         case LispKind::EntityName: {
-            const std::string handle = handleToText(handles.handleForName(token.asEntityName()));
-            bytes += line(style, 1005, handle.empty() ? "0" : handle);
+            std::string handle = handleText(handles.handleForName(token.asEntityName()));
+            groups.push_back({1005, handle.empty() ? "0" : std::move(handle)});
             break;
         }
         case LispKind::Open:
-            bytes += line(style, 1002, "{");
+            groups.push_back({1002, "{"});
             break;
         case LispKind::Close:
-            bytes += line(style, 1002, "}");
+            groups.push_back({1002, "}"});
             break;
         case LispKind::Dot:
-            bytes += integerLine(style, 1070, kDotMark);
+            groups.push_back({1070, kDotMark});
             break;
     }
 }
@@ -143,8 +133,8 @@ long tokenCost(const LispToken& token) {
 /// Reads the groups of one list.
 class Decoder {
 public:
-    Decoder(const TagList& record, ExtendedRange range, const TextCoding& coding,
-            HandleResolver& handles)
+    Decoder(const GroupList& record, ExtendedRange range, const TextCoding& coding,
+            const HandleResolver& handles)
         : m_record(record),
           m_at(range.begin + 1),
           m_end(range.end),
@@ -176,28 +166,28 @@ public:
 
 private:
     bool skipComments() {
-        while (m_at < m_end && m_record.tags()[m_at].code == 999) ++m_at;
+        while (m_at < m_end && group().code() == kCommentCode) ++m_at;
         return m_at < m_end;
     }
-    [[nodiscard]] const Tag& tag() const { return m_record.tags()[m_at]; }
+    [[nodiscard]] const Group& group() const { return m_record[m_at]; }
     std::optional<std::int64_t> takeInteger(int code) {
-        if (!skipComments() || tag().code != code) return std::nullopt;
-        const auto value = parseInteger(m_record.value(tag()));
+        if (!skipComments() || group().code() != code) return std::nullopt;
+        const auto value = group().integer();
         if (value) ++m_at;
         return value;
     }
     bool takeString(std::wstring& text) {
         if (!skipComments()) return false;
         std::int64_t chunks = 1;
-        if (tag().code == 1070) {
+        if (group().code() == 1070) {
             const auto count = takeInteger(1070);
             if (!count || *count < 2) return false;
             chunks = *count;
         }
         text.clear();
         for (; chunks > 0; --chunks) {
-            if (!skipComments() || tag().code != 1000) return false;
-            text += m_coding.decode(m_record.value(tag()));
+            if (!skipComments() || group().code() != 1000) return false;
+            text += m_coding.decode(group().text());
             ++m_at;
         }
         joinSurrogates(text);  // of which one half may stand in the next chunk
@@ -212,30 +202,28 @@ private:
         return true;
     }
     bool takeToken(LispBuilder& builder) {
-        const Tag& here = tag();
-        const std::string_view bare = m_record.bare(here);
-        switch (here.code) {
+        const Group& here = group();
+        switch (here.code()) {
             case 1000: {
                 std::wstring text;
                 return takeString(text) && builder.add(LispToken::string(std::move(text)));
             }
             case 1002:
                 ++m_at;
-                return (bare == "{" && builder.add(LispToken::open())) ||
-                       (bare == "}" && builder.add(LispToken::close()));
+                return (here.bare() == "{" && builder.add(LispToken::open())) ||
+                       (here.bare() == "}" && builder.add(LispToken::close()));
             case 1005:
                 ++m_at;
-                return builder.add(
-                    LispToken::entityName(m_handles.nameForHandle(parseHandle(bare))));
+                return builder.add(LispToken::entityName(m_handles.nameForHandle(here.handle())));
             case 1040: {
-                const auto real = parseReal(bare);
+                const auto real = here.real();
                 ++m_at;
                 return real && builder.add(LispToken::real(*real));
             }
             case 1070:
-                return takeMark(builder, parseInteger(bare));
+                return takeMark(builder, here.integer());
             case 1071: {
-                const auto integer = parseInteger(bare);
+                const auto integer = here.integer();
                 ++m_at;
                 return integer && *integer >= INT32_MIN && *integer <= INT32_MAX &&
                        builder.add(LispToken::integer(static_cast<std::int32_t>(*integer)));
@@ -256,20 +244,19 @@ private:
         return *mark == kDotMark && builder.add(LispToken::dot());
     }
 
-    const TagList& m_record;
+    const GroupList& m_record;
     std::size_t m_at;
     std::size_t m_end;
     const TextCoding& m_coding;
-    HandleResolver& m_handles;
+    const HandleResolver& m_handles;
 };
 
-long foreignBytes(const TagList& record, const std::vector<ExtendedRange>& own) {
+long foreignBytes(const GroupList& record, const std::vector<ExtendedRange>& own) {
     long bytes = 0;
-    const auto& tags = record.tags();
-    for (std::size_t i = record.extendedBegin(); i < tags.size(); ++i) {
+    for (std::size_t i = record.extendedBegin(); i < record.size(); ++i) {
         const bool ours = std::ranges::any_of(
             own, [i](const ExtendedRange& range) { return i >= range.begin && i < range.end; });
-        if (!ours) bytes += extendedCost(tags[i].code, record.value(tags[i]).size());
+        if (!ours) bytes += extendedCost(record[i].code(), record[i].text().size());
     }
     return bytes;
 }
@@ -296,8 +283,8 @@ long AttributeList::own() const {
     return bytes;
 }
 
-AttributeList decodeAttributes(const TagList& record, const TextCoding& coding,
-                               HandleResolver& handles) {
+AttributeList decodeAttributes(const GroupList& record, const TextCoding& coding,
+                               const HandleResolver& handles) {
     AttributeList list;
     const auto ranges = extendedRanges(record, kAttributeApplication);
     list.foreign = foreignBytes(record, ranges);
@@ -308,17 +295,18 @@ AttributeList decodeAttributes(const TagList& record, const TextCoding& coding,
     return list;
 }
 
-std::string encodeAttributes(const std::vector<Attribute>& items, const LineStyle& style,
-                             HandleResolver& handles) {
-    if (items.empty()) return {};
-    std::string bytes = line(style, 1001, kAttributeApplication);
-    bytes += integerLine(style, 1070, kLayoutVersion);
+std::vector<NewGroup> encodeAttributes(const std::vector<Attribute>& items,
+                                       const HandleResolver& handles) {
+    Groups groups;
+    if (items.empty()) return groups;
+    groups.push_back({kApplicationCode, std::string(kAttributeApplication)});
+    groups.push_back({1070, kLayoutVersion});
     for (const Attribute& attribute : items) {
-        appendString(bytes, style, attribute.name);
+        appendString(groups, attribute.name);
         for (const LispToken& token : tokensOf(attribute.value))
-            appendToken(bytes, style, token, handles);
+            appendToken(groups, token, handles);
     }
-    return bytes;
+    return groups;
 }
 
 long attributeCost(const Attribute& attribute) {

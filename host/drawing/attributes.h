@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/dxf/dxf_record.h"
-#include "host/text/dxf_text.h"
+#include "host/drawing/change.h"
+#include "host/text/text_coding.h"
 #include "platform/entity_name.h"
 #include "platform/lisp.h"
 
@@ -15,9 +15,6 @@
 #include <vector>
 
 namespace mor::host {
-
-/// The application under which named attributes lie in the extended data.
-inline constexpr std::string_view kAttributeApplication = "MOR_ATTRIBUTES";
 
 struct Attribute {
     std::wstring name;
@@ -68,17 +65,19 @@ private:
 class HandleResolver {
 public:
     virtual ~HandleResolver() = default;
-    [[nodiscard]] virtual EntityName nameForHandle(std::uint64_t handle) = 0;
-    [[nodiscard]] virtual std::uint64_t handleForName(EntityName name) = 0;
+    /// Of a handle that no record has, a name that stands for it; none for 0.
+    [[nodiscard]] virtual EntityName nameForHandle(std::uint64_t handle) const = 0;
+    /// 0 for a record without a handle and for names of other drawings.
+    [[nodiscard]] virtual std::uint64_t handleForName(EntityName name) const = 0;
 };
 
 /// Decodes the attributes of a record. What we write is ASCII; `coding` is that of the file, in
 /// which programs that decode escapes write the same texts.
-[[nodiscard]] AttributeList decodeAttributes(const TagList& record, const TextCoding& coding,
-                                             HandleResolver& handles);
+[[nodiscard]] AttributeList decodeAttributes(const GroupList& record, const TextCoding& coding,
+                                             const HandleResolver& handles);
 /// The list as extended data, its 1001 first; empty for no items.
-[[nodiscard]] std::string encodeAttributes(const std::vector<Attribute>& items,
-                                           const LineStyle& style, HandleResolver& handles);
+[[nodiscard]] std::vector<NewGroup> encodeAttributes(const std::vector<Attribute>& items,
+                                                     const HandleResolver& handles);
 /// Bytes that one attribute takes, name and value.
 [[nodiscard]] long attributeCost(const Attribute& attribute);
 /// Whether both hold the same names with the same values in the same order.

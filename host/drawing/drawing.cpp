@@ -1,10 +1,11 @@
 #include "host/drawing/drawing.h"
 
-#include "host/documents/reference.h"
+#include "host/handles.h"
+#include "host/lisp/lisp_value.h"
+#include "host/text/group_codes.h"
 #include "platform/runtime.h"
 
 #include <algorithm>
-#include <array>
 #include <limits>
 #include <utility>
 
@@ -12,149 +13,52 @@ namespace mor::host {
 
 namespace {
 
-constexpr std::uint64_t kWindowBytes = 256 * 1024;
-/// A reader that skips no more records than this goes on with a walk.
-constexpr RecordNumber kWalkStep = 8;
-
-struct HeaderFacts {
-    std::string version;
-    std::string codePage;
-    std::uint64_t seed = 0;
-    std::uint64_t versionLine = 0;
-    std::optional<std::array<double, 3>> base;
-};
-
-/// The number of the line that begins at `offset` of the source.
-std::uint64_t lineAt(const DxfIndex& index, std::uint64_t offset) {
-    const std::string before = index.source->read(0, offset);
-    return 1 + static_cast<std::uint64_t>(std::ranges::count(before, '\n'));
-}
-
-HeaderFacts readHeader(const DxfIndex& index) {
-    HeaderFacts facts;
-    const Section* header = index.section("HEADER");
-    if (header == nullptr) return facts;
-    const TagList record(index.bytesOf(header->head));
-    std::string_view variable;
-    for (const Tag& tag : record.tags()) {
-        if (tag.code == 9)
-            variable = record.bare(tag);
-        else if (tag.code == 1 && variable == "$ACADVER") {
-            facts.version = record.bare(tag);
-            facts.versionLine = lineAt(index, index.records[header->head].place + tag.valueBegin);
-        } else if (tag.code == 3 && variable == "$DWGCODEPAGE")
-            facts.codePage = record.bare(tag);
-        else if (variable == "$INSBASE" && (tag.code == 10 || tag.code == 20 || tag.code == 30)) {
-            if (!facts.base) facts.base.emplace();
-            (*facts.base)[static_cast<std::size_t>(tag.code / 10 - 1)] =
-                parseReal(record.value(tag)).value_or(0.0);
-        } else if (tag.code == 5 && variable == "$HANDSEED")
-            facts.seed = parseHandle(record.bare(tag));
-    }
-    return facts;
-}
-
-bool startsPadded(const DxfIndex& index) {
-    const std::string start = index.source->read(index.records[1].place, 1);
-    return start == " ";
+/// The first handle that may be free; 0 when there is none.
+std::uint64_t firstFree(const Skeleton& skeleton) {
+    const std::uint64_t highest = skeleton.highestHandle;
+    if (highest == std::numeric_limits<std::uint64_t>::max()) return 0;
+    return std::max<std::uint64_t>({skeleton.seed, highest + 1, 1});
 }
 
 }  // namespace
 
 std::int64_t nextDrawingNumber() {
-    static std::int64_t number = 0;
-    return ++number;
+    static std::int64_t s_number = 0;
+    return ++s_number;
 }
 
-Result<Release> Drawing::releaseOf(const std::string& version, const std::string& file,
-                                   std::uint64_t line) {
-    if (version.empty()) return Release::R12;
-    const auto refuse = [&](const std::string& text) {
-        return Error{ErrorKind::Unreadable, file, line, "$ACADVER is " + version + text};
-    };
-    if (!version.starts_with("AC10") || version.size() != 6)
-        return refuse(", not a release that is read; R12 (AC1009) to R2018 (AC1032) are");
-    const auto number = parseInteger(std::string_view(version).substr(2)).value_or(0);
-    if (number < 1009) return refuse(", older than R12 (AC1009); save the drawing as R12 or later");
-    if (number > 1032)
-        return refuse(", newer than R2018 (AC1032); save the drawing as R2018 or earlier");
-    static constexpr std::array<std::pair<int, Release>, 9> first = {{{1032, Release::R2018},
-                                                                      {1027, Release::R2013},
-                                                                      {1024, Release::R2010},
-                                                                      {1021, Release::R2007},
-                                                                      {1018, Release::R2004},
-                                                                      {1015, Release::R2000},
-                                                                      {1014, Release::R14},
-                                                                      {1012, Release::R13},
-                                                                      {1009, Release::R12}}};
-    for (const auto& [since, release] : first)
-        if (number >= since) return release;
-    return Release::R12;
-}
-
-Result<std::unique_ptr<Drawing>> Drawing::load(std::shared_ptr<Source> source,
-                                               const std::string& file) {
-    try {
-        auto drawing = loadSource(source, file);
-        if (!source->failed()) return drawing;
-    } catch (const ReadFailure&) {  // answered like the other one
-    }
-    return takeReadFailure().value_or(Error{ErrorKind::Unreadable, file, 0, "reading failed"});
-}
-
-Result<std::unique_ptr<Drawing>> Drawing::loadSource(std::shared_ptr<Source> source,
-                                                     const std::string& file) {
-    auto index = indexDxf(std::move(source), file);
-    if (!index) return index.error();
-    const HeaderFacts facts = readHeader(*index.value());
-    const auto release = releaseOf(facts.version, file, facts.versionLine);
-    if (!release) return release.error();
-    RecordStyle style;
-    style.release = release.value();
-    style.markers = style.release >= Release::R13;
-    style.owners = style.release >= Release::R2000;
-    style.lines = {index.value()->crlf, startsPadded(*index.value())};
-    std::unique_ptr<Drawing> drawing(
-        new Drawing(std::move(index.value()), style, TextCoding(style.release, facts.codePage)));
-    drawing->m_version = facts.version;
-    drawing->m_codePage = facts.codePage;
-    drawing->m_seed = facts.seed;
-    drawing->m_base = facts.base;
-    const std::uint64_t highest = drawing->m_index->highestHandle;
-    drawing->m_nextHandle = std::max<std::uint64_t>({facts.seed, highest + 1, 1});
-    if (highest == std::numeric_limits<std::uint64_t>::max()) drawing->m_nextHandle = 0;
-    return drawing;
-}
-
-Drawing::Drawing(std::unique_ptr<DxfIndex> index, RecordStyle style, TextCoding text)
+Drawing::Drawing(Opened opened)
     : m_number(nextDrawingNumber()),
-      m_index(std::move(index)),
-      m_style(style),
-      m_text(std::move(text)),
-      m_records(std::move(m_index->records)),
-      m_containers(m_index->containers) {
-    m_lastFileRecord = lastRecord();
-}
+      m_codec(std::move(opened.codec)),
+      m_skeleton(std::move(opened.skeleton)),
+      m_lastFileRecord(m_skeleton.lastRecord()),
+      m_text(m_skeleton.release, m_skeleton.codePage),
+      m_names(*this),
+      m_handles(m_skeleton.records, m_lastFileRecord, firstFree(m_skeleton),
+                [this](std::uint64_t from) { return keptHandles(from); }) {}
 
 Drawing::~Drawing() = default;
 
-RecordStyle Drawing::styleFor(std::string_view type, const RecordForm& kind) {
-    const RecordForm own = m_index->formOf(typeNumber(type));
+RecordStyle Drawing::styleFor(std::string_view type, const RecordForm& kind) const {
+    const RecordForm own = m_skeleton.formOf(typeNumber(type));
     const RecordForm& form = own.seen() ? own : kind;
-    RecordStyle style = m_style;
+    RecordStyle style;
+    style.release = m_skeleton.release;
     // Of an old release readers may expect none, so one plain record is reason enough.
-    style.markers = style.markers || (form.marked && !form.plain);
-    style.owners = style.owners || (style.markers && m_index->sawOwners);
+    style.markers = style.release >= Release::R13 || (form.marked && !form.plain);
+    style.owners = style.release >= Release::R2000 || (style.markers && m_skeleton.sawOwners);
     return style;
 }
 
-RecordStyle Drawing::tableStyle(std::string_view type) {
-    return styleFor(type, m_index->tableForm);
+RecordStyle Drawing::tableStyle(std::string_view type) const {
+    return styleFor(type, m_skeleton.tableForm);
 }
 
-RecordStyle Drawing::entityStyle(std::string_view type) {
-    return styleFor(type, m_index->entityForm);
+RecordStyle Drawing::entityStyle(std::string_view type) const {
+    return styleFor(type, m_skeleton.entityForm);
 }
+
+// ---- names and records --------------------------------------------------------------------------
 
 EntityName Drawing::nameOf(RecordNumber number) const {
     if (number == 0) return {};
@@ -165,151 +69,101 @@ RecordNumber Drawing::numberOf(EntityName name) const {
     if (name.second != m_number || name.first <= 0) return 0;
     if (name.first > static_cast<std::int64_t>(lastRecord())) return 0;
     const auto number = static_cast<RecordNumber>(name.first);
-    return m_records[number].has(kGone) ? 0 : number;
+    return entry(number).has(kGone) ? 0 : number;
 }
 
 const std::string& Drawing::typeOf(RecordNumber number) const {
-    return m_index->types.name(m_records[number].type);
+    return m_skeleton.types.name(entry(number).type);
 }
 
-std::string_view Drawing::originalBytes(RecordNumber number) const {
-    const RecordEntry& entry = m_records[number];
-    if (entry.has(kMade)) return m_made[static_cast<std::size_t>(entry.place)];
-    const std::uint64_t end = endOf(number);
-    const std::uint64_t size = end - entry.place;
-    const auto inWindow = [&] {
-        return entry.place >= m_windowAt && end <= m_windowAt + m_window.size();
-    };
-    if (!inWindow()) {
-        // A walk reads ahead; a single look-up reads its record alone.
-        const bool walks =
-            number > m_lastRead && number - m_lastRead <= kWalkStep && size < kWindowBytes;
-        const std::uint64_t ahead = std::min(kWindowBytes, m_index->end - entry.place);
-        m_window = m_index->source->read(entry.place, walks ? ahead : size);
-        m_windowAt = entry.place;
-    }
-    m_lastRead = number;
-    return std::string_view(m_window).substr(static_cast<std::size_t>(entry.place - m_windowAt),
-                                             static_cast<std::size_t>(size));
+GroupList Drawing::original(RecordNumber number) const {
+    return isMade(number) ? m_made[number - m_lastFileRecord - 1].borrowed()
+                          : m_codec->read(number);
 }
 
-TagList Drawing::original(RecordNumber number) const {
-    return TagList(std::string(originalBytes(number)));
+RecordChange Drawing::changeOf(const GroupList& record, const Edit& edit) const {
+    RecordChange change{edit.handle, edit.groups, std::nullopt};
+    if (edit.attributes &&
+        !sameAttributes(decodeAttributes(record, m_text, *this).items, edit.attributes->items))
+        change.attributes = encodeAttributes(edit.attributes->items, *this);
+    return change;
 }
 
-TagList Drawing::current(RecordNumber number) {
-    TagList record = original(number);
+GroupList Drawing::groupsOf(RecordNumber number) const {
+    GroupList record = original(number);
     const auto edit = m_edits.find(number);
-    if (edit != m_edits.end()) applyEdit(number, edit->second, record);
-    return record;
+    if (edit == m_edits.end()) return record;
+    const auto splices = splicesFor(record, changeOf(record, edit->second));
+    return spliced(std::move(record), splices);
 }
 
-std::string Drawing::render(RecordNumber number) { return current(number).bytes(); }
-
-bool Drawing::changed(RecordNumber number) {
-    if (!m_edits.contains(number)) return false;
-    const std::string now = render(number);
-    return now != originalBytes(number);
+std::optional<Group> Drawing::groupOf(RecordNumber number, int code) const {
+    if (!m_edits.contains(number) && !isMade(number)) return m_codec->find(number, code);
+    m_edited = groupsOf(number);
+    const Group* group = m_edited.find(code);
+    return group == nullptr ? std::nullopt : std::optional(*group);
 }
 
-std::optional<std::string_view> Drawing::valueOf(RecordNumber number, int code) {
-    if (!m_edits.contains(number)) return findValue(originalBytes(number), code);
-    m_edited = current(number);
-    const Tag* tag = m_edited.find(code);
-    return tag == nullptr ? std::nullopt : std::optional(m_edited.value(*tag));
+std::wstring Drawing::decoded(const Group& group) const {
+    return group.isText() ? m_text.decode(group.text()) : fromUtf8(group.shown()).value_or(L"");
 }
 
-std::optional<std::wstring> Drawing::textOf(RecordNumber number, int code) {
-    const auto value = valueOf(number, code);
-    return value ? std::optional(m_text.decode(*value)) : std::nullopt;
+std::optional<std::wstring> Drawing::textOf(RecordNumber number, int code) const {
+    const auto group = groupOf(number, code);
+    return group ? std::optional(decoded(*group)) : std::nullopt;
 }
 
-std::optional<std::int64_t> Drawing::integerOf(RecordNumber number, int code) {
-    const auto value = valueOf(number, code);
-    return value ? parseInteger(*value) : std::nullopt;
+std::optional<std::int64_t> Drawing::integerOf(RecordNumber number, int code) const {
+    const auto group = groupOf(number, code);
+    return group ? group->integer() : std::nullopt;
+}
+
+std::shared_ptr<const AttributeList> Drawing::attributesOf(RecordNumber number) const {
+    const auto edit = m_edits.find(number);
+    if (edit != m_edits.end() && edit->second.attributes) return edit->second.attributes;
+    auto& known = m_attributes[number];
+    if (!known)
+        known = std::make_shared<const AttributeList>(
+            decodeAttributes(original(number), m_text, *this));
+    return known;
 }
 
 // ---- handles ------------------------------------------------------------------------------------
 
-void Drawing::buildHandles() {
-    if (m_handlesBuilt) return;
-    m_handlesBuilt = true;
-    for (RecordNumber number = 1; number <= m_lastFileRecord; ++number)
-        if (m_records[number].handle != 0)
-            m_fileHandles.emplace_back(m_records[number].handle, number);
-    std::ranges::sort(m_fileHandles);
-    for (auto at = m_fileHandles.begin(); at != m_fileHandles.end();) {
-        const auto next = std::find_if(at, m_fileHandles.end(),
-                                       [&](const auto& known) { return known.first != at->first; });
-        if (next - at > 1)
-            m_doubledHandles.emplace_back(at->first, static_cast<std::size_t>(next - at));
-        at = next;
-    }
-    const auto tail =
-        std::ranges::unique(m_fileHandles, {}, &std::pair<std::uint64_t, RecordNumber>::first);
-    m_fileHandles.erase(tail.begin(), tail.end());
-}
-
-const std::vector<std::pair<std::uint64_t, std::size_t>>& Drawing::doubledHandles() {
-    buildHandles();
-    return m_doubledHandles;
-}
-
-RecordNumber Drawing::findHandle(std::uint64_t handle) {
-    if (handle == 0) return 0;
-    if (const auto made = m_madeHandles.find(handle); made != m_madeHandles.end())
-        return m_records[made->second].has(kGone) ? 0 : made->second;
-    buildHandles();
-    const auto found = std::ranges::lower_bound(m_fileHandles, handle, {},
-                                                &std::pair<std::uint64_t, RecordNumber>::first);
-    if (found == m_fileHandles.end() || found->first != handle) return 0;
-    return m_records[found->second].has(kGone) ? 0 : found->second;
-}
-
-void Drawing::learnKeptHandles() {
-    if (m_keptHandles) return;
+std::vector<std::uint64_t> Drawing::keptHandles(std::uint64_t from) const {
     std::vector<std::uint64_t> kept;
     for (RecordNumber number = 1; number <= m_lastFileRecord; ++number) {
-        if (!m_records[number].has(kAttributed)) continue;
-        const std::string_view bytes = originalBytes(number);
-        if (bytes.find("1005") == std::string_view::npos) continue;
-        const TagList record{std::string(bytes)};
+        if (!entry(number).has(kAttributed) || !m_codec->mayHoldHandles(number)) continue;
+        const GroupList record = m_codec->read(number);
         for (const ExtendedRange& range : extendedRanges(record, kAttributeApplication))
             for (std::size_t i = range.begin; i < range.end; ++i) {
-                const Tag& tag = record.tags()[i];
-                const std::uint64_t handle = tag.code == 1005 ? parseHandle(record.bare(tag)) : 0;
-                if (handle != 0 && handle >= m_nextHandle) kept.push_back(handle);
+                const bool named = codeKind(record[i].code()) == CodeKind::Handle;
+                const std::uint64_t handle = named ? record[i].handle() : 0;
+                if (handle != 0 && handle >= from) kept.push_back(handle);
             }
     }
-    std::ranges::sort(kept);
-    m_keptHandles = std::move(kept);
+    return kept;
 }
 
-std::uint64_t Drawing::nextHandle() {
-    learnKeptHandles();
-    while (m_nextHandle != 0 && (std::ranges::binary_search(*m_keptHandles, m_nextHandle) ||
-                                 m_unknownHandles.contains(m_nextHandle)))
-        ++m_nextHandle;
-    return m_nextHandle;
+EntityName Drawing::nameForHandle(std::uint64_t handle) const {
+    if (handle == 0) return {};
+    if (const RecordNumber number = m_handles.find(handle)) return nameOf(number);
+    return {m_handles.reservedFor(handle), m_number};
 }
 
-std::uint64_t Drawing::takeHandle() {
-    const std::uint64_t handle = nextHandle();
-    if (handle == 0) return 0;
-    m_gaveHandles = true;
-    ++m_nextHandle;
-    return handle;
+std::uint64_t Drawing::handleForName(EntityName name) const {
+    if (const RecordNumber number = numberOf(name)) return handleOf(number);
+    return name.second == m_number ? m_handles.handleOfReserved(name.first) : 0;
 }
 
 std::uint64_t Drawing::giveHandle(RecordNumber number) {
-    RecordEntry& entry = m_records[number];
+    RecordEntry& entry = m_skeleton.records[number];
     if (entry.handle != 0) return entry.handle;
     const std::uint64_t handle = takeHandle();
     if (handle == 0) return 0;
-    buildHandles();  // of the file alone, before one of its records gets a new one
+    m_handles.note(handle, number);
     entry.handle = handle;
     m_edits[number].handle = handle;
-    m_madeHandles[handle] = number;
     return handle;
 }
 
@@ -317,47 +171,21 @@ std::uint64_t Drawing::renewHandle(RecordNumber number) {
     if (handleOf(number) == 0) return giveHandle(number);
     const std::uint64_t handle = takeHandle();
     if (handle == 0) return 0;
-    buildHandles();
-    RecordEntry& entry = m_records[number];
-    const std::uint64_t old = entry.handle;
-    entry.handle = handle;
-    m_edits[number].groups[5] = handleToText(handle);
-    m_madeHandles[handle] = number;
-    // The old handle now means the next record that carries it.
-    std::erase_if(m_fileHandles, [&](const auto& known) { return known.first == old; });
-    for (RecordNumber other = 1; other <= m_lastFileRecord; ++other)
-        if (m_records[other].handle == old) {
-            m_fileHandles.insert(std::ranges::lower_bound(m_fileHandles, std::pair{old, other}),
-                                 {old, other});
-            break;
-        }
+    m_handles.exchange(handle, number);
+    m_skeleton.records[number].handle = handle;
+    m_edits[number].groups[kHandleCode] = handleText(handle);
     return handle;
-}
-
-EntityName Drawing::nameForHandle(std::uint64_t handle) {
-    if (handle == 0) return {};
-    if (const RecordNumber number = findHandle(handle)) return nameOf(number);
-    const auto [known, added] = m_unknownHandles.try_emplace(handle, 0);
-    if (added) known->second = -static_cast<std::int64_t>(m_unknownHandles.size());
-    return {known->second, m_number};
-}
-
-std::uint64_t Drawing::handleForName(EntityName name) {
-    if (const RecordNumber number = numberOf(name)) return giveHandle(number);
-    for (const auto& [handle, first] : m_unknownHandles)
-        if (name == EntityName{first, m_number}) return handle;
-    return 0;
 }
 
 // ---- containers ---------------------------------------------------------------------------------
 
 RecordNumber Drawing::nextMember(ContainerNumber number, RecordNumber after) const {
-    const Container& container = m_containers[number];
-    const bool behindFile = after != 0 && m_records[after].has(kMade | kMovedOut);
+    const Container& container = this->container(number);
+    const bool behindFile = after != 0 && entry(after).has(kMade | kMovedOut);
     if (!behindFile) {
         RecordNumber at = std::max(container.first, after + 1);
         for (; at <= container.last; ++at)
-            if (const RecordEntry& entry = m_records[at];
+            if (const RecordEntry& entry = this->entry(at);
                 entry.container == number && !entry.has(kEdge | kErased | kGone | kMovedOut))
                 return at;
     }
@@ -370,93 +198,161 @@ RecordNumber Drawing::nextMember(ContainerNumber number, RecordNumber after) con
             at = static_cast<std::size_t>(std::ranges::find(added, after) - added.begin()) + 1;
     }
     for (; at < container.added.size(); ++at)
-        if (!m_records[container.added[at]].has(kEdge | kErased | kGone)) {
+        if (!entry(container.added[at]).has(kEdge | kErased | kGone)) {
             m_walkAt = at;
             return container.added[at];
         }
     return 0;
 }
 
-ContainerNumber Drawing::findTable(std::string_view table) const {
-    for (ContainerNumber number = 1; number < m_containers.size(); ++number)
-        if (m_containers[number].kind == ContainerKind::Table &&
-            std::ranges::equal(
-                m_containers[number].name, table, {}, [](char c) { return toUpper(c); },
-                [](char c) { return toUpper(c); }))
-            return number;
-    return kNoContainer;
-}
-
-const std::unordered_map<std::wstring, RecordNumber>& Drawing::symbols(ContainerNumber table) {
-    const auto [known, added] = m_symbols.try_emplace(table);
-    if (added)
-        for (RecordNumber at = nextMember(table, 0); at != 0; at = nextMember(table, at))
-            learnName(table, at);
-    return known->second;
-}
-
-void Drawing::learnName(ContainerNumber table, RecordNumber number) {
-    const auto known = m_symbols.find(table);
-    if (known == m_symbols.end()) return;
-    if (const auto name = textOf(number, 2)) known->second.try_emplace(upperCase(*name), number);
-}
-
-RecordNumber Drawing::findSymbol(std::string_view table, std::wstring_view name) {
-    const ContainerNumber number = findTable(table);
-    if (number == kNoContainer) return 0;
-    const auto& names = symbols(number);
-    const auto found = names.find(upperCase(name));
-    return found == names.end() ? 0 : found->second;
-}
-
 std::wstring Drawing::containerName(ContainerNumber number) const {
-    return m_text.decode(m_containers[number].name);
-}
-
-ContainerNumber Drawing::findBlock(std::wstring_view name) {
-    if (!m_blocks) {
-        m_blocks.emplace();
-        for (ContainerNumber number = 1; number < m_containers.size(); ++number)
-            if (m_containers[number].kind == ContainerKind::Block &&
-                !m_containers[number].name.empty())
-                m_blocks->try_emplace(upperCase(containerName(number)), number);
-    }
-    const auto found = m_blocks->find(upperCase(name));
-    return found == m_blocks->end() ? kNoContainer : found->second;
-}
-
-const std::map<std::wstring, std::size_t>& Drawing::insertCounts() {
-    if (m_insertCounts) return *m_insertCounts;
-    std::map<std::wstring, std::size_t> counts;
-    const std::uint16_t insert = typeNumber("INSERT");
-    for (RecordNumber number = 1; number <= lastRecord(); ++number) {
-        const RecordEntry& entry = m_records[number];
-        if (entry.type != insert || entry.has(kErased | kGone)) continue;
-        if (const auto name = textOf(number, 2)) ++counts[upperCase(*name)];
-    }
-    return m_insertCounts.emplace(std::move(counts));
+    return m_text.decode(container(number).name);
 }
 
 bool Drawing::isSpace(ContainerNumber number) const {
-    const Container& container = m_containers[number];
-    return container.kind == ContainerKind::Space || container.layout;
+    return container(number).kind == ContainerKind::Space || container(number).layout;
 }
 
-bool Drawing::isPaper(ContainerNumber number) const { return m_containers[number].paper; }
-
-std::uint64_t Drawing::blockRecordHandle(std::wstring_view block) {
-    const RecordNumber number = findSymbol("BLOCK_RECORD", block);
+std::uint64_t Drawing::blockRecordHandle(std::wstring_view block) const {
+    const RecordNumber number = m_names.findSymbol("BLOCK_RECORD", block);
     return number == 0 ? 0 : handleOf(number);
 }
 
 RecordNumber Drawing::lastEntity() const {
     for (RecordNumber number = lastRecord(); number != 0; --number) {
-        const RecordEntry& entry = m_records[number];
+        const RecordEntry& entry = this->entry(number);
         if (!entry.has(kEdge | kSubEntity | kErased | kGone) && entry.container != kNoContainer &&
             isSpace(entry.container))
             return number;
     }
     return 0;
+}
+
+// ---- changes ------------------------------------------------------------------------------------
+
+void Drawing::setGroup(RecordNumber number, int code, GroupValue value) {
+    m_edits[number].groups[code] = std::move(value);
+    if (code == kNameCode) m_names.insertsChanged();
+}
+
+void Drawing::setText(RecordNumber number, int code, std::wstring_view value) {
+    setGroup(number, code, m_text.encode(value));
+}
+
+void Drawing::setAttributes(RecordNumber number, AttributeList attributes) {
+    for (const Attribute& attribute : attributes.items)
+        for (const LispToken& token : tokensOf(attribute.value))
+            if (token.is(LispKind::EntityName))
+                if (const RecordNumber named = numberOf(token.asEntityName())) giveHandle(named);
+    m_edits[number].attributes = std::make_shared<const AttributeList>(std::move(attributes));
+}
+
+void Drawing::toggleErased(RecordNumber number) {
+    m_names.insertsChanged();
+    auto& records = m_skeleton.records;
+    records[number].flags ^= kErased;
+    for (RecordNumber at = number + 1; at <= m_lastFileRecord && number < at; ++at) {
+        if (!records[at].has(kSubEntity)) break;
+        records[at].flags = static_cast<std::uint16_t>((records[at].flags & ~kErased) |
+                                                       (records[number].flags & kErased));
+    }
+}
+
+void Drawing::moveToModelSpace(RecordNumber number) {
+    const std::uint64_t owner = blockRecordHandle(L"*Model_Space");
+    auto& containers = m_skeleton.containers;
+    const auto move = [&](RecordNumber at) {
+        RecordEntry& entry = m_skeleton.records[at];
+        const GroupList record = groupsOf(at);
+        if (record.find(kSpaceCode) != nullptr) setGroup(at, kSpaceCode, std::int64_t{0});
+        if (owner != 0 && !entry.has(kSubEntity) && record.find(kOwnerCode) != nullptr)
+            setGroup(at, kOwnerCode, handleText(owner));
+        const bool sameRange = entry.container == kPaperSpace && !entry.has(kMade | kMovedOut);
+        if (!sameRange) {
+            std::erase(containers[entry.container].added, at);
+            containers[kModelSpace].added.push_back(at);
+            if (!entry.has(kMade)) entry.flags |= kMovedOut;
+        }
+        entry.container = kModelSpace;
+    };
+    move(number);
+    if (isMade(number)) return;
+    for (RecordNumber at = number + 1; at <= m_lastFileRecord && entry(at).has(kSubEntity); ++at)
+        move(at);
+}
+
+RecordNumber Drawing::add(ContainerNumber container, GroupList groups, std::uint64_t handle,
+                          std::uint16_t flags) {
+    RecordEntry entry;
+    entry.handle = handle;
+    entry.container = container;
+    entry.type = m_skeleton.types.number(groups[0].bare());
+    entry.flags = static_cast<std::uint16_t>(kMade | flags);
+    m_made.push_back(std::move(groups));
+    m_skeleton.records.push_back(entry);
+    const RecordNumber number = lastRecord();
+    m_names.insertsChanged();
+    if (handle != 0) m_handles.note(handle, number);
+    Container& target = m_skeleton.containers[container];
+    if ((flags & kEdge) == 0)
+        target.added.push_back(number);
+    else
+        (target.head == 0 ? target.head : target.end) = number;
+    if (target.kind == ContainerKind::Table) m_names.addSymbol(container, number);
+    return number;
+}
+
+ContainerNumber Drawing::addTable(std::string_view name, std::uint64_t handle) {
+    Container container;
+    container.kind = ContainerKind::Table;
+    container.name = name;
+    container.first = 1;
+    container.owner = handle;
+    m_skeleton.containers.push_back(std::move(container));
+    return static_cast<ContainerNumber>(m_skeleton.containers.size() - 1);
+}
+
+ContainerNumber Drawing::addBlock(std::wstring_view name, std::uint64_t blockRecord) {
+    Container container;
+    container.kind = ContainerKind::Block;
+    container.name = m_text.encode(name);
+    container.first = 1;
+    container.owner = blockRecord;
+    m_skeleton.containers.push_back(std::move(container));
+    const auto number = static_cast<ContainerNumber>(m_skeleton.containers.size() - 1);
+    m_names.addBlock(name, number);
+    return number;
+}
+
+void Drawing::clearBlock(ContainerNumber block) {
+    Container& container = m_skeleton.containers[block];
+    m_names.insertsChanged();
+    for (RecordNumber at = container.first; at <= container.last; ++at)
+        if (entry(at).container == block && !entry(at).has(kEdge))
+            m_skeleton.records[at].flags |= kGone;
+    for (const RecordNumber at : container.added) m_skeleton.records[at].flags |= kGone;
+    container.added.clear();
+}
+
+EditSet Drawing::edits() const {
+    EditSet set{m_skeleton.records, m_lastFileRecord, containers(), m_skeleton.types, {}, {}, {}};
+    set.release = m_skeleton.release;
+    if (m_handles.gaveHandles()) set.seed = m_handles.next();
+    for (const auto& [number, edit] : m_edits) {
+        if (isMade(number)) continue;
+        const GroupList record = m_codec->read(number);
+        RecordChange change = changeOf(record, edit);
+        if (!splicesFor(record, change).empty()) set.changed.emplace(number, std::move(change));
+    }
+    for (RecordNumber number = m_lastFileRecord + 1; number <= lastRecord(); ++number)
+        if (!entry(number).has(kErased | kGone)) set.made.emplace(number, groupsOf(number));
+    for (ContainerNumber number = 1; number < containers().size(); ++number) {
+        const Container& table = container(number);
+        if (table.kind == ContainerKind::Table && table.end == 0 && !table.added.empty())
+            set.tableHeads.emplace(number, makeTableHead(tableStyle("TABLE"), table.name,
+                                                         table.owner, table.added.size()));
+    }
+    return set;
 }
 
 }  // namespace mor::host

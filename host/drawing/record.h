@@ -28,9 +28,8 @@ enum RecordFlag : std::uint16_t {
     kAttributed = 128  ///< holds named attributes, as loaded
 };
 
-/// What the index keeps of each record.
+/// What is kept of each record; where it lies is known to the codec.
 struct RecordEntry {
-    std::uint64_t place = 0;   ///< where it lies: only the codec reads it
     std::uint64_t handle = 0;  ///< 0 for none
     ContainerNumber container = kNoContainer;
     std::uint16_t type = 0;  ///< number of its group-0 text
@@ -38,7 +37,7 @@ struct RecordEntry {
 
     [[nodiscard]] bool has(std::uint16_t flag) const noexcept { return (flags & flag) != 0; }
 };
-static_assert(sizeof(RecordEntry) <= 24);
+static_assert(sizeof(RecordEntry) <= 16);
 
 enum class ContainerKind { None, Section, Table, Block, Space };
 

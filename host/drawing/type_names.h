@@ -13,7 +13,10 @@ namespace mor::host {
 class TypeNames {
 public:
     TypeNames();
-    [[nodiscard]] std::uint16_t number(std::string_view name);  ///< adds it when new
+    static constexpr std::uint16_t kNone = 0xFFFF;
+
+    [[nodiscard]] std::uint16_t number(std::string_view name);      ///< adds it when new
+    [[nodiscard]] std::uint16_t find(std::string_view name) const;  ///< kNone: there is none
     [[nodiscard]] const std::string& name(std::uint16_t number) const { return m_names[number]; }
     [[nodiscard]] std::size_t count() const { return m_names.size(); }
 

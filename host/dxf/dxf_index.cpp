@@ -1,8 +1,8 @@
 #include "host/dxf/dxf_index.h"
 
-#include "host/drawing/attributes.h"
-#include "host/dxf/dxf_code_line.h"
-#include "host/dxf/dxf_record.h"
+#include "host/dxf/code_line.h"
+#include "host/text/ascii.h"
+#include "host/text/numbers.h"
 
 #include <algorithm>
 #include <array>
@@ -34,18 +34,21 @@ struct Scratch {
 
 class Indexer {
 public:
-    Indexer(DxfIndex& index, std::string file) : m_index(index), m_file(std::move(file)) {
-        m_index.records.resize(1);
-        m_index.containers.resize(3);
-        m_index.containers[kModelSpace].kind = ContainerKind::Space;
-        m_index.containers[kPaperSpace].kind = ContainerKind::Space;
-        m_index.containers[kPaperSpace].paper = true;
+    Indexer(std::shared_ptr<Source> source, std::string file) : m_file(std::move(file)) {
+        m_index.source = std::move(source);
+        m_index.places.resize(1);
+        m_skeleton.records.resize(1);
+        m_skeleton.containers.resize(3);
+        m_skeleton.containers[kModelSpace].kind = ContainerKind::Space;
+        m_skeleton.containers[kPaperSpace].kind = ContainerKind::Space;
+        m_skeleton.containers[kPaperSpace].paper = true;
         m_types = {number("SECTION"), number("ENDSEC"), number("TABLE"),   number("ENDTAB"),
                    number("BLOCK"),   number("ENDBLK"), number("EOF"),     number("ATTRIB"),
                    number("VERTEX"),  number("SEQEND"), number("DIMSTYLE")};
     }
 
     std::optional<Error> run();
+    [[nodiscard]] Indexed take() { return {std::move(m_index), std::move(m_skeleton)}; }
 
 private:
     enum Known {
@@ -63,7 +66,7 @@ private:
     };
     enum class InSection { Outside, Header, Tables, Blocks, Entities, Other };
 
-    std::uint16_t number(std::string_view name) { return m_index.types.number(name); }
+    std::uint16_t number(std::string_view name) { return m_skeleton.types.number(name); }
     [[nodiscard]] bool is(std::uint16_t type, Known known) const { return type == m_types[known]; }
     [[nodiscard]] Error damage(std::uint64_t line, std::string text) const {
         return {ErrorKind::Damaged, m_file, line, std::move(text)};
@@ -96,7 +99,8 @@ private:
     std::optional<Error> finish();
     void expectRecords(std::uint64_t size, std::uint64_t seen);
 
-    DxfIndex& m_index;
+    DxfIndex m_index;
+    Skeleton m_skeleton;
     std::string m_file;
     std::array<std::uint16_t, 11> m_types{};
     Scratch m_scratch;
@@ -133,8 +137,8 @@ ContainerNumber Indexer::addContainer(ContainerKind kind, std::string name, Reco
     container.head = head;
     container.first = head + 1;
     container.last = head;
-    m_index.containers.push_back(std::move(container));
-    return static_cast<ContainerNumber>(m_index.containers.size() - 1);
+    m_skeleton.containers.push_back(std::move(container));
+    return static_cast<ContainerNumber>(m_skeleton.containers.size() - 1);
 }
 
 void Indexer::group(int code, std::string_view value) {
@@ -178,9 +182,9 @@ void Indexer::group(int code, std::string_view value) {
 
 void Indexer::beginRecord(std::string_view type, std::uint64_t offset) {
     RecordEntry entry;
-    entry.place = offset;
     entry.type = number(type);
-    m_index.records.push_back(entry);
+    m_skeleton.records.push_back(entry);
+    m_index.places.push_back(offset);
     m_scratch = Scratch{};
     m_scratch.wantsName = is(entry.type, kSection) || is(entry.type, kTable) ||
                           is(entry.type, kBlock) ||
@@ -207,7 +211,7 @@ void Indexer::beginSection(RecordNumber number) {
         m_in = InSection::Other;
     if (m_in == InSection::Entities) {
         for (const ContainerNumber space : {kModelSpace, kPaperSpace}) {
-            Container& container = m_index.containers[space];
+            Container& container = m_skeleton.containers[space];
             if (container.head != 0) continue;
             container.head = number;
             container.first = number + 1;
@@ -228,8 +232,8 @@ std::optional<Error> Indexer::endSection(RecordEntry& entry) {
     m_index.sections.back().end = number;
     if (m_in == InSection::Entities)
         for (const ContainerNumber space : {kModelSpace, kPaperSpace})
-            m_index.containers[space].end = number;
-    if (m_sectionContainer != kNoContainer) m_index.containers[m_sectionContainer].end = number;
+            m_skeleton.containers[space].end = number;
+    if (m_sectionContainer != kNoContainer) m_skeleton.containers[m_sectionContainer].end = number;
     m_in = InSection::Outside;
     m_sectionContainer = kNoContainer;
     return std::nullopt;
@@ -237,18 +241,18 @@ std::optional<Error> Indexer::endSection(RecordEntry& entry) {
 
 void Indexer::beginTable(RecordNumber number) {
     m_container = addContainer(ContainerKind::Table, std::string(trimmed(m_scratch.name)), number);
-    m_index.containers[m_container].owner = m_scratch.handle;
+    m_skeleton.containers[m_container].owner = m_scratch.handle;
 }
 
 void Indexer::endTable(RecordNumber number) {
     if (m_container == kNoContainer) return;
-    m_index.containers[m_container].end = number;
+    m_skeleton.containers[m_container].end = number;
     m_container = kNoContainer;
 }
 
 void Indexer::beginBlock(RecordNumber number) {
     m_container = addContainer(ContainerKind::Block, m_scratch.name, number);
-    Container& block = m_index.containers[m_container];
+    Container& block = m_skeleton.containers[m_container];
     block.owner = m_scratch.owner;
     const std::string_view name = block.name;
     const bool model =
@@ -256,18 +260,18 @@ void Indexer::beginBlock(RecordNumber number) {
     block.paper =
         startsNoCaseAscii(name, "*Paper_Space") || equalsNoCaseAscii(name, "$PAPER_SPACE");
     block.layout = model || block.paper;
-    m_index.records[number].container = m_container;
+    m_skeleton.records[number].container = m_container;
 }
 
 void Indexer::endBlock(RecordNumber number) {
     if (m_container == kNoContainer) return;
-    m_index.containers[m_container].end = number;
-    m_index.records[number].container = m_container;
+    m_skeleton.containers[m_container].end = number;
+    m_skeleton.records[number].container = m_container;
     m_container = kNoContainer;
 }
 
 void Indexer::member(RecordNumber number) {
-    RecordEntry& entry = m_index.records[number];
+    RecordEntry& entry = m_skeleton.records[number];
     if (is(entry.type, kAttrib) || is(entry.type, kVertex) || is(entry.type, kSeqend))
         entry.flags |= kSubEntity;
     if (m_in == InSection::Entities) {
@@ -275,13 +279,13 @@ void Indexer::member(RecordNumber number) {
             m_scratch.paper || (m_scratch.owner != 0 && m_scratch.owner == m_paperOwner);
         entry.container = paper ? kPaperSpace : kModelSpace;
         // Sub-entities stay with their owner, whatever their own groups say.
-        if (entry.has(kSubEntity) && !m_index.records[number - 1].has(kEdge))
-            entry.container = m_index.records[number - 1].container;
+        if (entry.has(kSubEntity) && !m_skeleton.records[number - 1].has(kEdge))
+            entry.container = m_skeleton.records[number - 1].container;
     } else if (m_in == InSection::Tables && m_container == kNoContainer) {
         // A table whose head is missing: its records tell which one it is.
-        m_container = addContainer(ContainerKind::Table, m_index.types.name(entry.type), 0);
-        m_index.containers[m_container].first = number;
-        m_index.containers[m_container].owner = m_scratch.owner;
+        m_container = addContainer(ContainerKind::Table, m_skeleton.types.name(entry.type), 0);
+        m_skeleton.containers[m_container].first = number;
+        m_skeleton.containers[m_container].owner = m_scratch.owner;
         entry.container = m_container;
     } else if (m_in == InSection::Tables || m_in == InSection::Blocks) {
         entry.container = m_container;
@@ -289,9 +293,9 @@ void Indexer::member(RecordNumber number) {
         entry.container = m_sectionContainer;
     }
     if (entry.container == kNoContainer) return;
-    m_index.containers[entry.container].last = number;
+    m_skeleton.containers[entry.container].last = number;
     if (m_in == InSection::Entities)  // both spaces lie in one range
-        m_index.containers[kModelSpace].last = m_index.containers[kPaperSpace].last = number;
+        m_skeleton.containers[kModelSpace].last = m_skeleton.containers[kPaperSpace].last = number;
     if (m_in == InSection::Tables && m_scratch.wantsName &&
         equalsNoCaseAscii(m_scratch.name, "*Paper_Space"))
         m_paperOwner = m_scratch.handle;
@@ -299,17 +303,17 @@ void Indexer::member(RecordNumber number) {
 
 void Indexer::noteForm(std::uint16_t type) {
     if (m_in == InSection::Other || m_in == InSection::Outside) return;
-    if (type >= m_index.forms.size()) m_index.forms.resize(type + std::size_t{1});
-    m_index.forms[type].note(m_scratch.marker);
+    if (type >= m_skeleton.forms.size()) m_skeleton.forms.resize(type + std::size_t{1});
+    m_skeleton.forms[type].note(m_scratch.marker);
 }
 
 std::optional<Error> Indexer::endRecord() {
     const RecordNumber number = m_index.lastRecord();
     if (number == 0) return std::nullopt;
-    RecordEntry& entry = m_index.records[number];
+    RecordEntry& entry = m_skeleton.records[number];
     entry.handle = m_scratch.handle;
     if (m_scratch.attributed) entry.flags |= kAttributed;
-    m_index.highestHandle = std::max(m_index.highestHandle, entry.handle);
+    m_skeleton.highestHandle = std::max(m_skeleton.highestHandle, entry.handle);
     noteForm(entry.type);
     if (is(entry.type, kSection)) {
         entry.flags |= kEdge;
@@ -338,10 +342,10 @@ std::optional<Error> Indexer::endRecord() {
         entry.flags |= kEdge;
         endBlock(number);
     } else {
-        if (m_scratch.owner != 0 && m_in != InSection::Other) m_index.sawOwners = true;
-        if (m_in == InSection::Tables) m_index.tableForm.note(m_scratch.marker);
+        if (m_scratch.owner != 0 && m_in != InSection::Other) m_skeleton.sawOwners = true;
+        if (m_in == InSection::Tables) m_skeleton.tableForm.note(m_scratch.marker);
         if (m_in == InSection::Blocks || m_in == InSection::Entities)
-            m_index.entityForm.note(m_scratch.marker);
+            m_skeleton.entityForm.note(m_scratch.marker);
         member(number);
     }
     return std::nullopt;
@@ -349,13 +353,13 @@ std::optional<Error> Indexer::endRecord() {
 
 std::optional<Error> Indexer::pair(int code, std::string_view value, std::uint64_t offset) {
     if (code != 0) {
-        if (m_index.records.size() == 1 && code != 999) return foreign();
+        if (m_index.places.size() == 1 && code != 999) return foreign();
         group(code, value);
         return std::nullopt;
     }
     if (auto error = endRecord()) return error;
     const std::string_view type = trimmed(value);
-    if (m_index.records.size() == 1 && type != "SECTION" && type != "EOF") return foreign();
+    if (m_index.places.size() == 1 && type != "SECTION" && type != "EOF") return foreign();
     beginRecord(type, offset);
     return std::nullopt;
 }
@@ -363,9 +367,9 @@ std::optional<Error> Indexer::pair(int code, std::string_view value, std::uint64
 std::optional<Error> Indexer::finish() {
     if (m_ended) m_index.end = m_index.source->size();  // bytes behind EOF are its own
     if (auto error = endRecord()) return error;
-    if (m_index.records.size() == 1)
+    if (m_index.places.size() == 1)
         return Error{ErrorKind::Unreadable, m_file, 1, "no DXF text: no SECTION in it"};
-    m_index.sawEof = m_ended;
+    m_skeleton.sawEof = m_ended;
     if (m_in != InSection::Outside)
         return damage(m_line, "the file ends inside the section " + m_index.sections.back().name);
     return std::nullopt;
@@ -388,7 +392,7 @@ std::optional<Error> Indexer::scan(std::string_view bytes, std::uint64_t base, b
             continue;
         }
         const auto* const valueEnd = static_cast<const char*>(feed);
-        if (isNoted(code) || m_index.records.size() == 1) {
+        if (isNoted(code) || m_index.places.size() == 1) {
             std::string_view text(value, static_cast<std::size_t>(valueEnd - value));
             if (text.ends_with('\r')) text.remove_suffix(1);
             if (auto error = pair(static_cast<int>(code), text, offset)) return error;
@@ -414,7 +418,7 @@ std::optional<Error> Indexer::oddPair(std::string_view rest, std::uint64_t offse
     const auto code = parseCode(codeText.data(), codeText.data() + codeText.size());
     if (!code) {
         if (trimmed(codeText).empty() && valueMissing) return std::nullopt;  // at the very end
-        if (m_index.records.size() == 1) return foreign();
+        if (m_index.places.size() == 1) return foreign();
         return damage(m_line, "a group code was expected, found \"" +
                                   std::string(codeText.substr(0, 40)) + "\"");
     }
@@ -448,7 +452,7 @@ std::optional<Error> Indexer::run() {
             if (auto error = checkStart(buffer)) return error;
             if (buffer.starts_with("\xEF\xBB\xBF")) at += 3;
             const std::size_t feed = buffer.find('\n');
-            m_index.crlf = feed != std::string::npos && feed > 0 && buffer[feed - 1] == '\r';
+            m_index.lines.crlf = feed != std::string::npos && feed > 0 && buffer[feed - 1] == '\r';
         }
         if (auto error = scan(buffer, base, last, at)) return error;
         m_index.end = base + static_cast<std::uint64_t>(at - buffer.data());
@@ -466,8 +470,9 @@ std::optional<Error> Indexer::run() {
 
 /// Makes room for as many records as the file will have when it goes on as it began.
 void Indexer::expectRecords(std::uint64_t size, std::uint64_t seen) {
-    const std::uint64_t expected = m_index.records.size() * (size / seen + 1);
-    m_index.records.reserve(static_cast<std::size_t>(expected + expected / 8));
+    const std::uint64_t expected = m_index.places.size() * (size / seen + 1);
+    m_index.places.reserve(static_cast<std::size_t>(expected + expected / 8));
+    m_skeleton.records.reserve(m_index.places.capacity());
 }
 
 }  // namespace
@@ -478,13 +483,10 @@ const Section* DxfIndex::section(std::string_view name) const {
     return nullptr;
 }
 
-Result<std::unique_ptr<DxfIndex>> indexDxf(std::shared_ptr<Source> source,
-                                           const std::string& name) {
-    auto index = std::make_unique<DxfIndex>();
-    index->source = std::move(source);
-    Indexer indexer(*index, name);
+Result<Indexed> indexDxf(std::shared_ptr<Source> source, const std::string& name) {
+    Indexer indexer(std::move(source), name);
     if (auto error = indexer.run()) return *error;
-    return index;
+    return indexer.take();
 }
 
 }  // namespace mor::host

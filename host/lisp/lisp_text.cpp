@@ -1,5 +1,6 @@
 #include "host/host.h"
 #include "host/lisp/lisp_value.h"
+#include "host/text/escapes.h"
 #include "platform/runtime.h"
 
 #include <algorithm>
@@ -59,11 +60,9 @@ bool isControl(wchar_t c) { return (c >= 0 && c < 0x20) || (c >= 0x7F && c < 0xA
 bool isSurrogate(wchar_t c) { return c >= 0xD800 && c <= 0xDFFF; }
 
 std::wstring surrogateEscape(wchar_t c) {
-    constexpr std::wstring_view kDigits = L"0123456789ABCDEF";
-    std::wstring result = L"\\U+";
-    for (const unsigned shift : {12U, 8U, 4U, 0U})
-        result += kDigits[(static_cast<unsigned>(c) >> shift) & 0xFU];
-    return result;
+    std::string escape;
+    appendUnicodeEscape(escape, c);
+    return {escape.begin(), escape.end()};
 }
 
 std::wstring quotedText(std::wstring_view text) {
@@ -275,14 +274,9 @@ private:
     }
 
     bool readCodeUnit(std::wstring& result, std::size_t begin) {
-        const std::wstring_view digits = m_text.substr(m_position + 2, 4);
-        char32_t unit = 0;
-        for (const wchar_t digit : digits) {
-            const std::size_t value = std::wstring_view{L"0123456789ABCDEF"}.find(toUpper(digit));
-            if (value == std::wstring_view::npos) return fail(begin, kCodeUnitForm);
-            unit = unit * 16 + static_cast<char32_t>(value);
-        }
-        if (digits.size() < 4) return fail(begin, kCodeUnitForm);
+        const auto digits = hexDigits(m_text, m_position + 2, 4);
+        if (!digits) return fail(begin, kCodeUnitForm);
+        const char32_t unit = *digits;
         m_position += 6;
         const bool low = unit >= 0xDC00 && unit <= 0xDFFF;
         if (low && begin != 0 && begin == m_endOfHigh) {

@@ -1,5 +1,6 @@
 #include "tools/moradmin/session.h"
 
+#include "dwgfs/names.h"
 #include "frame/message_system.h"
 #include "platform/runtime.h"
 #include "space/global_view.h"
@@ -13,6 +14,17 @@
 #include <utility>
 
 namespace mor::tool {
+
+namespace {
+
+/// What tells an edited record apart: the path of a directory, else what the host says.
+std::string placeOf(const AcApDocument* document, const host::SavedEdit& edit) {
+    for (const host::RecordAttribute& item : host::recordAttributes(document, edit.name).items)
+        if (item.name == kInfoAttribute) return utf8(host::stringOf(item.value));
+    return edit.what;
+}
+
+}  // namespace
 
 std::vector<Store::Entry> Store::entries(const std::wstring& path) {
     std::wstring own = path;  // resolving needs a path of its own to cut and join
@@ -182,8 +194,8 @@ std::string Session::save(const Options& options) {
                            : edit.kind == Kind::Erased ? "erased"
                                                        : "changed";
         std::cout << what << "\t" << oneLine(edit.type) << "\t"
-                  << (edit.handle.empty() ? "-" : edit.handle) << "\t" << oneLine(edit.what)
-                  << "\n";
+                  << (edit.handle.empty() ? "-" : edit.handle) << "\t"
+                  << oneLine(placeOf(m_document, edit)) << "\n";
     }
     return {};
 }

@@ -1,5 +1,6 @@
 #include "tools/moradmin/references/references.h"
 
+#include "dwgfs/names.h"
 #include "host/host.h"
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
@@ -37,7 +38,12 @@ bool isMissing(const host::ReferenceInfo& reference) {
            reference.status == host::ReferenceStatus::Unresolved;
 }
 
-Json referenceJson(const host::ReferenceInfo& reference) {
+/// Whether the referenced drawing holds a file store.
+bool hasStore(AcApDocument* document, const host::ReferenceInfo& reference) {
+    return reference.loaded && host::hasBlock(document, reference.name, kFileSystemBlock);
+}
+
+Json referenceJson(AcApDocument* document, const host::ReferenceInfo& reference) {
     Json object{{"name", utf8(reference.name)}};
     object["kind"] = reference.overlay ? "overlay" : "attach";
     object["status"] = statusName(reference.status);
@@ -45,7 +51,7 @@ Json referenceJson(const host::ReferenceInfo& reference) {
     object["found"] = reference.found.string();
     object["inserts"] = reference.inserts;
     object["entities"] = reference.entities;
-    object["store"] = reference.hasStore;
+    object["store"] = hasStore(document, reference);
     object["tries"] = Json::array();
     for (const host::ReferenceTry& attempt : reference.tries)
         object["tries"].push_back({{"path", attempt.path.string()}, {"why", attempt.why}});
@@ -61,13 +67,14 @@ void printTree(const std::vector<host::ReferenceInfo>& references) {
     }
 }
 
-void printRows(const std::vector<host::ReferenceInfo>& references, bool tries) {
+void printRows(AcApDocument* document, const std::vector<host::ReferenceInfo>& references,
+               bool tries) {
     std::vector<std::vector<std::string>> rows;
     for (const host::ReferenceInfo& reference : references)
         rows.push_back({utf8(reference.name), reference.overlay ? "overlay" : "attach",
                         statusName(reference.status), std::to_string(reference.inserts),
-                        std::to_string(reference.entities), reference.hasStore ? "store" : "-",
-                        utf8(reference.saved),
+                        std::to_string(reference.entities),
+                        hasStore(document, reference) ? "store" : "-", utf8(reference.saved),
                         reference.found.empty() ? "-" : reference.found.string()});
     printTable({"NAME", "KIND", "STATUS", ">INSERTS", ">ENTITIES", "STORE", "SAVED", "FOUND"},
                rows);
@@ -89,7 +96,7 @@ bool listOne(const Options& options, const std::string& file) {
         object["path"] = file;
         object["references"] = Json::array();
         for (const host::ReferenceInfo& reference : references)
-            object["references"].push_back(referenceJson(reference));
+            object["references"].push_back(referenceJson(session.document(), reference));
         printJson(object);
         return missing;
     }
@@ -97,7 +104,7 @@ bool listOne(const Options& options, const std::string& file) {
     if (options.tree)
         printTree(references);
     else
-        printRows(references, options.verbose);
+        printRows(session.document(), references, options.verbose);
     return missing;
 }
 

@@ -1,5 +1,7 @@
-#include "host/drawing/drawing.h"
-#include "host/dxf/dxf_record.h"
+#include "host/dxf/dxf_codec.h"
+#include "host/dxf/tag_list.h"
+#include "host/text/group_codes.h"
+#include "host/text/numbers.h"
 
 #include <string>
 #include <string_view>
@@ -37,9 +39,7 @@ private:
         const int code = static_cast<int>(parseInteger(group.substr(0, blank)).value_or(0));
         const std::string_view value =
             blank == std::string_view::npos ? "" : group.substr(blank + 1);
-        const bool integer = (code >= 60 && code <= 79) || (code >= 170 && code <= 179) ||
-                             (code >= 280 && code <= 289) || (code >= 370 && code <= 389);
-        if (integer)
+        if (isInteger(codeKind(code)))
             m_text += integerLine(m_lines, code, parseInteger(value).value_or(0));
         else
             m_text += line(m_lines, code, value);

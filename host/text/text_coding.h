@@ -35,10 +35,4 @@ private:
     std::unique_ptr<Converter> m_converter;
 };
 
-/// Decodes `\U+XXXX` and caret coding in text that is ASCII otherwise; appends UTF-16 units as they
-/// stand, so that a pair split over two texts can be joined by `joinSurrogates`.
-void decodeEscapes(std::wstring_view text, std::wstring& units);
-/// Makes one character of each surrogate pair, in place. A lone surrogate stays.
-void joinSurrogates(std::wstring& text);
-
 }  // namespace mor::host

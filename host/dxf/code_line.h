@@ -1,17 +1,9 @@
 #pragma once
 
-#include <algorithm>
 #include <optional>
-#include <string_view>
 
-/// Code lines and names, as the scan of a whole file looks at them.
+/// Code lines, as the scan of a whole file looks at them.
 namespace mor::host {
-
-[[nodiscard]] inline std::string_view trimmed(std::string_view text) {
-    while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
-    while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.remove_suffix(1);
-    return text;
-}
 
 /// A group code: digits, blanks around them, a sign perhaps. Empty when the line is none.
 [[nodiscard]] inline std::optional<int> parseCode(const char* begin, const char* end) {
@@ -62,17 +54,6 @@ namespace mor::host {
         default:
             return false;
     }
-}
-
-[[nodiscard]] inline bool equalsNoCaseAscii(std::string_view a, std::string_view b) {
-    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-               const auto fold = [](char c) { return c >= 'a' && c <= 'z' ? char(c - 32) : c; };
-               return fold(x) == fold(y);
-           });
-}
-
-[[nodiscard]] inline bool startsNoCaseAscii(std::string_view text, std::string_view start) {
-    return text.size() >= start.size() && equalsNoCaseAscii(text.substr(0, start.size()), start);
 }
 
 }  // namespace mor::host

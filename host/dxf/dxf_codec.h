@@ -1,0 +1,47 @@
+#pragma once
+
+#include "host/drawing/codec.h"
+#include "host/dxf/dxf_index.h"
+#include "host/dxf/tag_list.h"
+#include "host/result.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace mor::host {
+
+/// DXF text. Records are read from the file as they are asked for; a walk in the order of the file
+/// reads ahead.
+class DxfCodec final : public Codec {
+public:
+    explicit DxfCodec(DxfIndex index) : m_index(std::move(index)) {}
+
+    [[nodiscard]] const Source& source() const override { return *m_index.source; }
+    [[nodiscard]] GroupList read(RecordNumber number) const override;
+    [[nodiscard]] std::optional<Group> find(RecordNumber number, int code) const override;
+    [[nodiscard]] bool mayHoldHandles(RecordNumber number) const override;
+    [[nodiscard]] SavePlan plan(const EditSet& edits) const override;
+    [[nodiscard]] std::string compare(const SavePlan& plan, const EditSet& edits,
+                                      std::shared_ptr<Source> written) const override;
+
+private:
+    /// Valid until another record is read.
+    [[nodiscard]] std::string_view bytesOf(RecordNumber number) const;
+
+    DxfIndex m_index;
+    mutable std::string m_window;  ///< the record read last, and what a walk has read ahead
+    mutable std::uint64_t m_windowAt = 0;
+    mutable RecordNumber m_lastRead = 0;
+};
+
+/// Opens DXF text. `file` stands in the errors.
+/// Refused: what is no DXF text, forms and releases that are not read, files that break off.
+Result<Opened> openDxf(std::shared_ptr<Source> source, const std::string& file);
+
+/// The text of the smallest valid drawing of that release.
+[[nodiscard]] std::string newDrawingText(Release release, std::string_view lineEnd);
+
+}  // namespace mor::host

@@ -1,0 +1,108 @@
+#include "host/text/escapes.h"
+
+#include "host/text/iconv.h"
+
+#include <array>
+#include <cstring>
+
+namespace mor::host {
+
+namespace {
+
+/// A double-byte character of `\M+nXXXX`; 0 when it is none.
+wchar_t doubleByte(unsigned page, unsigned code) {
+    static constexpr std::array<const char*, 6> pages = {"",      "CP932", "BIG5",
+                                                         "CP949", "JOHAB", "GBK"};
+    if (page < 1 || page > 5) return 0;
+    const Iconv converter("WCHAR_T", pages[page]);
+    if (!converter.valid()) return 0;
+    const std::array<char, 2> bytes = {static_cast<char>(code >> 8),
+                                       static_cast<char>(code & 0xFF)};
+    std::string result;
+    if (converter.convert({bytes.data(), 2}, result) != 2 || result.size() != sizeof(wchar_t))
+        return 0;
+    wchar_t character = 0;
+    std::memcpy(&character, result.data(), sizeof character);
+    return character;
+}
+
+void appendUnit(std::string& result, unsigned unit) {
+    static constexpr std::string_view digits = "0123456789ABCDEF";
+    result += "\\U+";
+    for (unsigned shift = 16; shift > 0; shift -= 4) result += digits[(unit >> (shift - 4)) & 15U];
+}
+
+}  // namespace
+
+std::optional<unsigned> hexDigits(std::wstring_view text, std::size_t at, std::size_t count) {
+    if (text.size() < at + count) return std::nullopt;
+    unsigned value = 0;
+    for (std::size_t i = at; i < at + count; ++i) {
+        const wchar_t c = text[i];
+        unsigned digit = 16;
+        if (c >= L'0' && c <= L'9') digit = static_cast<unsigned>(c - L'0');
+        if (c >= L'A' && c <= L'F') digit = static_cast<unsigned>(c - L'A') + 10;
+        if (c >= L'a' && c <= L'f') digit = static_cast<unsigned>(c - L'a') + 10;
+        if (digit > 15) return std::nullopt;
+        value = value * 16 + digit;
+    }
+    return value;
+}
+
+void appendUnicodeEscape(std::string& result, wchar_t character) {
+    const auto code = static_cast<unsigned>(character);
+    if (code > 0xFFFF) {
+        appendUnit(result, 0xD800 + ((code - 0x10000) >> 10U));
+        appendUnit(result, 0xDC00 + ((code - 0x10000) & 0x3FFU));
+    } else {
+        appendUnit(result, code);
+    }
+}
+
+void decodeEscapes(std::wstring_view text, std::wstring& units) {
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const wchar_t c = text[i];
+        if (c == L'\\' && text.substr(i, 3) == L"\\U+") {
+            if (const auto unit = hexDigits(text, i + 3, 4)) {
+                units += static_cast<wchar_t>(*unit);
+                i += 6;
+                continue;
+            }
+        } else if (c == L'\\' && text.substr(i, 3) == L"\\M+") {
+            const auto page = hexDigits(text, i + 3, 1);
+            const auto code = hexDigits(text, i + 4, 4);
+            if (page && code) {
+                if (const wchar_t character = doubleByte(*page, *code)) {
+                    units += character;
+                    i += 7;
+                    continue;
+                }
+            }
+        } else if (c == L'^' && i + 1 < text.size()) {
+            const wchar_t next = text[i + 1];
+            if (next == L' ' || (next >= L'@' && next <= L'_')) {
+                units += next == L' ' ? L'^' : static_cast<wchar_t>(next - 0x40);
+                ++i;
+                continue;
+            }
+        }
+        units += c;
+    }
+}
+
+void joinSurrogates(std::wstring& text) {
+    std::size_t out = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto high = static_cast<unsigned>(text[i]);
+        const auto low = i + 1 < text.size() ? static_cast<unsigned>(text[i + 1]) : 0U;
+        if (high >= 0xD800 && high <= 0xDBFF && low >= 0xDC00 && low <= 0xDFFF) {
+            text[out++] = static_cast<wchar_t>(0x10000 + ((high - 0xD800) << 10) + (low - 0xDC00));
+            ++i;
+        } else {
+            text[out++] = text[i];
+        }
+    }
+    text.resize(out);
+}
+
+}  // namespace mor::host
