@@ -16,8 +16,8 @@ foreach(folder IN ITEMS platform frame space xref dwgfs)
   install(DIRECTORY ${folder} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/moradmin
           COMPONENT development FILES_MATCHING PATTERN "*.h")
 endforeach()
-install(FILES host/counters.h host/documents.h host/faults.h host/handles.h host/host.h host/records.h
-              host/references.h host/result.h host/values.h
+install(FILES host/command_line.h host/counters.h host/documents.h host/faults.h host/handles.h host/host.h host/placement.h host/records.h
+              host/references.h host/result.h host/saving.h host/values.h
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/moradmin/host COMPONENT development)
 
 configure_package_config_file(cmake/moradminConfig.cmake.in moradminConfig.cmake

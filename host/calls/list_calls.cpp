@@ -3,8 +3,6 @@
 #include "host/calls/list_kind.h"
 #include "host/documents/running_counters.h"
 #include "host/faults.h"
-#include "host/permanent.h"
-#include "host/text/group_codes.h"
 
 #include <algorithm>
 #include <cstdarg>
@@ -14,21 +12,6 @@
 #include <string_view>
 
 namespace mor::host {
-
-Counters& runningCounters() {
-    static Permanent<Counters> s_counters;
-    return *s_counters;
-}
-
-Counters counters() { return runningCounters(); }
-
-void resetCounters() {
-    Counters fresh;
-    fresh.locksHeld = runningCounters().locksHeld;
-    fresh.selectionSetsOpen = runningCounters().selectionSetsOpen;
-    fresh.resbufsOpen = runningCounters().resbufsOpen;
-    runningCounters() = fresh;
-}
 
 namespace {
 
@@ -75,60 +58,6 @@ bool takeValue(resbuf& element, std::va_list* arguments) {
 }
 
 }  // namespace
-
-/// Of the types that are no group codes.
-static ListKind resultKind(int type) noexcept {
-    switch (type) {
-        case RTREAL:
-            return ListKind::Real;
-        case RTPOINT:
-            return ListKind::Point;
-        case RTSHORT:
-            return ListKind::Short;
-        case RTLONG:
-            return ListKind::Long;
-        case RTENAME:
-        case -1:
-        case -2:
-            return ListKind::Name;
-        case RTSTR:
-        case RTDXF0:
-        case -4:
-            return ListKind::Text;
-        case RTLB:
-        case RTLE:
-        case RTDOTE:
-        case RTNIL:
-        case RTT:
-        case -3:
-            return ListKind::None;
-        default:
-            return ListKind::Unknown;
-    }
-}
-
-ListKind listKind(int type) noexcept {
-    switch (codeKind(type)) {
-        case CodeKind::Text:
-        case CodeKind::Chunk:
-            return ListKind::Text;
-        case CodeKind::Handle:
-            return type >= kOwnerCode && type < 370 ? ListKind::Name : ListKind::Text;
-        case CodeKind::Real:
-            return ListKind::Real;
-        case CodeKind::Point:
-            return ListKind::Point;
-        case CodeKind::Integer16:
-        case CodeKind::Flag:
-            return ListKind::Short;
-        case CodeKind::Integer32:
-        case CodeKind::Integer64:
-            return ListKind::Long;
-        case CodeKind::Unknown:
-            break;
-    }
-    return resultKind(type);
-}
 
 }  // namespace mor::host
 

@@ -1,4 +1,5 @@
 #include "host/documents/document.h"
+#include "host/documents/symbols.h"
 #include "host/host.h"
 #include "host/text/group_codes.h"
 #include "platform/database.h"

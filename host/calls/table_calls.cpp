@@ -2,6 +2,7 @@
 
 #include "host/calls/list_builder.h"
 #include "host/documents/document.h"
+#include "host/documents/symbols.h"
 #include "host/faults.h"
 #include "host/text/group_codes.h"
 #include "platform/runtime.h"

@@ -74,7 +74,7 @@ AcApDocument* createDocument(Release release, std::string_view lineEnd) {
 Result<AcApDocument*> openDocument(const std::filesystem::path& path) {
     auto source = openFileSource(path);
     if (!source) return source.error();
-    const FileStamp stamp = stampOf(source.value()->descriptor());
+    const FileState stamp = stateOf(source.value()->descriptor());
     auto drawing = openDrawing(std::move(source.value()), path.string());
     if (!drawing) return drawing.error();
     auto document = std::make_unique<AcApDocument>(std::move(drawing.value()));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/documents/located.h"
 #include "host/documents/reference.h"
 #include "host/drawing/drawing.h"
 #include "platform/database.h"
@@ -41,7 +42,7 @@ public:
     std::map<std::int64_t, std::unique_ptr<AcDbDatabase>> databases;  ///< by mount, 0 for its own
     CMORMDIDocumentData data;
     std::filesystem::path path;  ///< where it was opened from; empty for a new one
-    mor::host::FileStamp stamp;  ///< of the file as loaded or last saved
+    mor::host::FileState stamp;  ///< of the file as loaded or last saved
     std::size_t locks = 0;
     std::unique_ptr<mor::host::PendingBlock> pending;
     std::vector<std::pair<std::wstring, mor::host::RecordNumber>>

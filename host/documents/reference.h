@@ -34,19 +34,6 @@ struct Mount {
     std::map<ContainerNumber, std::unique_ptr<Mount>> children;  ///< by block of `drawing`
 };
 
-/// A record of the document's drawing or of one referenced by it.
-struct Located {
-    Drawing* drawing = nullptr;
-    RecordNumber number = 0;
-    const Mount* mount = nullptr;  ///< null in the document's own drawing
-
-    explicit operator bool() const { return number != 0; }
-    [[nodiscard]] EntityName nameOf(RecordNumber other) const;
-    /// The name under which the document knows a symbol of that table of the record's drawing:
-    /// layer 0 and the like stay.
-    [[nodiscard]] std::wstring qualified(std::string_view table, std::wstring_view symbol) const;
-};
-
 /// The references of one document, resolved on first touch and kept until they are reloaded.
 class References {
 public:
@@ -94,55 +81,10 @@ private:
     std::size_t m_noted = 0;  ///< bytes that the tries of all mounts take
 };
 
-/// Symbols that mean the same in every drawing: layer 0; the linetypes Continuous, ByLayer and
-/// ByBlock.
-[[nodiscard]] bool isCommonSymbol(std::string_view table, std::wstring_view symbol);
 /// An external reference of the drawing's own; not what it keeps of a reference's reference.
 [[nodiscard]] bool isReferenceBlock(Drawing& drawing, ContainerNumber block);
 /// What the drawing keeps of a reference's reference.
 [[nodiscard]] bool isKeptReferenceBlock(Drawing& drawing, ContainerNumber block);
 [[nodiscard]] bool isOverlayBlock(Drawing& drawing, ContainerNumber block);
-
-/// The record of that name in the current document, in the given one, or in a drawing referenced by
-/// it.
-[[nodiscard]] Located locate(EntityName name);
-[[nodiscard]] Located locate(const AcApDocument& document, EntityName name);
-
-// What a block shows; `owner` is null for blocks of the document's own drawing.
-
-/// The block that a look-up of the name finds. A dependent block is the referenced drawing's, also
-/// where the document's own drawing holds a record under its qualified name; once the reference is
-/// loaded, what the drawing keeps of a block that it no longer has is not found. No block when
-/// there is none.
-struct FoundBlock {
-    Mount* owner = nullptr;
-    ContainerNumber block = kNoContainer;
-};
-[[nodiscard]] FoundBlock resolveBlock(AcApDocument& document, std::wstring_view name);
-/// Where the entities of a block stand: a reference's in model space of the referenced drawing,
-/// those of a layout in its space. The number is the container; a reference that is not loaded has
-/// no drawing.
-struct BlockEntities {
-    Drawing* drawing = nullptr;
-    Mount* mount = nullptr;
-    ContainerNumber container = kNoContainer;
-};
-[[nodiscard]] BlockEntities entitiesOf(AcApDocument& document, Mount* owner, ContainerNumber block);
-[[nodiscard]] Located firstEntityOf(AcApDocument& document, Mount* owner, ContainerNumber block);
-/// The base point: a loaded reference's is the insertion base of its drawing, where it has one.
-[[nodiscard]] std::array<double, 3> baseOf(AcApDocument& document, Mount* owner,
-                                           ContainerNumber block);
-/// What its definition holds or its flag says. A reference's entities are none of the block's.
-[[nodiscard]] bool holdsAttributeDefinitions(Drawing& drawing, ContainerNumber block);
-/// By its flag, or by a name that programs give, as *U12.
-[[nodiscard]] bool isAnonymousBlock(Drawing& drawing, ContainerNumber block);
-
-/// Live main entities.
-[[nodiscard]] std::size_t countEntities(const Drawing& drawing, ContainerNumber container);
-
-/// The record of a symbol table that a look-up of the name finds: the document's own, else, for a
-/// qualified name, that of the referenced drawing.
-[[nodiscard]] Located resolveSymbol(AcApDocument& document, std::string_view table,
-                                    std::wstring_view name);
 
 }  // namespace mor::host

@@ -13,7 +13,7 @@ namespace {
 class ReferenceSource final : public Source {
 public:
     ReferenceSource(std::filesystem::path path, std::shared_ptr<Source> opened)
-        : m_path(std::move(path)), m_size(opened->size()), m_stamp(stampOf(opened->descriptor())) {
+        : m_path(std::move(path)), m_size(opened->size()), m_stamp(stateOf(opened->descriptor())) {
         hold(std::move(opened));
     }
     ~ReferenceSource() override {
@@ -51,7 +51,7 @@ private:
     }
     bool openAgain() const {
         auto opened = openFileSource(m_path);
-        if (opened && stampOf(opened.value()->descriptor()) == m_stamp) {
+        if (opened && stateOf(opened.value()->descriptor()) == m_stamp) {
             hold(std::move(opened.value()));
             return true;
         }
@@ -64,7 +64,7 @@ private:
 
     std::filesystem::path m_path;
     std::uint64_t m_size;
-    FileStamp m_stamp;
+    FileState m_stamp;
     mutable bool m_failed = false;
     mutable std::shared_ptr<Source> m_opened;  ///< null while closed
     mutable std::list<const ReferenceSource*>::iterator m_place;

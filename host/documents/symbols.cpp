@@ -1,3 +1,5 @@
+#include "host/documents/symbols.h"
+
 #include "host/documents/document.h"
 #include "host/documents/reference.h"
 #include "host/host.h"
@@ -22,11 +24,11 @@ bool isQualified(std::string_view table) {
     return std::ranges::find(tables, table) != std::end(tables);
 }
 
+}  // namespace
+
 std::array<double, 3> recordedBase(Drawing& drawing, ContainerNumber block) {
     return drawing.groupsOf(drawing.container(block).head).pointOf(10, {});
 }
-
-}  // namespace
 
 std::size_t countEntities(const Drawing& drawing, ContainerNumber container) {
     std::size_t count = 0;
@@ -112,88 +114,6 @@ Located resolveSymbol(AcApDocument& document, std::string_view table, std::wstri
     if (over) return over;
     Drawing& drawing = *target.mount->drawing;
     return {&drawing, drawing.names().findSymbol(table, target.rest), target.mount};
-}
-
-namespace {
-
-/// A drawing that a path of references leads to; no drawing when there is none.
-struct Reached {
-    Drawing* drawing = nullptr;
-    Mount* mount = nullptr;
-
-    [[nodiscard]] SymbolInfo symbol(std::string_view table, RecordNumber number,
-                                    std::wstring text) const {
-        const Located found{drawing, number, mount};
-        std::wstring qualified = found.qualified(table, text);
-        return {found.nameOf(number), std::move(text), std::move(qualified)};
-    }
-};
-
-Reached reach(AcApDocument& document, std::wstring_view reference) {
-    if (reference.empty()) return {document.drawing.get(), nullptr};
-    const References::Target target = document.references->resolve(std::wstring(reference) + L"|");
-    if (target.mount == nullptr || !target.rest.empty()) return {};
-    return {target.mount->drawing.get(), target.mount};
-}
-
-}  // namespace
-
-void forEachSymbol(AcApDocument* document, std::wstring_view reference, std::string_view table,
-                   const std::function<void(const SymbolInfo&)>& visit) {
-    const Reached found = reach(*document, reference);
-    if (found.drawing == nullptr) return;
-    const ContainerNumber container = found.drawing->names().findTable(table);
-    if (container == kNoContainer) return;
-    for (RecordNumber at = found.drawing->nextMember(container, 0); at != 0;
-         at = found.drawing->nextMember(container, at))
-        if (auto text = found.drawing->textOf(at, 2))
-            visit(found.symbol(table, at, std::move(*text)));
-}
-
-SymbolInfo symbolInfo(const AcApDocument* document, std::string_view table, EntityName name) {
-    const Located found = locate(*document, name);
-    std::wstring text = found.drawing->textOf(found.number, 2).value_or(L"");
-    std::wstring qualified = found.qualified(table, text);
-    return {name, std::move(text), std::move(qualified)};
-}
-
-std::optional<EntityName> resolveSymbol(AcApDocument* document, std::string_view table,
-                                        std::wstring_view qualified) {
-    const Located found = resolveSymbol(*document, table, qualified);
-    return found ? std::optional(found.nameOf(found.number)) : std::nullopt;
-}
-
-bool hasBlock(AcApDocument* document, std::wstring_view reference, std::wstring_view block) {
-    const Reached found = reach(*document, reference);
-    return found.drawing != nullptr && found.drawing->names().findBlock(block) != kNoContainer;
-}
-
-void forEachBlock(AcApDocument* document, std::wstring_view reference,
-                  const std::function<void(const BlockInfo&)>& visit) {
-    const Reached found = reach(*document, reference);
-    if (found.drawing == nullptr) return;
-    Drawing& drawing = *found.drawing;
-    const std::map<std::wstring, std::size_t>& inserts = drawing.names().insertCounts();
-    for (ContainerNumber block = 1; block < drawing.containers().size(); ++block) {
-        const Container& container = drawing.container(block);
-        if (container.kind != ContainerKind::Block || container.head == 0) continue;
-        BlockInfo info;
-        info.symbol = found.symbol("BLOCK", container.head, drawing.containerName(block));
-        info.flags = drawing.integerOf(container.head, kFlagsCode).value_or(0);
-        info.anonymous = isAnonymousBlock(drawing, block);
-        info.attributes = holdsAttributeDefinitions(drawing, block);
-        info.reference = isReferenceBlock(drawing, block);
-        info.layout = container.layout;
-        if (info.reference) info.path = drawing.textOf(container.head, 1).value_or(L"");
-        info.base = baseOf(*document, found.mount, block);
-        info.recordedBase = recordedBase(drawing, block);
-        const BlockEntities entities = entitiesOf(*document, found.mount, block);
-        if (entities.drawing != nullptr)
-            info.entities = countEntities(*entities.drawing, entities.container);
-        if (const auto count = inserts.find(upperCase(info.symbol.symbol)); count != inserts.end())
-            info.inserts = count->second;
-        visit(info);
-    }
 }
 
 }  // namespace mor::host

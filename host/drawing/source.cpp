@@ -89,12 +89,18 @@ Error openError(const std::filesystem::path& path, int code) {
 
 }  // namespace
 
-FileStamp stampOf(int descriptor) {
-    struct stat status {};
-    if (::fstat(descriptor, &status) != 0) return {};
-    return {static_cast<std::uint64_t>(status.st_dev), static_cast<std::uint64_t>(status.st_ino),
-            static_cast<std::uint64_t>(status.st_size), status.st_mtim.tv_sec,
+FileState stateOf(const struct stat& status) {
+    return {true,
+            static_cast<std::uint64_t>(status.st_dev),
+            static_cast<std::uint64_t>(status.st_ino),
+            static_cast<std::uint64_t>(status.st_size),
+            status.st_mtim.tv_sec,
             status.st_mtim.tv_nsec};
+}
+
+FileState stateOf(int descriptor) {
+    struct stat status {};
+    return ::fstat(descriptor, &status) == 0 ? stateOf(status) : FileState();
 }
 
 void failReading(const Error& error) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/result.h"
+#include "host/saving.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -8,21 +9,13 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <sys/stat.h>
 
 namespace mor::host {
 
-/// What tells two states of a file apart.
-struct FileStamp {
-    std::uint64_t device = 0;
-    std::uint64_t inode = 0;
-    std::uint64_t size = 0;
-    std::int64_t seconds = 0;
-    std::int64_t nanoseconds = 0;
-    friend bool operator==(const FileStamp&, const FileStamp&) = default;
-};
-
-/// The stamp of an open file.
-[[nodiscard]] FileStamp stampOf(int descriptor);
+/// The state of an open file; of none when it cannot be told.
+[[nodiscard]] FileState stateOf(int descriptor);
+[[nodiscard]] FileState stateOf(const struct ::stat& status);
 
 /// The bytes of a drawing: an open file or a buffer. Reads anywhere; does not change.
 class Source {

@@ -36,7 +36,7 @@ LOOKS_UPWARD = {
 # What the host shows to tools, tests and benchmarks.
 HOST_HEADERS = {
     f"host/{name}.h"
-    for name in ("host", "documents", "handles", "values", "records", "references", "counters")
+    for name in ("host", "command_line", "saving", "documents", "handles", "placement", "values", "records", "references", "counters")
     + ("faults", "result")
 }
 

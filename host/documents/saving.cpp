@@ -144,22 +144,12 @@ private:
     bool m_exists = false;
     struct stat m_status {};
     Descriptor m_lock;
-    FileStamp m_held;  ///< of the target, under the lock
+    FileState m_held;  ///< of the target, under the lock
     Descriptor m_file;
     TemporaryName m_temporary;
     Descriptor m_backupFile;
     TemporaryName m_backup;
 };
-
-FileState stateOf(bool exists, const struct stat& status) {
-    if (!exists) return {};
-    return {true,
-            static_cast<std::uint64_t>(status.st_dev),
-            static_cast<std::uint64_t>(status.st_ino),
-            static_cast<std::uint64_t>(status.st_size),
-            status.st_mtim.tv_sec,
-            status.st_mtim.tv_nsec};
-}
 
 std::optional<Error> SaveRun::findTarget() {
     m_inPlace = m_options.output.empty();
@@ -175,7 +165,8 @@ std::optional<Error> SaveRun::findTarget() {
     m_inPlace = m_inPlace || fs::equivalent(m_target, m_document.path, unknown);
     m_exists = ::stat(m_target.c_str(), &m_status) == 0;
     if (m_exists && !S_ISREG(m_status.st_mode)) return failure("is no regular file");
-    if (!m_inPlace && m_options.before && *m_options.before != stateOf(m_exists, m_status))
+    if (!m_inPlace && m_options.before &&
+        *m_options.before != (m_exists ? stateOf(m_status) : FileState()))
         return failure("was changed by another program since the work began; look at it first");
     if (m_exists && !m_options.overwrite) return failure("exists already; choose another name");
     if (m_exists && ::access(m_target.c_str(), W_OK) != 0)
@@ -214,11 +205,11 @@ std::optional<Error> SaveRun::lockTarget() {
     struct stat status {};
     if (guarded("stat", [&] { return ::stat(m_target.c_str(), &status); }) != 0)
         return systemFailure("cannot be looked at");
-    m_held = stampOf(m_lock.get());
+    m_held = stateOf(m_lock.get());
     const bool replaced = m_held.inode != static_cast<std::uint64_t>(status.st_ino) ||
                           m_held.device != static_cast<std::uint64_t>(status.st_dev);
     if (replaced || (m_inPlace && m_held != m_document.stamp) ||
-        (!m_inPlace && m_options.before && *m_options.before != stateOf(true, status)))
+        (!m_inPlace && m_options.before && *m_options.before != stateOf(status)))
         return failure("was changed by another program since it was loaded; load it again");
     // Not tested: who saves a name that was free then will find it taken.
     static_cast<void>(clearLeftNames(m_target, m_lock.get()));
@@ -432,7 +423,7 @@ Result<SaveReport> SaveRun::run() {
     report.written = true;
     if (m_inPlace || m_document.path.empty()) {
         m_document.path = m_target;
-        m_document.stamp = stampOf(m_file.get());
+        m_document.stamp = stateOf(m_file.get());
     }
     return report;
 }
@@ -441,8 +432,7 @@ Result<SaveReport> SaveRun::run() {
 
 FileState fileState(const fs::path& path) {
     struct stat status {};
-    const bool exists = ::stat(path.c_str(), &status) == 0;
-    return stateOf(exists, status);
+    return ::stat(path.c_str(), &status) == 0 ? stateOf(status) : FileState();
 }
 
 Result<SaveReport> saveDocument(AcApDocument* document, const SaveOptions& options) {

@@ -1,0 +1,46 @@
+#include "host/documents/located.h"
+
+#include "host/documents/document.h"
+#include "platform/runtime.h"
+
+#include <algorithm>
+
+namespace mor::host {
+
+bool isCommonSymbol(std::string_view table, std::wstring_view symbol) {
+    if (symbol.empty() || table == "LAYER") return symbol.empty() || symbol == L"0";
+    static constexpr std::wstring_view linetypes[] = {L"Continuous", L"ByLayer", L"ByBlock"};
+    return table == "LTYPE" && std::ranges::any_of(linetypes, [symbol](std::wstring_view common) {
+               return equalNoCase(symbol, common);
+           });
+}
+
+EntityName Located::nameOf(RecordNumber other) const {
+    const EntityName own = drawing->nameOf(other);
+    return mount == nullptr || other == 0 ? own : EntityName{own.first, mount->number};
+}
+
+std::wstring Located::qualified(std::string_view table, std::wstring_view symbol) const {
+    if (mount == nullptr || isCommonSymbol(table, symbol)) return std::wstring(symbol);
+    std::wstring name;
+    name.reserve(mount->name.size() + 1 + symbol.size());
+    return name.append(mount->name).append(1, L'|').append(symbol);
+}
+
+Located locate(const AcApDocument& document, EntityName name) {
+    if (name.isNone()) return {};
+    if (const RecordNumber own = document.drawing->numberOf(name))
+        return {document.drawing.get(), own, nullptr};
+    const Mount* mount = document.references->find(name.second);
+    if (mount == nullptr || !mount->drawing) return {};
+    const EntityName inside{name.first, mount->drawing->nameOf(1).second};
+    const RecordNumber number = mount->drawing->numberOf(inside);
+    return number == 0 ? Located{} : Located{mount->drawing.get(), number, mount};
+}
+
+Located locate(EntityName name) {
+    const AcApDocument* document = currentDocument();
+    return document == nullptr ? Located{} : locate(*document, name);
+}
+
+}  // namespace mor::host
