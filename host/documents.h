@@ -23,7 +23,8 @@ enum class Release { R12, R13, R14, R2000, R2004, R2007, R2010, R2013, R2018 };
 [[nodiscard]] AcApDocument* createDocument(Release release, std::string_view lineEnd = "\n");
 
 /// Opens a drawing; the document is neither current nor active.
-/// Errors: no such file, no drawing, a form or release that is not read, a drawing that breaks off.
+/// One that breaks off or is garbled is read as far as it goes, and then cannot be saved over.
+/// Errors: no such file, no drawing, a form or release that is not read.
 Result<AcApDocument*> openDocument(const std::filesystem::path& path);
 
 /// Releases the document. It must not be locked; when it is current or active there is none
@@ -35,16 +36,24 @@ void setCurrentDocument(AcApDocument* document);
 void setActiveDocument(AcApDocument* document);
 [[nodiscard]] std::size_t documentCount();
 
+/// Why a drawing could only be read up to a place.
+struct Damage {
+    std::string text;
+    std::uint64_t line = 0;    ///< from 1; 0 where there are no lines
+    std::uint64_t offset = 0;  ///< in bytes
+};
+
 struct DocumentInfo {
     std::filesystem::path path;  ///< empty for one that was never opened from or saved to a file
     Release release = Release::R12;
     std::string version;   ///< $ACADVER as the file has it, empty when it has none
     std::string codePage;  ///< $DWGCODEPAGE as the file has it, empty when it has none
     std::string encoding;  ///< the encoding in which its texts are read
-    std::string lineEnd;   ///< "LF" or "CRLF"
+    std::string lineEnd;   ///< "LF", "CRLF" or "CR"; empty for a binary drawing
     std::uint64_t bytes = 0;
     std::size_t records = 0;  ///< group-0 records of the file, structure included
     std::uint64_t handleSeed = 0;
+    std::optional<Damage> damage;  ///< of a drawing that is read as far as it goes
 };
 [[nodiscard]] DocumentInfo documentInfo(const AcApDocument* document);
 

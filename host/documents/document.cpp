@@ -122,6 +122,7 @@ DocumentInfo documentInfo(const AcApDocument* document) {
     info.bytes = drawing.source().size();
     info.records = drawing.lastFileRecord();
     info.handleSeed = drawing.seed();
+    info.damage = drawing.damage();
     return info;
 }
 

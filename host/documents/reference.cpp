@@ -89,6 +89,8 @@ Result<std::shared_ptr<Drawing>> References::open(const fs::path& file, const fs
     if (!source) return source.error();
     auto drawing = openDrawing(std::move(source.value()), file.string());
     if (!drawing) return drawing.error();
+    if (const auto& damage = drawing.value()->damage())
+        return Error{ErrorKind::Damaged, file.string(), damage->line, damage->text};
     return m_drawings[real] = std::move(drawing.value());
 }
 

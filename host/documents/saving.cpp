@@ -440,6 +440,8 @@ Result<SaveReport> saveDocument(AcApDocument* document, const SaveOptions& optio
         const fs::path& named = options.output.empty() ? document->path : options.output;
         return Error{ErrorKind::Unwritable, named.string(), 0, "cannot be saved: " + why};
     };
+    if (const auto& damage = document->drawing->damage(); damage && !options.dryRun)
+        return refuse("it is damaged (" + damage->text + ")");
     // What was changed may rest on records that could not be read.
     if (document->drawing->source().failed()) return refuse(std::string(kNotRead));
     try {

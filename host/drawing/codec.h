@@ -4,8 +4,8 @@
 #include "host/drawing/group.h"
 #include "host/drawing/record.h"
 #include "host/drawing/source.h"
-#include "host/drawing/type_names.h"
 #include "host/host.h"
+#include "host/text/text_numbers.h"
 
 #include <array>
 #include <cstdint>
@@ -39,12 +39,14 @@ struct Skeleton {
     std::string lineEnd;               ///< "LF" or "CRLF"; empty where there are no lines
     std::vector<RecordEntry> records;  ///< [0] is unused
     std::vector<Container> containers;
-    TypeNames types;
+    TextNumbers types;
     std::vector<RecordForm> forms;  ///< by type
     RecordForm tableForm;           ///< of the records of tables
     RecordForm entityForm;          ///< of entities, those of blocks included
     bool sawOwners = false;         ///< an entity or table record has its owner in 330
     bool sawEof = false;
+    bool carets = true;  ///< control characters in texts are written with a caret
+    std::optional<Damage> damage;
     std::uint64_t highestHandle = 0;
 
     [[nodiscard]] RecordNumber lastRecord() const {
@@ -62,7 +64,7 @@ struct EditSet {
     const std::vector<RecordEntry>& records;  ///< the file's, then the made ones
     RecordNumber lastFileRecord = 0;
     const std::vector<Container>& containers;
-    const TypeNames& types;
+    const TextNumbers& types;
     std::map<RecordNumber, RecordChange> changed;     ///< records of the file that differ now
     std::map<RecordNumber, GroupList> made;           ///< records to be written that the file lacks
     std::map<ContainerNumber, GroupList> tableHeads;  ///< of tables that the file lacks
@@ -70,7 +72,7 @@ struct EditSet {
     Release release = Release::R12;
 
     [[nodiscard]] const std::string& typeOf(RecordNumber number) const {
-        return types.name(records[number].type);
+        return types.text(records[number].type);
     }
 };
 

@@ -32,7 +32,8 @@ Drawing::Drawing(Opened opened)
       m_codec(std::move(opened.codec)),
       m_skeleton(std::move(opened.skeleton)),
       m_lastFileRecord(m_skeleton.lastRecord()),
-      m_text(m_skeleton.release, m_skeleton.codePage),
+      m_text(m_skeleton.release, m_skeleton.codePage,
+             m_skeleton.carets ? Carets::Coded : Carets::Plain),
       m_names(*this),
       m_handles(m_skeleton.records, m_lastFileRecord, firstFree(m_skeleton),
                 [this](std::uint64_t from) { return keptHandles(from); }) {}
@@ -73,7 +74,7 @@ RecordNumber Drawing::numberOf(EntityName name) const {
 }
 
 const std::string& Drawing::typeOf(RecordNumber number) const {
-    return m_skeleton.types.name(entry(number).type);
+    return m_skeleton.types.text(entry(number).type);
 }
 
 GroupList Drawing::original(RecordNumber number) const {

@@ -38,6 +38,7 @@ public:
     [[nodiscard]] const std::string& codePage() const { return m_skeleton.codePage; }
     [[nodiscard]] const std::string& lineEnd() const { return m_skeleton.lineEnd; }
     [[nodiscard]] bool endsWithEof() const { return m_skeleton.sawEof; }
+    [[nodiscard]] const std::optional<Damage>& damage() const { return m_skeleton.damage; }
     [[nodiscard]] std::uint64_t seed() const { return m_skeleton.seed; }
     /// $INSBASE; empty when the header does not have it.
     [[nodiscard]] const std::optional<std::array<double, 3>>& insertionBase() const {

@@ -2,6 +2,7 @@
 
 #include "host/dxf/dxf_header.h"
 #include "host/dxf/dxf_plan.h"
+#include "host/text/group_codes.h"
 
 #include <algorithm>
 #include <utility>
@@ -34,16 +35,21 @@ std::string_view DxfCodec::bytesOf(RecordNumber number) const {
 }
 
 GroupList DxfCodec::read(RecordNumber number) const {
-    return groupsFrom(std::string(bytesOf(number)));
+    return groupsFrom(std::string(bytesOf(number)), m_index.form);
 }
 
 std::optional<Group> DxfCodec::find(RecordNumber number, int code) const {
-    const auto value = findValue(bytesOf(number), code);
-    return value ? std::optional(Group(code, *value)) : std::nullopt;
+    if (code == kLayerCode) {
+        const std::uint16_t layer = m_index.layers[number];
+        if (layer == TextNumbers::kNone) return std::nullopt;
+        if (layer != TextNumbers::kTooMany) return Group(code, m_index.layerTexts.text(layer));
+    }
+    m_found = GroupList();
+    return findGroup(bytesOf(number), m_index.form, code, m_found);
 }
 
 bool DxfCodec::mayHoldHandles(RecordNumber number) const {
-    return bytesOf(number).find("1005") != std::string_view::npos;
+    return !m_index.form.isText() || bytesOf(number).find("1005") != std::string_view::npos;
 }
 
 SavePlan DxfCodec::plan(const EditSet& edits) const { return planSave(m_index, edits); }
@@ -51,7 +57,9 @@ SavePlan DxfCodec::plan(const EditSet& edits) const { return planSave(m_index, e
 std::string DxfCodec::compare(const SavePlan& plan, const EditSet& edits,
                               std::shared_ptr<Source> written) const {
     const auto indexed = indexDxf(std::move(written), {});
-    return indexed ? comparePlan(plan, m_index, edits, indexed.value()) : indexed.error().message();
+    if (!indexed) return indexed.error().message();
+    const auto& damage = indexed.value().skeleton.damage;
+    return damage ? damage->text : comparePlan(plan, m_index, edits, indexed.value());
 }
 
 Result<Opened> openDxf(std::shared_ptr<Source> source, const std::string& file) {
@@ -60,8 +68,13 @@ Result<Opened> openDxf(std::shared_ptr<Source> source, const std::string& file) 
     DxfIndex& index = indexed.value().index;
     Skeleton& skeleton = indexed.value().skeleton;
     if (auto error = readHeader(index, skeleton, file)) return *error;
-    index.lines.padded = index.source->read(index.places[1], 1) == " ";
-    skeleton.lineEnd = index.lines.crlf ? "CRLF" : "LF";
+    DxfForm& form = index.form;
+    form.padded = form.isText() && index.source->read(index.places[1], 1) == " ";
+    skeleton.carets = form.isText();
+    skeleton.lineEnd = !form.isText()           ? ""
+                       : form.lineEnd == "\r\n" ? "CRLF"
+                       : form.lineEnd == "\r"   ? "CR"
+                                                : "LF";
     return Opened{std::make_unique<DxfCodec>(std::move(index)), std::move(skeleton)};
 }
 

@@ -2,7 +2,7 @@
 
 #include "host/drawing/codec.h"
 #include "host/dxf/dxf_index.h"
-#include "host/dxf/tag_list.h"
+#include "host/dxf/form.h"
 #include "host/result.h"
 
 #include <cstdint>
@@ -13,8 +13,8 @@
 
 namespace mor::host {
 
-/// DXF text. Records are read from the file as they are asked for; a walk in the order of the file
-/// reads ahead.
+/// A DXF file, text or binary. Records are read from the file as they are asked for; a walk in the
+/// order of the file reads ahead.
 class DxfCodec final : public Codec {
 public:
     explicit DxfCodec(DxfIndex index) : m_index(std::move(index)) {}
@@ -35,10 +35,11 @@ private:
     mutable std::string m_window;  ///< the record read last, and what a walk has read ahead
     mutable std::uint64_t m_windowAt = 0;
     mutable RecordNumber m_lastRead = 0;
+    mutable GroupList m_found;  ///< texts of the group found last
 };
 
-/// Opens DXF text. `file` stands in the errors.
-/// Refused: what is no DXF text, forms and releases that are not read, files that break off.
+/// Opens a DXF file. `file` stands in the errors.
+/// Refused: what is no DXF, releases that are not known.
 Result<Opened> openDxf(std::shared_ptr<Source> source, const std::string& file);
 
 /// The text of the smallest valid drawing of that release.

@@ -1,6 +1,7 @@
 #include "host/dxf/dxf_header.h"
 
 #include "host/handles.h"
+#include "host/text/group_codes.h"
 #include "host/text/numbers.h"
 
 #include <algorithm>
@@ -48,62 +49,64 @@ std::optional<Error> readHeader(const DxfIndex& index, Skeleton& skeleton,
                                 const std::string& file) {
     const Section* header = index.section("HEADER");
     if (header == nullptr) return std::nullopt;
-    const TagList record(index.bytesOf(header->head));
+    const TagList record(index.bytesOf(header->head), index.form);
     std::string_view variable;
     std::uint64_t versionAt = 0;
-    for (const Tag& tag : record.tags()) {
-        if (tag.code == 9)
-            variable = record.bare(tag);
-        else if (tag.code == 1 && variable == "$ACADVER") {
-            skeleton.version = record.bare(tag);
-            versionAt = index.places[header->head] + tag.valueBegin;
-        } else if (tag.code == 3 && variable == "$DWGCODEPAGE")
-            skeleton.codePage = record.bare(tag);
-        else if (variable == "$INSBASE" && (tag.code == 10 || tag.code == 20 || tag.code == 30)) {
+    for (std::size_t i = 0; i < record.tags().size(); ++i) {
+        const Group& group = record.groups()[i];
+        const int code = group.code();
+        if (code == 9)
+            variable = group.bare();
+        else if (code == 1 && variable == "$ACADVER") {
+            skeleton.version = group.bare();
+            versionAt = index.places[header->head] + record.tags()[i].valueBegin;
+        } else if (code == 3 && variable == "$DWGCODEPAGE")
+            skeleton.codePage = group.bare();
+        else if (variable == "$INSBASE" && (code == 10 || code == 20 || code == 30)) {
             if (!skeleton.insertionBase) skeleton.insertionBase.emplace();
-            (*skeleton.insertionBase)[static_cast<std::size_t>(tag.code / 10 - 1)] =
-                parseReal(record.value(tag)).value_or(0.0);
-        } else if (tag.code == 5 && variable == "$HANDSEED")
-            skeleton.seed = parseHandle(record.bare(tag));
+            (*skeleton.insertionBase)[static_cast<std::size_t>(code / 10 - 1)] =
+                group.real().value_or(0.0);
+        } else if (code == kHandleCode && variable == "$HANDSEED")
+            skeleton.seed = group.handle();
     }
     if (skeleton.version.empty()) return std::nullopt;
-    const auto release = releaseOf(skeleton.version, file, lineAt(*index.source, versionAt));
+    const std::uint64_t line = index.form.isText() ? lineAt(*index.source, versionAt) : 0;
+    const auto release = releaseOf(skeleton.version, file, line);
     if (!release) return release.error();
     skeleton.release = release.value();
     return std::nullopt;
 }
 
-std::string withSeed(const TagList& header, const LineStyle& lines, Release release,
+std::string withSeed(const TagList& header, const DxfForm& form, Release release,
                      std::uint64_t seed) {
-    std::string bytes = header.bytes();
     std::string_view variable;
-    std::optional<Tag> seedTag;
-    std::optional<Tag> handling;
-    for (const Tag& tag : header.tags()) {
-        if (tag.code == 9)
-            variable = header.bare(tag);
-        else if (variable == "$HANDSEED" && tag.code == 5 && !seedTag)
-            seedTag = tag;
-        else if (variable == "$HANDLING" && tag.code == 70 && !handling)
-            handling = tag;
+    std::optional<std::size_t> seedAt;
+    std::optional<std::size_t> handlingAt;
+    for (std::size_t i = 0; i < header.tags().size(); ++i) {
+        const Group& group = header.groups()[i];
+        if (group.code() == 9)
+            variable = group.bare();
+        else if (variable == "$HANDSEED" && group.code() == kHandleCode && !seedAt)
+            seedAt = i;
+        else if (variable == "$HANDLING" && group.code() == kFlagsCode && !handlingAt)
+            handlingAt = i;
     }
+    const std::string handle = handleText(seed);
+    const Group on(kFlagsCode, std::int64_t{1});
     const bool old = release < Release::R2000;
-    if (old && !handling) bytes += line(lines, 9, "$HANDLING") + integerLine(lines, 70, 1);
-    if (!seedTag) bytes += line(lines, 9, "$HANDSEED") + line(lines, 5, handleText(seed));
-    const bool off = old && handling && parseInteger(header.value(*handling)) == 0;
-    const auto setSeed = [&] {
-        if (seedTag)
-            bytes.replace(seedTag->valueBegin, seedTag->valueEnd - seedTag->valueBegin,
-                          handleText(seed));
-    };
-    const auto setHandling = [&] {
-        if (off) bytes[handling->valueEnd - 1] = '1';
-    };
-    // From the back, so that places stay true.
-    const bool seedLast = seedTag && handling && seedTag->begin > handling->begin;
-    if (seedLast) setSeed();
-    setHandling();
-    if (!seedLast) setSeed();
+    std::string bytes;
+    for (std::size_t i = 0; i < header.tags().size(); ++i) {
+        const Tag& tag = header.tags()[i];
+        if (seedAt == i)
+            bytes += form.exchanged(header.bytes(), tag, Group(kHandleCode, handle));
+        else if (old && handlingAt == i && header.groups()[i].integer() == 0)
+            bytes += form.exchanged(header.bytes(), tag, on);
+        else
+            bytes.append(header.bytes(), tag.begin, tag.end - tag.begin);
+    }
+    bytes.append(header.bytes(), header.tags().empty() ? 0 : header.tags().back().end);
+    if (old && !handlingAt) bytes += form.bytes(9, "$HANDLING") + form.bytes(on);
+    if (!seedAt) bytes += form.bytes(9, "$HANDSEED") + form.bytes(kHandleCode, handle);
     return bytes;
 }
 

@@ -16,7 +16,7 @@ std::optional<Error> readHeader(const DxfIndex& index, Skeleton& skeleton, const
 
 /// The HEADER record with another seed; of a release that has it, with $HANDLING not 0. What is
 /// missing is added behind. `header` is empty for a file without that section.
-[[nodiscard]] std::string withSeed(const TagList& header, const LineStyle& lines, Release release,
+[[nodiscard]] std::string withSeed(const TagList& header, const DxfForm& form, Release release,
                                    std::uint64_t seed);
 
 }  // namespace mor::host

@@ -1,8 +1,9 @@
 #pragma once
 
 #include "host/drawing/codec.h"
-#include "host/dxf/tag_list.h"
+#include "host/dxf/form.h"
 #include "host/result.h"
+#include "host/text/text_numbers.h"
 
 #include <cstdint>
 #include <memory>
@@ -19,15 +20,17 @@ struct Section {
     RecordNumber end = 0;
 };
 
-/// One DXF text file, cut into records. A record reaches from its group-0 line up to the next one;
-/// comments belong to the record that they follow. What stands before the first record belongs to
-/// none, nor do blanks behind the last one of a file without EOF.
+/// One DXF file, cut into records. A record reaches from its group 0 up to the next one; comments
+/// belong to the record that they follow. What stands before the first record belongs to none, nor
+/// do blanks behind the last one of a file without EOF, nor what is not read of a damaged file.
 struct DxfIndex {
     std::shared_ptr<Source> source;
+    DxfForm form;
     std::vector<std::uint64_t> places;  ///< offsets of the records; [0] is unused
+    std::vector<std::uint16_t> layers;  ///< numbers of the texts of their groups 8
+    TextNumbers layerTexts;
     std::vector<Section> sections;
-    std::uint64_t end = 0;  ///< where the last record ends
-    LineStyle lines;
+    std::uint64_t end = 0;            ///< where the last record ends
     bool endsWithoutLineEnd = false;  ///< the last record's last line
 
     [[nodiscard]] RecordNumber lastRecord() const {
@@ -48,9 +51,14 @@ struct Indexed {
     Skeleton skeleton;
 };
 
+/// Which way a text file is looked through. Both find the same.
+enum class Scan { Vectorised, LineByLine };
+
 /// Reads the source once, in pieces. `name` stands in the errors.
-/// Refused: what is no DXF text, line ends of single carriage returns, files that break off inside
-/// a section, lines that should be group codes and are not.
-Result<Indexed> indexDxf(std::shared_ptr<Source> source, const std::string& name);
+/// A file that breaks off, or has a line that should be a group code and is none, is read up to
+/// there: the skeleton then has the damage, and the record in which it lies is none of the index.
+/// Refused: what is no DXF.
+Result<Indexed> indexDxf(std::shared_ptr<Source> source, const std::string& name,
+                         Scan scan = Scan::Vectorised);
 
 }  // namespace mor::host

@@ -75,11 +75,10 @@ void Planner::note(SavedEdit::Kind kind, RecordNumber number) {
 }
 
 std::string Planner::render(RecordNumber number) const {
-    if (number > m_edits.lastFileRecord) return recordLines(m_index.lines, m_edits.made.at(number));
-    const std::string bytes = m_index.bytesOf(number);
+    if (number > m_edits.lastFileRecord) return m_index.form.bytes(m_edits.made.at(number));
     const auto change = m_edits.changed.find(number);
-    return patched(bytes, change == m_edits.changed.end() ? RecordChange() : change->second,
-                   m_index.lines);
+    return patched(m_index.bytesOf(number),
+                   change == m_edits.changed.end() ? RecordChange() : change->second, m_index.form);
 }
 
 std::string Planner::renderAll(const std::vector<RecordNumber>& numbers) {
@@ -108,24 +107,24 @@ void Planner::collectRecords() {
 
 void Planner::raiseCount(const Container& table, std::size_t made) {
     if (table.head == 0 || made == 0) return;
-    const TagList head(m_replaced.contains(table.head) ? m_replaced[table.head]
-                                                       : m_index.bytesOf(table.head));
-    const auto count = head.groups().indexOf(kFlagsCode);
+    const TagList head(
+        m_replaced.contains(table.head) ? m_replaced[table.head] : m_index.bytesOf(table.head),
+        m_index.form);
     std::int64_t members = 0;
     for (RecordNumber at = table.first; at <= table.last; ++at)
         members += m_edits.records[at].has(kEdge) ? 0 : 1;
-    if (!count || parseInteger(head.value(head.tags()[*count])) != members)
-        return;  // never exact: left alone
-    m_replaced[table.head] =
-        withInteger(head, head.tags()[*count], members + static_cast<std::int64_t>(made));
+    if (head.groups().integerOf(kFlagsCode, -1) != members) return;  // never exact: left alone
+    RecordChange count;
+    count.groups[kFlagsCode] = members + static_cast<std::int64_t>(made);
+    m_replaced[table.head] = patched(head.bytes(), count, m_index.form);
     m_plan.edits.push_back({SavedEdit::Kind::Changed, 0, "TABLE", table.owner, table.name});
 }
 
 void Planner::addTable(ContainerNumber number, std::map<std::size_t, std::string>& missing) {
     const Container& table = m_edits.containers[number];
-    std::string bytes = recordLines(m_index.lines, m_edits.tableHeads.at(number));
+    std::string bytes = m_index.form.bytes(m_edits.tableHeads.at(number));
     m_plan.edits.push_back({SavedEdit::Kind::Made, 0, "TABLE", table.owner, table.name});
-    bytes += renderAll(table.added) + line(m_index.lines, 0, "ENDTAB");
+    bytes += renderAll(table.added) + m_index.form.bytes(0, "ENDTAB");
     missing[rankOf(kTableOrder, table.name)] += bytes;
 }
 
@@ -190,8 +189,9 @@ void Planner::collectEntities() {
 void Planner::collectHeader() {
     if (m_edits.seed == 0 || (m_replaced.empty() && m_before.empty())) return;
     const Section* header = m_index.section("HEADER");
-    const TagList record(header == nullptr ? std::string() : m_index.bytesOf(header->head));
-    std::string bytes = withSeed(record, m_index.lines, m_edits.release, m_edits.seed);
+    const TagList record(header == nullptr ? std::string() : m_index.bytesOf(header->head),
+                         m_index.form);
+    std::string bytes = withSeed(record, m_index.form, m_edits.release, m_edits.seed);
     if (bytes == record.bytes()) return;
     if (header != nullptr)
         m_replaced[header->head] = std::move(bytes);
@@ -212,9 +212,9 @@ RecordNumber Planner::placeOfSection(std::string_view name) const {
 }
 
 void Planner::insertSection(std::string_view name, const std::string& content) {
+    const DxfForm& form = m_index.form;
     m_before[placeOfSection(name)][rankOf(kSectionOrder, name)] +=
-        line(m_index.lines, 0, "SECTION") + line(m_index.lines, 2, name) + content +
-        line(m_index.lines, 0, "ENDSEC");
+        form.bytes(0, "SECTION") + form.bytes(2, name) + content + form.bytes(0, "ENDSEC");
 }
 
 void Planner::copy(RecordNumber first, RecordNumber last) {
@@ -238,9 +238,9 @@ void Planner::write(std::string bytes) {
     if (bytes.empty()) return;
     PlanPiece& piece = pieceOfBytes();
     m_plan.size += bytes.size();
-    const TagList records(std::move(bytes));
+    const TagList records(std::move(bytes), m_index.form);
     for (const Tag& tag : records.tags())
-        if (tag.code == 0) piece.starts.push_back(piece.bytes.size() + tag.begin);
+        if (tag.code == kTypeCode) piece.starts.push_back(piece.bytes.size() + tag.begin);
     piece.bytes += records.bytes();
 }
 
@@ -255,7 +255,7 @@ void Planner::writeLoose(std::string_view bytes) {
 void Planner::closeLastLine() {
     // A record that is written anew is closed.
     if (!m_index.endsWithoutLineEnd || m_replaced.contains(m_edits.lastFileRecord)) return;
-    writeLoose(lineEndFor(m_index.source->read(m_index.end - 1, 1), m_index.lines));
+    writeLoose(m_index.form.missingLineEnd(m_index.source->read(m_index.end - 1, 1)));
 }
 
 void Planner::assemble() {
@@ -318,7 +318,7 @@ std::string comparePlan(const SavePlan& plan, const DxfIndex& index, const EditS
             if (written.index.places[number] != at + (index.places[old] - piece.from))
                 return "a copied record moved";
             const RecordEntry& entry = written.skeleton.records[number];
-            if (written.skeleton.types.name(entry.type) != edits.typeOf(old) ||
+            if (written.skeleton.types.text(entry.type) != edits.typeOf(old) ||
                 entry.handle != edits.records[old].handle)
                 return "a copied record changed";
         }

@@ -1,5 +1,5 @@
 #include "host/dxf/dxf_codec.h"
-#include "host/dxf/tag_list.h"
+#include "host/dxf/form.h"
 #include "host/text/group_codes.h"
 #include "host/text/numbers.h"
 
@@ -14,7 +14,7 @@ namespace {
 class Writer {
 public:
     Writer(Release release, std::string_view lineEnd)
-        : m_release(release), m_lines{lineEnd == "\r\n", true} {}
+        : m_release(release), m_form{DxfForm::Kind::Text, lineEnd} {}
 
     Writer& operator()(std::string_view groups) {
         while (!groups.empty()) {
@@ -40,13 +40,13 @@ private:
         const std::string_view value =
             blank == std::string_view::npos ? "" : group.substr(blank + 1);
         if (isInteger(codeKind(code)))
-            m_text += integerLine(m_lines, code, parseInteger(value).value_or(0));
+            m_text += m_form.bytes(Group(code, parseInteger(value).value_or(0)));
         else
-            m_text += line(m_lines, code, value);
+            m_text += m_form.bytes(code, value);
     }
 
     Release m_release;
-    LineStyle m_lines;
+    DxfForm m_form;
     std::string m_text;
 };
 

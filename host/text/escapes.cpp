@@ -59,7 +59,7 @@ void appendUnicodeEscape(std::string& result, wchar_t character) {
     }
 }
 
-void decodeEscapes(std::wstring_view text, std::wstring& units) {
+void decodeEscapes(std::wstring_view text, Carets carets, std::wstring& units) {
     for (std::size_t i = 0; i < text.size(); ++i) {
         const wchar_t c = text[i];
         if (c == L'\\' && text.substr(i, 3) == L"\\U+") {
@@ -78,7 +78,7 @@ void decodeEscapes(std::wstring_view text, std::wstring& units) {
                     continue;
                 }
             }
-        } else if (c == L'^' && i + 1 < text.size()) {
+        } else if (c == L'^' && carets == Carets::Coded && i + 1 < text.size()) {
             const wchar_t next = text[i + 1];
             if (next == L' ' || (next >= L'@' && next <= L'_')) {
                 units += next == L' ' ? L'^' : static_cast<wchar_t>(next - 0x40);

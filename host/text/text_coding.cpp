@@ -54,8 +54,8 @@ struct TextCoding::Converter {
     Iconv fromWide;
 };
 
-TextCoding::TextCoding(Release release, std::string_view codePage)
-    : m_converter(std::make_unique<Converter>(iconvName(release, codePage))) {
+TextCoding::TextCoding(Release release, std::string_view codePage, Carets carets)
+    : m_converter(std::make_unique<Converter>(iconvName(release, codePage))), m_carets(carets) {
     if (!m_converter->toWide.valid() || !m_converter->fromWide.valid())
         m_converter = std::make_unique<Converter>("CP1252");
 }
@@ -91,7 +91,7 @@ std::wstring TextCoding::decode(std::string_view bytes) const {
     }
     if (characters.find_first_of(L"\\^") == std::wstring::npos) return characters;
     std::wstring result;
-    decodeEscapes(characters, result);
+    decodeEscapes(characters, m_carets, result);
     joinSurrogates(result);
     return result;
 }
@@ -100,10 +100,11 @@ std::string TextCoding::encode(std::wstring_view text) const {
     std::string result;
     for (const wchar_t c : text) {
         const auto code = static_cast<unsigned>(c);
-        if (code < 0x20) {
+        const bool coded = m_carets == Carets::Coded || code == 0;  // NUL ends a binary text
+        if (code < 0x20 && coded) {
             result += '^';
             result += static_cast<char>(code + 0x40);
-        } else if (c == L'^') {
+        } else if (c == L'^' && coded) {
             result += "^ ";
         } else if (code < 0x7F) {
             result += static_cast<char>(code);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/host.h"
+#include "host/text/escapes.h"
 
 #include <memory>
 #include <string>
@@ -10,13 +11,14 @@ namespace mor::host {
 
 /// Turns the texts of one drawing into characters and back. Bytes become characters first; then, in
 /// one pass,
-/// `\U+XXXX` (in every release), `\M+nXXXX` and the caret coding of control characters.
+/// `\U+XXXX` (in every release), `\M+nXXXX` and, in text files, the caret coding of control
+/// characters.
 /// Bytes that the encoding lacks become private code points which encode back to the same bytes.
 class TextCoding {
 public:
     /// The encoding of a file: UTF-8 from R2007 on, else the code page. An unknown name counts as
     /// ANSI_1252.
-    TextCoding(Release release, std::string_view codePage);
+    TextCoding(Release release, std::string_view codePage, Carets carets);
     ~TextCoding();
     TextCoding(TextCoding&&) noexcept;
     TextCoding& operator=(TextCoding&&) noexcept;
@@ -33,6 +35,7 @@ public:
 private:
     struct Converter;
     std::unique_ptr<Converter> m_converter;
+    Carets m_carets;
 };
 
 }  // namespace mor::host

@@ -8,8 +8,8 @@ import tree
 
 # Lines and tags of DXF text; group codes spelled as text.
 OF_THE_CODEC = re.compile(
-    r'\b(Tag|TagList|LineStyle|DxfIndex|DxfCodec|integerLine|realLine|recordLines)\b'
-    r'|"(SECTION|ENDSEC|ENDTAB|EOF)"|\bline\(\w+, \d'
+    r'\b(Tag|TagList|DxfForm|DxfIndex|DxfCodec)\b'
+    r'|"(SECTION|ENDSEC|ENDTAB|EOF)"'
 )
 # Names of the file store.
 OF_THE_STORE = re.compile(r"MOR_DWGFILES|MOR_CONTROL_LAYER|DWG_FILESYSTEM|\$INFO|\$ID\b")

@@ -1,0 +1,140 @@
+#pragma once
+
+#include "host/dxf/dxf_index.h"
+#include "host/text/ascii.h"
+#include "host/text/group_codes.h"
+#include "host/text/numbers.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace mor::host {
+
+/// Finds records, sections and containers in the groups of a file as they come. Only these need be
+/// told: 0, 2, 5, 8, 67, 100, 102, 105, 330, 1001, and all before the first record.
+class Structure {
+public:
+    explicit Structure(Indexed& result);
+
+    /// What is wrong, with the place where it shows; nothing else is to be told then.
+    using Wrong = std::optional<std::string>;
+
+    /// A group 0; `offset` is where its code begins.
+    Wrong begin(std::string_view type, std::uint64_t offset);
+    /// Any other group.
+    void group(int code, std::string_view value);
+    /// Whether a record has begun.
+    [[nodiscard]] bool started() const { return m_index.places.size() > 1; }
+    /// Whether EOF has begun: what follows is none of the drawing.
+    [[nodiscard]] bool ended() const { return m_ended; }
+    /// The last record ends at `offset`, where the file does.
+    Wrong finish(std::uint64_t offset);
+    /// The last record is damaged and none of the index; what it stands in stays open.
+    void giveUp();
+    /// Makes room for so many records.
+    void expect(std::size_t records);
+
+private:
+    /// What is noted of the record being read.
+    struct Noted {
+        std::uint64_t handle = 0;
+        std::uint64_t owner = 0;
+        std::uint16_t layer = TextNumbers::kNone;
+        bool wantsName = false;
+        bool named = false;
+        bool handleDone = false;
+        bool marker = false;      // a group 100 was seen
+        bool inBrackets = false;  // between 102 { and 102 }
+        bool extended = false;    // a group 1001 was seen
+        bool attributed = false;  // one of them is ours
+        bool paper = false;       // group 67 is 1
+    };
+    enum class Known : std::uint8_t {
+        None,
+        Section,
+        EndSection,
+        Table,
+        EndTable,
+        Block,
+        EndBlock,
+        Eof,
+        SubEntity,
+        DimensionStyle,
+        BlockRecord
+    };
+    enum class InSection : std::uint8_t { Outside, Header, Tables, Blocks, Entities, Other };
+
+    void know(std::string_view type, Known known);
+    [[nodiscard]] Known known(std::uint16_t type) const {
+        return type < m_known.size() ? m_known[type] : Known::None;
+    }
+    Wrong endRecord();
+    Wrong endSection(RecordEntry& entry);
+    void beginSection(RecordNumber number);
+    void beginTable(RecordNumber number);
+    void endTable(RecordNumber number);
+    void beginBlock(RecordNumber number);
+    void endBlock(RecordNumber number);
+    void member(RecordNumber number, Known known);
+    [[nodiscard]] ContainerNumber containerOf(RecordNumber number, RecordEntry& entry);
+    void noteForm(std::uint16_t type);
+    ContainerNumber addContainer(ContainerKind kind, std::string name, RecordNumber head);
+
+    DxfIndex& m_index;
+    Skeleton& m_skeleton;
+    std::vector<Known> m_known;  // by type
+    Noted m_noted;
+    std::string m_name;  // first group 2 of a record whose name is wanted
+    InSection m_in = InSection::Outside;
+    ContainerNumber m_container = kNoContainer;  // open table or block
+    ContainerNumber m_sectionContainer = kNoContainer;
+    std::uint64_t m_paperOwner = 0;  // handle of the active layout's BLOCK_RECORD
+    bool m_ended = false;
+};
+
+inline void Structure::group(int code, std::string_view value) {
+    switch (code) {
+        case kNameCode:
+            if (!m_noted.wantsName || m_noted.named) break;
+            m_name = value;
+            m_noted.named = true;
+            break;
+        case kHandleCode:
+            if (m_noted.handleDone || m_noted.marker) break;
+            m_noted.handleDone = true;
+            m_noted.handle = parseHandle(trimmed(value));
+            break;
+        case kDimensionStyleHandleCode:
+            m_noted.handle = parseHandle(trimmed(value));
+            break;
+        case kLayerCode:
+            if (m_noted.layer != TextNumbers::kNone || m_noted.inBrackets || m_noted.extended)
+                break;
+            m_noted.layer = m_index.layerTexts.number(value);
+            break;
+        case kSpaceCode:
+            if (!m_noted.extended) m_noted.paper = trimmed(value) == "1";
+            break;
+        case kMarkerCode:
+            m_noted.marker = true;
+            break;
+        case kBracketCode:
+            m_noted.inBrackets = value.starts_with("{");
+            break;
+        case kOwnerCode:
+            if (!m_noted.marker && !m_noted.inBrackets && m_noted.owner == 0)
+                m_noted.owner = parseHandle(trimmed(value));
+            break;
+        case kApplicationCode:
+            m_noted.extended = true;
+            if (equalsNoCaseAscii(trimmed(value), kAttributeApplication)) m_noted.attributed = true;
+            break;
+        default:
+            break;
+    }
+}
+
+}  // namespace mor::host
