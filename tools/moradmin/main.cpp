@@ -4,6 +4,8 @@
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/options.h"
 #include "tools/moradmin/output.h"
+#include "tools/moradmin/references/places.h"
+#include "tools/moradmin/session.h"
 
 #include <algorithm>
 #include <csignal>

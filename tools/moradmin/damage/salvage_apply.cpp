@@ -1,3 +1,5 @@
+#include "tools/moradmin/damage/salvage_apply.h"
+
 #include "dwgfs/link_names.h"
 #include "dwgfs/names.h"
 #include "dwgfs/path_rules.h"
@@ -5,11 +7,11 @@
 #include "platform/document_data.h"
 #include "platform/entity.h"
 #include "platform/entity_calls.h"
-#include "tools/moradmin/damage/salvage.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/store/paths.h"
 
 #include <algorithm>
+#include <map>
 #include <optional>
 #include <set>
 

@@ -1,8 +1,9 @@
+#include "tools/moradmin/damage/salvage_plan.h"
+
 #include "dwgfs/link_names.h"
 #include "dwgfs/names.h"
 #include "dwgfs/path_rules.h"
 #include "host/host.h"
-#include "tools/moradmin/damage/salvage.h"
 #include "tools/moradmin/store/paths.h"
 
 #include <algorithm>

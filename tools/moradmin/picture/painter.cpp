@@ -4,7 +4,6 @@
 #include "platform/owned.h"
 #include "platform/runtime.h"
 #include "platform/table_calls.h"
-#include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/picture/colours.h"
 #include "xref/space_iterator.h"

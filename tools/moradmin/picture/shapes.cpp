@@ -5,8 +5,10 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <string_view>
 #include <tuple>
 #include <utility>
+#include <vector>
 
 namespace mor::tool {
 

@@ -2,8 +2,8 @@
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
-#include "tools/moradmin/store/dump.h"
 #include "tools/moradmin/store/paths.h"
+#include "tools/moradmin/store/subtree.h"
 
 #include <iostream>
 #include <map>

@@ -66,6 +66,10 @@ bool isStoredDirectory(Session& session, const std::wstring& path) {
     return path == L"/" || (session.hasDirectories() && session.store().isDirectory(path.c_str()));
 }
 
+void refuse(const Session& session, const std::wstring& path, const std::string& text) {
+    throw Failure(kRefused, session.message(text), utf8(path));
+}
+
 void refuseMissing(Session& session, const std::wstring& path) {
     const std::string shown = utf8(path);
     if (session.hasDirectories() && session.store().isDirectory(path.c_str()))

@@ -19,6 +19,8 @@ namespace mor::tool {
 [[nodiscard]] bool isStoredFile(Session& session, const std::wstring& path);
 [[nodiscard]] bool isStoredDirectory(Session& session, const std::wstring& path);
 
+/// Refuses (exit 6) with a text about a path of the store.
+[[noreturn]] void refuse(const Session& session, const std::wstring& path, const std::string& text);
 /// Refuses with "not found", or says what stands there instead of a file.
 [[noreturn]] void refuseMissing(Session& session, const std::wstring& path);
 

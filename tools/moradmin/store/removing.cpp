@@ -3,6 +3,7 @@
 #include "dwgfs/link_names.h"
 #include "dwgfs/names.h"
 #include "host/host.h"
+#include "platform/entity.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/store/paths.h"
@@ -102,6 +103,20 @@ void removeDirectory(Session& session, const std::wstring& path) {
     refuseLinksFromElsewhere(session, path);
     if (!session.store().delDir(path.c_str()) || Session::freshStore()->isDirectory(path.c_str()))
         throw Failure(kRefused, session.message(utf8(path) + " cannot be removed"), utf8(path));
+}
+
+void removeStore(Session& session, bool extended) {
+    Store& store = session.store();
+    if (extended)
+        store.removeFileSystemEx();
+    else
+        store.removeFileSystem();
+    const auto anchor = host::firstEntityOfBlock(session.document(), kFileSystemBlock);
+    CMOREntity entity;
+    ads_name name{};
+    if (anchor) anchor->copyTo(name);
+    if (!anchor || !entity.Connect(name)) return;
+    if (entity.DeleteAttribute(kRootLink)) entity.Flush();
 }
 
 }  // namespace mor::tool

@@ -10,4 +10,8 @@ namespace mor::tool {
 /// leads into it: what that link reaches would be gone too, and the link dead.
 void removeDirectory(Session& session, const std::wstring& path);
 
+/// Removes the store: no directory is left, and no root link that would name one. `extended`:
+/// entities on the control layer inside blocks go to layer 0 too.
+void removeStore(Session& session, bool extended);
+
 }  // namespace mor::tool

@@ -2,13 +2,10 @@
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
-#include "tools/moradmin/store/paths.h"
-#include "tools/moradmin/store/way.h"
 
 #include <csignal>
 #include <iostream>
 #include <string>
-#include <vector>
 
 namespace mor::tool {
 
@@ -38,12 +35,6 @@ private:
     void (*m_former)(int);
 };
 
-struct Branch {
-    std::wstring path;
-    std::vector<Store::Entry> entries;
-    std::size_t next = 0;
-};
-
 }  // namespace
 
 int runDir(Session& session, const Options& options) {
@@ -58,34 +49,6 @@ int runDir(Session& session, const Options& options) {
     std::cout.flush();
     if (interrupted != 0) return kInterrupted;
     return listed || (!stored && path == L"/") ? kDone : kRefused;
-}
-
-int runTree(Session& session, const Options& options) {
-    const std::wstring top = directoryPath(session, options.argument("/"));
-    if (!isStoredDirectory(session, top)) refuseMissing(session, top);
-    std::cout << coloured(utf8(top), true) << "\n";
-    if (!session.hasDirectories()) return kDone;
-    Way way(session);
-    if (!way.show(top)) return kDone;
-    std::vector<Branch> open = {{top, session.store().entries(top), 0}};
-    while (!open.empty()) {
-        Branch& branch = open.back();
-        if (branch.next == branch.entries.size()) {
-            open.pop_back();
-            way.leave();
-            continue;
-        }
-        for (std::size_t i = 0; i + 1 < open.size(); ++i)
-            std::cout << (open[i].next < open[i].entries.size() ? "│   " : "    ");
-        const Store::Entry entry = branch.entries[branch.next++];
-        std::cout << (branch.next < branch.entries.size() ? "├── " : "└── ")
-                  << coloured(utf8(entry.name) + (entry.directory ? "/" : ""), entry.directory)
-                  << "\n";
-        if (!entry.directory) continue;
-        const std::wstring path = joined(branch.path, entry.name);
-        if (way.show(path)) open.push_back({path, session.store().entries(path), 0});
-    }
-    return kDone;
 }
 
 }  // namespace mor::tool

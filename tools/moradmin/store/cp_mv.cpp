@@ -3,15 +3,15 @@
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
-#include "tools/moradmin/store/dump.h"
 #include "tools/moradmin/store/paths.h"
 #include "tools/moradmin/store/removing.h"
 #include "tools/moradmin/store/storing.h"
+#include "tools/moradmin/store/subtree.h"
 
 #include <filesystem>
-#include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace mor::tool {
 
@@ -181,7 +181,7 @@ int transfer(const Options& options, bool move) {
 
 }  // namespace
 
-int runCopy(const Options& options) { return transfer(options, false); }
-int runMove(const Options& options) { return transfer(options, true); }
+int runCp(const Options& options) { return transfer(options, false); }
+int runMv(const Options& options) { return transfer(options, true); }
 
 }  // namespace mor::tool

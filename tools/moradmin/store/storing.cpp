@@ -1,12 +1,8 @@
-#include "dwgfs/path_rules.h"
+#include "tools/moradmin/store/storing.h"
+
 #include "host/host.h"
-#include "tools/moradmin/commands.h"
-#include "tools/moradmin/failure.h"
-#include "tools/moradmin/input.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/store/paths.h"
-#include "tools/moradmin/store/removing.h"
-#include "tools/moradmin/store/storing.h"
 
 #include <algorithm>
 #include <string>
@@ -17,32 +13,6 @@ namespace mor::tool {
 namespace {
 
 constexpr std::size_t kHandleDigits = 16;  // at most
-
-CMORAdsLispVar parsedValue(const std::string& text) {
-    auto value = host::readLisp(text);
-    if (!value) throw Failure(kUsage, "the value is no LISP text: " + value.error().message());
-    if (CMORAdsLisp::NilP(value.value()))
-        throw Failure(
-            kUsage,
-            "nil cannot be stored, it would remove the file; \"moradmin rm\" removes files");
-    return value.value();
-}
-
-CMORAdsLispVar wantedValue(const Options& options) {
-    const bool given = options.arguments.size() > 1;
-    if (given && options.fileValue)
-        throw Failure(kUsage, "one value, please: on the command line or with --file FILE");
-    if (!given && !options.fileValue)
-        throw Failure(kUsage, "a value is missing: LISP text, - for stdin or --file FILE");
-    std::string text = given ? options.arguments[1] : readInput(*options.fileValue);
-    if (given && text == "-") text = readInput("-");
-    return options.asString ? host::makeString(wide(text)) : parsedValue(text);
-}
-
-[[noreturn]] void refuse(const Session& session, const std::wstring& path,
-                         const std::string& text) {
-    throw Failure(kRefused, session.message(text), utf8(path));
-}
 
 /// A circle may lead to the root, where nothing reads files.
 void refuseTheRoot(Session& session, const std::wstring& path) {
@@ -120,29 +90,7 @@ void explainMissingDirectory(Session& session, const std::wstring& path) {
            utf8(path) + " cannot be stored: a real is infinite, or a name is another drawing's");
 }
 
-host::Release releaseNamed(const std::string& name) {
-    const auto release = host::releaseOfName(name);
-    if (!release || *release == host::Release::R13 || *release == host::Release::R14)
-        throw Failure(
-            kUsage, "\"" + name + "\" is no release: R12 R2000 R2004 R2007 R2010 R2013 R2018 are");
-    return *release;
-}
-
 }  // namespace
-
-int runNew(const Options& options) {
-    AcApDocument* document =
-        host::createDocument(releaseNamed(options.release), options.crlf ? "\r\n" : "\n");
-    host::SaveOptions how;
-    how.output = options.drawing;
-    how.overwrite = false;
-    how.backup = false;
-    const auto saved = host::saveDocument(document, how);
-    host::closeDocument(document);
-    if (!saved) throw Failure(saved.error());
-    if (!saved.value().warning.empty()) printNote(options.drawing + ": " + saved.value().warning);
-    return kDone;
-}
 
 void putValue(Session& session, const std::wstring& path, const CMORAdsLispVar& value) {
     refuseFilesOnTheWay(session, parentOf(path));
@@ -168,42 +116,6 @@ void putDirectory(Session& session, const std::wstring& path) {
     }
     explainMissingDirectory(session, path);
     refuse(session, path, utf8(path) + " cannot be made");
-}
-
-int runPut(Session& session, const Options& options) {
-    const std::wstring path = filePath(session, options.argument());
-    const CMORAdsLispVar value = wantedValue(options);
-    static_cast<void>(session.safeState());  // nothing may run on a damaged store
-    putValue(session, path, value);
-    confirmValue(session, *Session::freshStore(), path, value);
-    return kDone;
-}
-
-namespace {
-
-void removeNamed(Session& session, const std::wstring& path) {
-    if (path == L"/")
-        refuse(session, path,
-               "the root directory cannot be removed; \"moradmin wipe\" empties a store");
-    removeDirectory(session, path);
-}
-
-}  // namespace
-
-int runRm(Session& session, const Options& options) {
-    for (const std::string& word : options.arguments) {
-        if (options.recursive && !isStoredFile(session, wide(word))) {
-            const std::wstring directory = directoryPath(session, word);
-            if (!isStoredDirectory(session, directory)) refuseMissing(session, directory);
-            removeNamed(session, directory);
-            continue;
-        }
-        const std::wstring path = filePath(session, word);
-        if (!isStoredFile(session, path)) refuseMissing(session, path);
-        if (!session.store().del(path.c_str()) || Session::freshStore()->isFile(path.c_str()))
-            refuse(session, path, utf8(path) + " cannot be removed");
-    }
-    return kDone;
 }
 
 }  // namespace mor::tool

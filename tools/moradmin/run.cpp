@@ -1,7 +1,6 @@
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/input.h"
-#include "tools/moradmin/output.h"
 
 #include <algorithm>
 #include <string>
@@ -100,7 +99,7 @@ std::string scriptText(const Options& options) {
 /// A command that looks at what the ones before it have done, and is saved with them.
 void runLine(Session& session, const ScriptReader::Line& line) {
     const auto command = std::ranges::find(commands(), line.words.front(), &Command::name);
-    if (command == commands().end() || command->run == nullptr || command->run == &runScript)
+    if (command == commands().end() || command->run == nullptr || command->run == &runRun)
         throw Failure(kUsage, "\"" + line.words.front() + "\" cannot stand in a script");
     const Options options = parseScriptLine(line.words, session.file());
     const bool changing = (command->options & kChanging) != 0;
@@ -121,7 +120,7 @@ void runLine(Session& session, const ScriptReader::Line& line) {
 
 }  // namespace
 
-int runScript(Session& session, const Options& options) {
+int runRun(Session& session, const Options& options) {
     for (const ScriptReader::Line& line : ScriptReader(scriptText(options)).read()) {
         try {
             runLine(session, line);

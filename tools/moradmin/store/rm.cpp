@@ -1,0 +1,38 @@
+#include "tools/moradmin/commands.h"
+#include "tools/moradmin/failure.h"
+#include "tools/moradmin/output.h"
+#include "tools/moradmin/store/paths.h"
+#include "tools/moradmin/store/removing.h"
+
+#include <string>
+
+namespace mor::tool {
+
+namespace {
+
+void removeNamed(Session& session, const std::wstring& path) {
+    if (path == L"/")
+        refuse(session, path,
+               "the root directory cannot be removed; \"moradmin wipe\" empties a store");
+    removeDirectory(session, path);
+}
+
+}  // namespace
+
+int runRm(Session& session, const Options& options) {
+    for (const std::string& word : options.arguments) {
+        if (options.recursive && !isStoredFile(session, wide(word))) {
+            const std::wstring directory = directoryPath(session, word);
+            if (!isStoredDirectory(session, directory)) refuseMissing(session, directory);
+            removeNamed(session, directory);
+            continue;
+        }
+        const std::wstring path = filePath(session, word);
+        if (!isStoredFile(session, path)) refuseMissing(session, path);
+        if (!session.store().del(path.c_str()) || Session::freshStore()->isFile(path.c_str()))
+            refuse(session, path, utf8(path) + " cannot be removed");
+    }
+    return kDone;
+}
+
+}  // namespace mor::tool
