@@ -7,6 +7,7 @@
 #include "platform/document_data.h"
 #include "platform/entity.h"
 #include "platform/entity_calls.h"
+#include "tools/moradmin/connecting.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/store/paths.h"
 
@@ -45,11 +46,6 @@ private:
     void say(const std::string& text) { m_report.push_back(text); }
     [[nodiscard]] const StoredDirectory& record(const SalvagePlan::Place& place) const {
         return m_state.directories[place.directory];
-    }
-    static bool connect(CMOREntity& entity, mor::EntityName name) {
-        ads_name words{};
-        name.copyTo(words);
-        return entity.Connect(words);
     }
     static std::wstring textOf(const CMOREntity& entity, const std::wstring& attribute) {
         std::vector<wchar_t> buffer(kMaxAttributeText + 1);
@@ -183,7 +179,7 @@ mor::EntityName Builder::ensure(const std::wstring& path) {
     mor::EntityName name;
     if (planned != m_plan.byPath.end()) {
         name = record(m_plan.places[planned->second]).name;
-        link(parent, root ? kRootLink : L"^" + nameOf(path), path, name);
+        link(parent, linkNameOf(root ? path : nameOf(path)), path, name);
     } else {
         CMOREntity made;
         ads_name words{};
@@ -235,10 +231,9 @@ std::optional<std::wstring> Builder::freeName(const CMOREntity& directory,
     for (int number = 1;; ++number) {
         const std::wstring other = number == 1 ? name : name + L"-" + std::to_wstring(number);
         if (!isFileName(other)) return std::nullopt;
-        const std::wstring plain = other.starts_with(L'>') ? other.substr(1) : other;
         CMORAdsLispVar taken;
         if (!directory.GetAttribute(other.c_str(), taken) &&
-            !directory.GetAttribute((L"^" + plain).c_str(), taken))
+            !directory.GetAttribute(linkNameOf(other).c_str(), taken))
             return other;
     }
 }
@@ -268,8 +263,8 @@ void Builder::renameTakenFiles() {
             if (const auto link = dirNameOfLink(names.Nth(i))) links.emplace(*link);
         for (std::size_t i = 0; i < names.Entries(); ++i) {
             const std::wstring file = names.Nth(i);
-            const std::wstring plain = file.starts_with(L'>') ? file.substr(1) : file;
-            if (isFileName(file) && links.contains(plain)) renameFile(name, path, file);
+            if (isFileName(file) && links.contains(std::wstring(withoutArrow(file))))
+                renameFile(name, path, file);
         }
     }
 }

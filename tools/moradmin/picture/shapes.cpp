@@ -1,11 +1,10 @@
 #include "tools/moradmin/picture/shapes.h"
 
 #include "tools/moradmin/output.h"
+#include "tools/moradmin/shown_text.h"
 
-#include <algorithm>
 #include <cmath>
 #include <numbers>
-#include <string_view>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -19,7 +18,6 @@ constexpr double kFontSize = 1.0 / 0.7;
 /// How far letters reach below the base line, and about how wide they are, in heights.
 constexpr double kBelow = 0.3;
 constexpr double kLetterWidth = 0.85;
-constexpr int kClosed = 1;
 constexpr int kBackwards = 2;
 constexpr int kUpsideDown = 4;
 
@@ -105,7 +103,7 @@ public:
         const auto place = [&](const Point& point) {
             return transformed(m_placement, fromPlane(axes, point));
         };
-        const bool closed = (m_record.integer(70) & kClosed) != 0;
+        const bool closed = isClosed(m_record);
         m_outline.moveTo(place(vertices.front().at));
         const std::size_t sides = vertices.size() - (closed ? 0 : 1);
         for (std::size_t i = 0; i < sides; ++i) {
@@ -211,8 +209,7 @@ private:
 
     /// About the place that a text takes.
     static void includeText(Shape& shape, double height) {
-        const auto letters = static_cast<double>(
-            std::ranges::count_if(shape.data, [](char c) { return (c & 0xC0) != 0x80; }));
+        const auto letters = static_cast<double>(characterCount(shape.data));
         const double width = shape.width > 0.0 ? shape.width : letters * height * kLetterWidth;
         const double begin = shape.anchor == "start" ? 0.0
                              : shape.anchor == "end" ? -width

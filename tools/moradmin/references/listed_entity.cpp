@@ -1,6 +1,7 @@
 #include "tools/moradmin/references/listed_entity.h"
 
 #include "host/host.h"
+#include "tools/moradmin/connecting.h"
 
 namespace mor::tool {
 
@@ -16,10 +17,8 @@ std::string spaceOf(const Session& session, const host::RecordInfo& info) {
 }  // namespace
 
 ListedEntity describe(const Session& session, mor::EntityName name, CMOREntity& entity) {
-    ads_name words{};
-    name.copyTo(words);
     const auto info = host::recordInfo(session.document(), name);
-    const std::string layer = entity.Connect(words) ? utf8(entity.GetLayer(nullptr)) : "";
+    const std::string layer = connect(entity, name) ? utf8(entity.GetLayer(nullptr)) : "";
     return {host::handleText(info->handle), info->type, layer, spaceOf(session, *info)};
 }
 

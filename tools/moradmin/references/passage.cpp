@@ -12,7 +12,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <optional>
 
 namespace mor::tool {
 
@@ -35,18 +34,6 @@ std::string whyNotPlaced(const AcApDocument* document, mor::EntityName insert) {
            " of its insert stands twice, and the first record with it (" +
            host::recordInfo(document, *first)->type +
            ") keeps it; the audit of a CAD program gives the insert another one";
-}
-
-/// The block that an insert names, as the drawing knows it; none for anything but an insert.
-std::optional<std::wstring> insertedBlock(mor::EntityName name) {
-    ads_name words{};
-    name.copyTo(words);
-    CMOREntity entity;
-    const wchar_t* block = nullptr;
-    if (!entity.Connect(words) || entity.Type().CompareNoCase(L"INSERT") != 0 ||
-        !entity.GetEntityEntry(2, block) || block == nullptr)
-        return std::nullopt;
-    return block;
 }
 
 }  // namespace

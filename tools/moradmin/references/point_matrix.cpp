@@ -54,8 +54,7 @@ int runMatrix(Session& session, const Options& options) {
         return kDone;
     }
     for (const auto& row : matrix.rows)
-        std::cout << pointText({row[0], row[1], row[2]}) << " "
-                  << host::lispText(host::makeReal(row[3])) << "\n";
+        std::cout << pointText({row[0], row[1], row[2]}) << " " << realText(row[3]) << "\n";
     return kDone;
 }
 

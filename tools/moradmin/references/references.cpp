@@ -1,6 +1,8 @@
 #include "tools/moradmin/references/references.h"
 
 #include "host/host.h"
+#include "space/record_flags.h"
+#include "tools/moradmin/connecting.h"
 #include "tools/moradmin/output.h"
 
 namespace mor::tool {
@@ -22,6 +24,15 @@ std::string whyNot(const host::ReferenceTry& attempt) {
 std::string nameWithin(const Session& session, const std::wstring& qualified) {
     const std::wstring prefix = session.reference() + L"|";
     return utf8(qualified.starts_with(prefix) ? qualified.substr(prefix.size()) : qualified);
+}
+
+std::optional<std::wstring> insertedBlock(mor::EntityName insert) {
+    CMOREntity entity;
+    const wchar_t* block = nullptr;
+    if (!connect(entity, insert) || entity.Type().CompareNoCase(L"INSERT") != 0 ||
+        !entity.GetEntityEntry(kGroupName, block) || block == nullptr)
+        return std::nullopt;
+    return block;
 }
 
 }  // namespace mor::tool

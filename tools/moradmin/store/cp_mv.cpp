@@ -1,3 +1,4 @@
+#include "dwgfs/names.h"
 #include "dwgfs/path_rules.h"
 #include "host/host.h"
 #include "tools/moradmin/commands.h"
@@ -91,13 +92,12 @@ void storeTarget(Session& target, const Transfer& transfer) {
 
 void removeSource(Session& source, const Transfer& transfer) {
     source.activate();
-    const std::string shown = utf8(transfer.from);
-    if (transfer.from == L"/")
-        throw Failure(kRefused, source.message("the root directory cannot be moved"), shown);
-    if (!transfer.file)
+    if (transfer.from == kRootPath)
+        refuse(source, transfer.from, "the root directory cannot be moved");
+    if (transfer.file)
+        removeFile(source, transfer.from);
+    else
         removeDirectory(source, transfer.from);
-    else if (!source.store().del(transfer.from.c_str()))
-        throw Failure(kRefused, source.message(shown + " cannot be removed"), shown);
 }
 
 /// Entity names mean nothing in another drawing.

@@ -1,4 +1,3 @@
-#include "host/host.h"
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
@@ -29,9 +28,7 @@ Json entriesJson(Session& session, const std::wstring& directory, Way& way) {
             CMORAdsLispVar value;
             session.store().read(path.c_str(), value);
             object["kind"] = "file";
-            object["type"] = typeName(value);
-            object["lisp"] = host::lispText(value);
-            object["value"] = jsonValue(value);
+            addValue(object, value);
         }
         entries.push_back(std::move(object));
     }

@@ -53,7 +53,7 @@ public:
     /// False for a name that is taken.
     bool take(const std::wstring& name, bool isDirectory) {
         if (isDirectory) return !m_hidden.contains(name) && m_directories.insert(name).second;
-        const std::wstring plain = name.starts_with(L'>') ? name.substr(1) : name;
+        const std::wstring plain(withoutArrow(name));
         m_hidden.insert(plain);
         return !m_directories.contains(plain) && m_files.insert(name).second;
     }
@@ -75,7 +75,7 @@ void collectJson(const Json& entries, const std::wstring& directory, std::vector
         if (isDirectory ? !isDirName(wideName) : !isFileName(wideName))
             refuseJson("\"" + name + "\" is no valid name");
         const std::wstring path = joined(directory, wideName);
-        if (path.size() > kMaxPathLength) refuseJson("a path has more than 1023 characters");
+        if (path.size() > kMaxPathLength) refuseJson(kPathLimit);
         if (!isDirectory && directory == L"/")
             refuseJson("the file " + name + " lies in the root; files lie in directories");
         if (!names.take(wideName, isDirectory))
@@ -113,8 +113,8 @@ void removeEverything(Session& session, const std::wstring& directory) {
         const std::wstring path = joined(directory, entry.name);
         if (entry.directory)
             removeDirectory(session, path);
-        else if (!session.store().del(path.c_str()))
-            throw Failure(kRefused, session.message(utf8(path) + " cannot be removed"), utf8(path));
+        else
+            removeFile(session, path);
     }
 }
 

@@ -9,6 +9,8 @@ namespace mor::tool {
 
 namespace {
 
+static_assert(kMaxPathLength == 1023 && kMaxFileNameLength == 127);  // as the texts say
+
 constexpr const char* kNameRule =
     "names begin with a letter or digit, go on with letters, digits, blanks, - and _, and hold a "
     "letter";
@@ -26,7 +28,7 @@ std::wstring filePath(const Session& session, const std::string& word) {
     else if (path.find(L'/', 1) == std::wstring::npos)
         hint = "files lie in directories, as in /cfg/x";
     else if (path.size() > kMaxPathLength)
-        hint = "a path has at most 1023 characters";
+        hint = kPathLimit;
     else if (nameOf(path).size() > kMaxFileNameLength)
         hint = "a file name has at most 127 characters";
     throw Failure(kRefused, session.message("\"" + oneLine(word) + "\" is no file path: " + hint),
@@ -41,7 +43,7 @@ std::wstring directoryPath(const Session& session, const std::string& word) {
     if (!path.starts_with(L'/'))
         hint = "a path begins with /, as in /cfg";
     else if (path.size() > kMaxPathLength)
-        hint = "a path has at most 1023 characters";
+        hint = kPathLimit;
     throw Failure(kRefused,
                   session.message("\"" + oneLine(word) + "\" is no directory path: " + hint), word);
 }

@@ -4,6 +4,7 @@
 #include "dwgfs/names.h"
 #include "host/host.h"
 #include "platform/entity.h"
+#include "tools/moradmin/connecting.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/store/paths.h"
@@ -99,10 +100,15 @@ void refuseLinksFromElsewhere(Session& session, const std::wstring& path) {
 
 }  // namespace
 
+void removeFile(Session& session, const std::wstring& path) {
+    if (!session.store().del(path.c_str()) || Session::freshStore()->isFile(path.c_str()))
+        refuse(session, path, utf8(path) + " cannot be removed");
+}
+
 void removeDirectory(Session& session, const std::wstring& path) {
     refuseLinksFromElsewhere(session, path);
     if (!session.store().delDir(path.c_str()) || Session::freshStore()->isDirectory(path.c_str()))
-        throw Failure(kRefused, session.message(utf8(path) + " cannot be removed"), utf8(path));
+        refuse(session, path, utf8(path) + " cannot be removed");
 }
 
 void removeStore(Session& session, bool extended) {
@@ -113,9 +119,7 @@ void removeStore(Session& session, bool extended) {
         store.removeFileSystem();
     const auto anchor = host::firstEntityOfBlock(session.document(), kFileSystemBlock);
     CMOREntity entity;
-    ads_name name{};
-    if (anchor) anchor->copyTo(name);
-    if (!anchor || !entity.Connect(name)) return;
+    if (!anchor || !connect(entity, *anchor)) return;
     if (entity.DeleteAttribute(kRootLink)) entity.Flush();
 }
 

@@ -29,8 +29,7 @@ int runRm(Session& session, const Options& options) {
         }
         const std::wstring path = filePath(session, word);
         if (!isStoredFile(session, path)) refuseMissing(session, path);
-        if (!session.store().del(path.c_str()) || Session::freshStore()->isFile(path.c_str()))
-            refuse(session, path, utf8(path) + " cannot be removed");
+        removeFile(session, path);
     }
     return kDone;
 }

@@ -1,5 +1,7 @@
 #include "tools/moradmin/store/storing.h"
 
+#include "dwgfs/link_names.h"
+#include "dwgfs/path_rules.h"
 #include "host/host.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/store/paths.h"
@@ -37,7 +39,7 @@ std::vector<std::wstring> directoriesTo(const std::wstring& path) {
 void refuseFilesOnTheWay(Session& session, const std::wstring& path) {
     for (const std::wstring& directory : directoriesTo(path)) {
         if (isStoredDirectory(session, directory)) continue;
-        const std::wstring arrow = joined(parentOf(directory), L">" + nameOf(directory));
+        const std::wstring arrow = joined(parentOf(directory), kFileArrow + nameOf(directory));
         for (const std::wstring& file : {directory, arrow})
             if (isStoredFile(session, file))
                 refuse(session, path, utf8(file) + " is a file; a directory cannot have its name");
@@ -46,9 +48,7 @@ void refuseFilesOnTheWay(Session& session, const std::wstring& path) {
 
 /// The name of a file that a directory has.
 void refuseDirectoryInTheWay(Session& session, const std::wstring& path) {
-    const std::wstring name = nameOf(path);
-    const std::wstring plain =
-        joined(parentOf(path), name.starts_with(L'>') ? name.substr(1) : name);
+    const std::wstring plain = joined(parentOf(path), std::wstring(withoutArrow(nameOf(path))));
     if (isStoredDirectory(session, plain))
         refuse(session, path, utf8(plain) + " is a directory; a file cannot have its name");
 }
@@ -63,7 +63,7 @@ void explainMissingDirectory(Session& session, const std::wstring& path) {
             continue;
         }
         const long free = store->getFreeMem(made.c_str());
-        const std::wstring link = L"^" + nameOf(directory);
+        const std::wstring link = linkNameOf(nameOf(directory));
         const std::string why =
             !host::hasFreeHandle(session.document()) ? "the drawing has no handle left for it"
             : free < host::attributeBytes(link, host::makeString(std::wstring(kHandleDigits, L'F')))

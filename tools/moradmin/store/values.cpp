@@ -1,6 +1,5 @@
 #include "tools/moradmin/store/values.h"
 
-#include "host/host.h"
 #include "tools/moradmin/store/paths.h"
 
 namespace mor::tool {
@@ -15,9 +14,7 @@ CMORAdsLispVar valueOf(Session& session, const std::wstring& path) {
 Json valueJson(const Options& options, const std::wstring& path, const CMORAdsLispVar& value) {
     Json object = jsonHead(options);
     object["path"] = utf8(path);
-    object["type"] = typeName(value);
-    object["lisp"] = host::lispText(value);
-    object["value"] = jsonValue(value);
+    addValue(object, value);
     return object;
 }
 
