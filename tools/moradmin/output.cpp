@@ -106,7 +106,7 @@ std::string utf8(std::wstring_view text) { return host::toUtf8(text); }
 
 std::wstring wide(const std::string& text) {
     auto result = host::fromUtf8(text);
-    if (!result) throw Failure(kUsage, "a text is no UTF-8");
+    if (!result) throw Failure(kUsage, "the argument \"" + text + "\" is not UTF-8");
     return std::move(*result);
 }
 

@@ -7,7 +7,9 @@
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/shown_text.h"
 
+#include <filesystem>
 #include <iostream>
+#include <system_error>
 #include <utility>
 
 namespace mor::tool {
@@ -15,6 +17,9 @@ namespace mor::tool {
 namespace {
 
 AcApDocument* opened(const std::string& file) {
+    std::error_code code;
+    if (std::filesystem::status(file, code).type() == std::filesystem::file_type::not_found)
+        throw Failure(kUnreadable, file + ": there is no such file", file);
     const auto document = host::openDocument(file);
     if (!document) throw Failure(document.error());
     return document.value();

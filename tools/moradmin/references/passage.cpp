@@ -59,7 +59,9 @@ mor::EntityName Passage::findInsert(const std::string& word) {
     }
     const auto record = host::findHandle(m_document, name);
     if (!record || host::recordInfo(m_document, *record)->type != "INSERT")
-        refuse("there is no reference \"" + word + "\" and no insert of that handle", word);
+        refuse("there is no reference \"" + word +
+                   "\" and no insert of that handle; \"moradmin xrefs\" lists the references",
+               word);
     const auto info = host::recordInfo(m_document, *record);
     if (info->place == host::Place::BlockDefinition) m_placedIn = info->container;
     return *record;

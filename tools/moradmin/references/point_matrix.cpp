@@ -34,7 +34,9 @@ int runPoint(Session& session, const Options& options) {
     }
     const Point placed = transformed(placementOf(session, options), point);
     if (!isFinite(placed))
-        throw Failure(kRefused, session.message("the point lies where no number reaches"));
+        throw Failure(
+            kRefused,
+            session.message("the point's coordinates in the drawing are too large for numbers"));
     if (options.json) {
         Json object = jsonHead(options);
         object["point"] = placed;

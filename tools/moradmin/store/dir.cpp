@@ -2,6 +2,7 @@
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
+#include "tools/moradmin/store/paths.h"
 
 #include <csignal>
 #include <iostream>
@@ -41,9 +42,11 @@ int runDir(Session& session, const Options& options) {
     const std::wstring path = wide(options.argument("/"));
     const bool stored = session.hasDirectories();
     const bool valid = CMORCadDwgFileSystem::isValidDirPathName(path.c_str());
-    const std::string word = options.argument("/");
-    if (!valid)
-        throw Failure(kRefused, session.message("\"" + word + "\" is no directory path"), word);
+    if (!valid) {
+        const std::wstring bare = directoryPath(session, utf8(path));  // says what is wrong
+        refuse(session, path,
+               utf8(path) + " is no directory path; it ends without /, as " + utf8(bare));
+    }
     const CommandLine commandLine;
     const bool listed = session.store().dir(path.c_str(), options.recursive);
     std::cout.flush();

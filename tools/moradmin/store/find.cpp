@@ -61,8 +61,11 @@ int runFind(Session& session, const Options& options) {
     CMORAdsLispVar found;
     if (session.hasDirectories()) {
         if (!session.store().readAllMatchingFiles(pattern.c_str(), found))
-            throw Failure(kRefused, session.message("the store cannot be walked"),
-                          options.argument());
+            throw Failure(
+                kRefused,
+                session.message(
+                    "the store cannot be searched; \"moradmin check\" says what is wrong"),
+                options.argument());
         nameSkipped(session, pattern);
     }
     const std::vector<CMORAdsLispVar> matches = host::elementsOf(found);

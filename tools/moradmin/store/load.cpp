@@ -121,7 +121,7 @@ void removeEverything(Session& session, const std::wstring& directory) {
 }  // namespace
 
 int runLoad(Session& session, const Options& options) {
-    const Json object = parseDump(readInput(options.argument("-")));
+    const Json object = parseDump(readText(options.argument("-")));
     const std::string top = textIn(object, "path");
     const std::wstring path = directoryPath(session, top.empty() ? "/" : top);
     static_cast<void>(session.safeState());  // nothing may run on a damaged store

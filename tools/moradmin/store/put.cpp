@@ -28,8 +28,8 @@ CMORAdsLispVar wantedValue(const Options& options) {
         throw Failure(kUsage, "one value, please: on the command line or with --file FILE");
     if (!given && !options.fileValue)
         throw Failure(kUsage, "a value is missing: LISP text, - for stdin or --file FILE");
-    std::string text = given ? options.arguments[1] : readInput(*options.fileValue);
-    if (given && text == "-") text = readInput("-");
+    std::string text = given ? options.arguments[1] : readText(*options.fileValue);
+    if (given && text == "-") text = readText("-");
     return options.asString ? host::makeString(wide(text)) : parsedValue(text);
 }
 

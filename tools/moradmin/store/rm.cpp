@@ -1,3 +1,4 @@
+#include "dwgfs/path_rules.h"
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
@@ -27,6 +28,9 @@ int runRm(Session& session, const Options& options) {
             removeNamed(session, directory);
             continue;
         }
+        if (isDirPath(wide(word)) && isStoredDirectory(session, wide(word)))
+            refuse(session, wide(word),
+                   word + " is a directory; with -r it goes, and everything below it");
         const std::wstring path = filePath(session, word);
         if (!isStoredFile(session, path)) refuseMissing(session, path);
         removeFile(session, path);
