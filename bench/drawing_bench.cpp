@@ -25,7 +25,7 @@ void openDrawing(benchmark::State& state) {
 
 void scanNewlines(benchmark::State& state) {
     const GeneratedDrawing drawing(static_cast<std::size_t>(state.range(0)));
-    std::string piece(256 * 1024, '\0');
+    std::string piece(std::size_t{256} * 1024, '\0');
     for (auto step : state) {
         std::ifstream file(drawing.path(), std::ios::binary);
         std::ptrdiff_t lines = 0;

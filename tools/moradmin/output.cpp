@@ -192,6 +192,7 @@ void printTable(const std::vector<std::string>& headings, std::size_t count,
         return;
     }
     std::vector<std::size_t> widths;
+    widths.reserve(headings.size());
     for (const std::string& heading : headings)
         widths.push_back(characterCount(heading) - (heading[0] == '>' ? 1 : 0));
     for (std::size_t i = 0; i < count; ++i) {

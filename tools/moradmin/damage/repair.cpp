@@ -7,6 +7,8 @@
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/store/removing.h"
 
+#include <algorithm>
+#include <array>
 #include <iostream>
 #include <string>
 
@@ -30,7 +32,8 @@ void salvage(Session& session) {
 }  // namespace
 
 int runRepair(Session& session, const Options& options) {
-    if (options.salvage + options.library + options.reset > 1)
+    const std::array chosen = {options.salvage, options.library, options.reset};
+    if (std::ranges::count(chosen, true) > 1)
         throw Failure(kUsage, "one of --salvage, --library and --reset, please");
     if (options.reset && !options.yes)
         throw Failure(kUsage, "--reset erases every stored value; say --yes when that is meant");

@@ -66,7 +66,7 @@ private:
     void renameTakenFiles();
     static std::optional<std::wstring> freeName(const CMOREntity& directory,
                                                 const std::wstring& name);
-    void renameFile(mor::EntityName directory, const std::wstring& path, const std::wstring& name);
+    void renameFile(mor::EntityName entity, const std::wstring& path, const std::wstring& name);
 
     Session& m_session;
     const StoreState& m_state;

@@ -246,9 +246,10 @@ void Walker::reach(std::size_t root) {
 
 /// Those with a path first, then those that lie too deep, then those that no link reaches.
 void Walker::gatherDirectories() {
-    const auto deep = std::ranges::stable_partition(
-        m_order, [this](std::size_t index) { return !m_found[index].tooDeep; });
-    m_state.reachable = static_cast<std::size_t>(deep.begin() - m_order.begin());
+    const auto deep =
+        std::stable_partition(m_order.begin(), m_order.end(),
+                              [this](std::size_t index) { return !m_found[index].tooDeep; });
+    m_state.reachable = static_cast<std::size_t>(deep - m_order.begin());
     for (std::size_t i = 0; i < m_found.size(); ++i)
         if (m_seen[i] == Seen::No) {
             judgeUnreachable(m_found[i], m_state.findings);
