@@ -62,6 +62,7 @@ void printTree(const std::vector<host::ReferenceInfo>& references) {
 
 void printRows(const std::vector<host::ReferenceInfo>& references, bool tries) {
     std::vector<std::vector<std::string>> rows;
+    rows.reserve(references.size());
     for (const host::ReferenceInfo& reference : references)
         rows.push_back({utf8(reference.name), reference.overlay ? "overlay" : "attach",
                         statusName(reference.status), std::to_string(reference.inserts),

@@ -18,7 +18,7 @@ constexpr const char* kNameRule =
 }  // namespace
 
 std::wstring filePath(const Session& session, const std::string& word) {
-    const std::wstring path = wide(word);
+    std::wstring path = wide(word);
     if (isFilePath(path) && path.size() <= kMaxPathLength &&
         nameOf(path).size() <= kMaxFileNameLength)
         return path;

@@ -29,8 +29,8 @@ public:
     }
 
     /// The directories that go with the one of that name; those above it stay.
-    std::set<mor::EntityName> below(mor::EntityName top,
-                                    const std::set<mor::EntityName>& above) const {
+    [[nodiscard]] std::set<mor::EntityName> below(mor::EntityName top,
+                                                  const std::set<mor::EntityName>& above) const {
         std::set<mor::EntityName> gone = {top};
         std::vector<mor::EntityName> open = {top};
         while (!open.empty()) {
@@ -81,13 +81,15 @@ void refuseLinksFromElsewhere(Session& session, const std::wstring& path) {
     const mor::EntityName top = session.store().directoryName(path);
     if (above.contains(top)) return;  // a link back up goes alone
     const std::set<mor::EntityName> gone = links.below(top, above);
-    for (const auto& [name, directory] : links.all()) {
+    for (const auto& entry : links.all()) {
+        const mor::EntityName name = entry.first;
+        const StoredDirectory& directory = *entry.second;
         if (gone.contains(name)) continue;
         links.forEach(name, [&](std::wstring_view link, mor::EntityName target) {
             const bool removed = name == parent && link == nameOf(path);
             if (removed || !gone.contains(target)) return;
             const std::string other =
-                utf8(directory->path.empty() ? L"a directory out of reach" : directory->path);
+                utf8(directory.path.empty() ? L"a directory out of reach" : directory.path);
             throw Failure(kDamaged,
                           session.message(utf8(path) + " cannot be removed: the link " +
                                           utf8(link) + " in " + other +

@@ -7,7 +7,7 @@ std::vector<Store::Entry> Store::entries(const std::wstring& path) {
     CMORStringList all;
     CMORStringList directories;
     std::vector<Entry> result;
-    if (!getAll(own.c_str(), all, All) || !getAll(own.c_str(), directories, Directories))
+    if (!getAll(own.data(), all, All) || !getAll(own.data(), directories, Directories))
         return result;
     // Both lists are in stored order, so the next directory is the next name that equals it.
     std::size_t next = 0;
@@ -23,7 +23,7 @@ std::vector<Store::Entry> Store::entries(const std::wstring& path) {
 bool Store::makeDirectory(const std::wstring& path) {
     std::wstring own = path;
     CMOREntity directory;
-    return getDir(own.c_str(), true, directory);
+    return getDir(own.data(), true, directory);
 }
 
 bool Store::connectAnchor(CMOREntity& anchor) {
@@ -41,7 +41,7 @@ mor::EntityName Store::directoryName(const std::wstring& path) {
     std::wstring own = path;
     CMOREntity directory;
     ads_name name = {};
-    if (getDir(own.c_str(), false, directory)) directory.GetEName(name);
+    if (getDir(own.data(), false, directory)) directory.GetEName(name);
     return mor::EntityName(name);
 }
 
