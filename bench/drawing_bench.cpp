@@ -14,7 +14,7 @@ namespace {
 
 void openDrawing(benchmark::State& state) {
     const GeneratedDrawing drawing(static_cast<std::size_t>(state.range(0)));
-    for (auto step : state) {
+    for ([[maybe_unused]] auto step : state) {
         auto opened = host::openDocument(drawing.path());
         if (!opened) return state.SkipWithError(opened.error().message().c_str());
         host::closeDocument(opened.value());
@@ -25,8 +25,8 @@ void openDrawing(benchmark::State& state) {
 
 void scanNewlines(benchmark::State& state) {
     const GeneratedDrawing drawing(static_cast<std::size_t>(state.range(0)));
-    std::string piece(256 * 1024, '\0');
-    for (auto step : state) {
+    std::string piece(std::size_t{256} * 1024, '\0');
+    for ([[maybe_unused]] auto step : state) {
         std::ifstream file(drawing.path(), std::ios::binary);
         std::ptrdiff_t lines = 0;
         while (file.read(piece.data(), static_cast<std::streamsize>(piece.size())) ||

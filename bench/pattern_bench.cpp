@@ -11,12 +11,13 @@ namespace {
 
 void matchPattern(benchmark::State& state, const wchar_t* pattern) {
     const std::wstring name = L"A-WALL-EXTERIOR-INSULATED-0042";
-    for (auto step : state) benchmark::DoNotOptimize(acutWcMatch(name.c_str(), pattern));
+    for ([[maybe_unused]] auto step : state)
+        benchmark::DoNotOptimize(acutWcMatch(name.c_str(), pattern));
 }
 
 void matchManyStars(benchmark::State& state) {
     const std::wstring name(static_cast<std::size_t>(state.range(0)), L'a');
-    for (auto step : state)
+    for ([[maybe_unused]] auto step : state)
         benchmark::DoNotOptimize(acutWcMatch(name.c_str(), L"*a*a*a*a*a*a*a*a*b"));
     state.SetComplexityN(state.range(0));
 }

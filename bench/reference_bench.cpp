@@ -65,7 +65,7 @@ private:
 
 void loadReference(benchmark::State& state) {
     const LargeReference reference;
-    for (auto step : state) {
+    for ([[maybe_unused]] auto step : state) {
         reference.reload();
         LargeReference::touch();
     }
@@ -73,7 +73,7 @@ void loadReference(benchmark::State& state) {
 
 void firstHandle(benchmark::State& state) {
     const LargeReference reference;
-    for (auto step : state) {
+    for ([[maybe_unused]] auto step : state) {
         state.PauseTiming();
         reference.reload();
         LargeReference::touch();
@@ -87,7 +87,8 @@ void laterHandle(benchmark::State& state) {
     const LargeReference reference;
     ads_name name{};
     mor_xref::HandEnt(L"PLAN", kHandle, name);
-    for (auto step : state) benchmark::DoNotOptimize(mor_xref::HandEnt(L"PLAN", kHandle, name));
+    for ([[maybe_unused]] auto step : state)
+        benchmark::DoNotOptimize(mor_xref::HandEnt(L"PLAN", kHandle, name));
 }
 
 /// Goes through the entities on one layer; 0 when there are none.
@@ -105,7 +106,7 @@ void oneLayerOfReference(benchmark::State& state) {
     MOR_XRef space;
     space.CMORCadSpace::connect(L"PLAN");
     walkLayer(space);  // reads the layers
-    for (auto step : state)
+    for ([[maybe_unused]] auto step : state)
         if (walkLayer(space) != kLines / kLayers) return state.SkipWithError("not found");
 }
 
@@ -135,14 +136,14 @@ void oneLayerOfModelSpace(benchmark::State& state) {
     const LargeDrawing drawing;
     CMORCadSpace space;
     space.connect();
-    for (auto step : state)
+    for ([[maybe_unused]] auto step : state)
         if (walkLayer(space) != kLines / kLayers) return state.SkipWithError("not found");
 }
 
 /// All groups of all entities, for comparison.
 void everythingDecoded(benchmark::State& state) {
     const LargeDrawing drawing;
-    for (auto step : state) {
+    for ([[maybe_unused]] auto step : state) {
         std::size_t groups = 0;
         host::forEachRecord(drawing.document(), [&](const host::RecordInfo& record) {
             if (record.type == "LINE")

@@ -41,7 +41,7 @@ void readFile(benchmark::State& state) {
     const OpenStore store(static_cast<std::size_t>(state.range(0)));
     CMORCadDwgFileSystem& files = *CMORCadDwgFileSystem::getTheGlobalObject();
     CMORAdsLispVar value;
-    for (auto step : state)
+    for ([[maybe_unused]] auto step : state)
         if (!files.read(OpenStore::kPath, value)) state.SkipWithError("the file is gone");
 }
 
@@ -49,7 +49,7 @@ void writeFile(benchmark::State& state) {
     const OpenStore store(static_cast<std::size_t>(state.range(0)));
     CMORCadDwgFileSystem& files = *CMORCadDwgFileSystem::getTheGlobalObject();
     int number = 0;
-    for (auto step : state)
+    for ([[maybe_unused]] auto step : state)
         if (!files.write(OpenStore::kPath, host::makeInteger(++number)))
             state.SkipWithError("the file cannot be written");
 }
@@ -59,7 +59,7 @@ void matchFiles(benchmark::State& state) {
     CMORCadDwgFileSystem& files = *CMORCadDwgFileSystem::getTheGlobalObject();
     for (int i = 0; i < state.range(0); ++i)
         files.write((L"/cfg/d" + std::to_wstring(i) + L"/x").c_str(), host::makeInteger(i));
-    for (auto step : state) {
+    for ([[maybe_unused]] auto step : state) {
         CMORAdsLispVar found;
         if (!files.readAllMatchingFiles(L"/cfg/*/x", found)) state.SkipWithError("no root");
         benchmark::DoNotOptimize(found);

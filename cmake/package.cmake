@@ -31,6 +31,24 @@ install(TARGETS moradmin RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT t
 install(FILES README.md docs/damage.md docs/json.md docs/dump.schema.json
         DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT tool)
 
+# mor_install_if_there(FILE FOLDER [NAME]): the manual page and completions, which come with the
+# checkout or not.
+function(mor_install_if_there file folder)
+  if(EXISTS ${PROJECT_SOURCE_DIR}/${file})
+    set(name ${ARGN})
+    if(NOT name)
+      cmake_path(GET file FILENAME name)
+    endif()
+    install(FILES ${file} DESTINATION ${folder} RENAME ${name} COMPONENT tool)
+  endif()
+endfunction()
+mor_install_if_there(docs/moradmin.1 ${CMAKE_INSTALL_MANDIR}/man1)
+mor_install_if_there(docs/completion/moradmin.bash
+                     ${CMAKE_INSTALL_DATADIR}/bash-completion/completions moradmin)
+mor_install_if_there(docs/completion/_moradmin ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
+mor_install_if_there(docs/completion/moradmin.fish
+                     ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
+
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME moradmin)
 set(CPACK_PACKAGE_CONTACT "the moradmin developers <moradmin@localhost>")

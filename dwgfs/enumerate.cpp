@@ -41,7 +41,6 @@ bool makeCandidate(mor::PathBuffer& candidate, const wchar_t* path, const wchar_
 
 }  // namespace
 
-// NOLINTNEXTLINE(readability-convert-member-functions-to-static): a member of the interface
 bool CMORCadDwgFileSystem::getAll(const CMOREntity& dir, CMORStringList& names, EntryType type) {
     names.Reset();
     CMORStringList attributes;

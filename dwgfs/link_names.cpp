@@ -7,17 +7,28 @@
 
 namespace mor {
 
+namespace {
+
+constexpr wchar_t kLinkMark = L'^';
+
+}  // namespace
+
 bool makeLinkName(NameBuffer& link, std::wstring_view name) {
     if (name == kRootPath) return link.assign(kRootLink);
-    if (name.starts_with(L'>')) name.remove_prefix(1);
+    name = withoutArrow(name);
     if (name.size() > kMaxDirNameLength) return false;
     link.truncate(0);
-    return link.append(L"^") && link.append(name);
+    return link.append({&kLinkMark, 1}) && link.append(name);
+}
+
+std::wstring linkNameOf(std::wstring_view name) {
+    if (name == kRootPath) return kRootLink;
+    return kLinkMark + std::wstring(withoutArrow(name));
 }
 
 std::optional<std::wstring_view> dirNameOfLink(std::wstring_view link) {
     if (link == kRootLink) return kRootPath;
-    if (!link.starts_with(L'^')) return std::nullopt;
+    if (!link.starts_with(kLinkMark)) return std::nullopt;
     return link.substr(1);
 }
 

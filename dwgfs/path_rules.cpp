@@ -41,7 +41,11 @@ bool isDirName(std::wstring_view name) {
 
 bool isFileName(std::wstring_view name) {
     if (name.size() > kMaxFileNameLength) return false;
-    return followsNameRules(name.starts_with(L'>') ? name.substr(1) : name);
+    return followsNameRules(withoutArrow(name));
+}
+
+std::wstring_view withoutArrow(std::wstring_view name) {
+    return name.starts_with(kFileArrow) ? name.substr(1) : name;
 }
 
 bool isDirPath(std::wstring_view path) {

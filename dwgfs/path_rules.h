@@ -32,6 +32,10 @@ using AttributeBuffer = BoundedText<kMaxAttributeText + 1>;
 [[nodiscard]] bool isDirName(std::wstring_view name);
 /// A directory name, or one behind a single ">".
 [[nodiscard]] bool isFileName(std::wstring_view name);
+/// What may begin a file name and no directory name. A directory x hides the files x and >x.
+inline constexpr wchar_t kFileArrow = L'>';
+/// A name without a first ">": that of the directory that would hide such a file. A part of it.
+[[nodiscard]] std::wstring_view withoutArrow(std::wstring_view name);
 /// "/", or directory names each behind a "/".
 [[nodiscard]] bool isDirPath(std::wstring_view path);
 /// A directory path other than "/", then "/" and a file name: no file lies in the root.

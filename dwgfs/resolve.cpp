@@ -102,7 +102,6 @@ bool CMORCadDwgFileSystem::getFile(const wchar_t* path, bool create, CMOREntity&
     return false;
 }
 
-// NOLINTBEGIN(readability-convert-member-functions-to-static): members of the interface
 bool CMORCadDwgFileSystem::isDirectory(CMOREntity& dir, const wchar_t* name) {
     mor::NameBuffer link;
     mor::AttributeBuffer text;
@@ -113,8 +112,6 @@ bool CMORCadDwgFileSystem::isFile(CMOREntity& dir, const wchar_t* name) {
     mor::AttributeBuffer text;
     return std::wstring_view{name} != mor::kRootPath && dir.GetAttributeText(name, text.data());
 }
-
-// NOLINTEND(readability-convert-member-functions-to-static)
 
 bool CMORCadDwgFileSystem::isDirectory(const wchar_t* path) {
     mor::PathBuffer copy;

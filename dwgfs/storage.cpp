@@ -7,13 +7,13 @@
 #include "platform/runtime.h"
 #include "platform/selection_calls.h"
 #include "platform/table_calls.h"
+#include "space/record_flags.h"
 
 #include <cstdint>
 
 namespace {
 
 constexpr ads_point kOrigin = {0.0, 0.0, 0.0};
-constexpr short kExternalReference = 4;
 
 // The names of all block definitions that are no external references, in table order; false, and no
 // names, when a record has none.
@@ -21,9 +21,9 @@ bool collectBlockNames(CMORStringList& names) {
     names.Reset();
     for (mor::ResbufList record{acdbTblNext(L"BLOCK", 1)}; record;
          record = mor::ResbufList{acdbTblNext(L"BLOCK", 0)}) {
-        const resbuf* flags = mor::findGroup(record, 70);
-        if (flags != nullptr && (flags->resval.rint & kExternalReference) != 0) continue;
-        const resbuf* name = mor::findGroup(record, 2);
+        const resbuf* flags = mor::findGroup(record, mor::kGroupFlags);
+        if (flags != nullptr && (flags->resval.rint & mor::kBlockReference) != 0) continue;
+        const resbuf* name = mor::findGroup(record, mor::kGroupName);
         if (name == nullptr || !names.Append(name->resval.rstring)) {
             names.Reset();
             return false;
@@ -35,7 +35,7 @@ bool collectBlockNames(CMORStringList& names) {
 // False when the block has no entities or one of them cannot be read; those before it have moved.
 bool moveBlockEntities(const wchar_t* block, const wchar_t* fromLayer, const wchar_t* toLayer) {
     const mor::ResbufList record{acdbTblSearch(L"BLOCK", block, 0)};
-    const resbuf* first = mor::findGroup(record, -2);
+    const resbuf* first = mor::findGroup(record, mor::kGroupFirstEntity);
     if (first == nullptr) return false;
     ads_name name;
     mor::EntityName{first->resval.rlname}.copyTo(name);
@@ -117,7 +117,7 @@ bool CMORCadDwgFileSystem::makeDir(CMOREntity& parent, const wchar_t* name, cons
 
 bool CMORCadDwgFileSystem::getBlockEntity(CMOREntity& block) {
     const mor::ResbufList record{m_view.searchBlock(mor::kFileSystemBlock)};
-    const resbuf* first = mor::findGroup(record, -2);
+    const resbuf* first = mor::findGroup(record, mor::kGroupFirstEntity);
     return first != nullptr && commonConnectEntity(first->resval.rlname, block);
 }
 

@@ -20,7 +20,6 @@ bool GlobalViewEnsureMS::_PrivateEnsureMS() {
     return fileSystem->IsInModelSpace() || TrySwitchGlobalViewIntoMS();
 }
 
-// NOLINTNEXTLINE(*to-static): the interface has it as a member
 bool GlobalViewEnsureMS::TrySwitchGlobalViewIntoMS() {
     if (!CMORCadView::connectTheGlobalObject()) return false;
     CMORCadView* view = CMORMDIDocumentData::GetCurrentDocumentData().GetMapGlobalObject();

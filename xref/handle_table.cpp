@@ -51,9 +51,8 @@ void HandleTable::order() {
         ends = std::move(merged);
     }
     // Of equal ones the first stays: merging keeps their order.
-    const auto doubled =
-        std::ranges::unique(m_entries, {}, [this](const Entry& entry) { return textOf(entry); });
-    m_entries.erase(doubled.begin(), doubled.end());
+    const auto equal = [this](const Entry& a, const Entry& b) { return textOf(a) == textOf(b); };
+    m_entries.erase(std::unique(m_entries.begin(), m_entries.end(), equal), m_entries.end());
 }
 
 EntityName HandleTable::find(std::wstring_view handle) const {

@@ -4,13 +4,12 @@
 #include "platform/output_calls.h"
 #include "platform/owned.h"
 #include "platform/table_calls.h"
+#include "space/record_flags.h"
 
 #include <cstdint>
 #include <utility>
 
 namespace {
-
-constexpr int kGroupFirstEntity = -2;
 
 struct CloseObject {
     void operator()(AcDbObject* object) const noexcept { object->close(); }
@@ -55,8 +54,10 @@ CXrefBlockInfo gather(const AcDbBlockTableRecord& record, const wchar_t* name) {
 }
 
 short flagsOf(const CXrefBlockInfo& info) {
-    return static_cast<short>((info.anonymous ? 1 : 0) + (info.hasAttributes ? 2 : 0) +
-                              (info.xref ? 4 : 0) + (info.overlay ? 8 : 0));
+    return static_cast<short>((info.anonymous ? mor::kBlockAnonymous : 0) +
+                              (info.hasAttributes ? mor::kBlockAttributes : 0) +
+                              (info.xref ? mor::kBlockReference : 0) +
+                              (info.overlay ? mor::kBlockOverlay : 0));
 }
 
 }  // namespace
@@ -70,7 +71,7 @@ bool CXrefBlockMap::Load(const wchar_t* xrefName) {
             acutPrintf(L"Xrefhandle [%s] tblsearch failed \n", xrefName);
             return false;
         }
-        if (const resbuf* group = mor::findGroup(block, kGroupFirstEntity))
+        if (const resbuf* group = mor::findGroup(block, mor::kGroupFirstEntity))
             mor::EntityName{group->resval.rlname}.copyTo(first);
     }
     if (!buildFromDatabaseOf(first)) return false;
@@ -117,9 +118,9 @@ resbuf* CXrefBlockMap::BlockSearch(const wchar_t* name) const {
     ads_name entity{};
     info.firstEntity.copyTo(entity);
     const ads_point origin{info.origin.x, info.origin.y, info.origin.z};
-    return acutBuildList(RTDXF0, L"BLOCK", 2, info.name.GetString(), 70, flagsOf(info),
-                         kGroupFirstEntity, entity, 10, origin, 3, info.name.GetString(), 1,
-                         info.path.GetString(), 0);
+    return acutBuildList(RTDXF0, L"BLOCK", mor::kGroupName, info.name.GetString(), mor::kGroupFlags,
+                         flagsOf(info), mor::kGroupFirstEntity, entity, 10, origin, 3,
+                         info.name.GetString(), 1, info.path.GetString(), 0);
 }
 
 void CXrefBlockMap::Dump() const {

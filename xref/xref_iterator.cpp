@@ -17,8 +17,7 @@ ads_name* MOR_Letter_XRefSpaceIterator::next() {
     if (m_restart) {
         // Layers were added one behind the other.
         if (!std::ranges::is_sorted(m_entities)) std::ranges::sort(m_entities);
-        const auto doubled = std::ranges::unique(m_entities);
-        m_entities.erase(doubled.begin(), doubled.end());
+        m_entities.erase(std::unique(m_entities.begin(), m_entities.end()), m_entities.end());
         m_position = 0;
         m_restart = false;
     }

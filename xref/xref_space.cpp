@@ -6,14 +6,11 @@
 #include "platform/owned.h"
 #include "platform/runtime.h"
 #include "platform/table_calls.h"
+#include "space/record_flags.h"
 #include "xref/layer_filter.h"
 #include "xref/xref_iterator.h"
 
 namespace {
-
-constexpr int kGroupFlags = 70;
-constexpr int kGroupFirstEntity = -2;
-constexpr int kFlagExternalReference = 4;
 
 /// Sub-entities lie on no layer of their own.
 bool isSubEntity(const CMOREntity& entity) {
@@ -114,9 +111,9 @@ bool MOR_Letter_XRef::findBlock() {
 bool MOR_Letter_XRef::lookUpBlock(mor::EntityName& firstEntity) const {
     firstEntity = {};
     const mor::ResbufList block{acdbTblSearch(L"BLOCK", m_name.c_str(), 0)};
-    const resbuf* flags = mor::findGroup(block, kGroupFlags);
-    if (flags == nullptr || (flags->resval.rint & kFlagExternalReference) == 0) return false;
-    const resbuf* first = mor::findGroup(block, kGroupFirstEntity);
+    const resbuf* flags = mor::findGroup(block, mor::kGroupFlags);
+    if (flags == nullptr || (flags->resval.rint & mor::kBlockReference) == 0) return false;
+    const resbuf* first = mor::findGroup(block, mor::kGroupFirstEntity);
     if (first == nullptr) return false;
     firstEntity = mor::EntityName{first->resval.rlname};
     return true;

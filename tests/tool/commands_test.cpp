@@ -237,8 +237,27 @@ TEST_F(Commands, SayWhatWouldWorkInsteadOfABareWordAndNil) {
     EXPECT_NE(bare.err.find("column 4"), std::string::npos) << bare.err;
     const Outcome nil = run({"put", d, "/a/x", "nil"});
     EXPECT_NE(nil.err.find("moradmin rm"), std::string::npos) << nil.err;
-    const Outcome command = run({"nosuch", d});
-    EXPECT_NE(command.err.find("nosuch"), std::string::npos) << command.err;
+}
+
+TEST_F(Commands, SayWhichWordOrTextIsWrong) {
+    const std::string d = newDrawing();
+    writeFile(file("latin"), "\"\xE4\"");
+    const struct {
+        std::vector<std::string> words;
+        std::string said;
+    } rows[] = {{{"nosuch", d}, "\"nosuch\" is not a command"},
+                {{"cat", d}, "PATH is missing"},
+                {{"point", d, "1"}, "too few words"},
+                {{"ls", d, "/", "/"}, "too many words"},
+                {{"ls", d, "--nope"}, "\"--nope\" is no option of this command"},
+                {{"cat", d, "/a/\xE4"}, "the argument \"/a/\\xE4\" is not UTF-8"},
+                {{"put", d, "/a/x", "--file", file("latin")}, file("latin") + ": is not UTF-8"},
+                {{"cat", file("none.dxf"), "/a/x"}, file("none.dxf") + ": there is no such file"},
+                {{"run", d, "-c", "nosuch"}, "line 1: \"nosuch\" is not a command"}};
+    for (const auto& row : rows) {
+        const Outcome outcome = run(row.words);
+        EXPECT_NE(outcome.err.find(row.said), std::string::npos) << outcome.err;
+    }
 }
 
 // ---- new ----------------------------------------------------------------------------------------

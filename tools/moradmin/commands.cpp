@@ -34,9 +34,9 @@ constexpr std::array kCommands = {
     Command{"rm", "remove files, with -r directories", "PATH", "paths such as /cfg/user/x", 1,
             kMany, kChanging | kRemoving | kInside, runRm},
     Command{"cp", "copy a file or directory: DRAWING FROM TO, or A.dxf:/FROM B.dxf:/TO", "FROM TO",
-            kPathHelp, 1, 2, kChanging | kInside, nullptr, runCopy},
+            kPathHelp, 1, 2, kChanging | kInside, nullptr, runCp},
     Command{"mv", "move a file or directory, as cp copies it", "FROM TO", kPathHelp, 1, 2,
-            kChanging | kInside, nullptr, runMove},
+            kChanging | kInside, nullptr, runMv},
     Command{"dump", "print a directory and everything below it as JSON", "PATH",
             "a directory, / when left out", 0, 1, kInside, runDump},
     Command{"load", "store what dump printed", "FILE", "the JSON; - or nothing is stdin", 0, 1,
@@ -46,7 +46,7 @@ constexpr std::array kCommands = {
     Command{"check", "find damage in stores; changes nothing", "DRAWING", "more drawings", 0, kMany,
             kJson, nullptr, runCheck},
     Command{"xrefs", "list the external references of drawings", "DRAWING", "more drawings", 0,
-            kMany, kJson | kReferences, nullptr, runReferences},
+            kMany, kJson | kReferences, nullptr, runXrefs},
     Command{"layers", "list layers: as shown, as the drawing and as the reference have them", "",
             "", 0, 0, kJson | kInside, runLayers},
     Command{"blocks", "list block definitions, those of references too", "", "", 0, 0,
@@ -67,7 +67,7 @@ constexpr std::array kCommands = {
             kChanging | kExtended | kYes | kInside, runWipe},
     Command{"run", "many commands on one drawing: one load, one save, all or nothing", "FILE",
             "a script, one command a line without the drawing; - is stdin", 0, 1,
-            kChanging | kScript | kInside, runScript},
+            kChanging | kScript | kInside, runRun},
 };
 
 }  // namespace

@@ -3,9 +3,7 @@
 #include "tools/moradmin/options.h"
 #include "tools/moradmin/session.h"
 
-#include <functional>
 #include <span>
-#include <string>
 #include <string_view>
 
 namespace mor::tool {
@@ -51,39 +49,56 @@ struct Command {
 
 [[nodiscard]] std::span<const Command> commands();
 
-/// Makes a drawing.
+// The commands, each in a file of its name or of a pair's. A command answers the exit code and
+// throws Failure. One that takes a session works on the drawing that it has open, and what it
+// changed is saved by whoever called it; the others open their drawings themselves.
+
+// The drawing as a whole: at the top.
+/// Makes a drawing that is not there yet, and saves it.
 int runNew(const Options& options);
-/// Commands that open several drawings, or save them in an order of their own.
-int runCheck(const Options& options);
-/// Of two exit codes the one that several drawings end with.
-[[nodiscard]] int moreSerious(int a, int b);
-/// Visits the drawing and those named behind it. One that fails is reported and does not stop the
-/// others; answers the most serious exit code.
-int overDrawings(const Options& options, const std::function<int(const std::string&)>& visit);
-int runDiff(const Options& options);
-int runReferences(const Options& options);
-int runCopy(const Options& options);
-int runMove(const Options& options);
+/// Runs those of the commands that take a session, each on what the ones before it have done. A
+/// line that fails ends it with that line's exit code, and nothing is saved.
+int runRun(Session& session, const Options& options);
+
+// The store: store/.
+/// Tells of the drawing itself too.
 int runInfo(Session& session, const Options& options);
 int runPut(Session& session, const Options& options);
 int runCat(Session& session, const Options& options);
+int runLs(Session& session, const Options& options);
+int runTree(Session& session, const Options& options);
+int runDir(Session& session, const Options& options);
+int runFind(Session& session, const Options& options);
+int runDf(Session& session, const Options& options);
+int runRm(Session& session, const Options& options);
+int runDump(Session& session, const Options& options);
+int runLoad(Session& session, const Options& options);
+int runWipe(Session& session, const Options& options);
+
+// Damage: damage/.
+/// Saves what it could mend, also when damage is left and it answers so.
+int runRepair(Session& session, const Options& options);
+
+// References, and what they and the drawing hold: references/.
 int runLayers(Session& session, const Options& options);
 int runBlocks(Session& session, const Options& options);
 int runEntities(Session& session, const Options& options);
 int runEntity(Session& session, const Options& options);
 int runPoint(Session& session, const Options& options);
 int runMatrix(Session& session, const Options& options);
+
+// The picture: picture/.
 int runDraw(Session& session, const Options& options);
-int runLs(Session& session, const Options& options);
-int runFind(Session& session, const Options& options);
-int runRm(Session& session, const Options& options);
-int runDir(Session& session, const Options& options);
-int runTree(Session& session, const Options& options);
-int runDump(Session& session, const Options& options);
-int runLoad(Session& session, const Options& options);
-int runRepair(Session& session, const Options& options);
-int runWipe(Session& session, const Options& options);
-int runScript(Session& session, const Options& options);
-int runDf(Session& session, const Options& options);
+
+// Several drawings: `check` in damage/, `xrefs` in references/, the others in store/.
+/// These two take any number; one that cannot be read does not stop the others.
+int runCheck(const Options& options);
+int runXrefs(const Options& options);
+/// These two save themselves. From one drawing to another the target is saved first, so that a
+/// value is never in neither.
+int runCp(const Options& options);
+int runMv(const Options& options);
+/// The first drawing's store against the second's.
+int runDiff(const Options& options);
 
 }  // namespace mor::tool

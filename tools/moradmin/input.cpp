@@ -1,5 +1,6 @@
 #include "tools/moradmin/input.h"
 
+#include "host/host.h"
 #include "tools/moradmin/failure.h"
 
 #include <filesystem>
@@ -11,6 +12,7 @@ namespace mor::tool {
 
 namespace {
 
+const std::string kStdin = "the input";
 constexpr std::size_t kMostInput = std::size_t{512} << 20;
 
 std::string readAll(std::istream& stream, const std::string& name) {
@@ -30,14 +32,26 @@ std::string readAll(std::istream& stream, const std::string& name) {
 }  // namespace
 
 std::string readInput(const std::string& name) {
-    if (name == "-") return readAll(std::cin, "the input");
+    if (name == "-") return readAll(std::cin, kStdin);
     if (name.empty()) throw Failure(kUsage, "the name of a file is wanted, or - for stdin");
     std::error_code code;
     if (std::filesystem::is_directory(name, code))
         throw Failure(kUsage, name + ": is a directory; a file or - for stdin is wanted", name);
     std::ifstream file(name, std::ios::binary);
-    if (!file) throw Failure(kUsage, name + ": cannot be read", name);
+    if (!file) {
+        const bool there = std::filesystem::exists(name, code);
+        throw Failure(kUsage, name + (there ? ": cannot be read" : ": there is no such file"),
+                      name);
+    }
     return readAll(file, name);
+}
+
+std::string readText(const std::string& name) {
+    std::string text = readInput(name);
+    if (!host::fromUtf8(text))
+        throw Failure(kUsage, (name == "-" ? kStdin : name) + ": is not UTF-8; convert it first",
+                      name);
+    return text;
 }
 
 }  // namespace mor::tool

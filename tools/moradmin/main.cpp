@@ -4,11 +4,14 @@
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/options.h"
 #include "tools/moradmin/output.h"
+#include "tools/moradmin/references/places.h"
+#include "tools/moradmin/session.h"
 
 #include <algorithm>
 #include <csignal>
 #include <exception>
 #include <iostream>
+#include <new>
 #include <unistd.h>
 
 namespace {
@@ -78,6 +81,10 @@ int run(const mor::tool::Options& options) {
         const auto lost = mor::host::takeReadFailure();  // the reason behind it, then
         printFailure(options, lost ? Failure(*lost) : failure);
         return lost ? kUnreadable : failure.code();
+    } catch (const std::bad_alloc&) {
+        printFailure(options,
+                     Failure(kUnreadable, "there is not enough memory for this", options.drawing));
+        return kUnreadable;
     } catch (const std::exception& error) {
         printFailure(options, Failure(kUnreadable, error.what(), options.drawing));
         return kUnreadable;
@@ -92,6 +99,9 @@ int main(int count, char** words) {
     if (line.exitCode) return *line.exitCode;
     catchSignals();
     const Module module;
-    if (!module.attached()) return mor::tool::kUnreadable;
+    if (!module.attached()) {
+        std::cerr << "moradmin: the library does not start\n";
+        return mor::tool::kUnreadable;
+    }
     return run(line.options);
 }

@@ -9,7 +9,6 @@
 #include <cctype>
 #include <iostream>
 #include <memory>
-#include <sstream>
 #include <string_view>
 #include <utility>
 
@@ -24,6 +23,8 @@ constexpr std::string_view kVersion = MORADMIN_VERSION;
 constexpr char kMark = '\x01';
 constexpr std::string_view kStringOption = "--string";
 constexpr std::string_view kLongOption = "--";
+constexpr std::string_view kDrawingWord = "drawing";
+constexpr std::string_view kArgumentWords = "arguments";
 
 bool isNegativeNumber(std::string_view word) {
     const auto digit = [&](std::size_t at) {
@@ -40,12 +41,13 @@ auto notEmpty(std::string wanted) {
 }
 
 void addArguments(CLI::App& app, const Command& command, Options& options) {
-    app.add_option("drawing", options.drawing, "the drawing, a DXF text file")
+    app.add_option(std::string(kDrawingWord), options.drawing, "the drawing, a DXF text file")
         ->type_name("DRAWING")
         ->check(notEmpty("the name of a drawing"))
         ->required();
     if (command.arguments.empty()) return;
-    app.add_option("arguments", options.arguments, std::string(command.argumentHelp))
+    app.add_option(std::string(kArgumentWords), options.arguments,
+                   std::string(command.argumentHelp))
         ->type_name(std::string(command.arguments))
         ->expected(command.least, command.most)
         ->check([putting = (command.options & kPutting) != 0](const std::string& word) {
@@ -215,24 +217,54 @@ std::string withoutMarks(std::string text) {
     return text;
 }
 
+const Command* commandNamed(std::string_view name) {
+    const auto found = std::ranges::find(commands(), name, &Command::name);
+    return found == commands().end() ? nullptr : &*found;
+}
+
+/// What is wrong with the words behind a command. The parser's own texts speak of its parts.
+std::string complaintOf(const CLI::ParseError& error, const Command& command) {
+    const std::string text = withoutMarks(error.what());
+    const std::size_t colon = text.find(": ");
+    const std::string subject = text.substr(0, colon);
+    const std::string rest = colon == std::string::npos ? text : text.substr(colon + 2);
+    const auto is = [&error](CLI::ExitCodes code) {
+        return error.get_exit_code() == static_cast<int>(code);
+    };
+    if (is(CLI::ExitCodes::ExtrasError))
+        return "\"" + rest + "\" is " +
+               (rest.starts_with('-') ? "no option of this command" : "too much");
+    if (is(CLI::ExitCodes::RequiredError))
+        return text.starts_with(kDrawingWord) ? "a drawing is missing"
+                                              : std::string(command.arguments) + " is missing";
+    if (is(CLI::ExitCodes::ArgumentMismatch)) {
+        if (subject != kArgumentWords) return subject + " wants something behind it";
+        return std::string("there are too ") + (rest.starts_with("At Most") ? "many" : "few") +
+               " words behind the drawing";
+    }
+    return subject == kDrawingWord || subject == kArgumentWords ? rest : text;
+}
+
 /// Says what is wrong with a command line, or prints the help or version that it asks for.
 int explain(const CLI::App& app, const CLI::ParseError& error,
             const std::vector<std::string>& words) {
-    const auto known = [](std::string_view word) {
-        return word.starts_with('-') ||
-               std::ranges::find(commands(), word, &Command::name) != commands().end();
-    };
-    if (!words.empty() && !known(words.front())) {
+    if (error.get_exit_code() == 0) return app.exit(error, std::cout, std::cerr);
+    if (words.empty() || words.front().starts_with('-')) {
+        std::cerr << "moradmin: a command is missing; \"moradmin --help\" lists them\n";
+        return kUsage;
+    }
+    const Command* command = commandNamed(words.front());
+    if (command == nullptr) {
         std::cerr << "moradmin: \"" << oneLine(words.front()) << "\" is not a command; these are:";
-        for (const Command& command : commands()) std::cerr << " " << command.name;
+        for (const Command& known : commands()) std::cerr << " " << known.name;
         std::cerr << "\n";
         return kUsage;
     }
-    std::ostringstream complaint;
-    const int code = app.exit(error, std::cout, complaint);
-    std::istringstream lines(withoutMarks(complaint.str()));
-    for (std::string line; std::getline(lines, line);) std::cerr << oneLine(line) << "\n";
-    return code == 0 ? kDone : kUsage;
+    std::cerr << "moradmin: " << command->name << ": " << oneLine(complaintOf(error, *command))
+              << "; it is called as \"moradmin " << command->name << " DRAWING"
+              << (command->arguments.empty() ? "" : " ") << command->arguments
+              << "\", --help says more\n";
+    return kUsage;
 }
 
 /// The command line's rules, filling `options`.
@@ -282,7 +314,12 @@ Options parseScriptLine(const std::vector<std::string>& words, const std::string
     try {
         app->parse(reversedWords(all));
     } catch (const CLI::ParseError& error) {
-        throw Failure(kUsage, withoutMarks(words.front() + ": " + error.what()));
+        const Command* command = commandNamed(words.front());
+        throw Failure(
+            kUsage, words.front() + ": " +
+                        (command == nullptr           ? "is not a command"
+                         : error.get_exit_code() == 0 ? "help and version cannot stand in a script"
+                                                      : complaintOf(error, *command)));
     }
     unmarkAll(options);
     return options;

@@ -62,19 +62,13 @@ Json closeList(OpenList list) {
     return Json{{"list", std::move(list.done)}, {"tail", std::move(tail)}};
 }
 
-/// The number of characters, as columns count them.
-std::size_t columnsOf(std::string_view text) {
-    return static_cast<std::size_t>(std::ranges::count_if(
-        text, [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
-}
-
 void printRow(const std::vector<std::string>& headings, const std::vector<std::size_t>& widths,
               const std::vector<std::string>& cells, bool isHeading) {
     for (std::size_t i = 0; i < cells.size(); ++i) {
         const bool right = headings[i][0] == '>';
         const bool last = i + 1 == cells.size();
         const std::string cell = isHeading && right ? cells[i].substr(1) : cells[i];
-        const std::string blanks(widths[i] - columnsOf(cell), ' ');
+        const std::string blanks(widths[i] - characterCount(cell), ' ');
         const std::string shown = last && !isHeading ? coloured(cell, cell.ends_with('/')) : cell;
         if (right)
             std::cout << blanks << shown;
@@ -112,7 +106,7 @@ std::string utf8(std::wstring_view text) { return host::toUtf8(text); }
 
 std::wstring wide(const std::string& text) {
     auto result = host::fromUtf8(text);
-    if (!result) throw Failure(kUsage, "a text is no UTF-8");
+    if (!result) throw Failure(kUsage, "the argument \"" + text + "\" is not UTF-8");
     return std::move(*result);
 }
 
@@ -159,10 +153,17 @@ std::string typeName(const CMORAdsLispVar& value) {
     return "nil";
 }
 
+void addValue(Json& object, const CMORAdsLispVar& value) {
+    object["type"] = typeName(value);
+    object["lisp"] = host::lispText(value);
+    object["value"] = jsonValue(value);
+}
+
+std::string realText(double value) { return host::lispText(host::makeReal(value)); }
+
 std::string pointText(const std::array<double, 3>& point) {
     std::string text;
-    for (const double coordinate : point)
-        text += (text.empty() ? "" : " ") + host::lispText(host::makeReal(coordinate));
+    for (const double coordinate : point) text += (text.empty() ? "" : " ") + realText(coordinate);
     return text;
 }
 
@@ -191,12 +192,13 @@ void printTable(const std::vector<std::string>& headings, std::size_t count,
         return;
     }
     std::vector<std::size_t> widths;
+    widths.reserve(headings.size());
     for (const std::string& heading : headings)
-        widths.push_back(columnsOf(heading) - (heading[0] == '>' ? 1 : 0));
+        widths.push_back(characterCount(heading) - (heading[0] == '>' ? 1 : 0));
     for (std::size_t i = 0; i < count; ++i) {
         const std::vector<std::string> cells = shown(i);
         for (std::size_t column = 0; column < cells.size(); ++column)
-            widths[column] = std::max(widths[column], columnsOf(cells[column]));
+            widths[column] = std::max(widths[column], characterCount(cells[column]));
     }
     printRow(headings, widths, headings, true);
     for (std::size_t i = 0; i < count; ++i) printRow(headings, widths, shown(i), false);

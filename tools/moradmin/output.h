@@ -44,7 +44,12 @@ private:
 /// `nil`, `integer`, `real`, `string`, `entity`, `list` or `dotted`.
 [[nodiscard]] std::string typeName(const CMORAdsLispVar& value);
 
-/// "X Y Z", each with the shortest digits that read back to the same bits.
+/// Puts type, exact text and convenient form of a stored value into an object.
+void addValue(Json& object, const CMORAdsLispVar& value);
+
+/// A real with the shortest digits that read back to the same bits.
+[[nodiscard]] std::string realText(double value);
+/// "X Y Z".
 [[nodiscard]] std::string pointText(const std::array<double, 3>& point);
 
 /// Whether stdout is a terminal: columns and headings there, plain lines elsewhere.

@@ -2,15 +2,15 @@
 
 #include "dwgfs/names.h"
 #include "frame/message_system.h"
-#include "platform/runtime.h"
 #include "space/global_view.h"
+#include "tools/moradmin/damage/store_walk.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/shown_text.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <iostream>
+#include <system_error>
 #include <utility>
 
 namespace mor::tool {
@@ -24,84 +24,24 @@ std::string placeOf(const AcApDocument* document, const host::SavedEdit& edit) {
     return edit.what;
 }
 
+AcApDocument* opened(const std::string& file) {
+    std::error_code code;
+    if (std::filesystem::status(file, code).type() == std::filesystem::file_type::not_found)
+        throw Failure(kUnreadable, file + ": there is no such file", file);
+    const auto document = host::openDocument(file);
+    if (!document) throw Failure(document.error());
+    return document.value();
+}
+
 }  // namespace
 
-std::vector<Store::Entry> Store::entries(const std::wstring& path) {
-    std::wstring own = path;  // resolving needs a path of its own to cut and join
-    CMORStringList all;
-    CMORStringList directories;
-    std::vector<Entry> result;
-    if (!getAll(own.c_str(), all, All) || !getAll(own.c_str(), directories, Directories))
-        return result;
-    // Both lists are in stored order, so the next directory is the next name that equals it.
-    std::size_t next = 0;
-    for (std::size_t i = 0; i < all.Entries(); ++i) {
-        const std::wstring name = all.Nth(i);
-        const bool directory = next < directories.Entries() && name == directories.Nth(next);
-        if (directory) ++next;
-        result.push_back({name, directory});
-    }
-    return result;
-}
-
-bool Store::makeDirectory(const std::wstring& path) {
-    std::wstring own = path;
-    CMOREntity directory;
-    return getDir(own.c_str(), true, directory);
-}
-
-bool Store::connectAnchor(CMOREntity& anchor) {
-    if (getBlockEntity(anchor) && anchor.Type().CompareNoCase(L"ATTDEF") == 0) return true;
-    anchor.Disconnect();
-    return makeBlock() && getBlockEntity(anchor);
-}
-
-bool Store::makeLinked(CMOREntity& parent, const std::wstring& name, const std::wstring& path,
-                       CMOREntity& directory) {
-    return makeDir(parent, name.c_str(), path.c_str(), directory);
-}
-
-mor::EntityName Store::directoryName(const std::wstring& path) {
-    std::wstring own = path;
-    CMOREntity directory;
-    ads_name name = {};
-    if (getDir(own.c_str(), false, directory)) directory.GetEName(name);
-    return mor::EntityName(name);
-}
-
-Session::Session(const std::string& file) : m_file(file) {
-    auto opened = host::openDocument(file);
-    if (!opened) throw Failure(opened.error());
-    m_document = opened.value();
+Session::Session(const std::string& file)
+    : m_file(file), m_document(opened(file)), m_passage(m_document, file) {
     activate();
 }
 
 Session::Session(const Options& options) : Session(options.drawing) {
-    if (!options.inside.empty()) enter(options.inside);
-}
-
-void setReferencePlaces(const Options& options) {
-    std::vector<std::filesystem::path> folders(options.referenceFolders.begin(),
-                                               options.referenceFolders.end());
-    std::vector<std::pair<std::string, std::string>> mappings;
-    for (const std::string& word : options.referenceMappings) {
-        const std::size_t equals = word.find('=');
-        if (equals == std::string::npos || equals == 0)
-            throw Failure(kUsage,
-                          "--map wants FROM=TO, such as C:\\proj=/srv/proj, not \"" + word + "\"");
-        // Like other words of the command line they are seen from the folder that it runs in.
-        const std::string to = word.substr(equals + 1);
-        mappings.emplace_back(word.substr(0, equals),
-                              to.empty() ? to : std::filesystem::absolute(to).string());
-    }
-    // An empty word must not lift the fence: a variable of a script may not be set.
-    std::error_code code;
-    if (options.referenceRoot && !std::filesystem::is_directory(*options.referenceRoot, code))
-        throw Failure(kUsage, "--xref-root wants a folder that is there, not \"" +
-                                  *options.referenceRoot + "\"");
-    host::setReferenceRoot(options.referenceRoot.value_or(""));
-    host::setReferenceFolders(std::move(folders));
-    host::setReferenceMappings(std::move(mappings));
+    if (!options.inside.empty()) m_passage.enter(options.inside);
 }
 
 void Session::activate() const {
@@ -130,15 +70,14 @@ void Session::learn(const AcApDocument* document) {
 
 const StoreState& Session::state() {
     if (m_state) return *m_state;
-    if (m_inside.empty()) {
+    if (reference().empty()) {
         learn(m_document);
         return *m_state;
     }
     // The records of the reference are those of its own file.
-    const auto opened = host::openDocument(m_inside);
-    if (!opened) throw Failure(opened.error());
-    learn(opened.value());
-    host::closeDocument(opened.value());
+    AcApDocument* const document = opened(m_passage.file());
+    learn(document);
+    host::closeDocument(document);
     return *m_state;
 }
 
@@ -159,8 +98,9 @@ const StoreState& Session::safeState() {
     if (const Finding* finding = found.firstStopping())
         throw Failure(
             kDamaged,
-            (m_inside.empty() ? m_file : m_inside) + ": the store is damaged, nothing was done: " +
-                finding->message + " (" + finding->code +
+            (reference().empty() ? m_file : m_passage.file()) +
+                ": the store is damaged, nothing was done: " + finding->message + " (" +
+                finding->code +
                 "); \"moradmin check\" lists all findings, \"moradmin repair\" mends them",
             utf8(finding->path));
     return found;

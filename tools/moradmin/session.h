@@ -1,40 +1,18 @@
 #pragma once
 
-#include "dwgfs/dwg_file_system.h"
 #include "host/host.h"
-#include "platform/entity_name.h"
-#include "tools/moradmin/damage/store_walk.h"
+#include "platform/geometry.h"
+#include "space/view.h"
+#include "tools/moradmin/damage/store_state.h"
 #include "tools/moradmin/options.h"
+#include "tools/moradmin/references/passage.h"
+#include "tools/moradmin/store/store.h"
 
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace mor::tool {
-
-/// The file system of the library, with the listing of both kinds of entries in their stored order.
-class Store : public CMORCadDwgFileSystem {
-public:
-    using CMORCadDwgFileSystem::CMORCadDwgFileSystem;
-
-    struct Entry {
-        std::wstring name;
-        bool directory = false;
-    };
-    /// Empty when the directory does not resolve.
-    [[nodiscard]] std::vector<Entry> entries(const std::wstring& path);
-    /// Makes a directory and those above it; false when one cannot be made.
-    [[nodiscard]] bool makeDirectory(const std::wstring& path);
-    /// The entity that anchors the store, making the block when it is missing or holds something
-    /// else.
-    [[nodiscard]] bool connectAnchor(CMOREntity& anchor);
-    /// Makes one directory and links it from its parent (the anchor, for "/").
-    [[nodiscard]] bool makeLinked(CMOREntity& parent, const std::wstring& name,
-                                  const std::wstring& path, CMOREntity& directory);
-    /// None when the directory does not resolve.
-    [[nodiscard]] mor::EntityName directoryName(const std::wstring& path);
-};
 
 /// One drawing opened for a command: current and active until the end. Throws Failure.
 class Session {
@@ -54,15 +32,14 @@ public:
 
     /// The reference that is looked through, by the path of references: PLAN, PLAN|CORE; empty for
     /// the drawing itself.
-    [[nodiscard]] const std::wstring& reference() const { return m_reference; }
+    [[nodiscard]] const std::wstring& reference() const { return m_passage.reference(); }
     /// The space of the drawing or of the reference, as the global view sees it.
     [[nodiscard]] const CMORCadView& view() const { return *CMORCadView::getTheGlobalObject(); }
-    /// What carries coordinates of that space into the drawing's own: the view's transformation,
-    /// behind those of the references on the way. Throws Failure.
-    [[nodiscard]] CMORMathTransMatrix placement() const;
+    /// What carries coordinates of that space into the drawing's own. Throws Failure.
+    [[nodiscard]] CMORMathTransMatrix placement() const { return m_passage.placement(); }
     /// The block definition in which the first insert on the way stands; empty for a space of the
     /// drawing. The placement then leads to the coordinates of that definition.
-    [[nodiscard]] const std::string& placedIn() const { return m_placedIn; }
+    [[nodiscard]] const std::string& placedIn() const { return m_passage.placedIn(); }
     /// `state()`, after a refusal when a look-up would do harm (exit 4).
     [[nodiscard]] const StoreState& safeState();
     /// Whether there is a store with directories in it; refuses like `safeState`.
@@ -88,26 +65,15 @@ public:
     }
 
 private:
-    void enter(const std::string& words);
-    [[nodiscard]] mor::EntityName findInsert(const std::string& word);
-    [[nodiscard]] mor::EntityName findInsertBelow(const std::string& word);
-    void goThrough(mor::EntityName insert, const std::string& word);
     void learn(const AcApDocument* document);
 
     std::string m_file;
     AcApDocument* m_document = nullptr;
-    std::wstring m_reference;
-    std::string m_inside;                    ///< file of the reference
-    std::vector<mor::EntityName> m_inserts;  ///< on the way to it, from the drawing's own on
-    std::string m_placedIn;
+    Passage m_passage;
     std::optional<StoreState> m_state;
     bool m_made = false;
     std::optional<host::DocumentInfo> m_info;
     std::unique_ptr<Store> m_store;
 };
-
-/// Tells the host where references are looked for. Throws Failure for a mapping without "=", and
-/// for a folder to confine them to that is not there.
-void setReferencePlaces(const Options& options);
 
 }  // namespace mor::tool

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstddef>
 #include <utility>
 
 namespace mor::tool {
@@ -110,6 +109,11 @@ std::string rewritten(std::string_view text, Append append) {
 }
 
 }  // namespace
+
+std::size_t characterCount(std::string_view text) {
+    return static_cast<std::size_t>(std::ranges::count_if(
+        text, [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));
+}
 
 std::string oneLine(std::string_view text) { return rewritten(text, appendShown); }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -15,5 +16,8 @@ namespace mor::tool {
 /// A text within the tags of a picture: escaped, blanks in place of control characters, U+FFFD in
 /// place of what XML has no place for.
 [[nodiscard]] std::string xmlText(std::string_view text);
+
+/// How many characters a text of UTF-8 has; about as many columns of a terminal.
+[[nodiscard]] std::size_t characterCount(std::string_view text);
 
 }  // namespace mor::tool

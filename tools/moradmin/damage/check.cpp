@@ -4,11 +4,11 @@
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
+#include "tools/moradmin/several.h"
 #include "tools/moradmin/shown_text.h"
 
 #include <algorithm>
 #include <array>
-#include <functional>
 #include <iostream>
 #include <set>
 #include <string>
@@ -120,12 +120,6 @@ int checkOne(const Options& options, const std::string& file) {
 
 }  // namespace
 
-int moreSerious(int a, int b) {
-    static constexpr std::array<int, 8> order = {kInterrupted, kUsage,   kUnwritable, kUnreadable,
-                                                 kDamaged,     kRefused, kNo,         kDone};
-    return std::ranges::find(order, a) < std::ranges::find(order, b) ? a : b;
-}
-
 std::string libraryAnswer(const StoreState& state) {
     for (const Answer& answer : kAnswers)
         for (const Finding& finding : state.findings)
@@ -147,29 +141,6 @@ void printFinding(const std::string& file, const Finding& finding) {
     line += finding.message;
     if (!finding.handle.empty()) line += " [" + finding.handle + "]";
     std::cout << oneLine(line) << (finding.mends ? " (repair mends it)" : "") << "\n";
-}
-
-int overDrawings(const Options& options, const std::function<int(const std::string&)>& visit) {
-    int code = kDone;
-    std::vector<std::string> files = {options.drawing};
-    files.insert(files.end(), options.arguments.begin(), options.arguments.end());
-    for (const std::string& file : files) {
-        try {
-            if (file.empty()) throw Failure(kUsage, "the name of a drawing is wanted");
-            code = moreSerious(code, visit(file));
-            refuseLostReadings();
-        } catch (const host::ReadFailure& failure) {
-            static_cast<void>(host::takeReadFailure());
-            std::cout.flush();
-            printFailure(options, Failure(failure.error()));
-            code = moreSerious(code, kUnreadable);
-        } catch (const Failure& failure) {
-            std::cout.flush();
-            printFailure(options, failure);
-            code = moreSerious(code, failure.code());
-        }
-    }
-    return code;
 }
 
 int runCheck(const Options& options) {

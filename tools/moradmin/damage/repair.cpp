@@ -1,35 +1,20 @@
-#include "dwgfs/names.h"
 #include "frame/message_system.h"
-#include "host/host.h"
-#include "platform/entity.h"
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/damage/check.h"
-#include "tools/moradmin/damage/salvage.h"
+#include "tools/moradmin/damage/salvage_apply.h"
+#include "tools/moradmin/damage/salvage_plan.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
+#include "tools/moradmin/store/removing.h"
 
 #include <algorithm>
+#include <array>
 #include <iostream>
 #include <string>
 
 namespace mor::tool {
 
 namespace {
-
-/// Nothing of the store is left: no directory, no root link that would name one.
-void removeStore(Session& session, bool extended) {
-    Store& store = session.store();
-    if (extended)
-        store.removeFileSystemEx();
-    else
-        store.removeFileSystem();
-    const auto anchor = host::firstEntityOfBlock(session.document(), kFileSystemBlock);
-    CMOREntity entity;
-    ads_name name{};
-    if (anchor) anchor->copyTo(name);
-    if (!anchor || !entity.Connect(name)) return;
-    if (entity.DeleteAttribute(kRootLink)) entity.Flush();
-}
 
 void sendCheck() {
     static_cast<void>(CMORCadDwgFileSystem::getTheGlobalObject());  // it is this object that checks
@@ -47,7 +32,8 @@ void salvage(Session& session) {
 }  // namespace
 
 int runRepair(Session& session, const Options& options) {
-    if (options.salvage + options.library + options.reset > 1)
+    const std::array chosen = {options.salvage, options.library, options.reset};
+    if (std::ranges::count(chosen, true) > 1)
         throw Failure(kUsage, "one of --salvage, --library and --reset, please");
     if (options.reset && !options.yes)
         throw Failure(kUsage, "--reset erases every stored value; say --yes when that is meant");
@@ -71,14 +57,6 @@ int runRepair(Session& session, const Options& options) {
     std::cout.flush();
     printNote(session.message(std::to_string(left) + " errors are left"));
     return kDamaged;
-}
-
-int runWipe(Session& session, const Options& options) {
-    if (!options.yes)
-        throw Failure(kUsage, "wipe removes every stored value; say --yes when that is meant");
-    if (session.state().kind == StoreState::Kind::None) return kDone;
-    removeStore(session, options.extended);
-    return kDone;
 }
 
 }  // namespace mor::tool

@@ -1,3 +1,5 @@
+#include "tools/moradmin/damage/salvage_apply.h"
+
 #include "dwgfs/link_names.h"
 #include "dwgfs/names.h"
 #include "dwgfs/path_rules.h"
@@ -5,11 +7,12 @@
 #include "platform/document_data.h"
 #include "platform/entity.h"
 #include "platform/entity_calls.h"
-#include "tools/moradmin/damage/salvage.h"
+#include "tools/moradmin/connecting.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/store/paths.h"
 
 #include <algorithm>
+#include <map>
 #include <optional>
 #include <set>
 
@@ -44,11 +47,6 @@ private:
     [[nodiscard]] const StoredDirectory& record(const SalvagePlan::Place& place) const {
         return m_state.directories[place.directory];
     }
-    static bool connect(CMOREntity& entity, mor::EntityName name) {
-        ads_name words{};
-        name.copyTo(words);
-        return entity.Connect(words);
-    }
     static std::wstring textOf(const CMOREntity& entity, const std::wstring& attribute) {
         std::vector<wchar_t> buffer(kMaxAttributeText + 1);
         return entity.GetAttributeText(attribute.c_str(), buffer.data()) ? buffer.data() : L"";
@@ -68,7 +66,7 @@ private:
     void renameTakenFiles();
     static std::optional<std::wstring> freeName(const CMOREntity& directory,
                                                 const std::wstring& name);
-    void renameFile(mor::EntityName directory, const std::wstring& path, const std::wstring& name);
+    void renameFile(mor::EntityName entity, const std::wstring& path, const std::wstring& name);
 
     Session& m_session;
     const StoreState& m_state;
@@ -181,7 +179,7 @@ mor::EntityName Builder::ensure(const std::wstring& path) {
     mor::EntityName name;
     if (planned != m_plan.byPath.end()) {
         name = record(m_plan.places[planned->second]).name;
-        link(parent, root ? kRootLink : L"^" + nameOf(path), path, name);
+        link(parent, linkNameOf(root ? path : nameOf(path)), path, name);
     } else {
         CMOREntity made;
         ads_name words{};
@@ -233,10 +231,9 @@ std::optional<std::wstring> Builder::freeName(const CMOREntity& directory,
     for (int number = 1;; ++number) {
         const std::wstring other = number == 1 ? name : name + L"-" + std::to_wstring(number);
         if (!isFileName(other)) return std::nullopt;
-        const std::wstring plain = other.starts_with(L'>') ? other.substr(1) : other;
         CMORAdsLispVar taken;
         if (!directory.GetAttribute(other.c_str(), taken) &&
-            !directory.GetAttribute((L"^" + plain).c_str(), taken))
+            !directory.GetAttribute(linkNameOf(other).c_str(), taken))
             return other;
     }
 }
@@ -266,8 +263,8 @@ void Builder::renameTakenFiles() {
             if (const auto link = dirNameOfLink(names.Nth(i))) links.emplace(*link);
         for (std::size_t i = 0; i < names.Entries(); ++i) {
             const std::wstring file = names.Nth(i);
-            const std::wstring plain = file.starts_with(L'>') ? file.substr(1) : file;
-            if (isFileName(file) && links.contains(plain)) renameFile(name, path, file);
+            if (isFileName(file) && links.contains(std::wstring(withoutArrow(file))))
+                renameFile(name, path, file);
         }
     }
 }

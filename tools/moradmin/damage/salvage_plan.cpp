@@ -1,8 +1,9 @@
+#include "tools/moradmin/damage/salvage_plan.h"
+
 #include "dwgfs/link_names.h"
 #include "dwgfs/names.h"
 #include "dwgfs/path_rules.h"
 #include "host/host.h"
-#include "tools/moradmin/damage/salvage.h"
 #include "tools/moradmin/store/paths.h"
 
 #include <algorithm>
@@ -125,9 +126,9 @@ bool Planner::isFree(const std::wstring& path) const {
     if (parent == m_plan.byPath.end()) return true;
     const StoredDirectory& directory = record(m_plan.places[parent->second].directory);
     // The link that is there already: its file of the same name is the one that gives way.
-    if (const auto* link = directory.find(L"^" + nameOf(path)); link != nullptr) return true;
+    if (const auto* link = directory.find(linkNameOf(nameOf(path))); link != nullptr) return true;
     return directory.find(nameOf(path)) == nullptr &&
-           directory.find(L">" + nameOf(path)) == nullptr;
+           directory.find(kFileArrow + nameOf(path)) == nullptr;
 }
 
 /// Whether a directory on the way there cannot be read: it takes no link.

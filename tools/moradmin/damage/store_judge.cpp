@@ -3,6 +3,7 @@
 #include "dwgfs/link_names.h"
 #include "dwgfs/names.h"
 #include "dwgfs/path_rules.h"
+#include "space/record_flags.h"
 
 #include <cstdlib>
 #include <string>
@@ -14,6 +15,9 @@ namespace mor::tool {
 namespace {
 
 using Severity = Finding::Severity;
+
+/// The application under which the platform keeps attributes.
+constexpr const wchar_t* kAttributeApplication = L"MOR_ATTRIBUTES";
 
 /// Adds findings on one directory.
 class Judge {
@@ -72,7 +76,8 @@ private:
                 judgeFile(name, links);
                 continue;
             }
-            const bool link = name.starts_with(L'^') && isDirName(name.substr(1));
+            const auto linked = dirNameOfLink(name);
+            const bool link = name == kRootLink || (linked && isDirName(*linked));
             if (!link && name != kIdAttribute && name != kInfoAttribute)
                 add({.code = "name-outside-rules",
                      .path = pathOf(name),
@@ -88,7 +93,7 @@ private:
                  .mends = true,
                  .stops = true,
                  .message = "a file lies in the root, where nothing reads it"});
-        if (links.contains(name.starts_with(L'>') ? name.substr(1) : name))
+        if (links.contains(withoutArrow(name)))
             add({.code = "name-taken-twice",
                  .severity = Severity::Error,
                  .path = pathOf(std::wstring(name)),
@@ -134,13 +139,13 @@ void judgeSurroundings(const AcApDocument* document, bool directories, bool used
                        std::vector<Finding>& findings) {
     const auto layer = host::findSymbol(document, "LAYER", kControlLayer);
     if (layer) {
-        const auto flags = host::recordGroup(document, *layer, 70).value_or("0");
+        const auto flags = host::recordGroup(document, *layer, kGroupFlags).value_or("0");
         const int bits = std::atoi(flags.c_str());
-        if ((bits & 1) == 0)
+        if ((bits & kLayerFrozen) == 0)
             findings.push_back({.code = "layer-not-frozen",
                                 .mends = true,
                                 .message = "the control layer is not frozen"});
-        if ((bits & 4) == 0)
+        if ((bits & kLayerLocked) == 0)
             findings.push_back({.code = "layer-not-locked",
                                 .mends = true,
                                 .message = "the control layer is not locked"});
@@ -148,7 +153,7 @@ void judgeSurroundings(const AcApDocument* document, bool directories, bool used
         findings.push_back(
             {.code = "layer-missing", .mends = true, .message = "the control layer has no record"});
     }
-    if (used && !host::findSymbol(document, "APPID", L"MOR_ATTRIBUTES"))
+    if (used && !host::findSymbol(document, "APPID", kAttributeApplication))
         findings.push_back(
             {.code = "application-unregistered",
              .severity = Severity::Error,

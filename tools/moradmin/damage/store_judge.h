@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tools/moradmin/damage/store_walk.h"
+#include "tools/moradmin/damage/store_state.h"
 
 #include <vector>
 

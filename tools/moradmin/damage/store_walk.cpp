@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace mor::tool {
 
@@ -245,9 +246,10 @@ void Walker::reach(std::size_t root) {
 
 /// Those with a path first, then those that lie too deep, then those that no link reaches.
 void Walker::gatherDirectories() {
-    const auto deep = std::ranges::stable_partition(
-        m_order, [this](std::size_t index) { return !m_found[index].tooDeep; });
-    m_state.reachable = static_cast<std::size_t>(deep.begin() - m_order.begin());
+    const auto deep =
+        std::stable_partition(m_order.begin(), m_order.end(),
+                              [this](std::size_t index) { return !m_found[index].tooDeep; });
+    m_state.reachable = static_cast<std::size_t>(deep - m_order.begin());
     for (std::size_t i = 0; i < m_found.size(); ++i)
         if (m_seen[i] == Seen::No) {
             judgeUnreachable(m_found[i], m_state.findings);
@@ -290,33 +292,6 @@ void Walker::settle(bool hasBlock) {
 }
 
 }  // namespace
-
-std::wstring linkText(const host::RecordAttribute& link) { return host::attributeText(link.value); }
-
-const host::RecordAttribute* StoredDirectory::find(std::wstring_view attribute) const {
-    const auto found = std::ranges::find(attributes.items, attribute, &host::RecordAttribute::name);
-    return found == attributes.items.end() ? nullptr : &*found;
-}
-
-std::wstring StoredDirectory::info() const {
-    const host::RecordAttribute* item = find(kInfoAttribute);
-    return item == nullptr ? std::wstring() : host::stringOf(item->value);
-}
-
-bool StoredDirectory::hasFiles() const {
-    return std::ranges::any_of(
-        attributes.items, [](const host::RecordAttribute& item) { return isFileName(item.name); });
-}
-
-const StoredDirectory* StoreState::directory(std::wstring_view path) const {
-    const auto found = byPath.find(path);
-    return found == byPath.end() ? nullptr : &directories[found->second];
-}
-
-const Finding* StoreState::firstStopping() const {
-    const auto found = std::ranges::find(findings, true, &Finding::stops);
-    return found == findings.end() ? nullptr : &*found;
-}
 
 StoreState walkStore(const AcApDocument* document) { return Walker(document).run(); }
 

@@ -41,7 +41,8 @@ std::string paletteColour(int number) {
     if (number < kFirstHue) return trueColour(kFixed[static_cast<std::size_t>(number)]);
     if (number >= kFirstGrey)
         return trueColour(kGreys[static_cast<std::size_t>(number - kFirstGrey)]);
-    const double hue = (number / 10 - 1) * 15.0;
+    const int step = number / 10 - 1;
+    const double hue = step * 15.0;
     const int shade = number % 10;
     const double brightness = kBrightness[static_cast<std::size_t>(shade / 2)];
     const double least = shade % 2 == 0 ? 0.0 : 0.5;

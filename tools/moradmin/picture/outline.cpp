@@ -102,10 +102,11 @@ void Outline::includeTurningPoints(const Curve& curve, double from, double to) {
     const auto [first, last] = std::minmax(from, to);
     for (const std::size_t axis : {0U, 1U}) {
         // Where the coordinate neither grows nor shrinks; twice in each turn.
-        double angle = std::atan2(curve.v[axis], curve.u[axis]);
-        angle += std::ceil((first - angle) / std::numbers::pi) * std::numbers::pi;
-        for (; angle <= last; angle += std::numbers::pi) {
-            const Point point = curve.at(angle);
+        const double angle = std::atan2(curve.v[axis], curve.u[axis]);
+        const double begin =
+            angle + std::ceil((first - angle) / std::numbers::pi) * std::numbers::pi;
+        for (int half = 0; begin + half * std::numbers::pi <= last; ++half) {
+            const Point point = curve.at(begin + half * std::numbers::pi);
             m_extent.include(point[0] - m_origin[0], point[1] - m_origin[1]);
         }
     }

@@ -3,7 +3,6 @@
 #include "tools/moradmin/picture/geometry.h"
 
 #include <string>
-#include <string_view>
 
 namespace mor::tool {
 

@@ -4,9 +4,12 @@
 #include "platform/owned.h"
 #include "platform/runtime.h"
 #include "platform/table_calls.h"
-#include "tools/moradmin/failure.h"
+#include "space/record_flags.h"
+#include "tools/moradmin/connecting.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/picture/colours.h"
+#include "tools/moradmin/references/layer_state.h"
+#include "tools/moradmin/references/references.h"
 #include "xref/space_iterator.h"
 #include "xref/xref_view.h"
 
@@ -18,7 +21,6 @@ namespace mor::tool {
 
 namespace {
 
-constexpr int kFrozen = 1;
 constexpr int kInvisibleAttribute = 1;
 /// A drawing whose blocks multiply to more than this is drawn in part.
 constexpr std::size_t kMostElements = 1'000'000;
@@ -33,15 +35,6 @@ constexpr double kShiftStep = 1000.0;
 
 constexpr const char* kTooMany = "beyond a million elements, 250000 inserts or 256 MB";
 constexpr const char* kHiddenLayer = "on layers that are off or frozen";
-
-std::wstring blockOf(mor::EntityName insert) {
-    ads_name words{};
-    insert.copyTo(words);
-    CMOREntity entity;
-    const wchar_t* block = nullptr;
-    if (!entity.Connect(words) || !entity.GetEntityEntry(2, block) || block == nullptr) return {};
-    return block;
-}
 
 bool isSubEntity(const std::string& type) {
     return type == "ATTRIB" || type == "VERTEX" || type == "SEQEND";
@@ -108,11 +101,9 @@ const Painter::Layer& Painter::layerOf(const Origin& origin, const Inserted& whe
 }
 
 void Painter::paintEntity(mor::EntityName name, const Inserted& where) {
-    ads_name words{};
-    name.copyTo(words);
     CMOREntity entity;
     short paper = 0;
-    if (!entity.Connect(words)) return;
+    if (!connect(entity, name)) return;
     ++m_visited;
     const std::string type = utf8(entity.Type().GetString());
     if (isSubEntity(type) || type == "ATTDEF" || type == "VIEWPORT") return;
@@ -139,7 +130,7 @@ void Painter::paintEntity(mor::EntityName name, const Inserted& where) {
 
 void Painter::paintInsert(mor::EntityName name, const EntityRecord& record, const Origin& origin,
                           const Layer& layer, const std::string& colour, const Inserted& where) {
-    const std::wstring blockName = blockOf(name);
+    const std::wstring blockName = insertedBlock(name).value_or(L"");
     ++m_inserts;
     // Those of the drawing itself are told by their flags: their files need not be read.
     if (!m_references && host::isReference(m_session.document(), blockName))
@@ -219,7 +210,8 @@ void Painter::paintAttributes(mor::EntityName insert, const Inserted& where) {
         m_read += record.bytes();
         const Origin origin = originOf(entity, where);
         const Layer& shown = layerOf(origin, where);
-        if ((record.integer(70) & kInvisibleAttribute) != 0 || !wanted(*shown.name)) continue;
+        if ((record.integer(kGroupFlags) & kInvisibleAttribute) != 0 || !wanted(*shown.name))
+            continue;
         if (shown.frozen || shown.off) {
             leaveOut(kHiddenLayer);
             continue;
@@ -274,12 +266,10 @@ const Painter::Layer& Painter::layer(const std::string& name) {
     found.colour = paletteColour(7);
     const auto record = host::resolveSymbol(m_session.document(), "LAYER", wide(name));
     if (!record) return found;
-    const EntityRecord groups(m_session.document(), *record);
-    const int colour = groups.integer(62, 7);
-    found.off = colour < 0;
-    found.frozen = (groups.integer(70) & kFrozen) != 0;
-    found.colour = groups.find(420) != nullptr ? trueColour(groups.integer(420))
-                                               : paletteColour(std::abs(colour));
+    const LayerState state = layerState(m_session.document(), *record);
+    found.off = state.off;
+    found.frozen = state.frozen;
+    found.colour = state.trueColour ? trueColour(*state.trueColour) : paletteColour(state.color);
     return found;
 }
 
@@ -311,7 +301,7 @@ void Painter::lookUp(Block& block) {
     block.looked = true;
     const mor::ResbufList record{acdbTblSearch(L"BLOCK", block.key->c_str(), 0)};
     block.found = static_cast<bool>(record);
-    if (const resbuf* first = mor::findGroup(record, -2))
+    if (const resbuf* first = mor::findGroup(record, mor::kGroupFirstEntity))
         block.first = mor::EntityName(first->resval.rlname);
 }
 

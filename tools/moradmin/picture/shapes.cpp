@@ -1,12 +1,13 @@
 #include "tools/moradmin/picture/shapes.h"
 
 #include "tools/moradmin/output.h"
+#include "tools/moradmin/shown_text.h"
 
-#include <algorithm>
 #include <cmath>
 #include <numbers>
 #include <tuple>
 #include <utility>
+#include <vector>
 
 namespace mor::tool {
 
@@ -17,7 +18,6 @@ constexpr double kFontSize = 1.0 / 0.7;
 /// How far letters reach below the base line, and about how wide they are, in heights.
 constexpr double kBelow = 0.3;
 constexpr double kLetterWidth = 0.85;
-constexpr int kClosed = 1;
 constexpr int kBackwards = 2;
 constexpr int kUpsideDown = 4;
 
@@ -34,6 +34,43 @@ double turnTo(double turn, double whole) {
 }
 
 double radians(double degrees) { return degrees * (std::numbers::pi / 180.0); }
+
+// How a text stands across, and up or down, from its point.
+constexpr int kRight = 2;
+constexpr int kBetween = 3;  ///< stretched between its two points, as high as it comes
+constexpr int kCentred = 4;
+constexpr int kFitted = 5;  ///< between them too, with its own height
+constexpr int kBottom = 1;
+constexpr int kMiddle = 2;
+constexpr int kTop = 3;
+
+/// By which of its points a text stands, and where from there.
+struct TextStand {
+    explicit TextStand(const EntityRecord& text)
+        : across(text.integer(72)),
+          // Of attributes this is another group than of texts.
+          down(text.integer(text.type() == "TEXT" ? 73 : 74)),
+          second(text.point(11)),
+          stretched((across == kBetween || across == kFitted) && second),
+          aligned(isAligned(text)) {}
+
+    [[nodiscard]] std::string_view anchor() const {
+        if (!aligned || across == 0 || across == kBetween || across == kFitted) return "start";
+        return across == kRight ? "end" : "middle";
+    }
+    [[nodiscard]] double drop(double height) const {
+        if (!aligned) return 0.0;
+        if (across == kCentred || down == kMiddle) return height / 2;
+        if (down == kTop) return height;
+        return down == kBottom ? -kBelow * height : 0.0;
+    }
+
+    int across;
+    int down;
+    std::optional<Point> second;
+    bool stretched;
+    bool aligned;
+};
 
 class Shaper {
 public:
@@ -103,7 +140,7 @@ public:
         const auto place = [&](const Point& point) {
             return transformed(m_placement, fromPlane(axes, point));
         };
-        const bool closed = (m_record.integer(70) & kClosed) != 0;
+        const bool closed = isClosed(m_record);
         m_outline.moveTo(place(vertices.front().at));
         const std::size_t sides = vertices.size() - (closed ? 0 : 1);
         for (std::size_t i = 0; i < sides; ++i) {
@@ -125,18 +162,11 @@ public:
         const double height = m_record.real(40);
         const auto first = m_record.point(10);
         if (!first || height <= 0.0 || shape.data.empty()) return std::nullopt;
-        const int across = m_record.integer(72);
-        // Vertical alignment of attributes stands in another group than that of texts.
-        const int down = m_record.integer(m_record.type() == "TEXT" ? 73 : 74);
-        const auto second = m_record.point(11);
-        const bool stretched = (across == 3 || across == 5) && second;
-        const bool aligned = isAligned(m_record);
+        const TextStand stand(m_record);
         auto [sine, cosine] = host::sineAndCosine(m_record.real(50));
-        if (stretched) {
-            const Point way = *second - *first;
-            const double length = std::hypot(way[0], way[1]);
-            if (length > 0.0) std::tie(sine, cosine) = std::pair(way[1] / length, way[0] / length);
-        }
+        const Point way = stand.stretched ? *stand.second - *first : Point{};
+        const double length = std::hypot(way[0], way[1]);
+        if (length > 0.0) std::tie(sine, cosine) = std::pair(way[1] / length, way[0] / length);
         const double slant = std::tan(radians(m_record.real(51)));
         const int mirrored = m_record.integer(71);
         const double widened = m_record.real(41, 1.0) * ((mirrored & kBackwards) != 0 ? -1.0 : 1.0);
@@ -146,22 +176,14 @@ public:
         const host::PlaneAxes axes = m_record.plane();
         shape.right = widened * turned(m_placement, fromPlane(axes, right));
         shape.down = -upright * turned(m_placement, fromPlane(axes, up));
-        shape.at = transformed(m_placement, fromPlane(axes, aligned ? *second : *first)) - m_origin;
+        const Point at = stand.aligned ? *stand.second : *first;
+        shape.at = transformed(m_placement, fromPlane(axes, at)) - m_origin;
         shape.size = height * kFontSize;
-        shape.anchor = !aligned || across == 0 || across == 3 || across == 5 ? "start"
-                       : across == 2                                         ? "end"
-                                                                             : "middle";
-        if (aligned)
-            shape.drop = across == 4 || down == 2 ? height / 2
-                         : down == 3              ? height
-                         : down == 1              ? -kBelow * height
-                                                  : 0.0;
-        if (stretched && across == 5 && widened != 0.0)
-            shape.width = std::hypot((*second)[0] - (*first)[0], (*second)[1] - (*first)[1]) /
-                          std::fabs(widened);
-        for (const Point* part : {&shape.right, &shape.down, &shape.at})
-            if (!isWithin(*part, kFarthest)) return std::nullopt;
-        if (shape.size > kFarthest || shape.width > kFarthest) return std::nullopt;
+        shape.anchor = stand.anchor();
+        shape.drop = stand.drop(height);
+        if (stand.stretched && stand.across == kFitted && widened != 0.0)
+            shape.width = length / std::fabs(widened);
+        if (!isInRange(shape)) return std::nullopt;
         includeText(shape, height);
         return shape;
     }
@@ -198,7 +220,7 @@ private:
                         begin + 4.0 * std::atan(b));
     }
 
-    std::optional<Shape> drawn(Shape::Kind kind) const {
+    [[nodiscard]] std::optional<Shape> drawn(Shape::Kind kind) const {
         if (!m_outline.isFinite()) return std::nullopt;
         Shape shape;
         shape.kind = kind;
@@ -207,10 +229,14 @@ private:
         return shape;
     }
 
+    static bool isInRange(const Shape& text) {
+        return isWithin(text.right, kFarthest) && isWithin(text.down, kFarthest) &&
+               isWithin(text.at, kFarthest) && text.size <= kFarthest && text.width <= kFarthest;
+    }
+
     /// About the place that a text takes.
     static void includeText(Shape& shape, double height) {
-        const auto letters = static_cast<double>(
-            std::ranges::count_if(shape.data, [](char c) { return (c & 0xC0) != 0x80; }));
+        const auto letters = static_cast<double>(characterCount(shape.data));
         const double width = shape.width > 0.0 ? shape.width : letters * height * kLetterWidth;
         const double begin = shape.anchor == "start" ? 0.0
                              : shape.anchor == "end" ? -width

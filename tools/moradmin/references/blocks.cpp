@@ -1,6 +1,7 @@
 #include "platform/owned.h"
 #include "platform/runtime.h"
 #include "platform/table_calls.h"
+#include "space/record_flags.h"
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
@@ -38,7 +39,7 @@ struct BlockRow {
 
 std::int64_t shownFlags(const host::BlockInfo& block) {
     const mor::ResbufList record{acdbTblSearch(L"BLOCK", block.symbol.qualified.c_str(), 0)};
-    const resbuf* flags = mor::findGroup(record, 70);
+    const resbuf* flags = mor::findGroup(record, mor::kGroupFlags);
     return flags == nullptr || block.layout ? block.flags : flags->resval.rint;
 }
 
@@ -70,12 +71,15 @@ std::vector<BlockRow> blockRows(const Session& session) {
     return rows;
 }
 
-constexpr std::pair<std::int64_t, const char*> kBlockFlags[] = {
-    {1, "anonymous"}, {2, "attributes"}, {8, "overlay"}, {16, "dependent"}, {32, "resolved"}};
+constexpr std::pair<std::int64_t, const char*> kBlockFlags[] = {{kBlockAnonymous, "anonymous"},
+                                                                {kBlockAttributes, "attributes"},
+                                                                {kBlockOverlay, "overlay"},
+                                                                {kBlockDependent, "dependent"},
+                                                                {kBlockResolved, "resolved"}};
 
 bool isSet(const BlockRow& row, std::int64_t bit) {
-    return (row.flags & bit) != 0 || (bit == 1 && row.block.anonymous) ||
-           (bit == 2 && row.block.attributes);
+    return (row.flags & bit) != 0 || (bit == kBlockAnonymous && row.block.anonymous) ||
+           (bit == kBlockAttributes && row.block.attributes);
 }
 
 std::string flagsText(const BlockRow& row) {

@@ -3,8 +3,8 @@
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/references/entity_record.h"
+#include "tools/moradmin/references/listed_entity.h"
 #include "tools/moradmin/references/patterns.h"
-#include "tools/moradmin/shown_text.h"
 #include "xref/space_iterator.h"
 
 #include <algorithm>
@@ -16,40 +16,6 @@
 namespace mor::tool {
 
 namespace {
-
-/// What every listing of entities says of one.
-struct Listed {
-    std::string handle;
-    std::string type;
-    std::string layer;  // as the drawing knows it
-    std::string space;
-};
-
-/// Model space, a reference, the block of a layout, or a block definition.
-std::string spaceOf(const Session& session, const host::RecordInfo& info) {
-    const bool model = info.place == host::Place::ModelSpace;
-    if (!session.reference().empty() || model) return utf8(session.view().SpaceName());
-    const bool active = info.place == host::Place::PaperSpace && info.container.empty();
-    return active ? "*Paper_Space" : info.container;
-}
-
-/// Connects `entity`, which stays unconnected for what stands between the records of a table.
-Listed describe(const Session& session, mor::EntityName name, CMOREntity& entity) {
-    ads_name words{};
-    name.copyTo(words);
-    const auto info = host::recordInfo(session.document(), name);
-    const std::string layer = entity.Connect(words) ? utf8(entity.GetLayer(nullptr)) : "";
-    return {host::handleText(info->handle), info->type, layer, spaceOf(session, *info)};
-}
-
-Json entityJson(const Options& options, const Listed& entity) {
-    Json object = jsonHead(options);
-    object["handle"] = entity.handle;
-    object["type"] = entity.type;
-    object["layer"] = entity.layer;
-    object["space"] = entity.space;
-    return object;
-}
 
 /// The entities of the space that lie on the layers, in the order of the drawing.
 std::vector<mor::EntityName> entitiesOn(const Session& session, const CMORStringList& layers) {
@@ -66,7 +32,7 @@ public:
     Printer(Session& session, const Options& options) : m_session(session), m_options(options) {
         if (options.world) m_placement = session.placement();
     }
-    void print(const Listed& entity, mor::EntityName name) {
+    void print(const ListedEntity& entity, mor::EntityName name) {
         std::vector<Point> points;
         if (m_options.world)
             for (const Point& point : pointsOf(m_session.document(), name))
@@ -87,12 +53,12 @@ private:
         if (m_options.world) all.emplace_back("POINTS");
         return all;
     }
-    void printAsJson(const Listed& entity, const std::vector<Point>& points) const {
+    void printAsJson(const ListedEntity& entity, const std::vector<Point>& points) const {
         Json object = entityJson(m_options, entity);
         if (m_options.world) object["points"] = points;
         printJson(object);
     }
-    void printAsRow(const Listed& entity, const std::vector<Point>& points) {
+    void printAsRow(const ListedEntity& entity, const std::vector<Point>& points) {
         std::vector<std::string> row = {entity.handle.empty() ? "-" : entity.handle, entity.type,
                                         entity.layer, entity.space};
         if (m_options.world) {
@@ -113,43 +79,6 @@ private:
     std::vector<std::vector<std::string>> m_rows;
 };
 
-Json groupJson(const host::RecordGroup& group) {
-    Json value = group.value;
-    switch (groupKind(group.code)) {
-        case GroupKind::Real:
-            if (const auto real = readReal(group.value)) value = *real;
-            break;
-        case GroupKind::Integer:
-            // What is no integer stays the real or the text that it is.
-            if (const auto integer = readInteger(group.value))
-                value = *integer;
-            else if (group.value.find_first_of(".eE") != std::string::npos)
-                if (const auto real = readReal(group.value)) value = *real;
-            break;
-        case GroupKind::Text:
-            break;
-    }
-    return {{"code", group.code}, {"value", std::move(value)}};
-}
-
-Json attributesJson(const host::RecordAttributes& attributes) {
-    Json items = Json::array();
-    for (const host::RecordAttribute& item : attributes.items)
-        items.push_back({{"name", utf8(item.name)},
-                         {"type", typeName(item.value)},
-                         {"used", item.bytes},
-                         {"lisp", host::lispText(item.value)},
-                         {"value", jsonValue(item.value)}});
-    return items;
-}
-
-mor::EntityName findEntity(const Session& session, const std::string& word) {
-    ads_name name{};
-    if (session.view().handEnt(wide(word).c_str(), name)) return mor::EntityName(name);
-    const std::string where = session.reference().empty() ? "" : " in " + utf8(session.reference());
-    throw Failure(kRefused, session.message("no record has the handle " + word + where), word);
-}
-
 }  // namespace
 
 int runEntities(Session& session, const Options& options) {
@@ -162,7 +91,7 @@ int runEntities(Session& session, const Options& options) {
     std::size_t count = 0;
     CMOREntity entity;
     for (const mor::EntityName& name : entitiesOn(session, layers)) {
-        const Listed found = describe(session, name, entity);
+        const ListedEntity found = describe(session, name, entity);
         if (!types.match(found.type)) continue;
         ++count;
         if (!options.count) printer.print(found, name);
@@ -177,31 +106,6 @@ int runEntities(Session& session, const Options& options) {
     }
     const bool filtered = !patterns.empty() || !types.empty();
     return count == 0 && filtered ? kNo : kDone;
-}
-
-int runEntity(Session& session, const Options& options) {
-    const mor::EntityName name = findEntity(session, options.argument());
-    const std::vector<host::RecordGroup> groups = host::recordGroups(session.document(), name);
-    const host::RecordAttributes attributes = host::recordAttributes(session.document(), name);
-    if (!attributes.damage.empty())
-        printNote(session.message("its attributes cannot be read: " + attributes.damage));
-    if (options.json) {
-        CMOREntity entity;
-        Json object = entityJson(options, describe(session, name, entity));
-        object["groups"] = Json::array();
-        for (const host::RecordGroup& group : groups) object["groups"].push_back(groupJson(group));
-        object["attributes"] = attributesJson(attributes);
-        object["used"] = attributes.used;
-        object["free"] = attributes.free;
-        printJson(object);
-        return kDone;
-    }
-    for (const host::RecordGroup& group : groups)
-        std::cout << group.code << "\t" << oneLine(group.value) << "\n";
-    for (const host::RecordAttribute& item : attributes.items)
-        std::cout << "attribute\t" << oneLine(utf8(item.name)) << "\t"
-                  << oneLine(host::lispText(item.value)) << "\n";
-    return kDone;
 }
 
 }  // namespace mor::tool

@@ -2,6 +2,7 @@
 
 #include "platform/entity_calls.h"
 #include "platform/types.h"
+#include "space/record_flags.h"
 
 #include <algorithm>
 #include <charconv>
@@ -13,11 +14,15 @@ namespace {
 
 constexpr int kApplication = 1001;
 constexpr int kControl = 102;
-constexpr int kSplineFrame = 16;  // flag of a vertex that only controls a fitted curve
+// Flags of a polyline.
+constexpr int kClosed = 1;
+constexpr int kSpatial = 8;
+constexpr int kMesh = 16;
+constexpr int kFaces = 64;
+// Flags of a vertex.
+constexpr int kSplineFrame = 16;  // it only controls a fitted curve
 constexpr int kMeshVertex = 64;
 constexpr int kFace = 128;
-constexpr int kSpatialFlags = 8 + 16 + 64;
-constexpr int kMeshFlags = 16 + 64;
 
 /// Entities whose coordinates stand in the plane of their normal; those of all others are their
 /// owner's.
@@ -145,7 +150,7 @@ std::vector<Vertex> verticesBehind(const AcApDocument* document, mor::EntityName
         const EntityRecord vertex(document, mor::EntityName(at));
         read += vertex.bytes();
         if (vertex.type() != "VERTEX") break;
-        const int flags = vertex.integer(70);
+        const int flags = vertex.integer(kGroupFlags);
         const bool face = (flags & kFace) != 0 && (flags & kMeshVertex) == 0;  // names vertices
         if ((flags & kSplineFrame) != 0 || face) continue;
         vertices.push_back({vertex.point(10, {}), vertex.real(42)});
@@ -160,9 +165,17 @@ bool isAligned(const EntityRecord& text) {
     return across != 3 && across != 5 && (across != 0 || down != 0) && text.find(11) != nullptr;
 }
 
-bool isSpatial(const EntityRecord& polyline) { return (polyline.integer(70) & kSpatialFlags) != 0; }
+bool isSpatial(const EntityRecord& polyline) {
+    return (polyline.integer(kGroupFlags) & (kSpatial | kMesh | kFaces)) != 0;
+}
 
-bool isMesh(const EntityRecord& polyline) { return (polyline.integer(70) & kMeshFlags) != 0; }
+bool isClosed(const EntityRecord& polyline) {
+    return (polyline.integer(kGroupFlags) & kClosed) != 0;
+}
+
+bool isMesh(const EntityRecord& polyline) {
+    return (polyline.integer(kGroupFlags) & (kMesh | kFaces)) != 0;
+}
 
 std::vector<Point> pointsOf(const AcApDocument* document, mor::EntityName name) {
     const EntityRecord record(document, name);

@@ -74,6 +74,8 @@ struct Vertex {
                                                  const EntityRecord& polyline, std::size_t& read);
 /// Whether an old-style polyline has its coordinates in space, not in a plane.
 [[nodiscard]] bool isSpatial(const EntityRecord& polyline);
+/// Whether the last vertex of a polyline is joined to the first.
+[[nodiscard]] bool isClosed(const EntityRecord& polyline);
 /// Whether it is a mesh of faces.
 [[nodiscard]] bool isMesh(const EntityRecord& polyline);
 

@@ -1,12 +1,11 @@
 #include "platform/runtime.h"
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/output.h"
-#include "tools/moradmin/references/entity_record.h"
+#include "tools/moradmin/references/layer_state.h"
 #include "tools/moradmin/references/references.h"
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdlib>
 #include <functional>
 #include <map>
 #include <optional>
@@ -18,21 +17,6 @@ namespace mor::tool {
 
 namespace {
 
-struct LayerState {
-    int color = 7;
-    std::string linetype;
-    bool off = false;
-    bool frozen = false;
-    bool locked = false;
-};
-
-LayerState layerState(const Session& session, mor::EntityName name) {
-    const EntityRecord record(session.document(), name);
-    const int color = record.integer(62, 7);
-    const int flags = record.integer(70);
-    return {std::abs(color), record.text(6), color < 0, (flags & 1) != 0, (flags & 4) != 0};
-}
-
 /// A layer as it shows in the drawing, and what the drawing and the reference say of it.
 struct LayerRow {
     host::SymbolInfo symbol;
@@ -42,15 +26,15 @@ struct LayerRow {
 };
 
 LayerRow rowOf(const Session& session, const host::SymbolInfo& symbol, bool ofReference) {
-    const LayerState own = layerState(session, symbol.name);
+    const LayerState own = layerState(session.document(), symbol.name);
     if (!ofReference) return {symbol, own, own, {}};
     // Layer 0 and the like have no qualified name.
     if (symbol.symbol == symbol.qualified) return {symbol, own, {}, own};
     LayerRow row{symbol, own, {}, own};
     if (const auto over = host::findSymbol(session.document(), "LAYER", symbol.qualified))
-        row.host = layerState(session, *over);
+        row.host = layerState(session.document(), *over);
     if (const auto seen = host::resolveSymbol(session.document(), "LAYER", symbol.qualified))
-        row.shown = layerState(session, *seen);
+        row.shown = layerState(session.document(), *seen);
     return row;
 }
 

@@ -6,6 +6,7 @@
 #include "tools/moradmin/output.h"
 
 #include <algorithm>
+#include <string_view>
 
 namespace mor::tool {
 

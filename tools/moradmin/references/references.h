@@ -1,7 +1,9 @@
 #pragma once
 
+#include "platform/entity_name.h"
 #include "tools/moradmin/session.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,5 +16,8 @@ namespace mor::tool {
 [[nodiscard]] std::string whyNot(const host::ReferenceTry& attempt);
 /// A qualified name as the drawing has it that the session looks at.
 [[nodiscard]] std::string nameWithin(const Session& session, const std::wstring& qualified);
+
+/// The block that an insert names, as the drawing knows it; none for anything but an insert.
+[[nodiscard]] std::optional<std::wstring> insertedBlock(mor::EntityName insert);
 
 }  // namespace mor::tool

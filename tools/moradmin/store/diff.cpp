@@ -2,8 +2,8 @@
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
-#include "tools/moradmin/store/dump.h"
 #include "tools/moradmin/store/paths.h"
+#include "tools/moradmin/store/subtree.h"
 
 #include <iostream>
 #include <map>
@@ -32,10 +32,10 @@ class Report {
 public:
     explicit Report(const Options& options) : m_options(options) {}
 
-    void add(const char* mark, const char* kind, const std::wstring& path, const Shown* before,
-             const Shown* after) {
+    /// `directory`: what stands there, afterwards if anything does; null stands for nothing.
+    void add(const char* mark, const char* kind, const std::wstring& path, bool directory,
+             const Shown* before, const Shown* after) {
         ++m_count;
-        const bool directory = (after != nullptr ? after : before)->directory;
         const std::string name = utf8(path) + (directory ? "/" : "");
         if (m_options.json) {
             Json object = jsonHead(m_options);
@@ -74,12 +74,13 @@ int runDiff(const Options& options) {
     for (const auto& [name, shown] : before) {
         const auto other = after.find(name);
         if (other == after.end())
-            report.add("-", "removed", name, &shown, nullptr);
+            report.add("-", "removed", name, shown.directory, &shown, nullptr);
         else if (other->second.lisp != shown.lisp || other->second.directory != shown.directory)
-            report.add("~", "changed", name, &shown, &other->second);
+            report.add("~", "changed", name, other->second.directory, &shown, &other->second);
     }
     for (const auto& [name, shown] : after)
-        if (!before.contains(name)) report.add("+", "added", name, nullptr, &shown);
+        if (!before.contains(name))
+            report.add("+", "added", name, shown.directory, nullptr, &shown);
     return report.count() == 0 ? kDone : kNo;
 }
 

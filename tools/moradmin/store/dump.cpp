@@ -1,24 +1,16 @@
-#include "tools/moradmin/store/dump.h"
-
-#include "dwgfs/path_rules.h"
-#include "host/host.h"
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
-#include "tools/moradmin/input.h"
-#include "tools/moradmin/shown_text.h"
+#include "tools/moradmin/output.h"
 #include "tools/moradmin/store/paths.h"
-#include "tools/moradmin/store/removing.h"
-#include "tools/moradmin/store/storing.h"
+#include "tools/moradmin/store/subtree.h"
 #include "tools/moradmin/store/way.h"
 
 #include <iostream>
-#include <set>
+#include <string>
 
 namespace mor::tool {
 
 namespace {
-
-constexpr int kSchema = 1;
 
 /// The entries of a directory that was entered, as JSON; directories nest as deep as paths are
 /// long.
@@ -36,183 +28,26 @@ Json entriesJson(Session& session, const std::wstring& directory, Way& way) {
             CMORAdsLispVar value;
             session.store().read(path.c_str(), value);
             object["kind"] = "file";
-            object["type"] = typeName(value);
-            object["lisp"] = host::lispText(value);
-            object["value"] = jsonValue(value);
+            addValue(object, value);
         }
         entries.push_back(std::move(object));
     }
     return entries;
 }
 
-void addBelow(Session& session, const std::wstring& directory, Way& way,
-              std::vector<Stored>& items) {
-    for (const Store::Entry& entry : session.store().entries(directory)) {
-        const std::wstring path = joined(directory, entry.name);
-        Stored item{path, entry.directory, {}};
-        if (!entry.directory) session.store().read(path.c_str(), item.value);
-        items.push_back(std::move(item));
-        if (!entry.directory || !way.copy(path)) continue;
-        addBelow(session, path, way, items);
-        way.leave();
-    }
-}
-
-[[noreturn]] void refuseJson(const std::string& text) {
-    throw Failure(kUsage, "this is no dump of a store: " + oneLine(text));
-}
-
-CMORAdsLispVar valueFromJson(const Json& entry, const std::string& name) {
-    if (!entry.contains("lisp") || !entry["lisp"].is_string())
-        refuseJson("the file " + name + " has no \"lisp\"");
-    auto value = host::readLisp(entry["lisp"].get<std::string>(), host::UnknownHandles::Keep);
-    if (!value) refuseJson("the value of " + name + ": " + value.error().message());
-    if (CMORAdsLisp::NilP(value.value())) refuseJson("the value of " + name + " is nil");
-    return value.value();
-}
-
-/// A text of an object; empty when it is missing.
-std::string textIn(const Json& object, const char* key) {
-    const auto found = object.find(key);
-    if (found == object.end()) return {};
-    if (!found->is_string()) refuseJson("\"" + std::string(key) + "\" is no text");
-    return found->get<std::string>();
-}
-
-/// The entries of a dump or a directory of it.
-const Json& entriesIn(const Json& object) {
-    static const Json none = Json::array();
-    const auto found = object.find("entries");
-    if (found != object.end() && !found->is_array()) refuseJson("\"entries\" is no array");
-    return found == object.end() ? none : *found;
-}
-
-/// The names of one directory's entries. A directory x hides the files x and >x.
-class EntryNames {
-public:
-    /// False for a name that is taken.
-    bool take(const std::wstring& name, bool isDirectory) {
-        if (isDirectory) return !m_hidden.contains(name) && m_directories.insert(name).second;
-        const std::wstring plain = name.starts_with(L'>') ? name.substr(1) : name;
-        m_hidden.insert(plain);
-        return !m_directories.contains(plain) && m_files.insert(name).second;
-    }
-
-private:
-    std::set<std::wstring> m_directories;
-    std::set<std::wstring> m_files;
-    std::set<std::wstring> m_hidden;  // by a directory of that name
-};
-
-void collectJson(const Json& entries, const std::wstring& directory, std::vector<Stored>& items) {
-    EntryNames names;
-    for (const Json& entry : entries) {
-        if (!entry.is_object() || !entry.contains("name")) refuseJson("an entry has no \"name\"");
-        const std::string name = textIn(entry, "name");
-        const std::string kind = textIn(entry, "kind");
-        const bool isDirectory = kind == "directory";
-        const std::wstring wideName = wide(name);
-        if (isDirectory ? !isDirName(wideName) : !isFileName(wideName))
-            refuseJson("\"" + name + "\" is no valid name");
-        const std::wstring path = joined(directory, wideName);
-        if (path.size() > kMaxPathLength) refuseJson("a path has more than 1023 characters");
-        if (!isDirectory && directory == L"/")
-            refuseJson("the file " + name + " lies in the root; files lie in directories");
-        if (!names.take(wideName, isDirectory))
-            refuseJson("two entries of " + utf8(directory) + " have the name " + name);
-        if (isDirectory) {
-            items.push_back({path, true, {}});
-            collectJson(entriesIn(entry), path, items);
-        } else if (kind == "file") {
-            items.push_back({path, false, valueFromJson(entry, name)});
-        } else {
-            refuseJson("the entry " + name + " is neither \"file\" nor \"directory\"");
-        }
-    }
-}
-
-/// Every directory takes two levels, and paths have at most 1023 characters. Deeper ones would take
-/// the machine's stack.
-constexpr int kDeepestDump = 2000;
-
-Json parseDump(const std::string& text) {
-    const Json::parser_callback_t limit = [](int depth, Json::parse_event_t, Json&) {
-        if (depth > kDeepestDump) refuseJson("it is nested too deeply");
-        return true;
-    };
-    Json object = Json::parse(text, limit, false);
-    if (object.is_discarded()) refuseJson("it is no JSON");
-    if (!object.is_object() || !object.contains("schema") || object["schema"] != kSchema ||
-        textIn(object, "command") != "dump")
-        refuseJson("\"command\": \"dump\" and \"schema\": 1 are missing");
-    return object;
-}
-
-void removeEverything(Session& session, const std::wstring& directory) {
-    for (const Store::Entry& entry : session.store().entries(directory)) {
-        const std::wstring path = joined(directory, entry.name);
-        if (entry.directory)
-            removeDirectory(session, path);
-        else if (!session.store().del(path.c_str()))
-            throw Failure(kRefused, session.message(utf8(path) + " cannot be removed"), utf8(path));
-    }
-}
-
 }  // namespace
-
-std::vector<Stored> everythingBelow(Session& session, const std::wstring& directory) {
-    std::vector<Stored> items;
-    Way way(session);
-    if (session.hasDirectories() && way.copy(directory)) addBelow(session, directory, way, items);
-    return items;
-}
-
-void storeAll(Session& session, const std::vector<Stored>& items, const std::wstring& from,
-              const std::wstring& to) {
-    const auto moved = [&](const std::wstring& path) {
-        const std::wstring rest = from == L"/" ? path : path.substr(from.size());
-        std::wstring target = (to == L"/" ? L"" : to) + rest;
-        if (target.size() > kMaxPathLength)
-            throw Failure(kRefused, session.message("a path would have more than 1023 characters"),
-                          utf8(path));
-        return target;
-    };
-    for (const Stored& item : items) {
-        if (item.directory)
-            putDirectory(session, moved(item.path));
-        else
-            putValue(session, moved(item.path), item.value);
-    }
-    const auto fresh = Session::freshStore();
-    for (const Stored& item : items)
-        if (!item.directory) confirmValue(session, *fresh, moved(item.path), item.value);
-}
 
 int runDump(Session& session, const Options& options) {
     const std::wstring path = directoryPath(session, options.argument("/"));
     const bool stored = session.hasDirectories();
     if (!isStoredDirectory(session, path)) refuseMissing(session, path);
     Json object = jsonHead(options);
-    object["schema"] = kSchema;
+    object["schema"] = kDumpSchema;
     object["path"] = utf8(path);
     Way way(session);
     const bool entered = stored && way.copy(path);
     object["entries"] = entered ? entriesJson(session, path, way) : Json::array();
     std::cout << object.dump(1, ' ', false, Json::error_handler_t::replace) << "\n";
-    return kDone;
-}
-
-int runLoad(Session& session, const Options& options) {
-    const Json object = parseDump(readInput(options.argument("-")));
-    const std::string top = textIn(object, "path");
-    const std::wstring path = directoryPath(session, top.empty() ? "/" : top);
-    static_cast<void>(session.safeState());  // nothing may run on a damaged store
-    std::vector<Stored> items;
-    collectJson(entriesIn(object), path, items);
-    if (options.replace && isStoredDirectory(session, path) && session.hasDirectories())
-        removeEverything(session, path);
-    if (path != L"/") putDirectory(session, path);
-    storeAll(session, items, L"/", L"/");
     return kDone;
 }
 

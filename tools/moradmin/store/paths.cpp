@@ -9,6 +9,8 @@ namespace mor::tool {
 
 namespace {
 
+static_assert(kMaxPathLength == 1023 && kMaxFileNameLength == 127);  // as the texts say
+
 constexpr const char* kNameRule =
     "names begin with a letter or digit, go on with letters, digits, blanks, - and _, and hold a "
     "letter";
@@ -16,7 +18,7 @@ constexpr const char* kNameRule =
 }  // namespace
 
 std::wstring filePath(const Session& session, const std::string& word) {
-    const std::wstring path = wide(word);
+    std::wstring path = wide(word);
     if (isFilePath(path) && path.size() <= kMaxPathLength &&
         nameOf(path).size() <= kMaxFileNameLength)
         return path;
@@ -26,7 +28,7 @@ std::wstring filePath(const Session& session, const std::string& word) {
     else if (path.find(L'/', 1) == std::wstring::npos)
         hint = "files lie in directories, as in /cfg/x";
     else if (path.size() > kMaxPathLength)
-        hint = "a path has at most 1023 characters";
+        hint = kPathLimit;
     else if (nameOf(path).size() > kMaxFileNameLength)
         hint = "a file name has at most 127 characters";
     throw Failure(kRefused, session.message("\"" + oneLine(word) + "\" is no file path: " + hint),
@@ -41,7 +43,7 @@ std::wstring directoryPath(const Session& session, const std::string& word) {
     if (!path.starts_with(L'/'))
         hint = "a path begins with /, as in /cfg";
     else if (path.size() > kMaxPathLength)
-        hint = "a path has at most 1023 characters";
+        hint = kPathLimit;
     throw Failure(kRefused,
                   session.message("\"" + oneLine(word) + "\" is no directory path: " + hint), word);
 }
@@ -64,6 +66,10 @@ bool isStoredFile(Session& session, const std::wstring& path) {
 
 bool isStoredDirectory(Session& session, const std::wstring& path) {
     return path == L"/" || (session.hasDirectories() && session.store().isDirectory(path.c_str()));
+}
+
+void refuse(const Session& session, const std::wstring& path, const std::string& text) {
+    throw Failure(kRefused, session.message(text), utf8(path));
 }
 
 void refuseMissing(Session& session, const std::wstring& path) {

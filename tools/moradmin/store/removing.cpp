@@ -3,6 +3,8 @@
 #include "dwgfs/link_names.h"
 #include "dwgfs/names.h"
 #include "host/host.h"
+#include "platform/entity.h"
+#include "tools/moradmin/connecting.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/store/paths.h"
@@ -27,8 +29,8 @@ public:
     }
 
     /// The directories that go with the one of that name; those above it stay.
-    std::set<mor::EntityName> below(mor::EntityName top,
-                                    const std::set<mor::EntityName>& above) const {
+    [[nodiscard]] std::set<mor::EntityName> below(mor::EntityName top,
+                                                  const std::set<mor::EntityName>& above) const {
         std::set<mor::EntityName> gone = {top};
         std::vector<mor::EntityName> open = {top};
         while (!open.empty()) {
@@ -79,13 +81,15 @@ void refuseLinksFromElsewhere(Session& session, const std::wstring& path) {
     const mor::EntityName top = session.store().directoryName(path);
     if (above.contains(top)) return;  // a link back up goes alone
     const std::set<mor::EntityName> gone = links.below(top, above);
-    for (const auto& [name, directory] : links.all()) {
+    for (const auto& entry : links.all()) {
+        const mor::EntityName name = entry.first;
+        const StoredDirectory& directory = *entry.second;
         if (gone.contains(name)) continue;
         links.forEach(name, [&](std::wstring_view link, mor::EntityName target) {
             const bool removed = name == parent && link == nameOf(path);
             if (removed || !gone.contains(target)) return;
             const std::string other =
-                utf8(directory->path.empty() ? L"a directory out of reach" : directory->path);
+                utf8(directory.path.empty() ? L"a directory out of reach" : directory.path);
             throw Failure(kDamaged,
                           session.message(utf8(path) + " cannot be removed: the link " +
                                           utf8(link) + " in " + other +
@@ -98,10 +102,27 @@ void refuseLinksFromElsewhere(Session& session, const std::wstring& path) {
 
 }  // namespace
 
+void removeFile(Session& session, const std::wstring& path) {
+    if (!session.store().del(path.c_str()) || Session::freshStore()->isFile(path.c_str()))
+        refuse(session, path, utf8(path) + " cannot be removed");
+}
+
 void removeDirectory(Session& session, const std::wstring& path) {
     refuseLinksFromElsewhere(session, path);
     if (!session.store().delDir(path.c_str()) || Session::freshStore()->isDirectory(path.c_str()))
-        throw Failure(kRefused, session.message(utf8(path) + " cannot be removed"), utf8(path));
+        refuse(session, path, utf8(path) + " cannot be removed");
+}
+
+void removeStore(Session& session, bool extended) {
+    Store& store = session.store();
+    if (extended)
+        store.removeFileSystemEx();
+    else
+        store.removeFileSystem();
+    const auto anchor = host::firstEntityOfBlock(session.document(), kFileSystemBlock);
+    CMOREntity entity;
+    if (!anchor || !connect(entity, *anchor)) return;
+    if (entity.DeleteAttribute(kRootLink)) entity.Flush();
 }
 
 }  // namespace mor::tool

@@ -34,7 +34,9 @@ int runPoint(Session& session, const Options& options) {
     }
     const Point placed = transformed(placementOf(session, options), point);
     if (!isFinite(placed))
-        throw Failure(kRefused, session.message("the point lies where no number reaches"));
+        throw Failure(
+            kRefused,
+            session.message("the point's coordinates in the drawing are too large for numbers"));
     if (options.json) {
         Json object = jsonHead(options);
         object["point"] = placed;
@@ -54,8 +56,7 @@ int runMatrix(Session& session, const Options& options) {
         return kDone;
     }
     for (const auto& row : matrix.rows)
-        std::cout << pointText({row[0], row[1], row[2]}) << " "
-                  << host::lispText(host::makeReal(row[3])) << "\n";
+        std::cout << pointText({row[0], row[1], row[2]}) << " " << realText(row[3]) << "\n";
     return kDone;
 }
 

@@ -1,12 +1,10 @@
+#include "tools/moradmin/store/storing.h"
+
+#include "dwgfs/link_names.h"
 #include "dwgfs/path_rules.h"
 #include "host/host.h"
-#include "tools/moradmin/commands.h"
-#include "tools/moradmin/failure.h"
-#include "tools/moradmin/input.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/store/paths.h"
-#include "tools/moradmin/store/removing.h"
-#include "tools/moradmin/store/storing.h"
 
 #include <algorithm>
 #include <string>
@@ -17,32 +15,6 @@ namespace mor::tool {
 namespace {
 
 constexpr std::size_t kHandleDigits = 16;  // at most
-
-CMORAdsLispVar parsedValue(const std::string& text) {
-    auto value = host::readLisp(text);
-    if (!value) throw Failure(kUsage, "the value is no LISP text: " + value.error().message());
-    if (CMORAdsLisp::NilP(value.value()))
-        throw Failure(
-            kUsage,
-            "nil cannot be stored, it would remove the file; \"moradmin rm\" removes files");
-    return value.value();
-}
-
-CMORAdsLispVar wantedValue(const Options& options) {
-    const bool given = options.arguments.size() > 1;
-    if (given && options.fileValue)
-        throw Failure(kUsage, "one value, please: on the command line or with --file FILE");
-    if (!given && !options.fileValue)
-        throw Failure(kUsage, "a value is missing: LISP text, - for stdin or --file FILE");
-    std::string text = given ? options.arguments[1] : readInput(*options.fileValue);
-    if (given && text == "-") text = readInput("-");
-    return options.asString ? host::makeString(wide(text)) : parsedValue(text);
-}
-
-[[noreturn]] void refuse(const Session& session, const std::wstring& path,
-                         const std::string& text) {
-    throw Failure(kRefused, session.message(text), utf8(path));
-}
 
 /// A circle may lead to the root, where nothing reads files.
 void refuseTheRoot(Session& session, const std::wstring& path) {
@@ -67,7 +39,7 @@ std::vector<std::wstring> directoriesTo(const std::wstring& path) {
 void refuseFilesOnTheWay(Session& session, const std::wstring& path) {
     for (const std::wstring& directory : directoriesTo(path)) {
         if (isStoredDirectory(session, directory)) continue;
-        const std::wstring arrow = joined(parentOf(directory), L">" + nameOf(directory));
+        const std::wstring arrow = joined(parentOf(directory), kFileArrow + nameOf(directory));
         for (const std::wstring& file : {directory, arrow})
             if (isStoredFile(session, file))
                 refuse(session, path, utf8(file) + " is a file; a directory cannot have its name");
@@ -76,9 +48,7 @@ void refuseFilesOnTheWay(Session& session, const std::wstring& path) {
 
 /// The name of a file that a directory has.
 void refuseDirectoryInTheWay(Session& session, const std::wstring& path) {
-    const std::wstring name = nameOf(path);
-    const std::wstring plain =
-        joined(parentOf(path), name.starts_with(L'>') ? name.substr(1) : name);
+    const std::wstring plain = joined(parentOf(path), std::wstring(withoutArrow(nameOf(path))));
     if (isStoredDirectory(session, plain))
         refuse(session, path, utf8(plain) + " is a directory; a file cannot have its name");
 }
@@ -93,7 +63,7 @@ void explainMissingDirectory(Session& session, const std::wstring& path) {
             continue;
         }
         const long free = store->getFreeMem(made.c_str());
-        const std::wstring link = L"^" + nameOf(directory);
+        const std::wstring link = linkNameOf(nameOf(directory));
         const std::string why =
             !host::hasFreeHandle(session.document()) ? "the drawing has no handle left for it"
             : free < host::attributeBytes(link, host::makeString(std::wstring(kHandleDigits, L'F')))
@@ -120,29 +90,7 @@ void explainMissingDirectory(Session& session, const std::wstring& path) {
            utf8(path) + " cannot be stored: a real is infinite, or a name is another drawing's");
 }
 
-host::Release releaseNamed(const std::string& name) {
-    const auto release = host::releaseOfName(name);
-    if (!release || *release == host::Release::R13 || *release == host::Release::R14)
-        throw Failure(
-            kUsage, "\"" + name + "\" is no release: R12 R2000 R2004 R2007 R2010 R2013 R2018 are");
-    return *release;
-}
-
 }  // namespace
-
-int runNew(const Options& options) {
-    AcApDocument* document =
-        host::createDocument(releaseNamed(options.release), options.crlf ? "\r\n" : "\n");
-    host::SaveOptions how;
-    how.output = options.drawing;
-    how.overwrite = false;
-    how.backup = false;
-    const auto saved = host::saveDocument(document, how);
-    host::closeDocument(document);
-    if (!saved) throw Failure(saved.error());
-    if (!saved.value().warning.empty()) printNote(options.drawing + ": " + saved.value().warning);
-    return kDone;
-}
 
 void putValue(Session& session, const std::wstring& path, const CMORAdsLispVar& value) {
     refuseFilesOnTheWay(session, parentOf(path));
@@ -168,42 +116,6 @@ void putDirectory(Session& session, const std::wstring& path) {
     }
     explainMissingDirectory(session, path);
     refuse(session, path, utf8(path) + " cannot be made");
-}
-
-int runPut(Session& session, const Options& options) {
-    const std::wstring path = filePath(session, options.argument());
-    const CMORAdsLispVar value = wantedValue(options);
-    static_cast<void>(session.safeState());  // nothing may run on a damaged store
-    putValue(session, path, value);
-    confirmValue(session, *Session::freshStore(), path, value);
-    return kDone;
-}
-
-namespace {
-
-void removeNamed(Session& session, const std::wstring& path) {
-    if (path == L"/")
-        refuse(session, path,
-               "the root directory cannot be removed; \"moradmin wipe\" empties a store");
-    removeDirectory(session, path);
-}
-
-}  // namespace
-
-int runRm(Session& session, const Options& options) {
-    for (const std::string& word : options.arguments) {
-        if (options.recursive && !isStoredFile(session, wide(word))) {
-            const std::wstring directory = directoryPath(session, word);
-            if (!isStoredDirectory(session, directory)) refuseMissing(session, directory);
-            removeNamed(session, directory);
-            continue;
-        }
-        const std::wstring path = filePath(session, word);
-        if (!isStoredFile(session, path)) refuseMissing(session, path);
-        if (!session.store().del(path.c_str()) || Session::freshStore()->isFile(path.c_str()))
-            refuse(session, path, utf8(path) + " cannot be removed");
-    }
-    return kDone;
 }
 
 }  // namespace mor::tool

@@ -30,8 +30,4 @@ struct SalvagePlan {
 /// "/lost-found", then "/lost-found-2" and so on: where what does not say its place goes.
 [[nodiscard]] std::wstring lostFound(std::size_t number);
 
-/// Rebuilds the tree after the plan; answers a line for each thing that was done.
-[[nodiscard]] std::vector<std::string> applySalvage(Session& session, const StoreState& state,
-                                                    const SalvagePlan& plan);
-
 }  // namespace mor::tool

@@ -1,7 +1,6 @@
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/input.h"
-#include "tools/moradmin/output.h"
 
 #include <algorithm>
 #include <string>
@@ -28,7 +27,8 @@ public:
     std::vector<Line> read() {
         while (m_at < m_text.size()) step();
         if (m_quote != '\0')
-            throw Failure(kUsage, "a quote is not closed in line " + std::to_string(m_quoteLine));
+            throw Failure(kUsage, "line " + std::to_string(m_quoteLine) +
+                                      ": the quote that begins here is not closed");
         endCommand();
         return std::move(m_lines);
     }
@@ -100,8 +100,10 @@ std::string scriptText(const Options& options) {
 /// A command that looks at what the ones before it have done, and is saved with them.
 void runLine(Session& session, const ScriptReader::Line& line) {
     const auto command = std::ranges::find(commands(), line.words.front(), &Command::name);
-    if (command == commands().end() || command->run == nullptr || command->run == &runScript)
-        throw Failure(kUsage, "\"" + line.words.front() + "\" cannot stand in a script");
+    const std::string word = "\"" + line.words.front() + "\"";
+    if (command == commands().end()) throw Failure(kUsage, word + " is not a command");
+    if (command->run == nullptr || command->run == &runRun)
+        throw Failure(kUsage, word + " cannot stand in a script, which works on one drawing");
     const Options options = parseScriptLine(line.words, session.file());
     const bool changing = (command->options & kChanging) != 0;
     if (changing && (!options.output.empty() || options.dryRun || options.noBackup))
@@ -116,12 +118,13 @@ void runLine(Session& session, const ScriptReader::Line& line) {
     const int code = command->run(session, options);
     if (changing) session.forget();
     if (code != kDone && code != kNo)
-        throw Failure(static_cast<ExitCode>(code), "the command failed");
+        throw Failure(static_cast<ExitCode>(code),
+                      word + " ended with exit code " + std::to_string(code));
 }
 
 }  // namespace
 
-int runScript(Session& session, const Options& options) {
+int runRun(Session& session, const Options& options) {
     for (const ScriptReader::Line& line : ScriptReader(scriptText(options)).read()) {
         try {
             runLine(session, line);

@@ -1,11 +1,9 @@
-#include "host/host.h"
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/store/paths.h"
 #include "tools/moradmin/store/way.h"
 
-#include <csignal>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -14,30 +12,6 @@ namespace mor::tool {
 
 namespace {
 
-volatile std::sig_atomic_t interrupted = 0;
-
-void onInterrupt(int /*signal*/) {
-    interrupted = 1;
-    host::pressBreakKey();
-}
-
-/// While it lives, what the library prints goes to stdout and Ctrl-C is its break key.
-class CommandLine {
-public:
-    CommandLine() : m_former(std::signal(SIGINT, onInterrupt)) {
-        host::setPrinter([](std::wstring_view text) { std::cout << utf8(text); });
-    }
-    ~CommandLine() {
-        host::setPrinter({});
-        std::signal(SIGINT, m_former);
-    }
-    CommandLine(const CommandLine&) = delete;
-    CommandLine& operator=(const CommandLine&) = delete;
-
-private:
-    void (*m_former)(int);
-};
-
 struct Branch {
     std::wstring path;
     std::vector<Store::Entry> entries;
@@ -45,20 +19,6 @@ struct Branch {
 };
 
 }  // namespace
-
-int runDir(Session& session, const Options& options) {
-    const std::wstring path = wide(options.argument("/"));
-    const bool stored = session.hasDirectories();
-    const bool valid = CMORCadDwgFileSystem::isValidDirPathName(path.c_str());
-    const std::string word = options.argument("/");
-    if (!valid)
-        throw Failure(kRefused, session.message("\"" + word + "\" is no directory path"), word);
-    const CommandLine commandLine;
-    const bool listed = session.store().dir(path.c_str(), options.recursive);
-    std::cout.flush();
-    if (interrupted != 0) return kInterrupted;
-    return listed || (!stored && path == L"/") ? kDone : kRefused;
-}
 
 int runTree(Session& session, const Options& options) {
     const std::wstring top = directoryPath(session, options.argument("/"));

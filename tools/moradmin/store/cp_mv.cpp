@@ -1,17 +1,18 @@
+#include "dwgfs/names.h"
 #include "dwgfs/path_rules.h"
 #include "host/host.h"
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
-#include "tools/moradmin/store/dump.h"
 #include "tools/moradmin/store/paths.h"
 #include "tools/moradmin/store/removing.h"
 #include "tools/moradmin/store/storing.h"
+#include "tools/moradmin/store/subtree.h"
 
 #include <filesystem>
-#include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace mor::tool {
 
@@ -91,13 +92,12 @@ void storeTarget(Session& target, const Transfer& transfer) {
 
 void removeSource(Session& source, const Transfer& transfer) {
     source.activate();
-    const std::string shown = utf8(transfer.from);
-    if (transfer.from == L"/")
-        throw Failure(kRefused, source.message("the root directory cannot be moved"), shown);
-    if (!transfer.file)
+    if (transfer.from == kRootPath)
+        refuse(source, transfer.from, "the root directory cannot be moved");
+    if (transfer.file)
+        removeFile(source, transfer.from);
+    else
         removeDirectory(source, transfer.from);
-    else if (!source.store().del(transfer.from.c_str()))
-        throw Failure(kRefused, source.message(shown + " cannot be removed"), shown);
 }
 
 /// Entity names mean nothing in another drawing.
@@ -181,7 +181,7 @@ int transfer(const Options& options, bool move) {
 
 }  // namespace
 
-int runCopy(const Options& options) { return transfer(options, false); }
-int runMove(const Options& options) { return transfer(options, true); }
+int runCp(const Options& options) { return transfer(options, false); }
+int runMv(const Options& options) { return transfer(options, true); }
 
 }  // namespace mor::tool

@@ -1,3 +1,5 @@
+#include "tools/moradmin/references/passage.h"
+
 #include "platform/entity.h"
 #include "platform/runtime.h"
 #include "space/global_view.h"
@@ -5,15 +7,11 @@
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/picture/geometry.h"
 #include "tools/moradmin/references/references.h"
-#include "tools/moradmin/session.h"
 #include "xref/space_iterator.h"
 #include "xref/xref_view.h"
 
 #include <algorithm>
 #include <cmath>
-#include <optional>
-
-// How a session comes to look through a reference.
 
 namespace mor::tool {
 
@@ -38,23 +36,13 @@ std::string whyNotPlaced(const AcApDocument* document, mor::EntityName insert) {
            ") keeps it; the audit of a CAD program gives the insert another one";
 }
 
-/// The block that an insert names, as the drawing knows it; none for anything but an insert.
-std::optional<std::wstring> insertedBlock(mor::EntityName name) {
-    ads_name words{};
-    name.copyTo(words);
-    CMOREntity entity;
-    const wchar_t* block = nullptr;
-    if (!entity.Connect(words) || entity.Type().CompareNoCase(L"INSERT") != 0 ||
-        !entity.GetEntityEntry(2, block) || block == nullptr)
-        return std::nullopt;
-    return block;
-}
-
 }  // namespace
 
-/// An insert of the drawing's own: the first one of that block in its spaces, or the one of that
-/// handle.
-mor::EntityName Session::findInsert(const std::string& word) {
+void Passage::refuse(const std::string& text, const std::string& word) const {
+    throw Failure(kRefused, m_host + ": " + text, word);
+}
+
+mor::EntityName Passage::findInsert(const std::string& word) {
     const std::wstring name = wide(word);
     mor::EntityName found;
     host::forEachInsert(m_document, name, [&](const host::RecordInfo& info) {
@@ -63,47 +51,43 @@ mor::EntityName Session::findInsert(const std::string& word) {
     if (!found.isNone()) return found;
     if (host::hasBlock(m_document, name)) {
         const auto info = host::findReference(m_document, name);
-        if (!info) throw Failure(kRefused, message(word + " is no external reference"), word);
-        throw Failure(
-            kRefused,
-            message(
-                word + " is attached but nowhere inserted" +
-                (info->inserts == 0 ? "" : " in a space; an insert in a block goes by its handle")),
+        if (!info) refuse(word + " is no external reference", word);
+        refuse(
+            word + " is attached but nowhere inserted" +
+                (info->inserts == 0 ? "" : " in a space; an insert in a block goes by its handle"),
             word);
     }
     const auto record = host::findHandle(m_document, name);
     if (!record || host::recordInfo(m_document, *record)->type != "INSERT")
-        throw Failure(
-            kRefused,
-            message("there is no reference \"" + word + "\" and no insert of that handle"), word);
+        refuse("there is no reference \"" + word +
+                   "\" and no insert of that handle; \"moradmin xrefs\" lists the references",
+               word);
     const auto info = host::recordInfo(m_document, *record);
     if (info->place == host::Place::BlockDefinition) m_placedIn = info->container;
     return *record;
 }
 
-/// The same among the entities of the reference that is looked through so far.
-mor::EntityName Session::findInsertBelow(const std::string& word) {
+mor::EntityName Passage::findInsertBelow(const std::string& word) const {
     const std::wstring block = m_reference + L"|" + wide(word);
-    MOR_SpaceIterator entities(view());
+    MOR_SpaceIterator entities(*CMORCadView::getTheGlobalObject());
     while (const ads_name* name = entities()) {
         const auto inserted = insertedBlock(mor::EntityName(*name));
         if (inserted && equalNoCase(*inserted, block)) return mor::EntityName(*name);
     }
     ads_name found{};
-    if (view().handEnt(wide(word).c_str(), found) && insertedBlock(mor::EntityName(found)))
+    if (CMORCadView::getTheGlobalObject()->handEnt(wide(word).c_str(), found) &&
+        insertedBlock(mor::EntityName(found)))
         return mor::EntityName(found);
-    throw Failure(kRefused,
-                  message(utf8(m_reference) + " has no insert of a reference \"" + word +
-                          "\" and no insert of that handle"),
-                  word);
+    refuse(utf8(m_reference) + " has no insert of a reference \"" + word +
+               "\" and no insert of that handle",
+           word);
 }
 
-void Session::goThrough(mor::EntityName insert, const std::string& word) {
+void Passage::goThrough(mor::EntityName insert, const std::string& word) {
     const std::wstring block = insertedBlock(insert).value_or(L"");
     const auto info = host::findReference(m_document, block);
-    if (!info) throw Failure(kRefused, message(word + " is no external reference"), word);
-    if (info->status != host::ReferenceStatus::Loaded)
-        throw Failure(kRefused, message(whyNotLoaded(*info)), word);
+    if (!info) refuse(word + " is no external reference", word);
+    if (info->status != host::ReferenceStatus::Loaded) refuse(whyNotLoaded(*info), word);
     // A view finds its insert again by the handle; old drawings may have none.
     const auto record = host::recordInfo(m_document, insert);
     if (record->handle == 0 && m_inserts.empty())
@@ -111,19 +95,17 @@ void Session::goThrough(mor::EntityName insert, const std::string& word) {
     ads_name words{};
     insert.copyTo(words);
     if (!CMORCadView::connectTheGlobalObject(words))
-        throw Failure(kRefused,
-                      message("the reference " + utf8(block) +
-                              (info->entities == 0
-                                   ? " has no entities to look through"
-                                   : " cannot be looked through: its name is too long, or its "
-                                     "insert has no handle")),
-                      word);
+        refuse("the reference " + utf8(block) +
+                   (info->entities == 0 ? " has no entities to look through"
+                                        : " cannot be looked through: its name is too long, or its "
+                                          "insert has no handle"),
+               word);
     m_inserts.push_back(insert);
     m_reference = info->name;
-    m_inside = info->found.string();
+    m_file = info->found.string();
 }
 
-void Session::enter(const std::string& words) {
+void Passage::enter(const std::string& words) {
     // A name with bars in it, or what the drawing itself inserts of a reference's reference.
     bool whole = false;
     host::forEachInsert(m_document, wide(words),
@@ -136,7 +118,7 @@ void Session::enter(const std::string& words) {
     }
 }
 
-CMORMathTransMatrix Session::placement() const {
+CMORMathTransMatrix Passage::placement() const {
     CMORMathTransMatrix result;
     for (const mor::EntityName& insert : m_inserts) {
         ads_name words{};
@@ -148,15 +130,14 @@ CMORMathTransMatrix Session::placement() const {
         const bool read = insert == m_inserts.front() ? first.connect(words) && first.getMat(step)
                                                       : step.loadFromEntity(words);
         if (!read)
-            throw Failure(kRefused,
-                          message("the placement of " + utf8(m_reference) + " cannot be read" +
-                                  whyNotPlaced(m_document, m_inserts.front())));
+            refuse("the placement of " + utf8(m_reference) + " cannot be read" +
+                   whyNotPlaced(m_document, m_inserts.front()));
         result = product(result, step.matrix);
     }
     for (const auto& row : result.rows)
         if (!std::ranges::all_of(row, [](double value) { return std::isfinite(value); }))
-            throw Failure(kRefused, message("the placement of " + utf8(m_reference) +
-                                            " holds numbers that are out of range"));
+            refuse("the placement of " + utf8(m_reference) +
+                   " holds numbers that are out of range");
     return result;
 }
 

@@ -1,13 +1,15 @@
 #pragma once
 
-#include "tools/moradmin/output.h"
+#include "platform/lisp.h"
 #include "tools/moradmin/session.h"
 
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace mor::tool {
+
+/// The layout of what `dump` prints and `load` reads.
+inline constexpr int kDumpSchema = 1;
 
 /// One file or directory with its path; directories before what they hold, all in stored order.
 struct Stored {

@@ -1,0 +1,36 @@
+#include "host/host.h"
+#include "tools/moradmin/commands.h"
+#include "tools/moradmin/failure.h"
+#include "tools/moradmin/output.h"
+
+#include <string>
+
+namespace mor::tool {
+
+namespace {
+
+host::Release releaseNamed(const std::string& name) {
+    const auto release = host::releaseOfName(name);
+    if (!release || *release == host::Release::R13 || *release == host::Release::R14)
+        throw Failure(
+            kUsage, "\"" + name + "\" is no release: R12 R2000 R2004 R2007 R2010 R2013 R2018 are");
+    return *release;
+}
+
+}  // namespace
+
+int runNew(const Options& options) {
+    AcApDocument* document =
+        host::createDocument(releaseNamed(options.release), options.crlf ? "\r\n" : "\n");
+    host::SaveOptions how;
+    how.output = options.drawing;
+    how.overwrite = false;
+    how.backup = false;
+    const auto saved = host::saveDocument(document, how);
+    host::closeDocument(document);
+    if (!saved) throw Failure(saved.error());
+    if (!saved.value().warning.empty()) printNote(options.drawing + ": " + saved.value().warning);
+    return kDone;
+}
+
+}  // namespace mor::tool

@@ -1,0 +1,82 @@
+#include "platform/entity.h"
+
+#include "tools/moradmin/commands.h"
+#include "tools/moradmin/failure.h"
+#include "tools/moradmin/output.h"
+#include "tools/moradmin/references/entity_record.h"
+#include "tools/moradmin/references/listed_entity.h"
+#include "tools/moradmin/shown_text.h"
+
+#include <iostream>
+#include <string>
+#include <vector>
+
+namespace mor::tool {
+
+namespace {
+
+Json groupJson(const host::RecordGroup& group) {
+    Json value = group.value;
+    switch (groupKind(group.code)) {
+        case GroupKind::Real:
+            if (const auto real = readReal(group.value)) value = *real;
+            break;
+        case GroupKind::Integer:
+            // What is no integer stays the real or the text that it is.
+            if (const auto integer = readInteger(group.value))
+                value = *integer;
+            else if (group.value.find_first_of(".eE") != std::string::npos)
+                if (const auto real = readReal(group.value)) value = *real;
+            break;
+        case GroupKind::Text:
+            break;
+    }
+    return {{"code", group.code}, {"value", std::move(value)}};
+}
+
+Json attributesJson(const host::RecordAttributes& attributes) {
+    Json items = Json::array();
+    for (const host::RecordAttribute& item : attributes.items)
+        items.push_back({{"name", utf8(item.name)},
+                         {"type", typeName(item.value)},
+                         {"used", item.bytes},
+                         {"lisp", host::lispText(item.value)},
+                         {"value", jsonValue(item.value)}});
+    return items;
+}
+
+mor::EntityName findEntity(const Session& session, const std::string& word) {
+    ads_name name{};
+    if (session.view().handEnt(wide(word).c_str(), name)) return mor::EntityName(name);
+    const std::string where = session.reference().empty() ? "" : " in " + utf8(session.reference());
+    throw Failure(kRefused, session.message("no record has the handle " + word + where), word);
+}
+
+}  // namespace
+
+int runEntity(Session& session, const Options& options) {
+    const mor::EntityName name = findEntity(session, options.argument());
+    const std::vector<host::RecordGroup> groups = host::recordGroups(session.document(), name);
+    const host::RecordAttributes attributes = host::recordAttributes(session.document(), name);
+    if (!attributes.damage.empty())
+        printNote(session.message("its attributes cannot be read: " + attributes.damage));
+    if (options.json) {
+        CMOREntity entity;
+        Json object = entityJson(options, describe(session, name, entity));
+        object["groups"] = Json::array();
+        for (const host::RecordGroup& group : groups) object["groups"].push_back(groupJson(group));
+        object["attributes"] = attributesJson(attributes);
+        object["used"] = attributes.used;
+        object["free"] = attributes.free;
+        printJson(object);
+        return kDone;
+    }
+    for (const host::RecordGroup& group : groups)
+        std::cout << group.code << "\t" << oneLine(group.value) << "\n";
+    for (const host::RecordAttribute& item : attributes.items)
+        std::cout << "attribute\t" << oneLine(utf8(item.name)) << "\t"
+                  << oneLine(host::lispText(item.value)) << "\n";
+    return kDone;
+}
+
+}  // namespace mor::tool

@@ -1,0 +1,34 @@
+#include "tools/moradmin/references/listed_entity.h"
+
+#include "host/host.h"
+#include "tools/moradmin/connecting.h"
+
+namespace mor::tool {
+
+namespace {
+
+std::string spaceOf(const Session& session, const host::RecordInfo& info) {
+    const bool model = info.place == host::Place::ModelSpace;
+    if (!session.reference().empty() || model) return utf8(session.view().SpaceName());
+    const bool active = info.place == host::Place::PaperSpace && info.container.empty();
+    return active ? "*Paper_Space" : info.container;
+}
+
+}  // namespace
+
+ListedEntity describe(const Session& session, mor::EntityName name, CMOREntity& entity) {
+    const auto info = host::recordInfo(session.document(), name);
+    const std::string layer = connect(entity, name) ? utf8(entity.GetLayer(nullptr)) : "";
+    return {host::handleText(info->handle), info->type, layer, spaceOf(session, *info)};
+}
+
+Json entityJson(const Options& options, const ListedEntity& entity) {
+    Json object = jsonHead(options);
+    object["handle"] = entity.handle;
+    object["type"] = entity.type;
+    object["layer"] = entity.layer;
+    object["space"] = entity.space;
+    return object;
+}
+
+}  // namespace mor::tool

@@ -1,0 +1,85 @@
+#include "dwgfs/path_rules.h"
+#include "host/host.h"
+#include "tools/moradmin/commands.h"
+#include "tools/moradmin/failure.h"
+#include "tools/moradmin/output.h"
+#include "tools/moradmin/shown_text.h"
+
+#include <iostream>
+#include <string>
+
+namespace mor::tool {
+
+namespace {
+
+struct StoreTotals {
+    std::size_t files = 0;
+    long bytes = 0;
+};
+
+StoreTotals totalsOf(const StoreState& state) {
+    StoreTotals totals;
+    for (std::size_t i = 0; i < state.reachable; ++i)
+        for (const host::RecordAttribute& item : state.directories[i].attributes.items) {
+            if (!isFileName(item.name)) continue;
+            ++totals.files;
+            totals.bytes += item.bytes;
+        }
+    return totals;
+}
+
+const char* stateName(StoreState::Kind kind) {
+    switch (kind) {
+        case StoreState::Kind::None:
+            return "none";
+        case StoreState::Kind::Empty:
+            return "empty";
+        case StoreState::Kind::Sound:
+            return "sound";
+        case StoreState::Kind::Broken:
+            return "damaged";
+    }
+    return "none";
+}
+
+}  // namespace
+
+int runInfo(Session& session, const Options& options) {
+    const StoreState& state = session.state();
+    const host::DocumentInfo& info = session.info();
+    const std::string path = session.reference().empty() ? session.file() : info.path.string();
+    const StoreTotals totals = totalsOf(state);
+    Json object = jsonHead(options);
+    object["path"] = path;
+    if (!session.reference().empty()) object["reference"] = utf8(session.reference());
+    object["release"] = host::releaseName(info.release);
+    object["version"] = info.version;
+    object["codePage"] = info.codePage;
+    object["encoding"] = info.encoding;
+    object["lineEnd"] = info.lineEnd;
+    object["bytes"] = info.bytes;
+    object["records"] = info.records;
+    object["store"] = {{"state", stateName(state.kind)},
+                       {"directories", state.reachable},
+                       {"files", totals.files},
+                       {"used", totals.bytes},
+                       {"findings", state.findings.size()}};
+    if (options.json) {
+        printJson(object);
+        return kDone;
+    }
+    std::cout << "drawing   " << oneLine(path) << "\n"
+              << "release   " << host::releaseName(info.release) << " ("
+              << (info.version.empty() ? "no $ACADVER" : oneLine(info.version)) << ")\n"
+              << "text      " << info.encoding << ", " << info.lineEnd << "\n"
+              << "size      " << info.bytes << " bytes, " << info.records << " records\n"
+              << "store     " << stateName(state.kind) << ", " << state.reachable
+              << " directories, " << totals.files << " files, " << totals.bytes
+              << " bytes in files\n";
+    for (const Finding& finding : state.findings)
+        std::cout << "finding   " << finding.code << " " << oneLine(utf8(finding.path)) << ": "
+                  << oneLine(finding.message) << "\n";
+    return kDone;
+}
+
+}  // namespace mor::tool
