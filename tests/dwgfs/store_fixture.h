@@ -67,6 +67,11 @@ protected:
     /// The entity of a directory, erased or not; fails the test when no links lead there.
     [[nodiscard]] EntityName entityOf(std::string_view path) const;
     [[nodiscard]] EntityName blockEntity() const;
+    [[nodiscard]] std::wstring handleOf(std::string_view path) const;
+    /// A link below `path` to the directory `target`.
+    void link(std::string_view path, const wchar_t* name, std::string_view target) const {
+        setText(entityOf(path), name, handleOf(target).c_str());
+    }
     static void toggleErased(EntityName entity);
     static void setText(EntityName entity, const wchar_t* attribute, const wchar_t* text);
     static void setLayer(bool frozen, bool locked);

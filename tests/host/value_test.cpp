@@ -13,29 +13,17 @@ CMORAdsLispVar read(std::string_view text) {
     return result ? result.value() : CMORAdsLispVar{};
 }
 
-CMORAdsLispVar nestedList(int depth) {
-    std::string text(static_cast<std::size_t>(depth), '(');
-    text += "1";
-    text.append(static_cast<std::size_t>(depth), ')');
-    return read(text);
-}
-
-TEST(Value, IsWhatItWasMadeFrom) {
+TEST(Value, IsWhatItWasMadeFromAndNothingElse) {
     const ads_name name = {7, 2};
     EXPECT_EQ(integerOf(makeInteger(std::numeric_limits<std::int32_t>::min())),
               std::numeric_limits<std::int32_t>::min());
     EXPECT_EQ(realOf(makeReal(0.1)), 0.1);
     EXPECT_EQ(stringOf(makeString(L"a\u00E4")), L"a\u00E4");
     EXPECT_EQ(entityNameOf(CMORAdsLispVar{name}), EntityName(7, 2));
-}
-
-TEST(Value, AnswersNothingForAnotherKind) {
-    EXPECT_EQ(integerOf(makeReal(1.0)), 0);
-    EXPECT_EQ(realOf(makeInteger(1)), 0.0);
+    EXPECT_EQ(integerOf(makeReal(1.0)) + realOf(makeInteger(1)), 0.0);
     EXPECT_EQ(stringOf(makeInteger(1)), L"");
     EXPECT_EQ(entityNameOf(makeString(L"x")), EntityName{});
-    EXPECT_TRUE(elementsOf(makeString(L"x")).empty());
-    EXPECT_TRUE(elementsOf({}).empty());
+    EXPECT_TRUE(elementsOf(makeString(L"x")).empty() && elementsOf({}).empty());
 }
 
 TEST(Value, KnowsItsKind) {
@@ -64,21 +52,16 @@ TEST(Value, IsKeptInItsSimplestForm) {
     for (const auto& c : cases) EXPECT_EQ(lispText(read(c.written)), c.kept);
 }
 
-TEST(Value, MakesListsFromItems) {
+TEST(Value, MakesListsFromItemsAndGivesThemBackTheTailLast) {
     EXPECT_EQ(lispText(makeList({})), "nil");
     EXPECT_EQ(lispText(makeList({}, makeInteger(1))), "nil");
     EXPECT_EQ(lispText(makeList({makeInteger(1), {}})), "(1 nil)");
     EXPECT_EQ(lispText(makeList({makeInteger(1)}, makeInteger(2))), "(1 . 2)");
     EXPECT_EQ(lispText(makeList({makeInteger(1)}, read("(2 . 3)"))), "(1 2 . 3)");
-}
-
-TEST(Value, GivesItsElementsTheTailLast) {
-    const std::vector<CMORAdsLispVar> elements = elementsOf(read("((1 2) nil \"x\" . 4.5)"));
-    ASSERT_EQ(elements.size(), 4u);
-    EXPECT_EQ(lispText(elements[0]), "(1 2)");
-    EXPECT_EQ(lispText(elements[1]), "nil");
-    EXPECT_EQ(lispText(elements[2]), "\"x\"");
-    EXPECT_EQ(lispText(elements[3]), "4.5");
+    std::string elements;
+    for (const auto& element : elementsOf(read("((1 2) nil \"x\" . 4.5)")))
+        elements += lispText(element) + ", ";
+    EXPECT_EQ(elements, "(1 2), nil, \"x\", 4.5, ");
 }
 
 TEST(Value, IsTheSameOnlyToTheBit) {
@@ -112,21 +95,17 @@ TEST(Value, NeverChangesThroughACopy) {
 }
 
 TEST(Value, NestsAsDeepAsMemoryAllows) {
-    constexpr int kDepth = 100'000;
-    const CMORAdsLispVar deep = nestedList(kDepth);
+    constexpr std::size_t kDepth = 100'000;
+    const std::string closing(kDepth, ')');
+    const CMORAdsLispVar deep = read(std::string(kDepth, '(') + "1" + closing);
     CMORAdsLispVar changed = deep;
     EXPECT_TRUE(sameValue(deep, changed.Append({})));
     changed.Append(deep);
     EXPECT_EQ(elementsOf(changed).size(), 2u);
-    EXPECT_EQ(lispText(deep).size(), 2u * kDepth + 1);
-}
-
-TEST(Value, HoldsDottedTailsAsDeepAsMemoryAllows) {
-    constexpr std::size_t kDepth = 100'000;
-    std::string text;
-    for (std::size_t i = 0; i < kDepth; ++i) text += "(1 . ";
-    text += "2" + std::string(kDepth, ')');
-    EXPECT_EQ(elementsOf(read(text)).size(), kDepth + 1);
+    EXPECT_EQ(lispText(deep).size(), 2 * kDepth + 1);
+    std::string dotted;
+    for (std::size_t i = 0; i < kDepth; ++i) dotted += "(1 . ";
+    EXPECT_EQ(elementsOf(read(dotted + "2" + closing)).size(), kDepth + 1);
 }
 
 }  // namespace

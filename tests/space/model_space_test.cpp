@@ -24,7 +24,7 @@ protected:
         const DxfDrawing drawing{
             .layers = {"0", "WALLS"},
             .blocks = blockDefinition("DOOR", lineEntity("D1", "0")),
-            .entities = lineEntity("A1", "WALLS") + lineEntity("A2", "0;67 1")};
+            .entities = lineEntity("A1", "WALLS") + lineEntity("A2", "0|67 1")};
         auto opened = host::openDocument(drawing.save("model_space.dxf"));
         ASSERT_TRUE(opened) << opened.error().message();
         host::closeDocument(replaceDocument(opened.value()));

@@ -81,7 +81,7 @@ TEST_F(Carry, LoadRefusesWhatIsNoDump) {
           head + deep, deep, head + deep + std::string(100000, ']') + "}"}) {
         const Outcome load = run({"load", a}, text);
         EXPECT_EQ(load.code, 2) << text.substr(0, 80);
-        EXPECT_NE(load.err.find("this is no dump of a store: "), std::string::npos) << load.err;
+        EXPECT_TRUE(holds(load.err, "this is no dump of a store: "));
     }
     for (const std::vector<std::string>& words :
          {std::vector<std::string>{"load", a, folder().string()},
@@ -89,7 +89,7 @@ TEST_F(Carry, LoadRefusesWhatIsNoDump) {
           {"put", a, "/a/x", "--file", folder().string()}}) {
         const Outcome outcome = run(words);
         EXPECT_EQ(outcome.code, 2);
-        EXPECT_NE(outcome.err.find("is a directory"), std::string::npos) << outcome.err;
+        EXPECT_TRUE(holds(outcome.err, "is a directory"));
     }
     EXPECT_EQ(readFile(a), bytes);
 }
@@ -123,7 +123,7 @@ TEST_F(Carry, ScriptsSaveAllOrNothing) {
     const std::string bytes = readFile(a);
     const Outcome failed = run({"run", a, "-c", "put /a/y 2; rm /a/none; put /a/z 3"});
     EXPECT_EQ(failed.code, 6);
-    EXPECT_NE(failed.err.find("line 1"), std::string::npos) << failed.err;
+    EXPECT_TRUE(holds(failed.err, "line 1"));
     EXPECT_EQ(readFile(a), bytes);
     const Outcome done = run({"run", a, "-"},
                              "# a comment\nput /a/y '(1 2)'\nput /a/t --string \"x y\"\n\ncat "
@@ -149,7 +149,7 @@ TEST_F(Carry, ListsAsTheLibraryDoesIt) {
                   end + "\n\n");
     const Outcome missing = run({"dir", a, "/none"});
     EXPECT_EQ(missing.code, 6);
-    EXPECT_NE(missing.out.find("invalid pszPath        /none\n"), std::string::npos);
+    EXPECT_TRUE(holds(missing.out, "invalid pszPath        /none\n"));
 }
 
 TEST_F(Carry, LooksThroughReferences) {

@@ -191,7 +191,7 @@ TEST_F(Commands, TakeNegativeNumbersWithAndWithoutTheEndOfOptions) {
 TEST_F(Commands, TakeAnythingBehindTheEndOfOptionsAsAnArgument) {
     const Outcome outcome = run({"cat", newDrawing(), "--", "--json"});
     EXPECT_EQ(outcome.code, 6);
-    EXPECT_NE(outcome.err.find("\"--json\" is no file path"), std::string::npos) << outcome.err;
+    EXPECT_TRUE(holds(outcome.err, "\"--json\" is no file path"));
 }
 
 TEST_F(Commands, WorkOnDrawingsWhoseNamesLookLikeNumbers) {
@@ -233,12 +233,12 @@ TEST_F(Commands, StoreTextsFromFilesAndStdinAsOneString) {
 TEST_F(Commands, SayWhatWouldWorkInsteadOfABareWordAndNil) {
     const std::string d = newDrawing();
     const Outcome bare = run({"put", d, "/a/x", "(1 bare)"});
-    EXPECT_NE(bare.err.find("\"bare\""), std::string::npos) << bare.err;
-    EXPECT_NE(bare.err.find("column 4"), std::string::npos) << bare.err;
+    EXPECT_TRUE(holds(bare.err, "\"bare\""));
+    EXPECT_TRUE(holds(bare.err, "column 4"));
     const Outcome nil = run({"put", d, "/a/x", "nil"});
-    EXPECT_NE(nil.err.find("moradmin rm"), std::string::npos) << nil.err;
+    EXPECT_TRUE(holds(nil.err, "moradmin rm"));
     const Outcome command = run({"nosuch", d});
-    EXPECT_NE(command.err.find("nosuch"), std::string::npos) << command.err;
+    EXPECT_TRUE(holds(command.err, "nosuch"));
 }
 
 // ---- new ----------------------------------------------------------------------------------------
@@ -262,7 +262,7 @@ TEST_F(Commands, NeverOverwriteWithANewDrawing) {
     writeFile(file("d.dxf"), "precious");
     const Outcome made = run({"new", file("d.dxf")});
     EXPECT_EQ(made.code, 5);
-    EXPECT_NE(made.err.find("exists"), std::string::npos) << made.err;
+    EXPECT_TRUE(holds(made.err, "exists"));
     EXPECT_EQ(readFile(file("d.dxf")), "precious");
     EXPECT_EQ(names(), "d.dxf");
 }
@@ -324,14 +324,14 @@ TEST_F(Commands, SayWhyNothingCanBeFoundOrMade) {
     const std::string d = newDrawing();
     const Outcome pattern = run({"find", d, "/" + std::string(1100, 'a')});
     EXPECT_EQ(pattern.code, 6);
-    EXPECT_NE(pattern.err.find("at most 1023 characters"), std::string::npos) << pattern.err;
+    EXPECT_TRUE(holds(pattern.err, "at most 1023 characters"));
     std::string bytes = readFile(d);
     const std::size_t seed = bytes.find("\n", bytes.find("$HANDSEED") + 10) + 1;
     bytes.replace(seed, bytes.find('\n', seed) - seed, "FFFFFFFFFFFFFFFE");
     writeFile(d, bytes);
     const Outcome put = run({"put", d, "/a/x", "1"});
     EXPECT_EQ(put.code, 6);
-    EXPECT_NE(put.err.find("no handle left"), std::string::npos) << put.err;
+    EXPECT_TRUE(holds(put.err, "no handle left"));
     EXPECT_EQ(readFile(d), bytes);
 }
 

@@ -78,8 +78,8 @@ protected:
             const Outcome outcome = run(words);
             EXPECT_EQ(outcome.code, 4) << words[0];
             EXPECT_EQ(outcome.out, "") << words[0];
-            EXPECT_NE(outcome.err.find("(" + code + ")"), std::string::npos) << outcome.err;
-            EXPECT_NE(outcome.err.find("moradmin repair"), std::string::npos) << outcome.err;
+            EXPECT_TRUE(holds(outcome.err, "(" + code + ")"));
+            EXPECT_TRUE(holds(outcome.err, "moradmin repair"));
         }
         const Outcome info = run({"info", "--json", m_drawing});
         EXPECT_EQ(info.code, 0);

@@ -97,7 +97,7 @@ TEST_F(FullStore, FillsADirectoryWithFilesUntilItIsFull) {
         const Outcome put = putText(d, path, 2000);
         if (put.code != 0) {
             EXPECT_EQ(put.code, 6);
-            EXPECT_NE(put.err.find("are free in /a"), std::string::npos) << put.err;
+            EXPECT_TRUE(holds(put.err, "are free in /a"));
             break;
         }
         expected += "f" + std::to_string(i) + "\n";
@@ -146,7 +146,7 @@ TEST_F(FullStore, CountsTheExtendedDataOfOtherApplications) {
     EXPECT_EQ(freeIn(d, "/a"), free - (2 + 7) - 3);
     EXPECT_EQ(putText(d, "/a/y", lettersFor(free)).code, 6);
     EXPECT_EQ(putText(d, "/a/y", lettersFor(free - 12)).code, 0);
-    EXPECT_NE(readFile(d).find("1001\nACAD\n1000\nforeign\n1070\n     1\n"), std::string::npos);
+    EXPECT_TRUE(holds(readFile(d), "1001\nACAD\n1000\nforeign\n1070\n     1\n"));
 }
 
 TEST_F(FullStore, TakesTheDeepestPathThatTheRulesAllow) {

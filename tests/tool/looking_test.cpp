@@ -22,22 +22,22 @@ class Looking : public ToolTest {
 protected:
     void SetUp() override {
         ToolTest::SetUp();
-        static_cast<void>(DxfDrawing{.layers = {"0", "SHAFT;70 0;62 5"},
-                                     .entities = lineEntity("F1", "SHAFT") + lineEntity("A1", "0")}
-                              .save("core.dxf"));
-        m_plan = DxfDrawing{.layers = {"0", "WALLS;70 1;62 -3", "Doors;70 4;62 6", "~odd",
-                                       "CORE|SHAFT;70 1"},
+        DxfDrawing{.layers = {"0", "SHAFT|70 0|62 5"},
+                   .entities = lineEntity("F1", "SHAFT") + lineEntity("A1", "0")}
+            .save("core.dxf");
+        m_plan = DxfDrawing{.layers = {"0", "WALLS|70 1|62 -3", "Doors|70 4|62 6", "~odd",
+                                       "CORE|SHAFT|70 1"},
                             .blocks = blockDefinition("DOOR", lineEntity("B1", "0"), 2) +
                                       referenceDefinition("CORE", "core.dxf"),
                             .entities = lineEntity("A1", "WALLS") + lineEntity("A2", "Doors") +
                                         insertEntity("A3", "Doors", "DOOR") +
-                                        insertEntity("A4", "0", "CORE", "10 5.0;20 0.0;30 1.0;") +
-                                        "0 CIRCLE;5 A5;8 ~odd;10 1.0;20 2.0;30 0.0;40 1.0;"}
+                                        insertEntity("A4", "0", "CORE", "10 5.0|20 0.0|30 1.0|") +
+                                        "0 CIRCLE|5 A5|8 ~odd|10 1.0|20 2.0|30 0.0|40 1.0|"}
                      .save("plan.dxf")
                      .string();
         m_host =
             DxfDrawing{
-                .layers = {"0", "WALLS", "PLAN|WALLS;70 0;62 2"},
+                .layers = {"0", "WALLS", "PLAN|WALLS|70 0|62 2"},
                 .blocks = blockDefinition("GATE", lineEntity("D1", "0")) +
                           blockDefinition("PLAN|DOOR", "", 1) +
                           referenceDefinition("PLAN", "plan.dxf") +
@@ -45,9 +45,9 @@ protected:
                           referenceDefinition("LOST", "gone\\lost.dwg"),
                 .entities = lineEntity("A1", "WALLS") +
                             insertEntity("10", "0", "PLAN",
-                                         "10 100.0;20 200.0;30 0.0;41 2.0;42 2.0;43 2.0;50 90.0;") +
+                                         "10 100.0|20 200.0|30 0.0|41 2.0|42 2.0|43 2.0|50 90.0|") +
                             insertEntity("12", "WALLS", "GATE") + insertEntity("13", "0", "LOST") +
-                            "0 TEXT;5 A2;8 WALLS;10 0.0;20 0.0;40 1.0;1 a^Jb;67 1;"}
+                            "0 TEXT|5 A2|8 WALLS|10 0.0|20 0.0|40 1.0|1 a^Jb|67 1|"}
                 .save("host.dxf")
                 .string();
     }
@@ -105,9 +105,9 @@ TEST_F(Looking, BlocksStandBesideWhatTheDrawingSaysOfThem) {
     EXPECT_EQ(block["flags"], 50);
     EXPECT_EQ(block["host"]["flags"], 1);
     const std::string dump = out({"blocks", "--dump", "--in", "PLAN"});
-    EXPECT_NE(dump.find("Members of xref [PLAN]\n"), std::string::npos);
-    EXPECT_NE(dump.find("[DOOR                ] xref: 0 ovl: 0 att: 1"), std::string::npos);
-    EXPECT_NE(error({"blocks", "--dump"}, 6).find("LOST has no entities"), std::string::npos);
+    EXPECT_TRUE(holds(dump, "Members of xref [PLAN]\n"));
+    EXPECT_TRUE(holds(dump, "[DOOR                ] xref: 0 ovl: 0 att: 1"));
+    EXPECT_TRUE(holds(error({"blocks", "--dump"}, 6), "LOST has no entities"));
     EXPECT_EQ(error({"blocks", "--dump", "--json"}, 2).substr(0, 1), "{");
 }
 
@@ -144,13 +144,13 @@ TEST_F(Looking, PointsAreCarriedIntoTheDrawing) {
 }
 
 TEST_F(Looking, AFlatPolylineIsAsHighAsItsOwnRecordSays) {
-    const std::string vertices = "0 VERTEX;5 B1;8 0;10 1.0;20 2.0;30 7.0;0 SEQEND;5 B2;8 0;";
+    const std::string vertices = "0 VERTEX|5 B1|8 0|10 1.0|20 2.0|30 7.0|0 SEQEND|5 B2|8 0|";
     const std::string host =
         DxfDrawing{.entities =
-                       "0 POLYLINE;5 A1;8 0;66 1;10 0.0;20 0.0;30 3.0;210 0.0;220 0.0;"
-                       "230 -1.0;" +
-                       vertices + "0 POLYLINE;5 A2;8 0;66 1;70 8;30 3.0;" + vertices +
-                       "0 POLYLINE;5 A3;8 0;66 1;30 0.0;" + vertices}
+                       "0 POLYLINE|5 A1|8 0|66 1|10 0.0|20 0.0|30 3.0|210 0.0|220 0.0|"
+                       "230 -1.0|" +
+                       vertices + "0 POLYLINE|5 A2|8 0|66 1|70 8|30 3.0|" + vertices +
+                       "0 POLYLINE|5 A3|8 0|66 1|30 0.0|" + vertices}
             .save("flat.dxf")
             .string();
     EXPECT_EQ(run({"entities", host, "--world"}).out,
@@ -162,10 +162,10 @@ TEST_F(Looking, AFlatPolylineIsAsHighAsItsOwnRecordSays) {
 TEST_F(Looking, PointsAreThoseThatPlaceAnEntity) {
     const std::string host =
         DxfDrawing{.entities =
-                       "0 TEXT;5 A1;8 0;10 0.0;20 0.0;11 5.0;21 6.0;31 7.0;40 1.0;1 a;72 1;"
-                       "0 LEADER;5 A2;8 0;10 1.0;20 2.0;30 3.0;10 4.0;20 5.0;30 6.0;"
-                       "0 POLYLINE;5 A3;8 0;66 1;70 64;0 VERTEX;8 0;10 1.0;20 1.0;30 1.0;70 192;"
-                       "0 VERTEX;8 0;10 0.0;20 0.0;70 128;71 1;0 SEQEND;8 0;"}
+                       "0 TEXT|5 A1|8 0|10 0.0|20 0.0|11 5.0|21 6.0|31 7.0|40 1.0|1 a|72 1|"
+                       "0 LEADER|5 A2|8 0|10 1.0|20 2.0|30 3.0|10 4.0|20 5.0|30 6.0|"
+                       "0 POLYLINE|5 A3|8 0|66 1|70 64|0 VERTEX|8 0|10 1.0|20 1.0|30 1.0|70 192|"
+                       "0 VERTEX|8 0|10 0.0|20 0.0|70 128|71 1|0 SEQEND|8 0|"}
             .save("points.dxf")
             .string();
     EXPECT_EQ(run({"entities", host, "--world"}).out,
@@ -177,7 +177,7 @@ TEST_F(Looking, PointsAreThoseThatPlaceAnEntity) {
 TEST_F(Looking, WhatIsKeptOfAReferencesReferenceIsNoReferenceOfItsOwn) {
     const std::string list = out({"xrefs"});
     EXPECT_EQ(std::count(list.begin(), list.end(), '\n'), 3) << list;
-    EXPECT_NE(list.find("PLAN|CORE\tattach\tloaded\t1\t2\t-\tcore.dxf"), std::string::npos);
+    EXPECT_TRUE(holds(list, "PLAN|CORE\tattach\tloaded\t1\t2\t-\tcore.dxf"));
 }
 
 TEST_F(Looking, NamesMayHaveBarsInThem) {
@@ -197,14 +197,13 @@ TEST_F(Looking, NestedReferencesAreReachedByTheirPath) {
     EXPECT_EQ(out({"point", "--in", "PLAN|CORE", "1", "0"}), "100.0 212.0 2.0\n");
     EXPECT_EQ(out({"entities", "--in", "PLAN|CORE", "--layer", "SHAFT"}),
               "F1\tLINE\tPLAN|CORE|SHAFT\tPLAN|CORE\n");
-    EXPECT_NE(error({"entities", "--in", "PLAN|NONE"}, 6).find("PLAN has no insert"),
-              std::string::npos);
+    EXPECT_TRUE(holds(error({"entities", "--in", "PLAN|NONE"}, 6), "PLAN has no insert"));
     EXPECT_EQ(error({"entities", "--in", "PLAN|A3"}, 6).substr(0, 9), "moradmin:");
 }
 
 TEST_F(Looking, AnInsertWithoutHandleIsLookedThrough) {
     const std::string old = DxfDrawing{.blocks = referenceDefinition("PLAN", "plan.dxf"),
-                                       .entities = "0 INSERT;8 0;2 PLAN;10 1.0;20 0.0;30 0.0;"}
+                                       .entities = "0 INSERT|8 0|2 PLAN|10 1.0|20 0.0|30 0.0|"}
                                 .save("old.dxf")
                                 .string();
     EXPECT_EQ(run({"point", old, "--in", "PLAN", "1", "2"}).out, "2.0 2.0 0.0\n");
@@ -219,22 +218,21 @@ TEST_F(Looking, AnInsertWhoseHandleStandsTwiceIsNamed) {
     EXPECT_EQ(run({"entities", doubled, "--in", "PLAN", "--count"}).out, "5\n");
     const Outcome matrix = run({"matrix", doubled, "--in", "PLAN"});
     EXPECT_EQ(matrix.code, 6);
-    EXPECT_NE(matrix.err.find("the handle 10 of its insert stands twice"), std::string::npos)
-        << matrix.err;
+    EXPECT_TRUE(holds(matrix.err, "the handle 10 of its insert stands twice"));
 }
 
 TEST_F(Looking, AnInsertInABlockLeadsToCoordinatesOfTheBlock) {
     const std::string host =
         DxfDrawing{
             .blocks = referenceDefinition("PLAN", "plan.dxf") +
-                      blockDefinition("B", insertEntity("20", "0", "PLAN", "10 1.0;20 2.0;")),
-            .entities = insertEntity("21", "0", "B", "10 7.0;20 7.0;")}
+                      blockDefinition("B", insertEntity("20", "0", "PLAN", "10 1.0|20 2.0|")),
+            .entities = insertEntity("21", "0", "B", "10 7.0|20 7.0|")}
             .save("in_block.dxf")
             .string();
     const Outcome point = run({"point", host, "--in", "20", "0", "0"});
     EXPECT_EQ(point.out, "1.0 2.0 0.0\n");
-    EXPECT_NE(point.err.find("coordinates of that block"), std::string::npos);
-    EXPECT_NE(run({"ls", host, "--in", "PLAN"}).err.find("nowhere inserted"), std::string::npos);
+    EXPECT_TRUE(holds(point.err, "coordinates of that block"));
+    EXPECT_TRUE(holds(run({"ls", host, "--in", "PLAN"}).err, "nowhere inserted"));
 }
 
 TEST_F(Looking, OneRecordShowsGroupsAndAttributes) {
@@ -242,21 +240,19 @@ TEST_F(Looking, OneRecordShowsGroupsAndAttributes) {
     const json anchor = json::parse(out({"entity", "A1", "--json", "--in", "PLAN"}));
     EXPECT_EQ(anchor["layer"], "PLAN|WALLS");
     EXPECT_EQ(anchor["groups"][3], json::parse(R"({"code":10,"value":0.0})"));
-    EXPECT_NE(out({"entity", "A2"}).find("1\ta^Jb\n"), std::string::npos);
+    EXPECT_TRUE(holds(out({"entity", "A2"}), "1\ta^Jb\n"));
     EXPECT_EQ(json::parse(out({"entity", "A1", "--json"}))["layer"], "WALLS");
-    EXPECT_NE(error({"entity", "FF"}, 6).find("no record has the handle FF"), std::string::npos);
+    EXPECT_TRUE(holds(error({"entity", "FF"}, 6), "no record has the handle FF"));
     const std::string rows = run({"entities", m_plan, "--layer", "MOR*"}).out;
     const std::string directory = rows.substr(rows.find('\n') + 1, 2);
-    EXPECT_NE(run({"entity", m_plan, directory}).out.find("attribute\tx\t(1 2)\n"),
-              std::string::npos)
-        << rows;
+    EXPECT_TRUE(holds(run({"entity", m_plan, directory}).out, "attribute\tx\t(1 2)\n")) << rows;
 }
 
 TEST_F(Looking, NumbersOfGroupsAreExact) {
     const std::string host =
         DxfDrawing{.entities =
-                       "0 LINE;5 A1;8 0;62 3.7;70 +12;71 1e1;90 99999999999999999999;"
-                       "160 -9223372036854775808;40 1e999;"}
+                       "0 LINE|5 A1|8 0|62 3.7|70 +12|71 1e1|90 99999999999999999999|"
+                       "160 -9223372036854775808|40 1e999|"}
             .save("numbers.dxf")
             .string();
     const json record = json::parse(run({"entity", host, "A1", "--json"}).out);
@@ -273,13 +269,12 @@ TEST_F(Looking, ReferencesAreConfinedToAFolder) {
                                  .save("secret.dxf")
                                  .string();
     const Outcome shown = run({"xrefs", host, "-v"});
-    EXPECT_NE(shown.err.find("no DXF text"), std::string::npos);
+    EXPECT_TRUE(holds(shown.err, "no DXF text"));
     EXPECT_EQ((shown.out + shown.err).find("password"), std::string::npos);
-    EXPECT_NE(run({"xrefs", host, "-v", "--xref-root", file("")}).err.find("no DXF text"),
-              std::string::npos);
+    EXPECT_TRUE(holds(run({"xrefs", host, "-v", "--xref-root", file("")}).err, "no DXF text"));
     std::filesystem::create_directory(file("own"));
     const Outcome confined = run({"xrefs", host, "-v", "--xref-root", file("own")});
-    EXPECT_NE(confined.err.find("secret.txt: lies outside "), std::string::npos) << confined.err;
+    EXPECT_TRUE(holds(confined.err, "secret.txt: lies outside "));
     for (const std::string& none : {std::string(), file("none"), host})
         EXPECT_EQ(run({"xrefs", host, "--xref-root", none}).code, 2) << none;
     EXPECT_EQ(run({"run", host, "-c", "layers --xref-root ."}).code, 2);
@@ -294,9 +289,9 @@ TEST_F(Looking, TextsOfDrawingsReachNoTerminal) {
                    .blocks = blockDefinition(bad, lineEntity("D1", "0")) +
                              referenceDefinition("LOST", bad) + referenceDefinition("PLAN", m_plan),
                    .entities = insertEntity("A1", bad, bad) + insertEntity("A2", "0", "LOST") +
-                               "0 X\x1B[2J;5 A3;8 0;1 " + bad + ";" +
+                               "0 X\x1B[2J|5 A3|8 0|1 " + bad + "|" +
                                insertEntity("A4", "0", "PLAN") + lineEntity("A3", "0"),
-                   .header = "9 $DWGCODEPAGE;3 ANSI\x1B[;",
+                   .header = "9 $DWGCODEPAGE|3 ANSI\x1B[|",
                    .version = "AC1032"}
             .save("bad.dxf")
             .string();
@@ -321,7 +316,7 @@ TEST_F(Looking, TextsOfDrawingsReachNoTerminal) {
         words.insert(words.begin() + 1, host);
         const Outcome outcome = run(words);
         const std::string all = outcome.out + outcome.err;
-        EXPECT_NE(all.find(c.line), std::string::npos) << words[0] << ": " << all;
+        EXPECT_TRUE(holds(all, c.line)) << words[0] << ": ";
         for (const char* raw : {"\x1B", "\x7F", "\xC2\x9B", "\xE2\x80\xA8", "\xE2\x80\xAE"})
             EXPECT_EQ(all.find(raw), std::string::npos) << words[0];
     }
@@ -332,15 +327,12 @@ TEST_F(Looking, TextsOfDrawingsReachNoTerminal) {
 }
 
 TEST_F(Looking, WrongCallsSayWhatWouldWork) {
-    EXPECT_NE(error({"point", "1", "2"}, 2).find("--in NAME"), std::string::npos);
+    EXPECT_TRUE(holds(error({"point", "1", "2"}, 2), "--in NAME"));
     EXPECT_EQ(run({"put", m_host, "/a/x", "1", "--in", ""}).code, 2);
-    EXPECT_NE(error({"point", "--in", "PLAN", "1", "x"}, 2).find("\"x\" is no coordinate"),
-              std::string::npos);
-    EXPECT_NE(error({"matrix", "--in", "GATE"}, 6).find("is no external reference"),
-              std::string::npos);
-    EXPECT_NE(error({"matrix", "--in", "LOST"}, 6).find("lost.dxf: not there"), std::string::npos);
-    EXPECT_NE(error({"matrix", "--in", "A1"}, 6).find("no insert of that handle"),
-              std::string::npos);
+    EXPECT_TRUE(holds(error({"point", "--in", "PLAN", "1", "x"}, 2), "\"x\" is no coordinate"));
+    EXPECT_TRUE(holds(error({"matrix", "--in", "GATE"}, 6), "is no external reference"));
+    EXPECT_TRUE(holds(error({"matrix", "--in", "LOST"}, 6), "lost.dxf: not there"));
+    EXPECT_TRUE(holds(error({"matrix", "--in", "A1"}, 6), "no insert of that handle"));
 }
 
 }  // namespace

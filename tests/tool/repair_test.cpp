@@ -153,7 +153,7 @@ TEST_F(Repair, PutsWhatLiesBelowAnUnreadableDirectoryElsewhere) {
            "1070      2|1000 $ID|1000 MOR_DWGFILES_DIR|1000 $INFO|1000 /a|");
     const Outcome repair = run({"repair", drawing()});
     EXPECT_EQ(repair.code, 4);
-    EXPECT_NE(repair.out.find("linked /lost-found/dir-"), std::string::npos) << repair.out;
+    EXPECT_TRUE(holds(repair.out, "linked /lost-found/dir-"));
     const Outcome check = run({"check", "--json", drawing()});
     const auto findings = nlohmann::json::parse(check.out)["findings"];
     ASSERT_EQ(findings.size(), 1u) << check.out;

@@ -193,7 +193,7 @@ TEST_F(Saving, IsRefusedWhenTheFileChangedSinceItWasLoaded) {
     EXPECT_EQ(detachModule(), 1);
     host::closeDocument(document);
     ASSERT_FALSE(saved);
-    EXPECT_NE(saved.error().message().find("changed by another program"), std::string::npos);
+    EXPECT_TRUE(holds(saved.error().message(), "changed by another program"));
     EXPECT_EQ(readFile(drawing()), before() + "\n");
     EXPECT_EQ(names(), "d.dxf");
 }
@@ -214,7 +214,7 @@ TEST_F(Saving, IsRefusedWhileAnotherProcessHoldsTheLock) {
     ASSERT_EQ(::flock(descriptor, LOCK_EX), 0);
     const Outcome refused = put();
     EXPECT_EQ(refused.code, 5);
-    EXPECT_NE(refused.err.find("another process"), std::string::npos) << refused.err;
+    EXPECT_TRUE(holds(refused.err, "another process"));
     EXPECT_EQ(readFile(drawing()), before());
     EXPECT_EQ(names(), "d.dxf");
     ::close(descriptor);
@@ -283,7 +283,7 @@ TEST_F(Saving, IsRefusedWhenTheFileChangesMeanwhile) {
                 if (!backup) words.emplace_back("--no-backup");
                 const Outcome outcome = runInjected(call, 1, what + ":" + drawing(), words);
                 EXPECT_EQ(outcome.code, 5);
-                EXPECT_NE(outcome.err.find("was changed by another program"), std::string::npos);
+                EXPECT_TRUE(holds(outcome.err, "was changed by another program"));
                 EXPECT_EQ(readFile(drawing()),
                           what == "append" ? before() + "appended\n" : "replaced\n");
                 EXPECT_EQ(fs::hard_link_count(drawing()), 1u);
@@ -321,7 +321,7 @@ TEST_F(Saving, IsDoneWhenOnlyTheFolderCannotBeFlushed) {
     const Outcome outcome =
         runInjected("fsync", 2, "fail", {"put", drawing(), "/cfg/x", "\"new\""});
     EXPECT_EQ(outcome.code, 0);
-    EXPECT_NE(outcome.err.find("saved, but its folder could not be flushed"), std::string::npos);
+    EXPECT_TRUE(holds(outcome.err, "saved, but its folder could not be flushed"));
     EXPECT_EQ(readFile(drawing()), after());
 }
 
@@ -355,7 +355,7 @@ TEST_F(Saving, ToANewNameIsRefusedWhileAnotherOneIsAtWork) {
     ASSERT_EQ(::flock(descriptor, LOCK_EX), 0);
     const Outcome refused = put({"-o", file("new.dxf")});
     EXPECT_EQ(refused.code, 5);
-    EXPECT_NE(refused.err.find("another process"), std::string::npos) << refused.err;
+    EXPECT_TRUE(holds(refused.err, "another process"));
     ::close(descriptor);
     EXPECT_EQ(put({"-o", file("new.dxf")}).code, 0);
     EXPECT_EQ(names(), "d.dxf new.dxf");
@@ -366,7 +366,7 @@ TEST_F(Saving, ToANewNameTakesItFromNobody) {
     const Outcome refused = runInjected("renameat2", 1, "replace:" + name,
                                         {"put", drawing(), "/cfg/x", "1", "-o", name});
     EXPECT_EQ(refused.code, 5);
-    EXPECT_NE(refused.err.find("made by another program"), std::string::npos) << refused.err;
+    EXPECT_TRUE(holds(refused.err, "made by another program"));
     EXPECT_EQ(readFile(name), "replaced\n");
     EXPECT_EQ(names(), "d.dxf new.dxf");
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tests/support/holds.h"
 #include "tests/support/process.h"
 #include "tests/support/test_folder.h"
 

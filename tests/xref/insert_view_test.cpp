@@ -72,8 +72,8 @@ TEST_F(InsertViews, NothingElseConnectsAndTheViewIsEmptyThen) {
 
 TEST_F(InsertViews, RecordsThatOnlyMentionTheReferenceDoNotConnect) {
     open(DxfDrawing{.blocks = referenceDefinition("PLAN", "plan.dxf"),
-                    .entities = "0 ATTDEF;5 A1;8 0;2 PLAN;" + insertEntity("10", "0", "PLAN"),
-                    .records = "0 LAYER;5 A2;2 PLAN;70 0;"}
+                    .entities = "0 ATTDEF|5 A1|8 0|2 PLAN|" + insertEntity("10", "0", "PLAN"),
+                    .records = "0 LAYER|5 A2|2 PLAN|70 0|"}
              .save("site.dxf"));
     MOR_XRefView view;
     EXPECT_FALSE(connect(view, L"A1") || connect(view, L"A2"));
@@ -81,9 +81,9 @@ TEST_F(InsertViews, RecordsThatOnlyMentionTheReferenceDoNotConnect) {
 }
 
 TEST_F(InsertViews, AnInsertWithinAReferenceHasNoPlacementInTheDrawing) {
-    static_cast<void>(DxfDrawing{.blocks = referenceDefinition("CORE", "core.dxf"),
-                                 .entities = insertEntity("12", "0", "CORE", "10 7.0;20 0.0;")}
-                          .save("plan.dxf"));
+    DxfDrawing{.blocks = referenceDefinition("CORE", "core.dxf"),
+               .entities = insertEntity("12", "0", "CORE", "10 7.0|20 0.0|")}
+        .save("plan.dxf");
     MOR_XRefView view;
     ads_name insert{};
     ASSERT_TRUE(mor_xref::HandEnt(L"PLAN", L"12", insert));
@@ -95,7 +95,7 @@ TEST_F(InsertViews, AnInsertWithinAReferenceHasNoPlacementInTheDrawing) {
     open(DxfDrawing{.blocks = referenceDefinition("PLAN", "plan.dxf") +
                               referenceDefinition("PLAN|CORE", "core.dxf", 20),
                     .entities = insertEntity("10", "0", "PLAN") +
-                                insertEntity("12", "0", "PLAN|CORE", "10 3.0;20 0.0;")}
+                                insertEntity("12", "0", "PLAN|CORE", "10 3.0|20 0.0|")}
              .save("site.dxf"));
     ASSERT_TRUE(mor_xref::HandEnt(L"PLAN", L"12", insert));
     ASSERT_TRUE(view.connect(insert));

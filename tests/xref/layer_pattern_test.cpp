@@ -68,7 +68,7 @@ protected:
         DxfDrawing drawing{.version = "AC1024"};
         for (std::size_t i = 0; i < std::size(kLayers); ++i)
             drawing.entities += lineEntity(std::to_string(10 + i), host::toUtf8(kLayers[i]));
-        static_cast<void>(drawing.save("plan.dxf"));
+        drawing.save("plan.dxf");
         drawing.blocks = referenceDefinition("PLAN", "plan.dxf");
         open(drawing.save("site.dxf"));
         ASSERT_TRUE(m_modelSpace.forget() && m_modelSpace.connect() && m_plan.connect(L"PLAN"));

@@ -15,19 +15,19 @@ namespace mor::test {
 /// The referenced drawing: lines and a door on three layers, an insert with an attribute, a
 /// polyline.
 inline DxfDrawing planDrawing() {
-    const std::string attribute = "0 ATTRIB;5 E1;8 WALLS;10 0.0;20 0.0;40 1.0;1 oak;2 WOOD;70 0;";
-    const std::string vertex = "8 WALLS;10 1.0;20 2.0;30 0.0;";
+    const std::string attribute = "0 ATTRIB|5 E1|8 WALLS|10 0.0|20 0.0|40 1.0|1 oak|2 WOOD|70 0|";
+    const std::string vertex = "8 WALLS|10 1.0|20 2.0|30 0.0|";
     const std::string attributeDefinition =
-        "0 ATTDEF;5 B3;8 0;10 0.0;20 0.0;40 1.0;1 ;3 wood;2 WOOD;70 0;";
+        "0 ATTDEF|5 B3|8 0|10 0.0|20 0.0|40 1.0|1 |3 wood|2 WOOD|70 0|";
     return {.layers = {"0", "WALLS", "Doors"},
             .blocks = blockDefinition("DOOR", lineEntity("B1", "0")) +
                       blockDefinition("TITLE", lineEntity("B2", "0") + attributeDefinition, 2) +
                       blockDefinition("EMPTY", "") + referenceDefinition("CORE", "core.dxf") +
                       referenceDefinition("OVER", "core.dxf", 12),
             .entities = lineEntity("1A2F", "WALLS") + lineEntity("C2", "0") +
-                        insertEntity("C3", "Doors", "TITLE", "66 1;10 0.0;20 0.0;30 0.0;") +
-                        attribute + "0 SEQEND;5 E2;8 WALLS;" + "0 POLYLINE;5 C4;8 walls;66 1;" +
-                        "0 VERTEX;5 E3;" + vertex + "0 SEQEND;5 E4;8 WALLS;" +
+                        insertEntity("C3", "Doors", "TITLE", "66 1|10 0.0|20 0.0|30 0.0|") +
+                        attribute + "0 SEQEND|5 E2|8 WALLS|" + "0 POLYLINE|5 C4|8 walls|66 1|" +
+                        "0 VERTEX|5 E3|" + vertex + "0 SEQEND|5 E4|8 WALLS|" +
                         lineEntity("A1", "Doors")};
 }
 
@@ -41,18 +41,18 @@ inline DxfDrawing siteDrawing() {
                       referenceDefinition("LOST", "nosuch.dxf"),
             .entities = lineEntity("A1", "WALLS") +
                         insertEntity("10", "0", "PLAN",
-                                     "10 100.0;20 200.0;30 0.0;41 2.0;42 2.0;43 2.0;50 90.0;") +
+                                     "10 100.0|20 200.0|30 0.0|41 2.0|42 2.0|43 2.0|50 90.0|") +
                         insertEntity("11", "0", "PLAN") + insertEntity("12", "WALLS", "GATE") +
-                        insertEntity("13", "0", "LOST") + lineEntity("A2", "0;67 1")};
+                        insertEntity("13", "0", "LOST") + lineEntity("A2", "0|67 1")};
 }
 
 class ReferenceTest : public SpaceTest {
 protected:
     void SetUp() override {
         SpaceTest::SetUp();
-        static_cast<void>(planDrawing().save("plan.dxf"));
-        static_cast<void>(
-            DxfDrawing{.layers = {"0"}, .entities = lineEntity("F1", "0")}.save("core.dxf"));
+        planDrawing().save("plan.dxf");
+
+        DxfDrawing{.layers = {"0"}, .entities = lineEntity("F1", "0")}.save("core.dxf");
         open(siteDrawing().save("site.dxf"));
     }
     /// Opens a drawing in place of the current one.

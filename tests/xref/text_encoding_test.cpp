@@ -13,20 +13,20 @@ namespace {
 class TextEncodings : public IteratorTest {
 protected:
     void load(const std::string& version, const std::string& header, const std::string& layer) {
-        static_cast<void>(DxfDrawing{.layers = {layer},
-                                     .entities = lineEntity("C1", layer),
-                                     .header = header,
-                                     .version = version}
-                              .save("Pl\u00E4ne.dxf"));
+        DxfDrawing{.layers = {layer},
+                   .entities = lineEntity("C1", layer),
+                   .header = header,
+                   .version = version}
+            .save("Pl\u00E4ne.dxf");
         open(DxfDrawing{.layers = {"\xC4"},
                         .blocks = referenceDefinition("Gr\xFCn", ".\\Pl\xE4ne.dwg"),
                         .entities = lineEntity("A1", "\xC4") + insertEntity("10", "0", "Gr\xFCn"),
-                        .header = "9 $DWGCODEPAGE;3 ANSI_1252;"}
+                        .header = "9 $DWGCODEPAGE|3 ANSI_1252|"}
                  .save("site.dxf"));
     }
 };
 
-constexpr const char* k1251 = "9 $DWGCODEPAGE;3 ANSI_1251;";
+constexpr const char* k1251 = "9 $DWGCODEPAGE|3 ANSI_1251|";
 
 TEST_F(TextEncodings, NamesMeetWhateverTheFilesSay) {
     const struct {
@@ -42,8 +42,8 @@ TEST_F(TextEncodings, NamesMeetWhateverTheFilesSay) {
          L"\u0421\u0422\u0415\u041D\u0410"},
         {"AC1015", "", "\\U+0421\\U+0442\\u+1", L"\u0421\u0442\\u+1", L"\u0441@*"},
         {"AC1032", k1251, "\\U+00e4\xC3\x9F", L"\u00E4\u00DF", L"\u00C4?"},
-        {"AC1009", "9 $DWGCODEPAGE;3 ansi_932;", "\x83\x7C\x95\x5C", L"\u30DD\u8868", L"@@"},
-        {"AC1009", "9 $DWGCODEPAGE;3 ANSI_1252;", "\xC4\\U+0416", L"\u00C4\u0416",
+        {"AC1009", "9 $DWGCODEPAGE|3 ansi_932|", "\x83\x7C\x95\x5C", L"\u30DD\u8868", L"@@"},
+        {"AC1009", "9 $DWGCODEPAGE|3 ANSI_1252|", "\xC4\\U+0416", L"\u00C4\u0416",
          L"\u00E4\u0436"}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.bytes);

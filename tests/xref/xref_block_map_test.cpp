@@ -63,9 +63,8 @@ TEST_F(BlockMaps, ReferencesAndOverlaysHaveThePathThatIsStored) {
 }
 
 TEST_F(BlockMaps, AgreeWithTableSearchesOnTheBasePointOfAReference) {
-    static_cast<void>(
-        DxfDrawing{.entities = lineEntity("F1", "0"), .header = "9 $INSBASE;10 3.0;20 4.0;30 0.0;"}
-            .save("core.dxf"));
+    DxfDrawing{.entities = lineEntity("F1", "0"), .header = "9 $INSBASE|10 3.0|20 4.0|30 0.0|"}
+        .save("core.dxf");
     open(siteDrawing().save("site.dxf"));
     CXrefBlockMap map;
     ASSERT_TRUE(map.Load(L"PLAN"));
@@ -77,7 +76,7 @@ TEST_F(BlockMaps, AgreeWithTableSearchesOnTheBasePointOfAReference) {
 
 TEST_F(BlockMaps, TellAttributesAndAnonymousBlocksWithoutTheirFlags) {
     open(
-        DxfDrawing{.blocks = blockDefinition("PART", lineEntity("B1", "0") + "0 ATTDEF;8 0;2 NO;") +
+        DxfDrawing{.blocks = blockDefinition("PART", lineEntity("B1", "0") + "0 ATTDEF|8 0|2 NO|") +
                              blockDefinition("*U12", lineEntity("B2", "0")) +
                              blockDefinition("*Paper_Space0", "") + blockDefinition("*U", "") +
                              blockDefinition("BOTH", "", 3)}

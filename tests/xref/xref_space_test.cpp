@@ -53,7 +53,7 @@ TEST_F(XRefSpace, OnlyAReferenceWithEntitiesConnects) {
 TEST_F(XRefSpace, OfTwoEntitiesWithOneHandleTheFirstIsFound) {
     DxfDrawing plan = planDrawing();
     plan.entities += lineEntity("1A2F", "Doors");
-    static_cast<void>(plan.save("plan.dxf"));
+    plan.save("plan.dxf");
     open(siteDrawing().save("site.dxf"));
     ads_name name{};
     ASSERT_TRUE(mor_xref::HandEnt(L"PLAN", L"1A2F", name));
@@ -110,15 +110,15 @@ TEST_F(XRefSpace, AHandleOfBothDrawingsNamesTheReferencesEntity) {
 
 TEST_F(XRefSpace, EachSpaceFindsItsOwnEntityOfAHandle) {
     const auto sub = [](const std::string& type, const std::string& layer) {
-        return "0 " + type + ";5 E1;8 " + layer + ";10 0.0;20 0.0;0 SEQEND;5 E2;8 " + layer + ";";
+        return "0 " + type + "|5 E1|8 " + layer + "|10 0.0|20 0.0|0 SEQEND|5 E2|8 " + layer + "|";
     };
-    static_cast<void>(
-        DxfDrawing{.entities = lineEntity("A1", "IN") + lineEntity("E1", "IN")}.save("c.dxf"));
-    static_cast<void>(DxfDrawing{.blocks = referenceDefinition("C", "c.dxf"),
-                                 .entities = insertEntity("A1", "MID", "C") + sub("ATTRIB", "MID")}
-                          .save("p.dxf"));
-    static_cast<void>(
-        DxfDrawing{.entities = "0 POLYLINE;5 A1;8 OUT;" + sub("VERTEX", "OUT")}.save("q.dxf"));
+
+    DxfDrawing{.entities = lineEntity("A1", "IN") + lineEntity("E1", "IN")}.save("c.dxf");
+    DxfDrawing{.blocks = referenceDefinition("C", "c.dxf"),
+               .entities = insertEntity("A1", "MID", "C") + sub("ATTRIB", "MID")}
+        .save("p.dxf");
+
+    DxfDrawing{.entities = "0 POLYLINE|5 A1|8 OUT|" + sub("VERTEX", "OUT")}.save("q.dxf");
     open(DxfDrawing{.blocks = referenceDefinition("P", "p.dxf") + referenceDefinition("Q", "q.dxf"),
                     .entities = lineEntity("A1", "OWN") + lineEntity("E2", "OWN")}
              .save("site.dxf"));
