@@ -47,6 +47,15 @@ protected:
                       "0 STYLE|2 PLAN|NOTES|70 0|3 site|0 ENDTAB|"};
         open(site.save("site.dxf"));
     }
+    /// A group of an entity of PLAN.
+    static std::wstring group(const wchar_t* handle, int code) {
+        ads_name name{};
+        CMOREntity entity;
+        const wchar_t* text = L"none";
+        EXPECT_TRUE(mor_xref::HandEnt(L"PLAN", handle, name) && entity.Connect(name));
+        EXPECT_TRUE(entity.GetEntityEntry(code, text));
+        return text;
+    }
     /// Groups 2, 3, 6, 62 and 70 of a record, in its order.
     static std::wstring show(const ResbufList& record) {
         std::wstring text;
@@ -124,14 +133,8 @@ TEST_F(Overrides, AWalkOverATableListsWhatTheFileHolds) {
 TEST_F(Overrides, SymbolsThatMeanTheSameEverywhereKeepTheirNames) {
     for (const auto& [handle, symbols] : {std::pair{L"51", L"0 ByLayer"},
                                           {L"52", L"PLAN|Defpoints PLAN|DASHED"},
-                                          {L"53", L"PLAN|WALLS CONTINUOUS"}}) {
-        ads_name name{};
-        CMOREntity entity;
-        const wchar_t* text = nullptr;
-        ASSERT_TRUE(mor_xref::HandEnt(L"PLAN", handle, name) && entity.Connect(name));
-        ASSERT_TRUE(entity.GetEntityEntry(6, text));
-        EXPECT_EQ(entity.GetLayer(nullptr) + (L" " + std::wstring{text}), symbols);
-    }
+                                          {L"53", L"PLAN|WALLS CONTINUOUS"}})
+        EXPECT_EQ(group(handle, 8) + L" " + group(handle, 6), symbols);
 }
 
 TEST_F(Overrides, NamesAreCommonInTheirOwnTableOnly) {
@@ -169,14 +172,7 @@ TEST_F(Overrides, NamesAreCommonInTheirOwnTableOnly) {
         {L"52", 2, L"PLAN|0"},          {L"53", 7, L"PLAN|0"},     {L"54", 2, L"PLAN|*D1"},
         {L"54", 3, L"PLAN|FINE"},       {L"55", 2, L"PLAN|*D1"},   {L"55", 3, L"PLAN|FINE"},
         {L"56", 2, L"PLAN|*D1"},        {L"56", 3, L"PLAN|FINE"},  {L"57", 2, L"PLAN|*T1"}};
-    for (const auto& group : groups) {
-        ads_name name{};
-        CMOREntity entity;
-        const wchar_t* text = nullptr;
-        ASSERT_TRUE(plan.handEnt(group.handle, name) && entity.Connect(name));
-        ASSERT_TRUE(entity.GetEntityEntry(group.code, text));
-        EXPECT_STREQ(text, group.text);
-    }
+    for (const auto& g : groups) EXPECT_EQ(group(g.handle, g.code), g.text);
     ads_name insert{};
     CMORAdsTransformation placement;
     ASSERT_TRUE(plan.handEnt(L"52", insert) && placement.loadFromEntity(insert));

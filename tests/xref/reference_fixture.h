@@ -2,13 +2,17 @@
 
 #include "platform/entity.h"
 #include "platform/entity_calls.h"
+#include "platform/owned.h"
+#include "space/space.h"
 #include "tests/space/space_fixture.h"
 #include "tests/support/dxf_drawing.h"
+#include "xref/space_iterator.h"
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
+#include <algorithm>
 #include <string>
+#include <vector>
 
 namespace mor::test {
 
@@ -55,23 +59,58 @@ protected:
         DxfDrawing{.layers = {"0"}, .entities = lineEntity("F1", "0")}.save("core.dxf");
         open(siteDrawing().save("site.dxf"));
     }
-    /// Opens a drawing in place of the current one.
-    void open(const std::filesystem::path& path) {
-        releaseDocumentObjects();
-        auto opened = host::openDocument(path);
-        ASSERT_TRUE(opened) << opened.error().message();
-        host::closeDocument(replaceDocument(opened.value()));
-    }
 
     /// The handle of the entity of that name; "none" when there is no such entity.
     static std::wstring handleOf(const ads_name name) {
         CMOREntity entity;
         return entity.Connect(name) ? entity.Handle().GetString() : L"none";
     }
+    /// The space's record of that name; its group 2, "none" when there is none.
+    static std::wstring nameIn(const ResbufList& record) {
+        const resbuf* group = findGroup(record, 2);
+        return group == nullptr ? L"none" : group->resval.rstring;
+    }
     /// The name of an entity of the host drawing, copied into `name`.
     static void find(const wchar_t* handle, ads_name name) {
         ASSERT_EQ(acdbHandEnt(handle, name), RTNORM) << host::toUtf8(handle);
     }
+};
+
+[[nodiscard]] inline CMORStringList texts(const std::vector<const wchar_t*>& items) {
+    CMORStringList list;
+    for (const wchar_t* item : items) list.Append(item);
+    return list;
+}
+
+[[nodiscard]] inline CMORAdsLispVar lisp(const char* text) { return host::readLisp(text).value(); }
+
+struct OpenIterator : MOR_SpaceIterator {
+    using MOR_SpaceIterator::isEmpty;
+    using MOR_SpaceIterator::MOR_SpaceIterator;
+};
+
+class IteratorTest : public ReferenceTest {
+protected:
+    void SetUp() override {
+        ReferenceTest::SetUp();
+        ASSERT_TRUE(m_modelSpace.connect());
+    }
+    /// The handles of the entities that are still to come, sorted; "empty" without a letter.
+    static std::wstring handles(OpenIterator& iterator) {
+        if (iterator.isEmpty()) return L"empty";
+        std::vector<std::wstring> found;
+        while (const ads_name* name = iterator()) found.push_back(handleOf(*name));
+        std::ranges::sort(found);
+        std::wstring all;
+        for (const std::wstring& handle : found) all += handle + L" ";
+        return all;
+    }
+    template <typename... Arguments>
+    static std::wstring walk(const Arguments&... arguments) {
+        OpenIterator iterator{arguments...};
+        return handles(iterator);
+    }
+    CMORCadSpace m_modelSpace;
 };
 
 }  // namespace mor::test

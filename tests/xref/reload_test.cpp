@@ -1,14 +1,12 @@
 #include "platform/owned.h"
 #include "tests/support/dxf_records.h"
-#include "tests/xref/iterator_fixture.h"
+#include "tests/xref/reference_fixture.h"
 #include "xref/xref_space.h"
 #include "xref/xref_view.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 
 namespace mor::test {
@@ -192,9 +190,7 @@ TEST_F(Reloading, ADetachedBlockIsNoReferenceAnyMore) {
     EXPECT_EQ(info().name, L"LOST");
     const std::filesystem::path file = host::documentInfo(document()).path;
     ASSERT_TRUE(host::saveDocument(document()));
-    std::ostringstream bytes;
-    bytes << std::ifstream{file, std::ios::binary}.rdbuf();
-    EXPECT_EQ(splitDxf(bytes.str()).named("BLOCK", "PLAN")->text(),
+    EXPECT_EQ(splitDxf(readFile(file)).named("BLOCK", "PLAN")->text(),
               "0 BLOCK|8 0|2 PLAN|70 0|10 0.0|20 0.0|30 0.0|3 PLAN|1 ");
 }
 
