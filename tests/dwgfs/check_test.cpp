@@ -2,7 +2,6 @@
 #include "platform/entity_calls.h"
 #include "platform/owned.h"
 #include "tests/dwgfs/store_fixture.h"
-#include "tests/dwgfs/stored_drawing.h"
 #include "tests/support/test_folder.h"
 
 #include <gtest/gtest.h>

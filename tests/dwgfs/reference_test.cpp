@@ -1,7 +1,6 @@
 #include "space/global_view.h"
 #include "space/global_view_guard.h"
 #include "tests/dwgfs/store_fixture.h"
-#include "tests/dwgfs/stored_drawing.h"
 #include "xref/xref_view.h"
 
 #include <gtest/gtest.h>

@@ -5,6 +5,7 @@
 #include <rapidcheck/gtest.h>
 
 #include <limits>
+#include <sstream>
 
 namespace mor::test {
 namespace {
@@ -47,47 +48,19 @@ constexpr double kReals[] = {0.0,
                              1e100,
                              1e-7};
 
-constexpr std::wstring_view kTexts[] = {L"",
-                                        L" ",
-                                        L"  a  ",
-                                        L"\t",
-                                        L"\"quoted\"",
-                                        L"a\nb\r\nc\r",
-                                        L"\n",
-                                        L"^",
-                                        L"^ ",
-                                        L"^J",
-                                        L"^M^",
-                                        L"a^",
-                                        L"\\",
-                                        L"\\\\",
-                                        L"\\U+0041",
-                                        L"\\\\U+0041",
-                                        L"\\U+004",
-                                        L"\\M+18140",
-                                        L"\\u+0041",
-                                        L"\\P",
-                                        L"%%c",
-                                        L"{",
-                                        L"}",
-                                        L"0",
-                                        L"1001",
-                                        L"\u00E4\u00D6\u00DF",
-                                        L"\u0416\u4E2D\uAC00",
-                                        L"\U0001F600",
-                                        L"a\U0001F600\\U+0041\U0010FFFF",
-                                        L"\uFFFD\uFEFF",
-                                        L"\u0080\u009F\u00A0",
-                                        L"\x01\x1A\x1B\x7F",
-                                        L"; no remark",
-                                        L"  0",
-                                        L"EOF"};
+/// A slash between them.
+constexpr const wchar_t* kTexts =
+    L"/ /  a  /\t/\"quoted\"/a\nb\r\nc\r/\n/^/^ /^J/^M^/a^/\\/\\\\/\\U+0041/"
+    L"\\\\U+0041/\\U+004/\\M+18140/\\u+0041/\\P/%%c/{/}/0/1001/\u00E4\u00D6\u00DF/"
+    L"\u0416\u4E2D\uAC00/\U0001F600/a\U0001F600\\U+0041\U0010FFFF/\uFFFD\uFEFF/"
+    L"\u0080\u009F\u00A0/\x01\x1A\x1B\x7F/; no remark/  0/EOF";
 
 std::vector<CMORAdsLispVar> shortValues() {
     std::vector<CMORAdsLispVar> all;
     for (const std::int32_t value : kIntegers) all.push_back(host::makeInteger(value));
     for (const double value : kReals) all.push_back(host::makeReal(value));
-    for (const std::wstring_view characters : kTexts) all.push_back(host::makeString(characters));
+    std::wistringstream texts{kTexts};
+    for (std::wstring text; std::getline(texts, text, L'/');) all.push_back(host::makeString(text));
     return all;
 }
 
