@@ -56,14 +56,15 @@ TEST_F(Listing, GoesThroughTheWholeTreeFilesFirst) {
 }
 
 TEST_F(Listing, GoesOneLevelDeepWhenNotRecursive) {
+    host::resetCounters();
     EXPECT_EQ(list(L"/", false), dirLine(L"/") + dirLine(L"/a"));
     EXPECT_EQ(list(L"/a", false),
               dirLine(L"/a") + fileLine(L"/a/f") + fileLine(L"/a/h") + dirLine(L"/a/b"));
+    EXPECT_EQ(host::counters().locksTaken, 0u);
 }
 
-TEST_F(Listing, ShowsASingleFile) { EXPECT_EQ(list(L"/a/f", true), fileLine(L"/a/f")); }
-
-TEST_F(Listing, SaysWhatNamesNothing) {
+TEST_F(Listing, ShowsASingleFileAndSaysWhatNamesNothing) {
+    EXPECT_EQ(list(L"/a/f", true), fileLine(L"/a/f"));
     EXPECT_EQ(list(L"/a/x", false), L"invalid pszPath        /a/x\n-> false");
     EXPECT_EQ(list(L"/x/y", true), L"invalid pszPath        /x/y\n-> false");
 }
@@ -91,29 +92,23 @@ TEST_F(Listing, StopsAtABreak) {
     EXPECT_EQ(list(L"/a/b", true), dirLine(L"/a/b") + fileLine(L"/a/b/>g")) << "pressed once";
 }
 
-TEST_F(Listing, PrintsABreakOnceHoweverDeepItCame) {
-    std::wstring text;
-    host::setPrinter([&text](std::wstring_view part) {
-        text += part;
-        if (part.find(L"/a/f ") != std::wstring_view::npos) host::pressBreakKey();
-    });
-    EXPECT_FALSE(fs().dir(L"/", true));
-    host::setPrinter({});
-    const std::wstring end = fileLine(L"/a/f") + L"\nBreak\n" + kFoot;
-    EXPECT_TRUE(text.ends_with(end)) << host::toUtf8(text);
-}
-
 TEST_F(Listing, LooksAtTheBreakKeyBeforeEachEntry) {
-    for (const wchar_t* last : {L"/a/h ", L"/a/b\n"}) {
+    const struct {
+        const wchar_t* path;
+        const wchar_t* last;  // the break key is pressed when that was printed
+        bool whole;
+    } cases[] = {{L"/", L"/a/f ", false}, {L"/a", L"/a/h ", false}, {L"/a", L"/a/b\n", true}};
+    for (const auto& c : cases) {
         std::wstring text;
         host::setPrinter([&](std::wstring_view part) {
             text += part;
-            if (part.find(last) != std::wstring_view::npos) host::pressBreakKey();
+            if (part.find(c.last) != std::wstring_view::npos) host::pressBreakKey();
         });
-        const bool whole = fs().dir(L"/a", false);
+        EXPECT_EQ(fs().dir(c.path, *(c.path + 1) == L'\0'), c.whole);
         host::setPrinter({});
-        EXPECT_EQ(whole, last == std::wstring_view{L"/a/b\n"}) << "nothing comes after it";
-        EXPECT_EQ(text.find(L"Break") == std::wstring::npos, whole) << host::toUtf8(text);
+        const std::wstring end = c.last + std::wstring{L"\n\nBreak\n"} + kFoot;
+        EXPECT_EQ(text.ends_with(end), !c.whole) << host::toUtf8(text);
+        EXPECT_EQ(text.find(L"Break") == std::wstring::npos, c.whole);
     }
     EXPECT_EQ(list(L"/a/b", false), dirLine(L"/a/b") + L"\nBreak\n-> false") << "still pressed";
 }
@@ -126,17 +121,14 @@ TEST_F(Listing, StopsWhereADirectoryDoesNotResolve) {
 }
 
 TEST_F(Listing, PrintsTheLineOfACircleAndGoesOn) {
-    const std::wstring handle = wide(host::recordGroup(document(), entityOf("/a"), 5).value());
-    setText(entityOf("/a/b"), L"^up", handle.c_str());
+    link("/a/b", L"^up", "/a");
     ASSERT_TRUE(write("/a/b/last/f", "1"));
-    const std::wstring text = list(L"/a/b", true);
-    EXPECT_EQ(text, dirLine(L"/a/b") + fileLine(L"/a/b/>g") + dirLine(L"/a/b/up") +
-                        dirLine(L"/a/b/last") + fileLine(L"/a/b/last/f"));
+    EXPECT_EQ(list(L"/a/b", true), dirLine(L"/a/b") + fileLine(L"/a/b/>g") + dirLine(L"/a/b/up") +
+                                       dirLine(L"/a/b/last") + fileLine(L"/a/b/last/f"));
 }
 
 TEST_F(Listing, FollowsTwoLinksToOneDirectory) {
-    const std::wstring handle = wide(host::recordGroup(document(), entityOf("/a/b"), 5).value());
-    setText(entityOf("/"), L"^second", handle.c_str());
+    link("/", L"^second", "/a/b");
     const std::wstring text = list(L"/", true);
     EXPECT_TRUE(text.ends_with(dirLine(L"/second") + fileLine(L"/second/>g")))
         << host::toUtf8(text);
@@ -148,8 +140,7 @@ TEST_F(Listing, EndsWhereEveryDirectoryIsLinkedTwice) {
         const std::string upper = path;
         path += "/n";
         ASSERT_TRUE(write(path + "/f", "1"));
-        const std::string handle = host::recordGroup(document(), entityOf(path), 5).value();
-        setText(entityOf(upper), L"^second", wide(handle).c_str());
+        link(upper, L"^second", path);
     }
     const std::wstring text = list(L"/a", true);
     EXPECT_NE(text.find(wide(path) + L"/f "), std::wstring::npos) << "every file is shown";
@@ -166,12 +157,6 @@ TEST_F(Listing, SkipsPathsThatAreTooLong) {
     setText(entityOf(deep), L"^too long", L"10");
     const std::wstring text = list(wide(deep), true);
     EXPECT_EQ(text, dirLine(wide(deep).c_str()) + fileLine(wide(deep + "/f").c_str()));
-}
-
-TEST_F(Listing, TakesNoLock) {
-    host::resetCounters();
-    static_cast<void>(list(L"/", true));
-    EXPECT_EQ(host::counters().locksTaken, 0u);
 }
 
 }  // namespace

@@ -24,33 +24,41 @@ protected:
         return left;
     }
     static void release() { send(MOR_AdsMsgSystemClass::ReleaseDocumentObjects); }
-    static void check() { send(MOR_AdsMsgSystemClass::CheckDwgFileSystem); }
+    /// Whether the object's table holds the directory.
+    static bool knows(OpenFileSystem& object, const wchar_t* path) {
+        CMOREntity dir;
+        return object.getDirFromHashTable(path, false, dir);
+    }
+    /// Looks /a up in a store that holds /a/f.
+    static void fill(OpenFileSystem& object) {
+        ASSERT_TRUE(object.write(L"/a/f", value("5")));
+        CMOREntity dir;
+        ASSERT_TRUE(object.getDir(std::wstring{L"/a"}.data(), false, dir));
+    }
 };
 
 TEST_F(FileSystemObject, IsMadeOncePerDocument) {
     EXPECT_EQ(slot(), nullptr);
-    CMORCadDwgFileSystem* object = CMORCadDwgFileSystem::getTheGlobalObject();
-    ASSERT_NE(object, nullptr);
+    CMORCadDwgFileSystem* object = &fs();
     EXPECT_EQ(slot(), object);
-    EXPECT_EQ(CMORCadDwgFileSystem::getTheGlobalObject(), object);
+    EXPECT_EQ(&fs(), object);
     EXPECT_EQ(registrations(), 1);
-}
-
-TEST_F(FileSystemObject, KnowsItsView) {
-    EXPECT_TRUE(fs().IsInModelSpace());
-    EXPECT_TRUE(fs().hasWriteableView());
-    EXPECT_STREQ(fs().ViewHandle(), L"");
-    EXPECT_STREQ(fs().getViewHandle(), L"");
-    EXPECT_STREQ(fs().getViewName(), L"ModelSpace");
+    EXPECT_TRUE(object->IsInModelSpace() && object->hasWriteableView());
+    EXPECT_STREQ(object->ViewHandle(), L"");
+    EXPECT_STREQ(object->getViewHandle(), L"");
+    EXPECT_STREQ(object->getViewName(), L"ModelSpace");
 }
 
 TEST_F(FileSystemObject, IsUselessWithoutAView) {
     CMORCadDwgFileSystem object{CMORCadView{}};
-    EXPECT_FALSE(object.IsInModelSpace());
-    EXPECT_FALSE(object.hasWriteableView());
+    EXPECT_FALSE(object.IsInModelSpace() || object.hasWriteableView());
     EXPECT_EQ(object.getViewHandle(), nullptr);
     EXPECT_EQ(object.getViewName(), nullptr);
     EXPECT_FALSE(object.connect(CMORCadView{}));
+    const std::unique_ptr<CMORMDIDocumentVariable> instance{object.CreateInstance()};
+    const std::unique_ptr<CMORMDIDocumentVariable> copy{object.CreateCopy()};
+    EXPECT_TRUE(dynamic_cast<CMORCadDwgFileSystem&>(*instance).IsInModelSpace());
+    EXPECT_FALSE(dynamic_cast<CMORCadDwgFileSystem&>(*copy).IsInModelSpace());
     EXPECT_TRUE(object.connect(*CMORCadView::getTheGlobalObject()));
     EXPECT_TRUE(object.IsInModelSpace());
 }
@@ -65,49 +73,19 @@ TEST_F(FileSystemObject, IsNotGivenOutWhileTheGlobalViewIsEmpty) {
     EXPECT_EQ(CMORCadDwgFileSystem::getTheGlobalObject(), object);
 }
 
-TEST_F(FileSystemObject, KeepsItsDirectoriesForAViewOfTheSameSpace) {
-    ASSERT_TRUE(write("/a/f", "5"));
+TEST_F(FileSystemObject, KeepsItsDirectoriesInCopiesAndForAViewOfTheSameSpace) {
     OpenFileSystem object;
-    CMOREntity dir;
-    wchar_t path[] = L"/a";
-    ASSERT_TRUE(object.getDir(path, false, dir));
-    EXPECT_TRUE(object.connect(CMORCadView{*CMORCadView::getTheGlobalObject()}));
-    EXPECT_TRUE(object.getDirFromHashTable(L"/a", false, dir));
-    EXPECT_FALSE(object.connect(CMORCadView{}));
-    EXPECT_FALSE(object.getDirFromHashTable(L"/a", false, dir));
-}
-
-TEST_F(FileSystemObject, IsCopiedWithItsDirectories) {
-    ASSERT_TRUE(write("/a/f", "5"));
-    OpenFileSystem object;
-    CMOREntity dir;
-    wchar_t path[] = L"/a";
-    ASSERT_TRUE(object.getDir(path, false, dir));
+    fill(object);
     OpenFileSystem copy{object};
-    EXPECT_TRUE(copy.getDirFromHashTable(L"/a", false, dir));
+    EXPECT_TRUE(knows(copy, L"/a"));
     OpenFileSystem assigned{CMORCadView{}};
     assigned = object;
-    EXPECT_TRUE(assigned.getDirFromHashTable(L"/a", false, dir));
-    EXPECT_TRUE(assigned.IsInModelSpace());
+    EXPECT_TRUE(knows(assigned, L"/a") && assigned.IsInModelSpace());
     object = *&object;
-    EXPECT_TRUE(object.getDirFromHashTable(L"/a", false, dir));
-}
-
-TEST_F(FileSystemObject, MakesOthersOfItsClass) {
-    const CMORCadDwgFileSystem object{CMORCadView{}};
-    const std::unique_ptr<CMORMDIDocumentVariable> instance{object.CreateInstance()};
-    const std::unique_ptr<CMORMDIDocumentVariable> copy{object.CreateCopy()};
-    EXPECT_TRUE(dynamic_cast<CMORCadDwgFileSystem&>(*instance).IsInModelSpace());
-    EXPECT_FALSE(dynamic_cast<CMORCadDwgFileSystem&>(*copy).IsInModelSpace());
-}
-
-TEST_F(FileSystemObject, IsDeletedWithItsDocumentsObjects) {
-    static_cast<void>(fs());
-    release();
-    EXPECT_EQ(slot(), nullptr);
-    EXPECT_EQ(registrations(), 0);
-    EXPECT_NE(CMORCadDwgFileSystem::getTheGlobalObject(), nullptr);
-    EXPECT_EQ(registrations(), 1);
+    EXPECT_TRUE(knows(object, L"/a"));
+    EXPECT_TRUE(object.connect(CMORCadView{*CMORCadView::getTheGlobalObject()}));
+    EXPECT_TRUE(knows(object, L"/a"));
+    EXPECT_FALSE(object.connect(CMORCadView{}) || knows(object, L"/a"));
 }
 
 TEST_F(FileSystemObject, OneMessageTakesTheRegistrationsOfTwoDocuments) {
@@ -119,8 +97,10 @@ TEST_F(FileSystemObject, OneMessageTakesTheRegistrationsOfTwoDocuments) {
     release();
     EXPECT_EQ(slot(), nullptr);
     EXPECT_EQ(registrations(), 0);
+    static_cast<void>(fs());
+    EXPECT_EQ(registrations(), 1);
+    release();
     makeCurrent(document());
-    EXPECT_NE(slot(), nullptr);
     release();
     EXPECT_NE(slot(), nullptr) << "nobody listens any more";
     host::closeDocument(other);
@@ -145,17 +125,14 @@ TEST_F(FileSystemObject, OtherMessagesOnlyBindItAgain) {
 }
 
 TEST_F(FileSystemObject, ZeroStartsAnEmptyStore) {
-    ASSERT_TRUE(write("/a/f", "5"));
-    setLayer(true, false);
     OpenFileSystem object;
-    CMOREntity dir;
-    ASSERT_TRUE(object.getDir(std::wstring{L"/a"}.data(), false, dir));
+    fill(object);
+    setLayer(true, false);
     object.zero();
     EXPECT_EQ(tree(), "/");
     EXPECT_EQ(inserts(), 3u) << "the old directories stay, out of reach";
     EXPECT_EQ(layer(), "frozen unlocked") << "as found";
-    for (const wchar_t* path : {L"/", L"/a"})
-        EXPECT_FALSE(object.getDirFromHashTable(path, false, dir));
+    EXPECT_FALSE(knows(object, L"/") || knows(object, L"/a"));
 }
 
 TEST_F(FileSystemObject, ZeroEndsWhenTheBlockCannotBeMade) {
@@ -174,27 +151,17 @@ TEST_F(FileSystemObject, ZeroEndsWhenTheBlockCannotBeMade) {
 TEST_F(FileSystemObject, RemovalErasesAllDirectories) {
     ASSERT_TRUE(write("/a/b/f", "5"));
     setLayer(false, false);
+    CMORCadDwgFileSystem{CMORCadView{}}.removeFileSystem();  // through it only the layer is locked
+    EXPECT_EQ(tree(), "/ [a/ [b/ [f=5]]]");
+    EXPECT_EQ(layer(), "frozen locked");
+    setLayer(false, false);
     fs().removeFileSystem();
     EXPECT_EQ(inserts(), 0u);
     EXPECT_EQ(tree(), "/ erased");
     EXPECT_EQ(layer(), "frozen locked");
     EXPECT_EQ(printed(), L"");
-}
-
-TEST_F(FileSystemObject, WhatWasRemovedComesBackWithTheNextLookUp) {
-    ASSERT_TRUE(write("/a/f", "5"));
-    fs().removeFileSystem();
-    EXPECT_EQ(read("/a/f"), "5");
-    EXPECT_EQ(tree(), "/ [a/ [f=5]]");
-}
-
-TEST_F(FileSystemObject, RemovalThroughAnEmptyViewOnlyLocksTheLayer) {
-    ASSERT_TRUE(write("/a/f", "5"));
-    setLayer(false, false);
-    CMORCadDwgFileSystem{CMORCadView{}}.removeFileSystem();
-    EXPECT_EQ(tree(), "/ [a/ [f=5]]");
-    EXPECT_EQ(layer(), "frozen locked");
-    check();  // takes back what the removal left for it
+    EXPECT_EQ(read("/a/b/f"), "5") << "it comes back with the next look-up";
+    EXPECT_EQ(tree(), "/ [a/ [b/ [f=5]]]");
 }
 
 TEST_F(FileSystemObject, ExtendedRemovalMovesBlockEntitiesOffTheControlLayer) {

@@ -1,15 +1,12 @@
 #include "space/global_view.h"
 #include "space/global_view_guard.h"
 #include "tests/dwgfs/store_fixture.h"
-#include "tests/dwgfs/stored_drawing.h"
 #include "xref/xref_view.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 #include <memory>
-#include <sstream>
 #include <string>
 
 namespace mor::test {
@@ -20,7 +17,7 @@ class ReferencedStore : public StoreTest {
 protected:
     void SetUp() override {
         StoreTest::SetUp();
-        static_cast<void>(storedDrawing("").save("stored.dxf"));
+        storedDrawing("").save("stored.dxf");
         open(DxfDrawing{.layers = {"0"},
                         .blocks = referenceDefinition("PLAN", "stored.dxf"),
                         .entities = insertEntity("A1", "0", "PLAN")}
@@ -39,11 +36,6 @@ protected:
         StoreTest::TearDown();
     }
     [[nodiscard]] OpenFileSystem& store() { return *m_store; }
-    static std::string bytesOf(const std::filesystem::path& file) {
-        std::ostringstream bytes;
-        bytes << std::ifstream{file, std::ios::binary}.rdbuf();
-        return bytes.str();
-    }
 
 private:
     std::unique_ptr<OpenFileSystem> m_store;
@@ -101,7 +93,7 @@ TEST_F(ReferencedStore, IsReadByTheDocumentsFileSystemWhileTheGlobalViewIsOnIt) 
     ASSERT_TRUE(host::saveDocument(document()));
     const std::filesystem::path own = host::documentInfo(document()).path;
     const std::filesystem::path other = host::references(document())[0].found;
-    const std::string before = bytesOf(own) + bytesOf(other);
+    const std::string before = readFile(own) + readFile(other);
     for (int round = 0; round < 2; ++round) {  // directories of each are known at the next switch
         EXPECT_EQ(read("/a/f") + read("/a/b/g") + read("/own/f"), "781");
         ASSERT_TRUE(mor_xref::SwitchGlobalView(L"a1"));
@@ -118,7 +110,7 @@ TEST_F(ReferencedStore, IsReadByTheDocumentsFileSystemWhileTheGlobalViewIsOnIt) 
         EXPECT_EQ(read("/a/f"), "7");
     }
     ASSERT_TRUE(host::saveDocument(document()));
-    EXPECT_EQ(bytesOf(own) + bytesOf(other), before);
+    EXPECT_EQ(readFile(own) + readFile(other), before);
     EXPECT_TRUE(write("/a/f", "9"));
     EXPECT_EQ(tree(), "/ [own/ [f=1] a/ [f=9 b/ [g=8]]]");
 }
@@ -128,7 +120,7 @@ TEST_F(ReferencedStore, IsReadAnewAfterAReloadOnceTheGlobalViewIsSwitchedToItAga
     EXPECT_EQ(read("/a/f"), "5");
     DxfDrawing changed = storedDrawing("");
     changed.entities.replace(changed.entities.find("1071 5"), 6, "1071 6");
-    static_cast<void>(changed.save("stored.dxf"));
+    changed.save("stored.dxf");
     ASSERT_TRUE(host::reloadReference(document(), L"PLAN"));
     static_cast<void>(read("/a/f"));  // nothing, until the view is connected anew
     ASSERT_TRUE(mor_xref::SwitchGlobalView(L"A1"));

@@ -17,14 +17,14 @@ protected:
         ASSERT_EQ(tree(), "/ [a/ [f=1 b/ [g=1 c/ [h=1]]] d/ [f=1]]");
     }
     static bool delDir(std::string_view path) { return fs().delDir(wide(path).c_str()); }
-    [[nodiscard]] std::wstring handleOf(std::string_view path) const {
-        return wide(host::recordGroup(document(), entityOf(path), 5).value());
-    }
 };
 
 TEST_F(Removal, TakesEverythingBelowAlong) {
-    const EntityName entities[] = {entityOf("/a"), entityOf("/a/b"), entityOf("/a/b/c")};
+    const EntityName entities[] = {entityOf("/a/b"), entityOf("/a/b/c"), entityOf("/a")};
     setLayer(false, false);
+    EXPECT_TRUE(delDir("/a/b"));
+    EXPECT_EQ(tree(), "/ [a/ [f=1] d/ [f=1]]");
+    EXPECT_EQ(read("/a/b/g") + read("/a/f"), "false1");
     EXPECT_TRUE(delDir("/a"));
     EXPECT_EQ(tree(), "/ [d/ [f=1]]");
     EXPECT_EQ(inserts(), 2u);
@@ -33,13 +33,9 @@ TEST_F(Removal, TakesEverythingBelowAlong) {
     for (const wchar_t* path : {L"/a", L"/a/b", L"/a/b/c"}) EXPECT_FALSE(fs().isDirectory(path));
     EXPECT_EQ(layer(), "frozen locked");
     EXPECT_EQ(host::counters().locksHeld, 0u);
-}
-
-TEST_F(Removal, OfADeeperDirectoryLeavesItsParentsFiles) {
-    EXPECT_TRUE(delDir("/a/b"));
-    EXPECT_EQ(tree(), "/ [a/ [f=1] d/ [f=1]]");
-    EXPECT_EQ(read("/a/b/g"), "false");
-    EXPECT_EQ(read("/a/f"), "1");
+    EXPECT_TRUE(write("/a/f", "2")) << "there is room for a new one";
+    reopen();
+    EXPECT_EQ(tree(), "/ [d/ [f=1] a/ [f=2]]");
 }
 
 TEST_F(Removal, OfWhatIsNoDirectoryIsRefused) {
@@ -49,14 +45,6 @@ TEST_F(Removal, OfWhatIsNoDirectoryIsRefused) {
     EXPECT_FALSE(fs().delDir(nullptr));
     EXPECT_FALSE(delDir("/" + std::string(1100, 'a')));
     EXPECT_EQ(tree(), before);
-    EXPECT_EQ(printed(), L"");
-}
-
-TEST_F(Removal, ThroughAnEmptyViewIsRefused) {
-    setLayer(false, false);
-    EXPECT_FALSE(CMORCadDwgFileSystem{CMORCadView{}}.delDir(L"/a"));
-    EXPECT_EQ(inserts(), 5u);
-    EXPECT_EQ(layer(), "thawed unlocked");
     EXPECT_EQ(printed(), L"");
 }
 
@@ -71,14 +59,6 @@ TEST_F(Removal, NeverReachesTheRootItself) {
             L"CMORCadDwgFileSystem::removeDir: Kann Wurzelverzeichnis \"/\" nicht l\u00F6schen");
     }
     EXPECT_EQ(inserts(), 5u);
-}
-
-TEST_F(Removal, MakesRoomForANewDirectory) {
-    ASSERT_TRUE(delDir("/a"));
-    EXPECT_TRUE(write("/a/f", "2"));
-    EXPECT_EQ(tree(), "/ [d/ [f=1] a/ [f=2]]");
-    reopen();
-    EXPECT_EQ(tree(), "/ [d/ [f=1] a/ [f=2]]");
 }
 
 TEST_F(Removal, TakesErasedDirectoriesAlong) {
@@ -99,16 +79,17 @@ TEST_F(Removal, GoesOnBehindADeadLink) {
 }
 
 TEST_F(Removal, FollowsNoCircle) {
-    setText(entityOf("/a/b/c"), L"^up", handleOf("/a").c_str());
-    setText(entityOf("/a/b/c"), L"^top", handleOf("/").c_str());
+    link("/a/b/c", L"^up", "/a");
+    link("/a/b/c", L"^top", "/");
+    link("/a", L"^second", "/a/b");
     EXPECT_TRUE(delDir("/a"));
     EXPECT_EQ(tree(), "/ [d/ [f=1]]");
     EXPECT_EQ(inserts(), 2u);
 }
 
 TEST_F(Removal, FollowsNoCircleThroughAParentThatItWasHanded) {
-    setText(entityOf("/a/b"), L"^up", handleOf("/a").c_str());
-    setText(entityOf("/a/b/c"), L"^top", handleOf("/").c_str());
+    link("/a/b", L"^up", "/a");
+    link("/a/b/c", L"^top", "/");
     ads_name name;
     entityOf("/a").copyTo(name);
     CMOREntity parent;
@@ -118,16 +99,9 @@ TEST_F(Removal, FollowsNoCircleThroughAParentThatItWasHanded) {
 }
 
 TEST_F(Removal, OfACircleTakesTheLinkAlone) {
-    setText(entityOf("/a/b"), L"^up", handleOf("/a").c_str());
+    link("/a/b", L"^up", "/a");
     EXPECT_TRUE(delDir("/a/b/up"));
     EXPECT_EQ(tree(), "/ [a/ [f=1 b/ [g=1 c/ [h=1]]] d/ [f=1]]");
-}
-
-TEST_F(Removal, FollowsTwoLinksToOneDirectory) {
-    setText(entityOf("/a"), L"^second", handleOf("/a/b").c_str());
-    EXPECT_TRUE(delDir("/a"));
-    EXPECT_EQ(tree(), "/ [d/ [f=1]]");
-    EXPECT_EQ(inserts(), 2u);
 }
 
 TEST_F(Removal, EndsWhereEveryDirectoryIsLinkedTwice) {
@@ -136,7 +110,7 @@ TEST_F(Removal, EndsWhereEveryDirectoryIsLinkedTwice) {
         const std::string upper = path;
         path += "/n";
         ASSERT_TRUE(write(path + "/f", "1"));
-        setText(entityOf(upper), L"^second", handleOf(path).c_str());
+        link(upper, L"^second", path);
     }
     EXPECT_TRUE(delDir("/a"));
     EXPECT_EQ(tree(), "/ [d/ [f=1]]");
@@ -153,7 +127,7 @@ TEST_F(Removal, GoesDeeperThanAPathIsLong) {
     }
     ASSERT_TRUE(write(first + "/f", "1"));
     ASSERT_TRUE(write(second + "/f", "1"));
-    setText(entityOf(first), L"^y", handleOf("/y").c_str());
+    link(first, L"^y", "/y");
     setText(entityOf("/"), L"^y", L"");
     EXPECT_TRUE(delDir("/x"));
     EXPECT_EQ(inserts(), 5u);
@@ -174,28 +148,6 @@ TEST_F(Removal, NeedsNoStackOfItsOwnDepth) {
     ASSERT_EQ(inserts(), 20005u);
     EXPECT_TRUE(delDir("/a"));
     EXPECT_EQ(inserts(), 2u);
-}
-
-TEST_F(Removal, WorksWhenLayerLocksAreEnforced) {
-    host::faults::enforceLayerLocks(true);
-    EXPECT_TRUE(delDir("/a"));
-    EXPECT_EQ(tree(), "/ [d/ [f=1]]");
-}
-
-TEST_F(Removal, WhoseNthCallFailsLeavesAStoreThatWorks) {
-    std::size_t nth = 1;
-    for (bool failed = true; failed; ++nth) {
-        OpenFileSystem store;  // its table knows nothing of the round before
-        ASSERT_TRUE(store.write(L"/sweep/b/f", value("1")));
-        host::faults::failAnyCall(nth);
-        const bool removed = store.delDir(L"/sweep");
-        failed = host::faults::struck();
-        host::faults::reset();
-        EXPECT_TRUE(removed || failed) << nth;
-        EXPECT_TRUE(OpenFileSystem{}.write(L"/sweep/b/f", value("2"))) << nth;
-        EXPECT_NE(tree().find("sweep/ [b/ [f=2]]"), std::string::npos) << nth << tree();
-    }
-    EXPECT_GT(nth, 10u);
 }
 
 }  // namespace

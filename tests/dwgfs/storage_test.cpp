@@ -33,48 +33,32 @@ protected:
                 host::toUtf8(item.name) + "=" + host::toUtf8(host::stringOf(item.value)) + ";";
         return result;
     }
-    [[nodiscard]] std::string handle(EntityName name) const {
-        return host::recordGroup(document(), name, 5).value_or("-");
-    }
-    static EntityName makeInsertOn(const wchar_t* layerName) {
-        const ads_point origin = {0.0, 0.0, 0.0};
-        const ResbufList list{
-            acutBuildList(RTDXF0, L"INSERT", 2, kFileSystemBlock, 8, layerName, 10, origin, 0)};
-        EXPECT_EQ(acdbEntMake(list.get()), RTNORM);
-        ads_name name = {};
-        EXPECT_EQ(acdbEntLast(name), RTNORM);
-        return EntityName{name};
+    [[nodiscard]] std::string handle(std::string_view path) const {
+        return host::toUtf8(handleOf(path));
     }
 };
 
-TEST_F(Storage, AFreshDrawingHoldsNothingOfIt) {
-    static_cast<void>(fs());
-    EXPECT_EQ(tree(), "none");
-    EXPECT_EQ(layer(), "absent");
-    EXPECT_EQ(inserts(), 0u);
-}
-
 TEST_F(Storage, TheBlockHoldsOneInvisibleConstantAttribute) {
+    static_cast<void>(fs());
+    EXPECT_EQ(tree() + layer(), "noneabsent") << "a fresh drawing holds nothing of it";
     ASSERT_TRUE(write("/a/f", "5"));
     EXPECT_EQ(groups(blockEntity(), {0, 1, 2, 3, 8, 40, 70}),
               "0=ATTDEF 1= 2=mor 3=mor 8=0 40=1.0 70=3");
-    EXPECT_EQ(attributes(blockEntity()), "^DWG_FILESYSTEM_ROOT=" + handle(entityOf("/")) + ";");
+    EXPECT_EQ(attributes(blockEntity()), "^DWG_FILESYSTEM_ROOT=" + handle("/") + ";");
     EXPECT_EQ(host::recordInfo(document(), blockEntity())->container, "MOR_DWGFILES");
 }
 
 TEST_F(Storage, ADirectoryIsAnInsertInModelSpace) {
     ASSERT_TRUE(write("/a/b/f", "5"));
     EXPECT_EQ(inserts(), 3u);
-    for (const char* path : {"/", "/a", "/a/b"}) {
+    const std::pair<std::string, std::string> entries[] = {
+        {"/", "^a=" + handle("/a")}, {"/a", "^b=" + handle("/a/b")}, {"/a/b", "f="}};
+    for (const auto& [path, entry] : entries) {
         const EntityName name = entityOf(path);
         EXPECT_EQ(groups(name, {0, 2, 8, 66}), "0=INSERT 2=MOR_DWGFILES 8=MOR_CONTROL_LAYER 66=-");
         EXPECT_EQ(host::recordInfo(document(), name)->place, host::Place::ModelSpace);
+        EXPECT_EQ(attributes(name), "$ID=MOR_DWGFILES_DIR;$INFO=" + path + ";" + entry + ";");
     }
-    EXPECT_EQ(attributes(entityOf("/")),
-              "$ID=MOR_DWGFILES_DIR;$INFO=/;^a=" + handle(entityOf("/a")) + ";");
-    EXPECT_EQ(attributes(entityOf("/a")),
-              "$ID=MOR_DWGFILES_DIR;$INFO=/a;^b=" + handle(entityOf("/a/b")) + ";");
-    EXPECT_EQ(attributes(entityOf("/a/b")), "$ID=MOR_DWGFILES_DIR;$INFO=/a/b;f=;");
 }
 
 TEST_F(Storage, MakingTheBlockAgainLeavesNoRootLink) {
@@ -121,14 +105,18 @@ TEST_F(Storage, ADefinitionThatCannotBeClosedIsGivenUp) {
 
 TEST_F(Storage, DeletingAllInsertsSparesOtherLayers) {
     ASSERT_TRUE(write("/a/f", "5"));
-    const EntityName other = makeInsertOn(L"0");
-    OpenFileSystem store;
-    store.deleteAllInserts();
-    EXPECT_EQ(inserts(), 0u);
-    EXPECT_FALSE(host::recordInfo(document(), other)->erased);
+    const ads_point origin = {0.0, 0.0, 0.0};
+    const ResbufList other{
+        acutBuildList(RTDXF0, L"INSERT", 2, kFileSystemBlock, 8, L"0", 10, origin, 0)};
+    EXPECT_EQ(acdbEntMake(other.get()), RTNORM);
+    ads_name name = {};
+    EXPECT_EQ(acdbEntLast(name), RTNORM);
+    for (int round = 0; round < 2; ++round) {  // erased ones are not restored
+        OpenFileSystem{}.deleteAllInserts();
+        EXPECT_EQ(inserts(), 0u);
+    }
+    EXPECT_FALSE(host::recordInfo(document(), EntityName{name})->erased);
     EXPECT_EQ(tree(), "/ erased");
-    store.deleteAllInserts();
-    EXPECT_EQ(inserts(), 0u) << "erased ones are not restored";
 }
 
 TEST_F(Storage, AFilterThatCannotBeBuiltErasesNothing) {
@@ -163,10 +151,7 @@ TEST_F(Storage, TheGuardFreezesAndUnlocksWhileItLives) {
 }
 
 TEST_F(Storage, TheGuardMakesTheLayer) {
-    {
-        const ControlLayerGuard guard{ControlLayerGuard::kRelockAsFound};
-        EXPECT_EQ(layer(), "frozen unlocked");
-    }
+    { const ControlLayerGuard guard{ControlLayerGuard::kRelockAsFound}; }
     EXPECT_EQ(layer(), "frozen unlocked");
 }
 
@@ -180,12 +165,57 @@ TEST_F(Storage, WorkGoesOnWithoutAControlLayer) {
 
 TEST_F(Storage, EverythingWorksWhenLayerLocksAreEnforced) {
     host::faults::enforceLayerLocks(true);
-    EXPECT_TRUE(write("/a/b/f", "5"));
-    EXPECT_TRUE(write("/a/b/g", "6"));
+    EXPECT_TRUE(write("/a/b/f", "5") && write("/a/b/g", "6") && write("/c/f", "7"));
     EXPECT_TRUE(del("/a/b/f"));
+    host::faults::enforceLayerLocks(false);
+    toggleErased(entityOf("/a"));
+    setLayer(true, true);
+    host::faults::enforceLayerLocks(true);
+    OpenFileSystem{}.checkFileSystem();
+    EXPECT_EQ(tree(), "/ [a/ [b/ [g=6]] c/ [f=7]]");
+    EXPECT_EQ(layer(), "frozen locked");
+    EXPECT_TRUE(fs().delDir(L"/c"));
     EXPECT_EQ(tree(), "/ [a/ [b/ [g=6]]]");
     fs().removeFileSystem();
     EXPECT_EQ(inserts(), 0u);
+}
+
+class StoredDrawing : public StoreTest {
+protected:
+    void SetUp() override {
+        StoreTest::SetUp();
+        open(storedDrawing().save("stored.dxf"));
+    }
+    [[nodiscard]] std::string spaces() const {
+        std::string result;
+        for (const char* path : {"/", "/a", "/a/b"})
+            result += host::recordInfo(document(), entityOf(path))->place == host::Place::PaperSpace
+                          ? "p"
+                          : "m";
+        return result;
+    }
+};
+
+TEST_F(StoredDrawing, ADirectoryInPaperSpaceIsMovedBack) {
+    EXPECT_EQ(tree(), "/ [a/ [f=5 b/ [g=\"x\"]]]");
+    ASSERT_EQ(spaces(), "mpm");
+    EXPECT_EQ(read("/a/f"), "5");
+    EXPECT_EQ(spaces(), "mmm");
+    EXPECT_TRUE(write("/a/b/h", "1"));
+    reopen();
+    EXPECT_EQ(spaces(), "mmm");
+    EXPECT_EQ(tree(), "/ [a/ [f=5 b/ [g=\"x\" h=1]]]");
+}
+
+TEST_F(StoredDrawing, ADirectoryInPaperSpaceIsRefusedThroughAReadOnlyView) {
+    ads_name name;
+    entityOf("/a").copyTo(name);
+    CMOREntity entity;
+    OpenFileSystem readOnly{CMORCadView{}};
+    EXPECT_FALSE(readOnly.commonConnectEntity(name, entity));
+    entityOf("/").copyTo(name);
+    EXPECT_TRUE(readOnly.commonConnectEntity(name, entity));
+    EXPECT_EQ(spaces(), "mpm");
 }
 
 }  // namespace

@@ -136,6 +136,10 @@ EntityName StoreTest::entityOf(std::string_view path) const {
     }
 }
 
+std::wstring StoreTest::handleOf(std::string_view path) const {
+    return wide(host::recordGroup(document(), entityOf(path), 5).value());
+}
+
 EntityName StoreTest::blockEntity() const {
     return host::firstEntityOfBlock(document(), kFileSystemBlock).value_or(EntityName{});
 }

@@ -1,18 +1,18 @@
 #include "platform/document_data.h"
 #include "platform/documents.h"
 #include "tests/host/host_fixture.h"
-#include "tests/support/test_folder.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 #include <string>
 
 namespace mor::test {
 namespace {
 
 class Documents : public HostTest {};
+
+constexpr const char* kLines = "0 LINE|5 A1|8 0|0 LINE|5 A2|8 0|";
 
 TEST_F(Documents, CurrentAndActiveAreSetApart) {
     AcApDocManager* manager = acDocManagerPtr();
@@ -84,7 +84,7 @@ TEST_F(Documents, AnswerNothingWhenNoneIsCurrent) {
 }
 
 TEST_F(Documents, KeepWorkingWhenTheirFileIsReplacedOrRemoved) {
-    openEntities("0 LINE|5 A1|8 0|0 LINE|5 A2|8 0|");
+    openEntities(kLines);
     const std::string bytes = readFile(file());
     std::filesystem::remove(file());
     Connected entity{named(L"A2")};
@@ -97,7 +97,7 @@ TEST_F(Documents, KeepWorkingWhenTheirFileIsReplacedOrRemoved) {
 }
 
 TEST_F(Documents, TakeNoRecordThatCannotBeReadForAnEmptyOne) {
-    openEntities("0 LINE|5 A1|8 0|0 LINE|5 A2|8 0|", "0 LAYER|2 WALLS|70 0|");
+    openEntities(kLines, "0 LAYER|2 WALLS|70 0|");
     const std::string bytes = readFile(file());
     bool struck = true;
     for (std::size_t reading = 1; struck; ++reading) {
@@ -112,7 +112,7 @@ TEST_F(Documents, TakeNoRecordThatCannotBeReadForAnEmptyOne) {
             if (opened) use(opened.value());
             worked = worked && makeLine(L"WALLS") == RTNORM && walk() == "LINE:A1 LINE:A2 LINE:A3";
         } catch (const host::ReadFailure& failure) {
-            EXPECT_NE(failure.error().text.find("reading failed"), std::string::npos);
+            EXPECT_TRUE(holds(failure.error().text, "reading failed"));
             EXPECT_TRUE(host::takeReadFailure());
             worked = false;
         }
@@ -125,7 +125,7 @@ TEST_F(Documents, TakeNoRecordThatCannotBeReadForAnEmptyOne) {
 }
 
 TEST_F(Documents, WhoseFileIsCutShortAreNotSaved) {
-    openEntities("0 LINE|5 A1|8 0|0 LINE|5 A2|8 0|");
+    openEntities(kLines);
     std::filesystem::resize_file(file(), std::filesystem::file_size(file()) / 2);
     EXPECT_EQ(makeLine(), RTNORM);
     EXPECT_TRUE(host::recordGroups(document(), named(L"A2")).empty());
@@ -135,16 +135,14 @@ TEST_F(Documents, WhoseFileIsCutShortAreNotSaved) {
 }
 
 TEST_F(Documents, SaveAgainAndAgainRelativeToTheFileAsLoaded) {
-    openEntities("0 LINE|5 A1|8 0|0 LINE|5 A2|8 0|");
+    openEntities(kLines);
     for (const wchar_t* layer : {L"ONE", L"TWO", L"THREE"}) {
         Connected entity{named(L"A1")};
         EXPECT_TRUE(entity.SetLayer(layer) && entity.Flush());
-        host::SaveOptions options;
-        options.backup = false;
-        const auto saved = host::saveDocument(document(), options);
+        const auto saved = host::saveDocument(document(), {.output = {}, .backup = false});
         ASSERT_TRUE(saved) << saved.error().message();
         EXPECT_TRUE(saved.value().written);
-        EXPECT_NE(readFile(file()).find("A1\n8\n" + host::toUtf8(layer)), std::string::npos);
+        EXPECT_TRUE(holds(readFile(file()), "A1\n8\n" + host::toUtf8(layer)));
     }
     EXPECT_EQ(reopen() == nullptr ? "" : walk(), "LINE:A1 LINE:A2");
 }
@@ -155,9 +153,7 @@ TEST_F(Documents, WithoutANameAreSavedOnlyUnderOne) {
     const auto refused = host::saveDocument(document());
     ASSERT_FALSE(refused);
     EXPECT_EQ(refused.error().kind, host::ErrorKind::Invalid);
-    host::SaveOptions options;
-    options.output = file("named.dxf");
-    EXPECT_TRUE(host::saveDocument(document(), options));
+    EXPECT_TRUE(host::saveDocument(document(), {.output = file("named.dxf")}));
     EXPECT_EQ(host::documentInfo(document()).path.filename(), "named.dxf");
     ASSERT_EQ(makeLine(), RTNORM);
     EXPECT_TRUE(host::saveDocument(document()));
@@ -166,23 +162,22 @@ TEST_F(Documents, WithoutANameAreSavedOnlyUnderOne) {
 }
 
 TEST_F(Documents, AreNotSavedOverWhatCameToTheirTargetMeanwhile) {
-    AcApDocument* document = host::createDocument(host::Release::R2018);
-    const std::filesystem::path target = testFolder() / "target.dxf";
+    AcApDocument* document = create();
+    const std::filesystem::path target = file("target.dxf");
+    const auto save = [&](const host::FileState& before) {
+        return host::saveDocument(document, {.output = target, .before = before});
+    };
     for (const char* former : {"", "older"}) {
         std::filesystem::remove(target);
-        if (*former != '\0') std::ofstream(target) << former;
+        if (*former != '\0') writeFile(target, former);
         const host::FileState before = host::fileState(target);
-        std::ofstream(target) << "of another program";
-        const auto saved = host::saveDocument(document, {.output = target, .before = before});
+        writeFile(target, "of another program");
+        const auto saved = save(before);
         ASSERT_FALSE(saved) << former;
         EXPECT_EQ(saved.error().kind, host::ErrorKind::Unwritable);
-        std::string text;
-        std::getline(std::ifstream(target), text);
-        EXPECT_EQ(text, "of another program");
+        EXPECT_EQ(readFile(target), "of another program");
     }
-    EXPECT_TRUE(
-        host::saveDocument(document, {.output = target, .before = host::fileState(target)}));
-    host::closeDocument(document);
+    EXPECT_TRUE(save(host::fileState(target)));
 }
 
 }  // namespace

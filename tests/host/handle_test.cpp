@@ -6,16 +6,12 @@
 namespace mor::test {
 namespace {
 
-std::string line(const std::string& handle) {
-    return "0 LINE|" + (handle.empty() ? "" : "5 " + handle + "|") +
-           "8 0|10 0.0|20 0.0|30 0.0|11 1.0|21 0.0|31 0.0|";
-}
+std::string line(const std::string& handle) { return lineEntity(handle, "0"); }
 
 class Handles : public HostTest {
 protected:
     AcApDocument* openLines(const std::string& header, const std::string& entities) {
-        return open(dxfText("0 SECTION|2 HEADER|9 $ACADVER|1 AC1009|" + header +
-                            "0 ENDSEC|0 SECTION|2 ENTITIES|" + entities + "0 ENDSEC|0 EOF"));
+        return open(DxfDrawing{.entities = entities, .header = header});
     }
     /// "HANDLE SEED" after a line was made and saved.
     std::string madeAndSeed() {
@@ -29,29 +25,27 @@ protected:
 };
 
 TEST_F(Handles, BeginAtTheSeedOrAboveTheHighest) {
-    openLines("9 $HANDSEED|5 B0|", line("A1"));
-    EXPECT_EQ(madeAndSeed(), "B0 B1");
-    openLines("9 $HANDSEED|5 00000A0|", line("A1"));
-    EXPECT_EQ(madeAndSeed(), "A2 A3");
-    openLines("", line("ff"));
-    EXPECT_EQ(madeAndSeed(), "100 101");
-    openLines("", line(""));
-    EXPECT_EQ(madeAndSeed(), "1 2");
-    openLines("9 $HANDSEED|5 0|", line(""));
-    EXPECT_EQ(madeAndSeed(), "1 2");
-    openLines("9 $HANDSEED|5 junk|", line("I1"));
-    EXPECT_EQ(madeAndSeed(), "1 2");
-    openLines("9 $HANDSEED|5 FFFFFFFF0|", line("A1"));
-    EXPECT_EQ(madeAndSeed(), "FFFFFFFF0 FFFFFFFF1");
-}
-
-TEST_F(Handles, CountThoseOfTablesAndObjectsToo) {
-    open(
-        dxfText("0 SECTION|2 HEADER|9 $ACADVER|1 AC1015|9 $HANDSEED|5 10|0 ENDSEC|0 SECTION|2 "
-                "TABLES|0 TABLE|2 DIMSTYLE|5 A|0 DIMSTYLE|105 E0|5 FFFF|100 "
-                "AcDbDimStyleTableRecord|2 S|0 ENDTAB|0 ENDSEC|0 SECTION|2 ENTITIES|0 ENDSEC|0 "
-                "SECTION|2 OBJECTS|0 SORTENTSTABLE|5 D0|100 AcDbSortentsTable|5 FFFE|0 "
-                "DICTIONARY|5 F0|0 ENDSEC|0 EOF"));
+    const struct {
+        const char* header;
+        const char* line;
+        const char* made;
+    } cases[] = {{"9 $HANDSEED|5 B0|", "A1", "B0 B1"},
+                 {"9 $HANDSEED|5 00000A0|", "A1", "A2 A3"},
+                 {"", "ff", "100 101"},
+                 {"", "", "1 2"},
+                 {"9 $HANDSEED|5 0|", "", "1 2"},
+                 {"9 $HANDSEED|5 junk|", "I1", "1 2"},
+                 {"9 $HANDSEED|5 FFFFFFFF0|", "A1", "FFFFFFFF0 FFFFFFFF1"}};
+    for (const auto& c : cases) {
+        openLines(c.header, line(c.line));
+        EXPECT_EQ(madeAndSeed(), c.made) << c.header;
+    }
+    open(DxfDrawing{.header = "9 $HANDSEED|5 10|",
+                    .tables = "0 TABLE|2 DIMSTYLE|5 A|0 DIMSTYLE|105 E0|5 FFFF|"
+                              "100 AcDbDimStyleTableRecord|2 S|0 ENDTAB|",
+                    .version = "AC1015",
+                    .objects = "0 SORTENTSTABLE|5 D0|100 AcDbSortentsTable|5 FFFE|"
+                               "0 DICTIONARY|5 F0|"});
     EXPECT_EQ(madeAndSeed(), "F1 F2");
 }
 
@@ -91,15 +85,17 @@ TEST_F(Handles, CompareAsNumbers) {
 }
 
 TEST_F(Handles, ThatStandTwiceMeanTheFirstRecord) {
-    open(
-        dxfText("0 SECTION|2 TABLES|0 TABLE|2 LAYER|0 LAYER|5 A1|2 WALLS|70 0|0 ENDTAB|0 ENDSEC|0 "
-                "SECTION|2 ENTITIES|" +
-                line("A1") +
-                "0 CIRCLE|5 A2|8 0|0 POINT|5 A2|8 0|0 ENDSEC|"
-                "0 EOF"));
-    EXPECT_EQ(titleOf(named(L"A1")), "LAYER:A1");
-    EXPECT_EQ(titleOf(named(L"A2")), "CIRCLE:A2");
+    openEntities(line("A1") + "0 CIRCLE|5 A2|8 0|0 POINT|5 A2|8 0|", "0 LAYER|5 A1|2 WALLS|70 0|");
+    EXPECT_EQ(titleOf(named(L"A1")) + " " + titleOf(named(L"A2")), "LAYER:A1 CIRCLE:A2");
     EXPECT_EQ(walk(), "LINE:A1 CIRCLE:A2 POINT:A2");
+}
+
+TEST_F(Handles, OfReactorsAndDictionariesAreNotTheRecordsOwn) {
+    openEntities(
+        "0 LINE|5 A1|102 {ACAD_REACTORS|330 B1|102 }|102 {ACAD_XDICTIONARY|360 C1|102 }|"
+        "330 D1|100 AcDbEntity|8 0|100 AcDbLine|5 E1|");
+    EXPECT_EQ(walk(), "LINE:A1");
+    EXPECT_TRUE(named(L"B1").isNone() && named(L"E1").isNone());
 }
 
 TEST_F(Handles, AreGivenInR12OnlyToRecordsThatNeedOne) {
@@ -120,16 +116,6 @@ TEST_F(Handles, AreGivenInR12OnlyToRecordsThatNeedOne) {
                          body + "\n");
     EXPECT_EQ(file.variable("$HANDLING"), "1");
     EXPECT_EQ(file.variable("$HANDSEED"), "2");
-}
-
-TEST_F(Handles, OfReactorsAndDictionariesAreNotTheRecordsOwn) {
-    open(
-        dxfText("0 SECTION|2 HEADER|9 $ACADVER|1 AC1015|0 ENDSEC|0 SECTION|2 ENTITIES|0 LINE|5 A1|"
-                "102 {ACAD_REACTORS|330 B1|102 }|102 {ACAD_XDICTIONARY|360 C1|102 }|330 D1|100 "
-                "AcDbEntity|8 0|100 AcDbLine|5 E1|0 ENDSEC|0 EOF"));
-    EXPECT_EQ(walk(), "LINE:A1");
-    EXPECT_TRUE(named(L"B1").isNone());
-    EXPECT_TRUE(named(L"E1").isNone());
 }
 
 }  // namespace

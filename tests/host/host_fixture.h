@@ -5,34 +5,17 @@
 #include "platform/entity.h"
 #include "platform/entity_calls.h"
 #include "platform/owned.h"
-#include "tests/support/process.h"
-#include "tests/support/test_folder.h"
+#include "tests/support/dxf_drawing.h"
+#include "tests/support/dxf_records.h"
+#include "tests/support/holds.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace mor::test {
-
-/// DXF text from pieces "CODE VALUE|CODE VALUE|...", unpadded.
-[[nodiscard]] inline std::string dxfText(std::string_view groups, std::string_view end = "\n") {
-    std::string text;
-    while (!groups.empty()) {
-        const std::size_t bar = std::min(groups.find('|'), groups.size());
-        const std::string_view group = groups.substr(0, bar);
-        const std::size_t blank = std::min(group.find(' '), group.size());
-        text += group.substr(0, blank);
-        text += end;
-        if (blank < group.size()) text += group.substr(blank + 1);
-        text += end;
-        groups.remove_prefix(std::min(bar + 1, groups.size()));
-    }
-    return text;
-}
 
 /// A test of the drawing database with one current and active document, and a folder of its own.
 /// Locks, selection sets and lists that are left over fail it.
@@ -76,14 +59,11 @@ protected:
         EXPECT_TRUE(opened) << opened.error().message();
         return opened ? use(opened.value()) : nullptr;
     }
+    AcApDocument* open(const DxfDrawing& drawing) { return open(drawing.bytes()); }
     /// An R12 drawing of these entities, layers ("0 LAYER|..." records) and blocks.
-    AcApDocument* openEntities(std::string_view entities, std::string_view layers = "",
-                               std::string_view blocks = "") {
-        return open(dxfText(
-            "0 SECTION|2 HEADER|9 $ACADVER|1 AC1009|0 ENDSEC|0 SECTION|2 TABLES|"
-            "0 TABLE|2 LAYER|70 9|" +
-            std::string(layers) + "0 ENDTAB|0 ENDSEC|0 SECTION|2 BLOCKS|" + std::string(blocks) +
-            "0 ENDSEC|0 SECTION|2 ENTITIES|" + std::string(entities) + "0 ENDSEC|0 EOF"));
+    AcApDocument* openEntities(const std::string& entities, const std::string& layers = "",
+                               const std::string& blocks = "") {
+        return open(DxfDrawing{.blocks = blocks, .entities = entities, .records = layers});
     }
     /// Why bytes are refused as a drawing: "LINE: TEXT", or empty when they are not.
     [[nodiscard]] std::string refusal(std::string_view bytes) const {
@@ -101,6 +81,13 @@ protected:
         const auto saved = host::saveDocument(m_document, options);
         EXPECT_TRUE(saved) << saved.error().message();
         return readFile(file("saved.dxf"));
+    }
+    /// The records of that type in the drawing as it is saved: "0 LINE|5 A1|8 0; 0 LINE|...".
+    [[nodiscard]] std::string saved(std::string_view type) const {
+        std::string all;
+        for (const DxfRecord& record : splitDxf(savedBytes()).records)
+            if (record.is(type)) all += (all.empty() ? "" : "; ") + record.text();
+        return all;
     }
     /// Saves, closes, and opens what was saved.
     AcApDocument* reopen() { return open(savedBytes()); }

@@ -5,6 +5,7 @@
 #include <rapidcheck/gtest.h>
 
 #include <limits>
+#include <sstream>
 
 namespace mor::test {
 namespace {
@@ -18,80 +19,64 @@ CMORAdsLispVar parsed(const std::string& text) {
     return value ? value.value() : CMORAdsLispVar{};
 }
 
-CMORAdsLispVar text(std::wstring_view characters) { return host::makeString(characters); }
-
 std::wstring repeated(std::wstring_view part, int times) {
     std::wstring all;
     for (int i = 0; i < times; ++i) all += part;
     return all;
 }
 
-std::vector<CMORAdsLispVar> numbers() {
-    std::vector<CMORAdsLispVar> all;
-    for (const std::int32_t value : {0, 1, -1, 32767, 32768, -32768, -32769, 2147483647})
-        all.push_back(host::makeInteger(value));
-    all.push_back(host::makeInteger(std::numeric_limits<std::int32_t>::min()));
-    for (const double value : {0.0, -0.0, 1.0, -1.0, 0.1, 0.1 + 0.2, 1.0 / 3.0, 5e-324, 2.5e-320,
-                               Limits::min(), Limits::max(), Limits::lowest(), 1e15, 1e16, 1e17,
-                               123456789012345678.0, 9007199254740993.0, 1e100, 1e-7})
-        all.push_back(host::makeReal(value));
-    return all;
-}
+constexpr std::int32_t kIntegers[] = {
+    0, 1, -1, 32767, 32768, -32768, -32769, 2147483647, std::numeric_limits<std::int32_t>::min()};
 
-std::vector<CMORAdsLispVar> texts() {
+constexpr double kReals[] = {0.0,
+                             -0.0,
+                             1.0,
+                             -1.0,
+                             0.1,
+                             0.1 + 0.2,
+                             1.0 / 3.0,
+                             5e-324,
+                             2.5e-320,
+                             Limits::min(),
+                             Limits::max(),
+                             Limits::lowest(),
+                             1e15,
+                             1e16,
+                             1e17,
+                             123456789012345678.0,
+                             9007199254740993.0,
+                             1e100,
+                             1e-7};
+
+/// A slash between them.
+constexpr const wchar_t* kTexts =
+    L"/ /  a  /\t/\"quoted\"/a\nb\r\nc\r/\n/^/^ /^J/^M^/a^/\\/\\\\/\\U+0041/"
+    L"\\\\U+0041/\\U+004/\\M+18140/\\u+0041/\\P/%%c/{/}/0/1001/\u00E4\u00D6\u00DF/"
+    L"\u0416\u4E2D\uAC00/\U0001F600/a\U0001F600\\U+0041\U0010FFFF/\uFFFD\uFEFF/"
+    L"\u0080\u009F\u00A0/\x01\x1A\x1B\x7F/; no remark/  0/EOF";
+
+std::vector<CMORAdsLispVar> shortValues() {
     std::vector<CMORAdsLispVar> all;
-    for (const wchar_t* characters : {L"",
-                                      L" ",
-                                      L"  a  ",
-                                      L"\t",
-                                      L"\"quoted\"",
-                                      L"a\nb\r\nc\r",
-                                      L"\n",
-                                      L"^",
-                                      L"^ ",
-                                      L"^J",
-                                      L"^M^",
-                                      L"a^",
-                                      L"\\",
-                                      L"\\\\",
-                                      L"\\U+0041",
-                                      L"\\\\U+0041",
-                                      L"\\U+004",
-                                      L"\\M+18140",
-                                      L"\\u+0041",
-                                      L"\\P",
-                                      L"%%c",
-                                      L"{",
-                                      L"}",
-                                      L"0",
-                                      L"1001",
-                                      L"\u00E4\u00D6\u00DF",
-                                      L"\u0416\u4E2D\uAC00",
-                                      L"\U0001F600",
-                                      L"a\U0001F600\\U+0041\U0010FFFF",
-                                      L"\uFFFD\uFEFF",
-                                      L"\u0080\u009F\u00A0",
-                                      L"\x01\x1A\x1B\x7F",
-                                      L"; no remark",
-                                      L"  0",
-                                      L"EOF"})
-        all.push_back(text(characters));
+    for (const std::int32_t value : kIntegers) all.push_back(host::makeInteger(value));
+    for (const double value : kReals) all.push_back(host::makeReal(value));
+    std::wistringstream texts{kTexts};
+    for (std::wstring text; std::getline(texts, text, L'/');) all.push_back(host::makeString(text));
     return all;
 }
 
 /// Texts whose pieces in the file begin or end with what must not stand there.
 std::vector<CMORAdsLispVar> longTexts() {
     std::vector<CMORAdsLispVar> all;
+    const auto add = [&all](const std::wstring& text) { all.push_back(host::makeString(text)); };
     for (const int length : {248, 249, 250, 254, 255, 256, 257, 509, 510, 511, 2047, 2048, 10000})
-        all.push_back(text(repeated(L"x", length)));
+        add(repeated(L"x", length));
     for (int length = 246; length <= 258; ++length) {
-        all.push_back(text(repeated(L"x", length) + L"   " + repeated(L"y", 300)));
-        all.push_back(text(repeated(L"x", length) + L"\\U+0041" + repeated(L"y", 300)));
-        all.push_back(text(repeated(L"x", length) + L"\\\\^\U0001F600" + repeated(L"y", 300)));
-        all.push_back(text(repeated(L" ", length)));
+        for (const wchar_t* part : {L"   ", L"\\U+0041", L"\\\\^\U0001F600"})
+            add(repeated(L"x", length) + part + repeated(L"y", 300));
+        add(repeated(L" ", length));
     }
-    all.push_back(text(repeated(L"\U0001F600", 1000)));
-    all.push_back(text(repeated(L"^\n", 500)));
+    add(repeated(L"\U0001F600", 1000));
+    add(repeated(L"^\n", 500));
     return all;
 }
 
@@ -102,16 +87,15 @@ std::vector<CMORAdsLispVar> lists() {
           "(nil . 1)", "(\"a\" (\"b\" (\"c\" . 2.5)))", "((((((1))))))", "(0 -1 1070)",
           "(1 (2 . \"x\") nil (nil . (3 . 4.0)))", "(\"{\" (\"}\") \"\")"})
         all.push_back(parsed(lisp));
-    std::string deep(3500, '(');
-    all.push_back(parsed(deep + "1" + std::string(3500, ')')));
+    all.push_back(parsed(std::string(3500, '(') + "1" + std::string(3500, ')')));
     std::string dotted;
     for (int i = 0; i < 1500; ++i) dotted += "((nil) . ";
     all.push_back(parsed(dotted + "\"end\"" + std::string(1500, ')')));
     std::vector<CMORAdsLispVar> many;
     for (int i = 0; i < 3000; ++i) many.push_back(host::makeInteger(i * 7919));
     all.push_back(host::makeList(many));
-    all.push_back(host::makeList({text(repeated(L"long ", 200)), text(L" "), text(L"")},
-                                 text(repeated(L"\u20AC", 200))));
+    all.push_back(host::makeList({host::makeString(repeated(L"long ", 200)), L" ", L""},
+                                 host::makeString(repeated(L"\u20AC", 200))));
     return all;
 }
 
@@ -145,7 +129,7 @@ TEST_F(StoredValues, AreTheSameToTheBitInEveryRelease) {
           Release::R2010, Release::R2013, Release::R2018})
         for (const char* lineEnd : {"\n", "\r\n"}) {
             SCOPED_TRACE(host::releaseName(release) + (lineEnd[0] == '\r' ? " CRLF" : " LF"));
-            for (const auto& values : {numbers(), texts(), longTexts(), lists()}) {
+            for (const auto& values : {shortValues(), longTexts(), lists()}) {
                 create(release, lineEnd);
                 expectBack(values);
             }
@@ -224,29 +208,20 @@ TEST_F(StoredValues, NameEntitiesByTheirHandles) {
 
 TEST_F(StoredValues, SurviveProgramsThatDecodeEscapes) {
     // Another program wrote the same texts in the file's own encoding, with carets and lower case.
-    const std::string line = "0 LINE|5 A1|8 0|10 0.0|20 0.0|30 0.0|11 1.0|21 0.0|31 0.0|";
-    const std::string values =
-        "1001 MOR_ATTRIBUTES|1070 1|1000 n|1000 K\xC3\xB6ln \xF0\x9F\x98\x80|"
-        "1000 \xC3\xA4|1000 a^Jb^ c|1000 l|1000 \\U+00e4\\U+d83d\\U+de00|";
-    open(dxfText("0 SECTION|2 HEADER|9 $ACADVER|1 AC1021|0 ENDSEC|0 SECTION|2 ENTITIES|" + line +
-                 values + "0 ENDSEC|0 EOF"));
-    const auto items = host::recordAttributes(document(), named(L"A1")).items;
-    ASSERT_EQ(items.size(), 3u);
-    EXPECT_EQ(host::stringOf(items[0].value), L"K\u00F6ln \U0001F600");
-    EXPECT_EQ(items[1].name, L"\u00E4");
-    EXPECT_EQ(host::stringOf(items[1].value), L"a\nb^c");
-    EXPECT_EQ(host::stringOf(items[2].value), L"\u00E4\U0001F600");
-}
-
-TEST_F(StoredValues, OfACodePageDecodeByThatCodePage) {
-    const std::string line = "0 LINE|5 A1|8 0|10 0.0|20 0.0|30 0.0|11 1.0|21 0.0|31 0.0|";
-    open(
-        dxfText("0 SECTION|2 HEADER|9 $ACADVER|1 AC1015|9 $DWGCODEPAGE|3 ANSI_1251|0 ENDSEC|0 "
-                "SECTION|2 ENTITIES|" +
-                line + "1001 MOR_ATTRIBUTES|1070 1|1000 n|1000 \xC6|0 ENDSEC|0 EOF"));
-    const auto items = host::recordAttributes(document(), named(L"A1")).items;
-    ASSERT_EQ(items.size(), 1u);
-    EXPECT_EQ(host::stringOf(items[0].value), L"\u0416");
+    const auto read = [this](const std::string& version, const std::string& values) {
+        open(DxfDrawing{.entities = lineEntity("A1", "0") + attributeTags(values),
+                        .header = "9 $DWGCODEPAGE|3 ANSI_1251|",
+                        .version = version});
+        std::wstring all;
+        for (const auto& item : host::recordAttributes(document(), named(L"A1")).items)
+            all += item.name + L"=" + host::stringOf(item.value) + L";";
+        return all;
+    };
+    EXPECT_EQ(read("AC1021",
+                   "1000 n|1000 K\xC3\xB6ln \xF0\x9F\x98\x80|1000 \xC3\xA4|1000 a^Jb^ c|"
+                   "1000 l|1000 \\U+00e4\\U+d83d\\U+de00|"),
+              L"n=K\u00F6ln \U0001F600;\u00E4=a\nb^c;l=\u00E4\U0001F600;");
+    EXPECT_EQ(read("AC1015", "1000 n|1000 \xC6|"), L"n=\u0416;");
 }
 
 RC_GTEST_FIXTURE_PROP(StoredValues, ComeBackWhateverTheyAre, ()) {

@@ -21,13 +21,9 @@ class GlobalView : public SpaceTest {
 protected:
     void SetUp() override {
         SpaceTest::SetUp();
-        const DxfDrawing drawing{
-            .layers = {"0"},
-            .blocks = blockDefinition("DOOR", lineEntity("D1", "0")),
-            .entities = lineEntity("A1", "0") + insertEntity("A2", "0", "DOOR")};
-        auto opened = host::openDocument(drawing.save("global_view.dxf"));
-        ASSERT_TRUE(opened) << opened.error().message();
-        host::closeDocument(replaceDocument(opened.value()));
+        open(DxfDrawing{.blocks = blockDefinition("DOOR", lineEntity("D1", "0")),
+                        .entities = lineEntity("A1", "0") + insertEntity("A2", "0", "DOOR")}
+                 .save("global_view.dxf"));
     }
     static CMORCadView*& slot() {
         return CMORMDIDocumentData::GetCurrentDocumentData().GetMapGlobalObject();
@@ -39,24 +35,18 @@ protected:
     }
 };
 
-TEST_F(GlobalView, IsMadeOnModelSpaceAtItsFirstUse) {
-    EXPECT_EQ(state(), L"absent");
-    const CMORCadView* view = CMORCadView::getTheGlobalObject();
-    EXPECT_EQ(state(), L"1 ModelSpace");
-    EXPECT_EQ(CMORCadView::getTheGlobalObject(), view);
-}
-
 TEST_F(GlobalView, EveryDocumentHasItsOwn) {
-    const CMORCadView* view = CMORCadView::getTheGlobalObject();
-    AcApDocument* other = host::createDocument(host::Release::R12);
-    makeCurrent(other);
     EXPECT_EQ(state(), L"absent");
-    EXPECT_NE(CMORCadView::getTheGlobalObject(), view);
-    releaseDocumentObjects();
-    makeCurrent(document());
+    const CMORCadView* view = CMORCadView::getTheGlobalObject();
+    EXPECT_EQ(state(), L"1 ModelSpace");
+    {
+        const OtherDocument other;
+        EXPECT_EQ(state(), L"absent");
+        EXPECT_NE(CMORCadView::getTheGlobalObject(), view);
+        releaseDocumentObjects();
+    }
     EXPECT_EQ(CMORCadView::getTheGlobalObject(), view);
     EXPECT_EQ(state(), L"1 ModelSpace");
-    host::closeDocument(other);
 }
 
 TEST_F(GlobalView, AnUnknownHandleLeavesItAsItIs) {
@@ -78,16 +68,12 @@ TEST_F(GlobalView, AnEntityThatIsNoReferenceLeavesItEmpty) {
     EXPECT_EQ(printed(), L"");
 }
 
-TEST_F(GlobalView, IsDeletedOnce) {
+TEST_F(GlobalView, IsDeletedOnceUnlessTheModuleDidNotMakeIt) {
     static_cast<void>(CMORCadView::getTheGlobalObject());
-    CMORCadView::deleteTheGlobalObject();
-    EXPECT_EQ(state(), L"absent");
-    CMORCadView::deleteTheGlobalObject();
-    static_cast<void>(CMORCadView::getTheGlobalObject());
-    EXPECT_EQ(state(), L"1 ModelSpace");
-}
-
-TEST_F(GlobalView, OneThatTheModuleDidNotMakeIsNotDeleted) {
+    for (int round = 0; round < 2; ++round) {
+        CMORCadView::deleteTheGlobalObject();
+        EXPECT_EQ(state(), L"absent");
+    }
     CMORCadView foreign;
     slot() = &foreign;
     EXPECT_EQ(CMORCadView::getTheGlobalObject(), &foreign);
@@ -98,14 +84,7 @@ TEST_F(GlobalView, OneThatTheModuleDidNotMakeIsNotDeleted) {
     slot() = nullptr;
 }
 
-TEST_F(GlobalView, GoesWithTheDocumentsObjects) {
-    static_cast<void>(CMORCadView::getTheGlobalObject());
-    releaseDocumentObjects();
-    EXPECT_EQ(state(), L"absent");
-    EXPECT_EQ(letters(), 0u);
-}
-
-TEST_F(GlobalView, GoesBeforeTheLettersOfTheSpaces) {
+TEST_F(GlobalView, GoesWithTheDocumentsObjectsBeforeTheLettersOfTheSpaces) {
     struct Witness : NamedLetter {
         explicit Witness(bool& viewWasGone) : NamedLetter(L"PLAN"), m_viewWasGone(viewWasGone) {}
         ~Witness() override { m_viewWasGone = slot() == nullptr; }
@@ -116,6 +95,8 @@ TEST_F(GlobalView, GoesBeforeTheLettersOfTheSpaces) {
     insertLetter(std::make_unique<Witness>(viewWasGone).release());  // the table owns it
     releaseDocumentObjects();
     EXPECT_TRUE(viewWasGone);
+    EXPECT_EQ(state(), L"absent");
+    EXPECT_EQ(letters(), 0u);
 }
 
 TEST_F(GlobalView, AGuardMakesViewAndFileSystem) {
@@ -126,22 +107,16 @@ TEST_F(GlobalView, AGuardMakesViewAndFileSystem) {
 }
 
 TEST_F(GlobalView, AGuardOnAnEmptyViewSwitchesNothing) {
-    ASSERT_FALSE(SwitchGlobalView(L"A1"));
-    {
-        const GlobalViewEnsureMS guard;
-        EXPECT_FALSE(guard.IsValid());
-        EXPECT_EQ(state(), L"0 <empty>");
+    for (const bool deleted : {false, true}) {
+        ASSERT_FALSE(SwitchGlobalView(L"A1"));
+        {
+            const GlobalViewEnsureMS guard;
+            EXPECT_FALSE(guard.IsValid());
+            EXPECT_EQ(state(), L"0 <empty>");
+            if (deleted) CMORCadView::deleteTheGlobalObject();
+        }
+        EXPECT_EQ(state(), deleted ? L"absent" : L"0 <empty>");
     }
-    EXPECT_EQ(state(), L"0 <empty>");
-}
-
-TEST_F(GlobalView, AGuardThatWasNotValidDoesNothingAtItsEnd) {
-    ASSERT_FALSE(SwitchGlobalView(L"A1"));
-    {
-        const GlobalViewEnsureMS guard;
-        CMORCadView::deleteTheGlobalObject();
-    }
-    EXPECT_EQ(state(), L"absent");
 }
 
 }  // namespace

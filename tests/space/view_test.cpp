@@ -2,6 +2,8 @@
 
 #include "platform/owned.h"
 #include "space/letter_lists.h"
+#include "space/letter_view.h"
+#include "space/model_space.h"
 #include "space/model_space_view.h"
 #include "space/space.h"
 #include "tests/space/space_fixture.h"
@@ -37,15 +39,39 @@ bool isPlain(const CMORMDIDocumentVariable& view) { return typeid(view) == typei
 constexpr const wchar_t* kEmpty = L"0 <empty> null";
 constexpr const wchar_t* kModelSpace = L"1 ModelSpace '' w c";
 
-class Views : public SpaceTest {};
+class Views : public SpaceTest {
+protected:
+    void SetUp() override {
+        SpaceTest::SetUp();
+        ASSERT_TRUE(m_view.connect());
+    }
+    MOR_ModelSpaceView m_view;
+};
 
 TEST_F(Views, ANewModelSpaceViewIsEmptyUntilItIsConnected) {
     MOR_ModelSpaceView view;
     EXPECT_TRUE(view.isEmpty());
     EXPECT_EQ(state(view), kEmpty);
-    EXPECT_TRUE(view.connect());
-    EXPECT_FALSE(view.isEmpty());
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_TRUE(view.connect());
+        EXPECT_FALSE(view.isEmpty());
+        EXPECT_EQ(state(view), kModelSpace);
+    }
+    const ads_name reference{1, 1};
+    EXPECT_FALSE(OpenView::connectTo(view, reference));
     EXPECT_EQ(state(view), kModelSpace);
+    EXPECT_EQ(printed(), L"");
+}
+
+TEST_F(Views, AModelSpaceViewReachesTheDrawingUnchanged) {
+    CMORMathPoint point{1, 2, 3};
+    EXPECT_TRUE(m_view.toWCS(point));
+    EXPECT_EQ(point.y, 2);
+    CMORAdsTransformation transformation;
+    transformation.matrix.rows[0][3] = 9;
+    EXPECT_TRUE(m_view.getMat(transformation));
+    EXPECT_EQ(transformation.matrix.rows, CMORMathTransMatrix{}.rows);
+    EXPECT_NE(findGroup(ResbufList{m_view.tblSearch(L"LAYER", L"0")}, 2), nullptr);
 }
 
 TEST_F(Views, AnEmptyViewAnswersNothing) {
@@ -54,152 +80,167 @@ TEST_F(Views, AnEmptyViewAnswersNothing) {
     CMORMathPoint point;
     CMORAdsTransformation transformation;
     transformation.matrix.rows[0][3] = 9;
-    EXPECT_FALSE(empty.handEnt(L"1", name));
-    EXPECT_EQ(empty.tblSearch(L"LAYER", L"0"), nullptr);
-    EXPECT_EQ(empty.searchBlock(L"A"), nullptr);
-    EXPECT_EQ(empty.getSpace(), nullptr);
-    EXPECT_FALSE(empty.toWCS(point) || empty.toWCS(&point.x));
-    EXPECT_FALSE(empty.getMat(transformation));
+    EXPECT_FALSE(empty.handEnt(L"1", name) || empty.searchBlock(L"A"));
+    EXPECT_FALSE(empty.tblSearch(L"LAYER", L"0") || empty.getSpace());
+    EXPECT_FALSE(empty.toWCS(point) || empty.toWCS(&point.x) || empty.getMat(transformation));
     EXPECT_EQ(transformation.matrix.rows[0][3], 9);
-    EXPECT_EQ(printed(), L"");
-}
-
-TEST_F(Views, AModelSpaceViewReachesTheDrawingUnchanged) {
-    MOR_ModelSpaceView view;
-    view.connect();
-    CMORMathPoint point{1, 2, 3};
-    EXPECT_TRUE(view.toWCS(point));
-    EXPECT_EQ(point.y, 2);
-    CMORAdsTransformation transformation;
-    transformation.matrix.rows[0][3] = 9;
-    EXPECT_TRUE(view.getMat(transformation));
-    EXPECT_EQ(transformation.matrix.rows, CMORMathTransMatrix{}.rows);
-    EXPECT_NE(findGroup(ResbufList{view.tblSearch(L"LAYER", L"0")}, 2), nullptr);
-}
-
-TEST_F(Views, ConnectingAgainPrintsNothing) {
-    MOR_ModelSpaceView view;
-    view.connect();
-    EXPECT_TRUE(view.connect());
-    EXPECT_EQ(state(view), kModelSpace);
+    EXPECT_FALSE(empty.sameSpace(m_view) || m_view.sameSpace(empty) || empty.sameSpace(empty));
+    EXPECT_TRUE(m_view.sameSpace(m_view));
     EXPECT_EQ(printed(), L"");
 }
 
 TEST_F(Views, CopiesAreIndependentViewsOfOneSpace) {
-    MOR_ModelSpaceView view;
-    view.connect();
-    MOR_ModelSpaceView copy{view};
-    EXPECT_TRUE(copy.sameSpace(view));
-    EXPECT_NE(copy.getSpace(), view.getSpace());
-    EXPECT_EQ(letters(), 1u);
-    view.forget();
-    EXPECT_EQ(state(copy), kModelSpace);
-}
-
-TEST_F(Views, AssigningAndMovingCopy) {
-    MOR_ModelSpaceView view;
-    view.connect();
+    MOR_ModelSpaceView copy{m_view};
     MOR_ModelSpaceView assigned;
-    assigned = view;
-    MOR_ModelSpaceView moved{std::move(view)};
+    assigned = m_view;
+    MOR_ModelSpaceView moved{std::move(assigned)};
     MOR_ModelSpaceView moveAssigned;
-    moveAssigned = std::move(assigned);
-    for (CMORCadView* v : {&view, &assigned, &moved, &moveAssigned})  // NOLINT(*use-after-move)
+    moveAssigned = std::move(moved);
+    EXPECT_TRUE(copy.sameSpace(m_view));
+    EXPECT_NE(copy.getSpace(), m_view.getSpace());
+    EXPECT_EQ(letters(), 1u);
+    m_view.forget();
+    for (CMORCadView* v : {&copy, &assigned, &moved, &moveAssigned})  // NOLINT(*use-after-move)
         EXPECT_EQ(state(*v), kModelSpace);
     moved = MOR_ModelSpaceView{};
     EXPECT_EQ(state(moved), kEmpty);
 }
 
 TEST_F(Views, AssigningAViewToItselfKeepsIt) {
-    MOR_ModelSpaceView view;
-    view.connect();
-    const CMORCadView& same = view;
-    view.CMORCadView::operator=(same);
-    EXPECT_EQ(state(view), kModelSpace);
+    const CMORCadView& same = m_view;
+    m_view.CMORCadView::operator=(same);
+    EXPECT_EQ(state(m_view), kModelSpace);
 }
 
 TEST_F(Views, AForgottenViewIsEmptyAndForgetsOnce) {
-    MOR_ModelSpaceView view;
-    EXPECT_FALSE(view.forget());
-    view.connect();
-    const wchar_t* handle = view.getHandle();
-    const CMORCadSpace* space = view.getSpace();
-    EXPECT_TRUE(view.forget());
-    EXPECT_EQ(state(view), kEmpty);
-    EXPECT_FALSE(view.forget());
+    EXPECT_FALSE(MOR_ModelSpaceView{}.forget());
+    const wchar_t* handle = m_view.getHandle();
+    const CMORCadSpace* space = m_view.getSpace();
+    EXPECT_TRUE(m_view.forget());
+    EXPECT_EQ(state(m_view), kEmpty);
+    EXPECT_FALSE(m_view.forget());
     EXPECT_STREQ(handle, L"");      // what the caller got from it
     EXPECT_TRUE(space->isEmpty());  // is still there
     releaseDocumentObjects();
 }
 
 TEST_F(Views, WhatWasForgottenGoesWithItsOwnDocument) {
-    MOR_ModelSpaceView view;
-    view.connect();
-    const CMORCadSpace* space = view.getSpace();
-    EXPECT_TRUE(view.forget());
-    AcApDocument* other = host::createDocument(host::Release::R12);
-    makeCurrent(other);
-    view.connect();
-    EXPECT_TRUE(view.forget());
+    const CMORCadSpace* space = m_view.getSpace();
+    EXPECT_TRUE(m_view.forget());
+    const OtherDocument other;
+    m_view.connect();
+    EXPECT_TRUE(m_view.forget());
     EXPECT_EQ(LetterLists::s_forgotten.size(), 4u);  // letter and space of each
     releaseDocumentObjects();
     EXPECT_EQ(LetterLists::s_forgotten.size(), 2u);
-    makeCurrent(document());
+    other.leave();
     EXPECT_TRUE(space->isEmpty());  // is still there
     clearSpaceTable();              // registered for the other document as well
     spaceTableCallBack(MOR_AdsMsgSystemClass::ReleaseDocumentObjects);
     EXPECT_EQ(LetterLists::s_forgotten.size(), 0u);
-    host::closeDocument(other);
-}
-
-TEST_F(Views, AModelSpaceViewRefusesBlockReferences) {
-    MOR_ModelSpaceView view;
-    view.connect();
-    const ads_name reference{1, 1};
-    EXPECT_FALSE(OpenView::connectTo(view, reference));
-    EXPECT_EQ(state(view), kModelSpace);
-}
-
-TEST_F(Views, AFailedConnectLeavesAViewEmpty) {
-    MOR_ModelSpaceView view;
-    view.connect();
-    CMORCadView plain{view};
-    const ads_name none{};
-    EXPECT_FALSE(OpenView::connectTo(plain, none));
-    EXPECT_EQ(state(plain), kEmpty);
 }
 
 TEST_F(Views, TheRegistryGetsPlainViews) {
-    MOR_ModelSpaceView view;
-    view.connect();
-    const std::unique_ptr<CMORMDIDocumentVariable> instance{view.CreateInstance()};
-    const std::unique_ptr<CMORMDIDocumentVariable> copy{view.CreateCopy()};
-    EXPECT_TRUE(isPlain(*instance));
-    EXPECT_TRUE(isPlain(*copy));
+    const std::unique_ptr<CMORMDIDocumentVariable> instance{m_view.CreateInstance()};
+    const std::unique_ptr<CMORMDIDocumentVariable> copy{m_view.CreateCopy()};
+    EXPECT_TRUE(isPlain(*instance) && isPlain(*copy));
     EXPECT_EQ(state(dynamic_cast<CMORCadView&>(*instance)), kEmpty);
     EXPECT_EQ(state(dynamic_cast<CMORCadView&>(*copy)), kModelSpace);
-}
-
-TEST_F(Views, AnEmptyViewIsInNoSpace) {
-    MOR_ModelSpaceView view;
-    view.connect();
-    const CMORCadView empty;
-    EXPECT_FALSE(empty.sameSpace(view));
-    EXPECT_FALSE(view.sameSpace(empty));
-    EXPECT_FALSE(empty.sameSpace(empty));
-    EXPECT_TRUE(view.sameSpace(view));
+    const ads_name none{};
+    EXPECT_FALSE(OpenView::connectTo(dynamic_cast<CMORCadView&>(*copy), none));
+    EXPECT_EQ(state(dynamic_cast<CMORCadView&>(*copy)), kEmpty) << "a failed connect";
 }
 
 TEST_F(Views, AViewWhoseSpaceIsGoneIsNameless) {
-    MOR_ModelSpaceView view;
-    view.connect();
-    const MOR_ModelSpaceView other{view};
+    const MOR_ModelSpaceView other{m_view};
     releaseDocumentObjects();
-    EXPECT_EQ(state(view), L"1 <nameless> ''");
-    EXPECT_FALSE(view.sameSpace(other));
-    EXPECT_EQ(view.tblSearch(L"LAYER", L"0"), nullptr);
-    EXPECT_TRUE(view.connect());
-    EXPECT_EQ(state(view), kModelSpace);
+    EXPECT_EQ(state(m_view), L"1 <nameless> ''");
+    EXPECT_FALSE(m_view.sameSpace(other) || m_view.tblSearch(L"LAYER", L"0"));
+    EXPECT_TRUE(m_view.connect());
+    EXPECT_EQ(state(m_view), kModelSpace);
+}
+
+/// A letter that adds nothing to the base.
+class BareLetterView : public CMORCadLetterView {
+public:
+    int viewType() override { return CMORCadView::eEmpty; }
+    CMORCadLetterView* clone() override {
+        return std::make_unique<BareLetterView>(*this).release();  // caller owns
+    }
+};
+
+class LetterViews : public SpaceTest {
+protected:
+    /// For `setSpace`, which owns it.
+    static CMORCadSpace* connectedSpace() {
+        auto space = std::make_unique<CMORCadModelSpace>();
+        space->connect();
+        return space.release();
+    }
+};
+
+TEST_F(LetterViews, AnEmptyOneForwardsNothing) {
+    BareLetterView letter;
+    ads_name name{7, 8};
+    EXPECT_TRUE(letter.isEmpty());
+    EXPECT_FALSE(letter.connect() || letter.connect(name));
+    EXPECT_FALSE(letter.isConnected() || letter.isWriteable() || letter.forget());
+    EXPECT_FALSE(letter.handEnt(L"1", name));
+    EXPECT_EQ(letter.searchBlock(L"*Model_Space"), nullptr);
+    EXPECT_EQ(letter.tblSearch(L"LAYER", L"0"), nullptr);
+    EXPECT_EQ(letter.getHandle(), nullptr);
+    EXPECT_EQ(letter.getSpace(), nullptr);
+}
+
+TEST_F(LetterViews, TheBaseLeavesPointsAsTheyAre) {
+    BareLetterView letter;
+    CMORMathPoint point{1, 2, 3};
+    double coordinates[] = {4, 5, 6};
+    CMORAdsTransformation transformation;
+    transformation.matrix.rows[0][3] = 9;
+    EXPECT_TRUE(letter.toWCS(point) && letter.toWCS(coordinates) && letter.getMat(transformation));
+    EXPECT_EQ(point.x + point.y * 10 + point.z * 100, 321);
+    EXPECT_EQ(coordinates[0] + coordinates[1] * 10 + coordinates[2] * 100, 654);
+    EXPECT_EQ(transformation.matrix.rows, CMORMathTransMatrix{}.rows);
+}
+
+TEST_F(LetterViews, ForwardsToTheSpaceThatItIsGivenUntilItForgets) {
+    BareLetterView letter;
+    letter.setSpace(connectedSpace());
+    EXPECT_TRUE(letter.isConnected() && letter.isWriteable());
+    letter.setSpace(std::make_unique<CMORCadSpace>().release());  // the former one is deleted
+    EXPECT_FALSE(letter.isConnected() || letter.isEmpty());
+    letter.setSpace(connectedSpace());
+    const CMORCadSpace* space = letter.getSpace();
+    EXPECT_TRUE(letter.forget() && letter.isEmpty());
+    EXPECT_TRUE(space->isEmpty());  // still there, released with the document's objects
+    EXPECT_EQ(letters(), 1u);
+}
+
+TEST_F(LetterViews, ACopyHasASpaceEnvelopeOfItsOwn) {
+    BareLetterView letter;
+    letter.setSpace(connectedSpace());
+    const std::unique_ptr<CMORCadLetterView> copy{letter.clone()};
+    ASSERT_NE(copy->getSpace(), letter.getSpace());
+    EXPECT_EQ(*copy->getSpace() == *letter.getSpace(), 1);
+    letter.clean();
+    EXPECT_TRUE(copy->isConnected());
+    copy->copyFrom(letter);
+    EXPECT_TRUE(copy->isEmpty());
+}
+
+TEST_F(LetterViews, TheOneOfModelSpaceConnectsToItOnly) {
+    CMORCadLetterModelSpaceView letter;
+    EXPECT_STREQ(letter.getHandle(), L"");
+    EXPECT_EQ(letter.viewType(), 1);
+    const ads_name reference{1, 1};
+    EXPECT_FALSE(letter.connect(reference));
+    EXPECT_TRUE(letter.connect());
+    EXPECT_TRUE(letter.connect());
+    EXPECT_STREQ(letter.getSpace()->getName(), L"ModelSpace");
+    const std::unique_ptr<CMORCadLetterView> clone{letter.clone()};
+    EXPECT_EQ(clone->viewType(), 1);
+    EXPECT_EQ(printed(), L"");
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include "frame/module.h"
 #include "host/faults.h"
 #include "host/host.h"
+#include "tests/support/holds.h"
 
 #include <gtest/gtest.h>
 

@@ -43,11 +43,11 @@ TEST_F(Carry, DumpAndLoadAreInverseForRandomTrees) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         const std::string a = newDrawing("a.dxf");
         const std::string b = newDrawing("b.dxf", "R12");
-        EXPECT_EQ(run({"run", a, "-"}, randomScript(seed)).code, 0);
-        const Outcome dump = run({"dump", a});
-        EXPECT_EQ(run({"load", b, "-"}, dump.out).code, 0);
-        EXPECT_EQ(run({"diff", a, b}).out, "");
-        EXPECT_EQ(run({"dump", b}).out, dump.out);
+        EXPECT_EQ(call("run @a.dxf -", randomScript(seed)).code, 0);
+        const Outcome dump = call("dump @a.dxf");
+        EXPECT_EQ(call("load @b.dxf -", dump.out).code, 0);
+        EXPECT_EQ(call("diff @a.dxf @b.dxf").out, "");
+        EXPECT_EQ(call("dump @b.dxf").out, dump.out);
         std::filesystem::remove(a);
         std::filesystem::remove(b);
     }
@@ -55,12 +55,12 @@ TEST_F(Carry, DumpAndLoadAreInverseForRandomTrees) {
 
 TEST_F(Carry, LoadAddsOrReplaces) {
     const std::string a = filledDrawing({{"/a/x", "1"}}, "a.dxf");
-    const std::string dump = run({"dump", a}).out;
+    const std::string dump = call("dump @a.dxf").out;
     const std::string b = filledDrawing({{"/a/x", "9"}, {"/b/y", "2"}}, "b.dxf");
-    EXPECT_EQ(run({"load", b}, dump).code, 0);
+    EXPECT_EQ(call("load @b.dxf", dump).code, 0);
     EXPECT_EQ(list(b), "a/\na/x\nb/\nb/y\n");
-    EXPECT_EQ(run({"cat", b, "/a/x"}).out, "1\n");
-    EXPECT_EQ(run({"load", "--replace", b}, dump).code, 0);
+    EXPECT_EQ(call("cat @b.dxf /a/x").out, "1\n");
+    EXPECT_EQ(call("load --replace @b.dxf", dump).code, 0);
     EXPECT_EQ(list(b), "a/\na/x\n");
 }
 
@@ -79,43 +79,36 @@ TEST_F(Carry, LoadRefusesWhatIsNoDump) {
           head + file +
               R"("x", "kind": "directory"}, {"name": ">x", "kind": "file", "lisp": "1"}]}]})",
           head + deep, deep, head + deep + std::string(100000, ']') + "}"}) {
-        const Outcome load = run({"load", a}, text);
+        const Outcome load = call("load D", text);
         EXPECT_EQ(load.code, 2) << text.substr(0, 80);
-        EXPECT_NE(load.err.find("this is no dump of a store: "), std::string::npos) << load.err;
+        EXPECT_TRUE(holds(load.err, "this is no dump of a store: "));
     }
-    for (const std::vector<std::string>& words :
-         {std::vector<std::string>{"load", a, folder().string()},
-          {"run", a, folder().string()},
-          {"put", a, "/a/x", "--file", folder().string()}}) {
-        const Outcome outcome = run(words);
-        EXPECT_EQ(outcome.code, 2);
-        EXPECT_NE(outcome.err.find("is a directory"), std::string::npos) << outcome.err;
-    }
+    expectCode(2, "load D @; run D @; put D /a/x --file @", "is a directory");
     EXPECT_EQ(readFile(a), bytes);
 }
 
 TEST_F(Carry, DiffTellsWhatWasAddedRemovedAndChanged) {
     const std::string a = filledDrawing({{"/a/x", "1"}, {"/a/y", "2"}}, "a.dxf");
     const std::string b = filledDrawing({{"/a/x", "9"}, {"/a/z", "3"}}, "b.dxf");
-    const Outcome diff = run({"diff", a, b});
+    const Outcome diff = call("diff @a.dxf @b.dxf");
     EXPECT_EQ(diff.code, 1);
     EXPECT_EQ(diff.out, "~ /a/x\t1\t->\t9\n- /a/y\t2\n+ /a/z\t3\n");
-    EXPECT_EQ(run({"diff", a, a}).code, 0);
-    EXPECT_EQ(run({"diff", a, b, "/none"}).code, 0);
+    EXPECT_EQ(call("diff @a.dxf @a.dxf").code, 0);
+    EXPECT_EQ(call("diff @a.dxf @b.dxf /none").code, 0);
 }
 
 TEST_F(Carry, CopiesAndMovesWithinAndBetweenDrawings) {
     const std::string a = filledDrawing({{"/a/x", "1"}, {"/a/s/y", "2"}}, "a.dxf");
     const std::string b = newDrawing("b.dxf");
-    EXPECT_EQ(run({"cp", a, "/a", "/k"}).code, 0);
+    EXPECT_EQ(call("cp @a.dxf /a /k").code, 0);
     EXPECT_EQ(list(a), "a/\na/x\na/s/\na/s/y\nk/\nk/x\nk/s/\nk/s/y\n");
     EXPECT_EQ(run({"mv", a + ":/k", b + ":/"}).code, 0);
     EXPECT_EQ(list(a), "a/\na/x\na/s/\na/s/y\n");
     EXPECT_EQ(list(b), "k/\nk/x\nk/s/\nk/s/y\n");
-    EXPECT_EQ(run({"mv", b, "/k/x", "/k/renamed"}).code, 0);
-    EXPECT_EQ(run({"cat", b, "/k/renamed"}).out, "1\n");
-    EXPECT_EQ(run({"cp", a, "/a", "/a/s"}).code, 6);
-    EXPECT_EQ(run({"cp", a, "/none", "/z"}).code, 6);
+    EXPECT_EQ(call("mv @b.dxf /k/x /k/renamed").code, 0);
+    EXPECT_EQ(call("cat @b.dxf /k/renamed").out, "1\n");
+    EXPECT_EQ(call("cp @a.dxf /a /a/s").code, 6);
+    EXPECT_EQ(call("cp @a.dxf /none /z").code, 6);
 }
 
 TEST_F(Carry, ScriptsSaveAllOrNothing) {
@@ -123,11 +116,11 @@ TEST_F(Carry, ScriptsSaveAllOrNothing) {
     const std::string bytes = readFile(a);
     const Outcome failed = run({"run", a, "-c", "put /a/y 2; rm /a/none; put /a/z 3"});
     EXPECT_EQ(failed.code, 6);
-    EXPECT_NE(failed.err.find("line 1"), std::string::npos) << failed.err;
+    EXPECT_TRUE(holds(failed.err, "line 1"));
     EXPECT_EQ(readFile(a), bytes);
-    const Outcome done = run({"run", a, "-"},
-                             "# a comment\nput /a/y '(1 2)'\nput /a/t --string \"x y\"\n\ncat "
-                             "/a/y\nrm -r /a\nput /b/n -7\n");
+    const Outcome done = call("run @a.dxf -",
+                              "# a comment\nput /a/y '(1 2)'\nput /a/t --string \"x y\"\n\ncat "
+                              "/a/y\nrm -r /a\nput /b/n -7\n");
     EXPECT_EQ(done.code, 0) << done.err;
     EXPECT_EQ(done.out, "(1 2)\n");
     EXPECT_EQ(list(a), "b/\nb/n\n");
@@ -138,7 +131,7 @@ TEST_F(Carry, ListsAsTheLibraryDoesIt) {
     const std::string a = filledDrawing({{"/a/f", "1"}, {"/a/b/g", "2"}}, "a.dxf");
     const std::string rule(65, '-');
     const std::string end(65, '=');
-    EXPECT_EQ(run({"dir", a, "/a", "-R"}).out,
+    EXPECT_EQ(call("dir @a.dxf /a -R").out,
               "\n=========== MOR = DWG FILE SYSTEM === DIRECTORY LISTING =========\n\nRECURSIVE "
               "LISTING OF PATH: "
               "/a\n\nTyp  Memory[Byte]   pszPath\n" +
@@ -147,45 +140,32 @@ TEST_F(Carry, ListsAsTheLibraryDoesIt) {
                   "/a/b\nFile      8 used    "
                   "/a/b/g \n\n" +
                   end + "\n\n");
-    const Outcome missing = run({"dir", a, "/none"});
+    const Outcome missing = call("dir @a.dxf /none");
     EXPECT_EQ(missing.code, 6);
-    EXPECT_NE(missing.out.find("invalid pszPath        /none\n"), std::string::npos);
+    EXPECT_TRUE(holds(missing.out, "invalid pszPath        /none\n"));
 }
 
 TEST_F(Carry, LooksThroughReferences) {
     const std::string plan = filledDrawing({{"/cfg/x", "(1 2)"}}, "plan.dxf");
-    const std::string host = newDrawing("host.dxf", "R12");
-    std::string bytes = readFile(host);
-    const auto put = [&bytes](const std::string& before, const std::string& text) {
-        bytes.insert(bytes.find(before), text);
-    };
-    put("  0\nENDSEC\n  0\nSECTION\n  2\nENTITIES",
-        "  0\nBLOCK\n  8\n0\n  2\nPLAN\n 70\n4\n 10\n0.0\n 20\n0.0\n 30\n0.0\n  3\nPLAN\n  "
-        "1\nC:\\proj\\PLAN.dwg\n  0\nENDBLK\n  8\n0\n");
-    put("  0\nENDSEC\n  0\nEOF",
-        "  0\nINSERT\n  5\nA1\n  8\n0\n  2\nPLAN\n 10\n0.0\n 20\n0.0\n 30\n0.0\n");
-    writeFile(host, bytes);
+    const std::string host = DxfDrawing{.blocks = referenceDefinition("PLAN", "C:\\proj\\PLAN.dwg"),
+                                        .entities = insertEntity("A1", "0", "PLAN")}
+                                 .save("host.dxf");
+    const std::string bytes = readFile(host);
     const std::string planBytes = readFile(plan);
     EXPECT_EQ(run({"ls", "-R", host, "--in", "PLAN"}).out, list(plan));
     EXPECT_EQ(run({"cat", host, "/cfg/x", "--in", "A1"}).out, "(1 2)\n");
-    for (const std::vector<std::string>& words :
-         {std::vector<std::string>{"put", host, "/cfg/x", "3"},
-          {"mv", host, "/cfg/x", "/cfg/z"},
-          {"run", host, "-c", "put /cfg/x 3"},
-          {"wipe", host, "--yes"},
-          {"repair", host}}) {
-        std::vector<std::string> inside = words;
-        inside.insert(inside.end(), {"--in", "PLAN"});
-        EXPECT_EQ(run(inside).code, 6) << words.front();
-    }
-    EXPECT_EQ(run({"run", host, "-c", "put /cfg/x 3 --in PLAN"}).code, 6);
+    expectCode(6, {{"put", host, "/cfg/x", "3", "--in", "PLAN"},
+                   {"mv", host, "/cfg/x", "/cfg/z", "--in", "PLAN"},
+                   {"run", host, "-c", "put /cfg/x 3", "--in", "PLAN"},
+                   {"wipe", host, "--yes", "--in", "PLAN"},
+                   {"repair", host, "--in", "PLAN"},
+                   {"run", host, "-c", "put /cfg/x 3 --in PLAN"}});
     EXPECT_EQ(readFile(host), bytes);
     EXPECT_EQ(readFile(plan), planBytes);
     EXPECT_EQ(run({"xrefs", host, "--missing"}).code, 0);
     std::filesystem::remove(plan);
     EXPECT_EQ(run({"xrefs", host, "--missing"}).code, 1);
-    EXPECT_EQ(run({"ls", host, "--in", "PLAN"}).code, 6);
-    EXPECT_EQ(run({"ls", host, "--in", "OTHER"}).code, 6);
+    expectCode(6, {{"ls", host, "--in", "PLAN"}, {"ls", host, "--in", "OTHER"}});
 }
 
 }  // namespace

@@ -51,24 +51,17 @@ protected:
 
 TEST_F(FullStore, TakesAValueThatJustFits) {
     const std::string d = filledDrawing({{"/a/x", "1"}});
-    ASSERT_EQ(run({"rm", d, "/a/x", "--no-backup"}).code, 0);
+    ASSERT_EQ(call("rm D /a/x --no-backup").code, 0);
     const long free = freeIn(d, "/a");
     ASSERT_EQ(free, kRoom - 37);  // list 3, $ID 23, $INFO 7 + 4
     const long most = lettersFor(free);
     EXPECT_EQ(putText(d, "/a/x", most + 1).code, 6);
-    EXPECT_EQ(run({"ls", d, "/a"}).out, "");
+    EXPECT_EQ(call("ls D /a").out, "");
     EXPECT_EQ(putText(d, "/a/x", most).code, 0);
     EXPECT_EQ(freeIn(d, "/a"), free - cost(most));
-    EXPECT_EQ(run({"cat", "-r", d, "/a/x"}).out.size(), static_cast<std::size_t>(most) + 1);
-}
-
-TEST_F(FullStore, ReplacesAValueByOneThatNeedsItsRoom) {
-    const std::string d = filledDrawing({{"/a/x", "1"}, {"/a/y", "2"}});
-    const long most = lettersFor(freeIn(d, "/a") + 8);  // x itself takes 8 bytes
-    EXPECT_EQ(putText(d, "/a/x", most).code, 0);
-    EXPECT_EQ(putText(d, "/a/x", most - 1).code, 0);
+    EXPECT_EQ(call("cat -r D /a/x").out.size(), static_cast<std::size_t>(most) + 1);
+    EXPECT_EQ(putText(d, "/a/x", most - 1).code, 0);  // in the room of the former value
     EXPECT_EQ(putText(d, "/a/x", most + 1).code, 6);
-    EXPECT_EQ(run({"cat", d, "/a/y"}).out, "2\n");
 }
 
 TEST_F(FullStore, RefusesWithTheRoomThatIsLeftAndLosesNothing) {
@@ -84,28 +77,22 @@ TEST_F(FullStore, RefusesWithTheRoomThatIsLeftAndLosesNothing) {
                                " are free in /a\n");
     EXPECT_EQ(readFile(d), before);
     EXPECT_EQ(names(), "d.dxf");
-    EXPECT_EQ(run({"put", d, "/b/y", "6"}).code, 0);
-    EXPECT_EQ(run({"cat", d, "/a/big", "/b/x", "/b/y"}).out, "1\n5\n6\n");
+    EXPECT_EQ(call("put D /b/y 6").code, 0);
+    EXPECT_EQ(call("cat D /a/big /b/x /b/y").out, "1\n5\n6\n");
 }
 
 TEST_F(FullStore, FillsADirectoryWithFilesUntilItIsFull) {
     const std::string d = newDrawing();
     std::string expected;
-    int stored = 0;
-    for (int i = 0;; ++i) {
-        const std::string path = "/a/f" + std::to_string(i);
-        const Outcome put = putText(d, path, 2000);
-        if (put.code != 0) {
-            EXPECT_EQ(put.code, 6);
-            EXPECT_NE(put.err.find("are free in /a"), std::string::npos) << put.err;
-            break;
-        }
+    for (int i = 0; i < 8; ++i) {  // 2 + 2 + 2000 + 8 * 2 + 3 bytes each
+        EXPECT_EQ(putText(d, "/a/f" + std::to_string(i), 2000).code, 0);
         expected += "f" + std::to_string(i) + "\n";
-        ++stored;
     }
-    EXPECT_EQ(stored, 8);  // 2 + 2 + 2000 + 8 * 2 + 3 bytes each
-    EXPECT_EQ(run({"ls", d, "/a"}).out, expected);
-    EXPECT_EQ(run({"rm", d, "/a/f3", "--no-backup"}).code, 0);
+    const Outcome put = putText(d, "/a/f8", 2000);
+    EXPECT_EQ(put.code, 6);
+    EXPECT_TRUE(holds(put.err, "are free in /a"));
+    EXPECT_EQ(call("ls D /a").out, expected);
+    EXPECT_EQ(call("rm D /a/f3 --no-backup").code, 0);
     EXPECT_EQ(putText(d, "/a/again", 1900).code, 0);
 }
 
@@ -115,12 +102,12 @@ TEST_F(FullStore, RefusesAPathWhoseParentHasNoRoomForTheLink) {
     const long free = freeIn(d, "/a");
     ASSERT_LT(free, 20);
     const std::string before = readFile(d);
-    const Outcome refused = run({"put", d, "/a/subdirectory/deep/x", "1"});
+    const Outcome refused = call("put D /a/subdirectory/deep/x 1");
     EXPECT_EQ(refused.code, 6);
     EXPECT_EQ(refused.err, "moradmin: " + d + ": /a/subdirectory cannot be made: " +
                                std::to_string(free) + " bytes are free in /a for the link to it\n");
     EXPECT_EQ(readFile(d), before);
-    EXPECT_EQ(run({"cat", d, "/a/x"}).out, "1\n");
+    EXPECT_EQ(call("cat D /a/x").out, "1\n");
 }
 
 TEST_F(FullStore, MakesTheLinkThatJustFitsAndNotTheNext) {
@@ -128,40 +115,34 @@ TEST_F(FullStore, MakesTheLinkThatJustFitsAndNotTheNext) {
     // The link ^s with a handle of two digits takes 2 + 8 + 2 + 2 bytes.
     fillTo(d, "/a", 14);
     fillTo(d, "/b", 13);
-    EXPECT_EQ(run({"put", d, "/b/s/x", "2"}).code, 6);
-    EXPECT_EQ(run({"put", d, "/a/s/x", "2"}).code, 0);
+    EXPECT_EQ(call("put D /b/s/x 2").code, 6);
+    EXPECT_EQ(call("put D /a/s/x 2").code, 0);
     EXPECT_EQ(freeIn(d, "/a"), 0);
-    EXPECT_EQ(run({"ls", "-R", d}).out, "a/\na/x\na/f\na/s/\na/s/x\nb/\nb/x\nb/f\n");
+    EXPECT_EQ(call("ls -R D").out, "a/\na/x\na/f\na/s/\na/s/x\nb/\nb/x\nb/f\n");
 }
 
 TEST_F(FullStore, CountsTheExtendedDataOfOtherApplications) {
     const std::string d = filledDrawing({{"/a/x", "1"}});
     const long free = freeIn(d, "/a");
-    std::string bytes = readFile(d);
-    const std::string mark = "1000\nx\n1071\n        1\n";
-    const std::size_t place = bytes.find(mark);
-    ASSERT_NE(place, std::string::npos);
-    bytes.insert(place + mark.size(), "1001\nACAD\n1000\nforeign\n1070\n     1\n");
-    writeFile(d, bytes);
+    const std::string foreign = "1001 ACAD|1000 foreign|1070 1";
+    exchange(d, "1000 x|1071 1", "1000 x|1071 1|" + foreign);
     EXPECT_EQ(freeIn(d, "/a"), free - (2 + 7) - 3);
     EXPECT_EQ(putText(d, "/a/y", lettersFor(free)).code, 6);
     EXPECT_EQ(putText(d, "/a/y", lettersFor(free - 12)).code, 0);
-    EXPECT_NE(readFile(d).find("1001\nACAD\n1000\nforeign\n1070\n     1\n"), std::string::npos);
+    EXPECT_TRUE(holds(readFile(d), dxfText(foreign)));
 }
 
 TEST_F(FullStore, TakesTheDeepestPathThatTheRulesAllow) {
     const std::string d = newDrawing();
-    std::string path;
-    while (path.size() + 2 + 2 <= 1023) path += "/d";
-    path += "/x";
-    ASSERT_LE(path.size(), 1023u);
-    EXPECT_EQ(run({"put", d, path, "1"}).code, 0);
-    EXPECT_EQ(run({"cat", d, path}).out, "1\n");
-    EXPECT_EQ(run({"put", d, "/d" + path, "1"}).code, 6);
-    EXPECT_EQ(run({"put", d, "/l/" + std::string(127, 'n'), "2"}).code, 0);
-    EXPECT_EQ(run({"cat", d, "/l/" + std::string(127, 'n')}).out, "2\n");
-    EXPECT_EQ(run({"put", d, "/" + std::string(126, 'm') + "/x", "3"}).code, 0);
-    EXPECT_EQ(run({"cat", d, "/" + std::string(126, 'm') + "/x"}).out, "3\n");
+    std::string deep;
+    while (deep.size() + 2 + 2 <= 1023) deep += "/d";
+    deep += "/x";
+    for (const std::string& path :
+         {deep, "/l/" + std::string(127, 'n'), "/" + std::string(126, 'm') + "/x"}) {
+        EXPECT_EQ(run({"put", d, path, "1"}).code, 0) << path;
+        EXPECT_EQ(run({"cat", d, path}).out, "1\n") << path;
+    }
+    EXPECT_EQ(run({"put", d, "/d" + deep, "1"}).code, 6);
 }
 
 }  // namespace

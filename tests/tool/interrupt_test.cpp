@@ -79,20 +79,15 @@ protected:
 
 TEST_F(Interrupts, EndAListingBeforeItsNextEntry) {
     const std::string drawing = bigStore();
-    const std::size_t whole = run({"dir", "-R", drawing}).out.size();
-    ASSERT_GT(whole, 70000u);
-    Running listing({"dir", "-R", drawing});
-    listing.interrupt();
-    std::string out;
-    EXPECT_EQ(listing.finish(out), 130);
-    EXPECT_LT(out.size() + 1, whole);
-}
-
-TEST_F(Interrupts, EndOtherCommandsWithTheSameCode) {
-    Running listing({"ls", "-R", bigStore()});
-    listing.interrupt();
-    std::string out;
-    EXPECT_EQ(listing.finish(out), 130);
+    for (const char* command : {"dir", "ls"}) {
+        const std::size_t whole = run({command, "-R", drawing}).out.size();
+        ASSERT_GT(whole, 70000u);
+        Running listing({command, "-R", drawing});
+        listing.interrupt();
+        std::string out;
+        EXPECT_EQ(listing.finish(out), 130);
+        EXPECT_TRUE(command == std::string_view{"ls"} || out.size() + 1 < whole);
+    }
 }
 
 }  // namespace

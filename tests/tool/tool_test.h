@@ -1,5 +1,8 @@
 #pragma once
 
+#include "tests/support/dxf_drawing.h"
+#include "tests/support/dxf_records.h"
+#include "tests/support/holds.h"
 #include "tests/support/process.h"
 #include "tests/support/test_folder.h"
 
@@ -7,6 +10,8 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <iomanip>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -29,6 +34,21 @@ protected:
         words.insert(words.begin(), MORADMIN_PROGRAM);
         return runProgram(words, m_folder, input);
     }
+    /// The words of a command line, those with blanks in ''. @NAME stands for the file of that
+    /// name, D for @d.dxf.
+    [[nodiscard]] std::vector<std::string> words(const std::string& line) const {
+        std::vector<std::string> all;
+        std::istringstream text{line};
+        for (std::string word; text >> std::quoted(word, '\'', '\1');) {
+            if (word == "D") word = "@d.dxf";
+            all.push_back(word.starts_with('@') ? file(word.substr(1)) : word);
+        }
+        return all;
+    }
+    /// Runs `moradmin LINE`.
+    [[nodiscard]] Outcome call(const std::string& line, std::string_view input = {}) const {
+        return run(words(line), input);
+    }
     /// Runs `moradmin WORD...` and does `what` at its `nth` call (0: at every one) of a system
     /// call: "fail", "signal:NUMBER", "append:FILE" or "replace:FILE".
     [[nodiscard]] Outcome runInjected(const std::string& call, int nth, const std::string& what,
@@ -38,6 +58,35 @@ protected:
                       "ASAN_OPTIONS=verify_asan_link_order=0", "INJECT_CALL=" + call,
                       "INJECT_AT=" + std::to_string(nth), "INJECT_DO=" + what, MORADMIN_PROGRAM});
         return runProgram(words, m_folder);
+    }
+    /// Runs the program for each of the calls; all answer `code`, and `err` stands in what they
+    /// say.
+    void expectCode(int code, const std::vector<std::vector<std::string>>& calls,
+                    const std::string& err = "") const {
+        for (const std::vector<std::string>& words : calls) {
+            std::string all;
+            for (const std::string& word : words) all += word.substr(0, 80) + " ";
+            const Outcome outcome = run(words);
+            EXPECT_EQ(outcome.code, code) << all << outcome.err;
+            EXPECT_TRUE(holds(outcome.err, err)) << all;
+            EXPECT_TRUE(code < 2 || (outcome.out.empty() && !outcome.err.empty())) << all;
+        }
+    }
+    /// The same for command lines, a semicolon between them.
+    void expectCode(int code, const std::string& lines, const std::string& err = "") const {
+        std::istringstream text{lines};
+        for (std::string line; std::getline(text, line, ';');) expectCode(code, {words(line)}, err);
+    }
+    /// Exchanges the only place where the groups `old` stand in a drawing.
+    static void exchange(const std::string& drawing, const std::string& old,
+                         const std::string& fresh) {
+        std::string text;
+        for (const DxfRecord& record : splitDxf(readFile(drawing)).records)
+            text += record.text() + "|";
+        const std::size_t place = text.find(old);
+        ASSERT_NE(place, std::string::npos) << old;
+        ASSERT_EQ(text.find(old, place + 1), std::string::npos) << old;
+        writeFile(drawing, dxfText(text.replace(place, old.size(), fresh)));
     }
     /// A new drawing of that release; answers its path.
     std::string newDrawing(const std::string& name = "d.dxf",

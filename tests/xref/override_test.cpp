@@ -18,34 +18,43 @@ class Overrides : public ReferenceTest {
 protected:
     void SetUp() override {
         ReferenceTest::SetUp();
-        const std::string types = "0 TABLE;2 LTYPE;70 9;";
-        const std::string styles = "0 ENDTAB;0 TABLE;2 STYLE;70 1;";
+        const std::string types = "0 TABLE|2 LTYPE|70 9|";
+        const std::string styles = "0 ENDTAB|0 TABLE|2 STYLE|70 1|";
         const DxfDrawing core{.layers = {"A", "B", "C"}, .entities = lineEntity("F1", "C")};
-        static_cast<void>(core.save("core.dxf"));
+        core.save("core.dxf");
         const DxfDrawing plan{
             .layers = {"0", "WALLS", "Defpoints"},
-            .blocks = blockDefinition("DOOR", lineEntity("B1", "0"), 0, "", "10 4.0;") +
+            .blocks = blockDefinition("DOOR", lineEntity("B1", "0"), 0, "", "10 4.0|") +
                       referenceDefinition("CORE", "core.dxf"),
-            .entities = lineEntity("51", "0;6 ByLayer") + lineEntity("52", "Defpoints;6 DASHED") +
-                        lineEntity("53", "WALLS;6 CONTINUOUS"),
+            .entities = lineEntity("51", "0|6 ByLayer") + lineEntity("52", "Defpoints|6 DASHED") +
+                        lineEntity("53", "WALLS|6 CONTINUOUS"),
             .records =
-                "0 LAYER;2 Doors;70 4;62 2;6 DASHED;0 LAYER;2 CORE|A;70 48;62 6;"
-                "0 LAYER;2 CORE|B;70 48;62 5;",
+                "0 LAYER|2 Doors|70 4|62 2|6 DASHED|0 LAYER|2 CORE|A|70 48|62 6|"
+                "0 LAYER|2 CORE|B|70 48|62 5|",
             .tables = types +
-                      "0 LTYPE;2 CONTINUOUS;70 0;0 LTYPE;2 ByLayer;70 0;0 LTYPE;2 DASHED;"
-                      "70 0;3 plan;0 LTYPE;2 DOT;70 0;3 plan;" +
-                      styles + "0 STYLE;2 NOTES;70 0;3 plan;0 ENDTAB;"};
-        static_cast<void>(plan.save("plan.dxf"));
+                      "0 LTYPE|2 CONTINUOUS|70 0|0 LTYPE|2 ByLayer|70 0|0 LTYPE|2 DASHED|"
+                      "70 0|3 plan|0 LTYPE|2 DOT|70 0|3 plan|" +
+                      styles + "0 STYLE|2 NOTES|70 0|3 plan|0 ENDTAB|"};
+        plan.save("plan.dxf");
         const DxfDrawing site{
             .layers = {"0"},
             .blocks = blockDefinition("PLAN|DOOR", lineEntity("D9", "0"), 48) +
                       referenceDefinition("PLAN", "plan.dxf"),
-            .entities = insertEntity("71", "0", "PLAN|DOOR", "10 10.0;20 0.0;30 0.0;") +
-                        insertEntity("72", "0", "PLAN|CORE", "10 5.0;20 0.0;30 0.0;"),
-            .records = "0 LAYER;2 Plan|Walls;70 49;62 -3;0 LAYER;2 PLAN|CORE|A;70 48;62 1;",
-            .tables = types + "0 LTYPE;2 PLAN|DASHED;70 0;3 site;" + styles +
-                      "0 STYLE;2 PLAN|NOTES;70 0;3 site;0 ENDTAB;"};
+            .entities = insertEntity("71", "0", "PLAN|DOOR", "10 10.0|20 0.0|30 0.0|") +
+                        insertEntity("72", "0", "PLAN|CORE", "10 5.0|20 0.0|30 0.0|"),
+            .records = "0 LAYER|2 Plan|Walls|70 49|62 -3|0 LAYER|2 PLAN|CORE|A|70 48|62 1|",
+            .tables = types + "0 LTYPE|2 PLAN|DASHED|70 0|3 site|" + styles +
+                      "0 STYLE|2 PLAN|NOTES|70 0|3 site|0 ENDTAB|"};
         open(site.save("site.dxf"));
+    }
+    /// A group of an entity of PLAN.
+    static std::wstring group(const wchar_t* handle, int code) {
+        ads_name name{};
+        CMOREntity entity;
+        const wchar_t* text = L"none";
+        EXPECT_TRUE(mor_xref::HandEnt(L"PLAN", handle, name) && entity.Connect(name));
+        EXPECT_TRUE(entity.GetEntityEntry(code, text));
+        return text;
     }
     /// Groups 2, 3, 6, 62 and 70 of a record, in its order.
     static std::wstring show(const ResbufList& record) {
@@ -124,31 +133,25 @@ TEST_F(Overrides, AWalkOverATableListsWhatTheFileHolds) {
 TEST_F(Overrides, SymbolsThatMeanTheSameEverywhereKeepTheirNames) {
     for (const auto& [handle, symbols] : {std::pair{L"51", L"0 ByLayer"},
                                           {L"52", L"PLAN|Defpoints PLAN|DASHED"},
-                                          {L"53", L"PLAN|WALLS CONTINUOUS"}}) {
-        ads_name name{};
-        CMOREntity entity;
-        const wchar_t* text = nullptr;
-        ASSERT_TRUE(mor_xref::HandEnt(L"PLAN", handle, name) && entity.Connect(name));
-        ASSERT_TRUE(entity.GetEntityEntry(6, text));
-        EXPECT_EQ(entity.GetLayer(nullptr) + (L" " + std::wstring{text}), symbols);
-    }
+                                          {L"53", L"PLAN|WALLS CONTINUOUS"}})
+        EXPECT_EQ(group(handle, 8) + L" " + group(handle, 6), symbols);
 }
 
 TEST_F(Overrides, NamesAreCommonInTheirOwnTableOnly) {
-    static_cast<void>(
-        DxfDrawing{.layers = {"0", "ByLayer", "Continuous"},
-                   .blocks = blockDefinition("0", lineEntity("B1", "0"), 0, "", "10 4.0;") +
-                             blockDefinition("*D1", ""),
-                   .entities = lineEntity("51", "continuous;6 Continuous") +
-                               insertEntity("52", "0", "0", "10 9.0;20 0.0;30 0.0;") +
-                               "0 TEXT;5 53;8 0;7 0;1 a;0 DIMENSION;5 54;8 0;2 *D1;3 FINE;"
-                               "0 ARC_DIMENSION;5 55;8 0;2 *D1;3 FINE;"
-                               "0 LARGE_RADIAL_DIMENSION;5 56;8 0;2 *D1;3 FINE;"
-                               "0 ACAD_TABLE;5 57;8 0;2 *T1;",
-                   .tables = "0 TABLE;2 STYLE;70 1;0 STYLE;2 0;70 0;3 plan;0 ENDTAB;"
-                             "0 TABLE;2 VIEW;70 1;0 VIEW;2 TOP;70 0;0 ENDTAB;"
-                             "0 TABLE;2 DIMSTYLE;70 1;0 DIMSTYLE;2 FINE;70 0;5 DOT;0 ENDTAB;"}
-            .save("plan.dxf"));
+    DxfDrawing{.layers = {"0", "ByLayer", "Continuous"},
+               .blocks = blockDefinition("0", lineEntity("B1", "0"), 0, "", "10 4.0|") +
+                         blockDefinition("*D1", ""),
+               .entities = lineEntity("51", "continuous|6 Continuous") +
+                           insertEntity("52", "0", "0", "10 9.0|20 0.0|30 0.0|") +
+                           "0 TEXT|5 53|8 0|7 0|1 a|0 DIMENSION|5 54|8 0|2 *D1|3 FINE|"
+                           "0 ARC_DIMENSION|5 55|8 0|2 *D1|3 FINE|"
+                           "0 LARGE_RADIAL_DIMENSION|5 56|8 0|2 *D1|3 FINE|"
+                           "0 ACAD_TABLE|5 57|8 0|2 *T1|",
+               .tables =
+                   "0 TABLE|2 STYLE|70 1|0 STYLE|2 0|70 0|3 plan|0 ENDTAB|"
+                   "0 TABLE|2 VIEW|70 1|0 VIEW|2 TOP|70 0|0 ENDTAB|"
+                   "0 TABLE|2 DIMSTYLE|70 1|0 DIMSTYLE|2 FINE|70 0|5 DOT|0 ENDTAB|"}
+        .save("plan.dxf");
     open(DxfDrawing{.blocks = referenceDefinition("PLAN", "plan.dxf")}.save("site.dxf"));
     MOR_XRef plan;
     ASSERT_TRUE(plan.connect(L"PLAN"));
@@ -169,14 +172,7 @@ TEST_F(Overrides, NamesAreCommonInTheirOwnTableOnly) {
         {L"52", 2, L"PLAN|0"},          {L"53", 7, L"PLAN|0"},     {L"54", 2, L"PLAN|*D1"},
         {L"54", 3, L"PLAN|FINE"},       {L"55", 2, L"PLAN|*D1"},   {L"55", 3, L"PLAN|FINE"},
         {L"56", 2, L"PLAN|*D1"},        {L"56", 3, L"PLAN|FINE"},  {L"57", 2, L"PLAN|*T1"}};
-    for (const auto& group : groups) {
-        ads_name name{};
-        CMOREntity entity;
-        const wchar_t* text = nullptr;
-        ASSERT_TRUE(plan.handEnt(group.handle, name) && entity.Connect(name));
-        ASSERT_TRUE(entity.GetEntityEntry(group.code, text));
-        EXPECT_STREQ(text, group.text);
-    }
+    for (const auto& g : groups) EXPECT_EQ(group(g.handle, g.code), g.text);
     ads_name insert{};
     CMORAdsTransformation placement;
     ASSERT_TRUE(plan.handEnt(L"52", insert) && placement.loadFromEntity(insert));

@@ -47,7 +47,7 @@ struct Placement {
     [[nodiscard]] std::string tags() const {
         std::ostringstream text;
         for (const auto& [code, value] : groups)
-            text << code << ' ' << std::setprecision(17) << value << ';';
+            text << code << ' ' << std::setprecision(17) << value << '|';
         return text.str();
     }
 
@@ -119,16 +119,16 @@ TEST_F(Placements, APointLiesWhereTheStepsLeadThroughNestedReferencesToo) {
         std::vector<Placement> inner;
         std::vector<Placement> outer;
         DxfDrawing leaf{.entities = lineEntity("F1", "0"),
-                        .header = "9 $INSBASE;10 1000.5;20 -2.25;30 7.0;"};
-        static_cast<void>(leaf.save("leaf.dxf"));
-        DxfDrawing middle{.blocks = blockDefinition("M2", "", 4, "leaf.dxf", "10 3.0;20 4.0;"),
+                        .header = "9 $INSBASE|10 1000.5|20 -2.25|30 7.0|"};
+        leaf.save("leaf.dxf");
+        DxfDrawing middle{.blocks = blockDefinition("M2", "", 4, "leaf.dxf", "10 3.0|20 4.0|"),
                           .entities = inserts("M2", {1000.5L, -2.25L, 7}, inner)};
-        static_cast<void>(middle.save("m2.dxf"));
-        middle.header = "9 $INSBASE;10 -8.0;20 0.5;30 2.0;";
-        static_cast<void>(middle.save("m1.dxf"));
+        middle.save("m2.dxf");
+        middle.header = "9 $INSBASE|10 -8.0|20 0.5|30 2.0|";
+        middle.save("m1.dxf");
         open(DxfDrawing{
-            .blocks = blockDefinition("M1", "", 4, "m1.dxf", "10 3.0;20 -4.0;30 5.0;") +
-                      blockDefinition("M2", "", 4, "m2.dxf", "10 3.0;20 -4.0;30 5.0;"),
+            .blocks = blockDefinition("M1", "", 4, "m1.dxf", "10 3.0|20 -4.0|30 5.0|") +
+                      blockDefinition("M2", "", 4, "m2.dxf", "10 3.0|20 -4.0|30 5.0|"),
             .entities = inserts("M1", {-8, 0.5L, 2}, outer) + inserts("M2", {3, -4, 5}, outer)}
                  .save("site.dxf"));
         for (std::size_t i = 0; i < outer.size(); ++i) {

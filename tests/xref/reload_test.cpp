@@ -1,14 +1,12 @@
 #include "platform/owned.h"
 #include "tests/support/dxf_records.h"
-#include "tests/xref/iterator_fixture.h"
+#include "tests/xref/reference_fixture.h"
 #include "xref/xref_space.h"
 #include "xref/xref_view.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 
 namespace mor::test {
@@ -34,7 +32,7 @@ protected:
         replace("plan.dxf", {.layers = {"0", "NEW"},
                              .blocks = referenceDefinition("CORE", "core.dxf"),
                              .entities = lineEntity("71", "NEW") + lineEntity("A1", "NEW"),
-                             .header = "9 $INSBASE;10 3.0;20 0.0;30 0.0;"});
+                             .header = "9 $INSBASE|10 3.0|20 0.0|30 0.0|"});
     }
     bool reload(const wchar_t* name) { return host::reloadReference(document(), name); }
     [[nodiscard]] host::ReferenceInfo info() const { return host::references(document()).at(0); }
@@ -96,9 +94,9 @@ TEST_F(Reloading, NamesOfTheFormerStateNameNothing) {
 
 TEST_F(Reloading, ANameKeptForAHandleIsNoHandleOfTheDrawingAfterwards) {
     const auto line = [](const std::string& handle) {  // with an attribute: a handle of no entity
-        return lineEntity("A1", "0") + "1001 MOR_ATTRIBUTES;1070 1;1000 x;1005 " + handle + ";";
+        return lineEntity("A1", "0") + "1001 MOR_ATTRIBUTES|1070 1|1000 x|1005 " + handle + "|";
     };
-    static_cast<void>(DxfDrawing{.entities = line("BEEF")}.save("plan.dxf"));
+    DxfDrawing{.entities = line("BEEF")}.save("plan.dxf");
     open(DxfDrawing{.blocks = referenceDefinition("PLAN", "plan.dxf"), .entities = line("CAFE")}
              .save("site.dxf"));
     CMOREntity entity;
@@ -151,7 +149,7 @@ TEST_F(Reloading, AnotherBlockOnTheSameFileKeepsItsState) {
 }
 
 TEST_F(Reloading, AFileThatIsRewrittenInPlaceOrGoneIsReadAsItIsAtTheReload) {
-    static_cast<void>(DxfDrawing{.entities = lineEntity("A1", "0")}.save("plan.dxf"));
+    DxfDrawing{.entities = lineEntity("A1", "0")}.save("plan.dxf");
     static_cast<void>(walk(m_plan));  // any answer
     ResbufList{m_plan.searchBlock(L"DOOR")};
     ASSERT_TRUE(reload(L"PLAN") && m_plan.forget() && m_plan.connect(L"PLAN"));
@@ -165,7 +163,7 @@ TEST_F(Reloading, AFileThatIsRewrittenInPlaceOrGoneIsReadAsItIsAtTheReload) {
 }
 
 TEST_F(Reloading, OnlyTheReferencesOnTheWayToOneAreRead) {
-    static_cast<void>(DxfDrawing{.entities = lineEntity("A1", "0")}.save("next.dxf"));
+    DxfDrawing{.entities = lineEntity("A1", "0")}.save("next.dxf");
     open(DxfDrawing{.blocks = referenceDefinition("PLAN", "plan.dxf") +
                               referenceDefinition("NEXT", "next.dxf") + blockDefinition("GATE", "")}
              .save("site.dxf"));
@@ -192,9 +190,7 @@ TEST_F(Reloading, ADetachedBlockIsNoReferenceAnyMore) {
     EXPECT_EQ(info().name, L"LOST");
     const std::filesystem::path file = host::documentInfo(document()).path;
     ASSERT_TRUE(host::saveDocument(document()));
-    std::ostringstream bytes;
-    bytes << std::ifstream{file, std::ios::binary}.rdbuf();
-    EXPECT_EQ(splitDxf(bytes.str()).named("BLOCK", "PLAN")->text(),
+    EXPECT_EQ(splitDxf(readFile(file)).named("BLOCK", "PLAN")->text(),
               "0 BLOCK|8 0|2 PLAN|70 0|10 0.0|20 0.0|30 0.0|3 PLAN|1 ");
 }
 

@@ -1,10 +1,31 @@
-#include "platform/mfc.h"
-
 #include "host/faults.h"
+#include "platform/geometry.h"
+#include "platform/mfc.h"
+#include "platform/string_list.h"
 
 #include <gtest/gtest.h>
 
 namespace {
+
+TEST(Matrix, IsTheIdentityAtFirst) {
+    double point[] = {1.0, -2.0, 3.0};
+    CMORMathTransMatrix{}.Transform(point);
+    EXPECT_EQ(std::to_array(point), (std::array{1.0, -2.0, 3.0}));
+}
+
+TEST(Matrix, TransformsColumnVectorsInPlace) {
+    CMORMathTransMatrix matrix;
+    matrix.rows = {{{0.0, -1.0, 0.0, 10.0},
+                    {1.0, 0.0, 0.0, 20.0},
+                    {0.0, 0.0, 2.0, 30.0},
+                    {0.0, 0.0, 0.0, 1.0}}};
+    double point[] = {1.0, 2.0, 3.0};
+    matrix.Transform(point);
+    EXPECT_EQ(std::to_array(point), (std::array{8.0, 21.0, 36.0}));
+    matrix.Identity();
+    matrix.Transform(point);
+    EXPECT_EQ(std::to_array(point), (std::array{8.0, 21.0, 36.0}));
+}
 
 TEST(String, ComparesWithoutCase) {
     const CString text{L"Wall\u00E4"};
@@ -66,6 +87,47 @@ TEST(ExtensionModule, MayBeRefused) {
     EXPECT_EQ(AfxInitExtensionModule(module, nullptr), 0);
     EXPECT_FALSE(module.bInitialized);
     mor::host::faults::reset();
+}
+
+std::wstring joined(const CMORStringList& list) {
+    std::wstring result;
+    for (std::size_t i = 0; i < list.Entries(); ++i) result += std::wstring{list.Nth(i)} + L";";
+    return result;
+}
+
+TEST(StringList, KeepsTheOrderOfItsEnds) {
+    CMORStringList list;
+    EXPECT_TRUE(list.Append(L"b"));
+    EXPECT_TRUE(list.Append(L""));
+    EXPECT_TRUE(list.Prepend(L"a"));
+    EXPECT_EQ(joined(list), L"a;b;;");
+    EXPECT_EQ(list.Nth(3), nullptr);
+}
+
+TEST(StringList, TakesItsOwnTexts) {
+    CMORStringList list;
+    list.Append(L"a");
+    for (int i = 0; i < 20; ++i) list.Append(list.Nth(0));
+    list.Prepend(list.Nth(20));
+    EXPECT_EQ(list.Entries(), 22u);
+    EXPECT_STREQ(list.Nth(21), L"a");
+    EXPECT_STREQ(list.Nth(0), L"a");
+}
+
+TEST(StringList, RefusesNoText) {
+    CMORStringList list;
+    EXPECT_FALSE(list.Append(nullptr));
+    EXPECT_FALSE(list.Prepend(nullptr));
+    EXPECT_EQ(list.Entries(), 0u);
+}
+
+TEST(StringList, IsCopiedByValue) {
+    CMORStringList list;
+    list.Append(L"a");
+    const CMORStringList copy = list;
+    EXPECT_TRUE(list.Reset());
+    EXPECT_EQ(joined(list), L"");
+    EXPECT_EQ(joined(copy), L"a;");
 }
 
 }  // namespace
