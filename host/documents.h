@@ -13,8 +13,10 @@
 /// Documents of the embedded drawing database: opening, saving, what is current.
 namespace mor::host {
 
-enum class Release { R12, R13, R14, R2000, R2004, R2007, R2010, R2013, R2018 };
-/// "R12" to "R2018", and back without regard to case.
+enum class Release { R2_5, R2_6, R9, R10, R12, R13, R14, R2000, R2004, R2007, R2010, R2013, R2018 };
+/// A drawing holds extended data, and so values, from this release on.
+inline constexpr Release kFirstWithValues = Release::R12;
+/// "R2.5" to "R2018", and back without regard to case.
 [[nodiscard]] std::string releaseName(Release release);
 [[nodiscard]] std::optional<Release> releaseOfName(std::string_view name);
 
@@ -25,7 +27,11 @@ enum class Release { R12, R13, R14, R2000, R2004, R2007, R2010, R2013, R2018 };
 /// Opens a drawing; the document is neither current nor active.
 /// One that breaks off or is garbled is read as far as it goes, and then cannot be saved over.
 /// Errors: no such file, no drawing, a form or release that is not read.
-Result<AcApDocument*> openDocument(const std::filesystem::path& path);
+/// `Salvaged`: one that is damaged becomes what can be read of it, in memory, with what is open
+/// closed; it can then be saved under another name.
+enum class Opening { AsItIs, Salvaged };
+Result<AcApDocument*> openDocument(const std::filesystem::path& path,
+                                   Opening opening = Opening::AsItIs);
 
 /// Releases the document. It must not be locked; when it is current or active there is none
 /// afterwards. Sends no messages: make it current and send message 3 before.

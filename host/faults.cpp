@@ -28,6 +28,7 @@ struct State {
     std::size_t dieAt = 0;
     std::size_t failAt = 0;
     std::size_t failReadAt = 0;
+    bool lineByLine = false;
     std::vector<std::string> saveCalls;
 };
 
@@ -60,6 +61,8 @@ void failSaveCall(std::size_t nth) { state().failAt = nth; }
 std::vector<std::string> saveCalls() { return state().saveCalls; }
 
 void failRead(std::size_t nth) { state().failReadAt = nth; }
+void readLineByLine(bool on) { state().lineByLine = on; }
+bool readsLineByLine() { return state().lineByLine; }
 
 void reset() { state() = {}; }
 

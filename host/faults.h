@@ -40,6 +40,9 @@ void failSaveCall(std::size_t nth);
 /// Makes the nth reading of a drawing's file from now on fail, once; 0: never.
 void failRead(std::size_t nth);
 
+/// Text drawings are read a line at a time instead of many: slower, and meant to find the same.
+void readLineByLine(bool on);
+
 void reset();
 
 // What the host asks at each operation.
@@ -51,6 +54,7 @@ void reset();
 [[nodiscard]] bool layerLocksEnforced();
 [[nodiscard]] long roomLimit();
 [[nodiscard]] bool readFails();
+[[nodiscard]] bool readsLineByLine();
 void saveBegins();  ///< from here on `saveCalls` lists a new save
 enum class SaveCall { Go, Fail };
 [[nodiscard]] SaveCall beforeSaveCall(std::string_view name);

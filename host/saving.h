@@ -56,6 +56,10 @@ struct SaveReport {
 /// nothing is written. Refused where another program has changed or made the target meanwhile.
 /// Signals that end the process wait while the names change.
 Result<SaveReport> saveDocument(AcApDocument* document, const SaveOptions& options = {});
+/// What a save would lose or change although nobody asked for it: the drawing is written to memory
+/// as it is and compared with its file byte by byte, and every record is cut into its groups. Empty
+/// when a save keeps everything.
+[[nodiscard]] std::vector<std::string> verifySave(const AcApDocument* document);
 /// Takes away what an unfinished save has made beside its target, for signal handlers that end the
 /// process. False, and nothing done, when a document has been saved: then it is too late to end.
 bool abandonSaves() noexcept;

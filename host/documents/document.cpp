@@ -71,11 +71,14 @@ AcApDocument* createDocument(Release release, std::string_view lineEnd) {
     return keep(std::make_unique<AcApDocument>(makeDrawing(release, lineEnd)));
 }
 
-Result<AcApDocument*> openDocument(const std::filesystem::path& path) {
+Result<AcApDocument*> openDocument(const std::filesystem::path& path, Opening opening) {
     auto source = openFileSource(path);
     if (!source) return source.error();
     const FileState stamp = stateOf(source.value()->descriptor());
     auto drawing = openDrawing(std::move(source.value()), path.string());
+    if (!drawing) return drawing.error();
+    if (opening == Opening::Salvaged && drawing.value()->damage())
+        drawing = openDrawing(makeBufferSource(drawing.value()->codec().salvaged()), path.string());
     if (!drawing) return drawing.error();
     auto document = std::make_unique<AcApDocument>(std::move(drawing.value()));
     document->path = path;
@@ -95,8 +98,9 @@ void setActiveDocument(AcApDocument* document) { documents().active = document; 
 std::size_t documentCount() { return documents().all.size(); }
 
 std::string releaseName(Release release) {
-    static constexpr std::array<const char*, 9> names = {
-        "R12", "R13", "R14", "R2000", "R2004", "R2007", "R2010", "R2013", "R2018"};
+    static constexpr std::array<const char*, 13> names = {
+        "R2.5",  "R2.6",  "R9",    "R10",   "R12",   "R13",  "R14",
+        "R2000", "R2004", "R2007", "R2010", "R2013", "R2018"};
     return names[static_cast<std::size_t>(release)];
 }
 

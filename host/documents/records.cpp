@@ -162,7 +162,7 @@ bool holdsEntityName(const CMORAdsLispVar& value) {
 std::vector<Problem> documentProblems(const AcApDocument* document) {
     Drawing& drawing = drawingOf(document);
     std::vector<Problem> problems;
-    if (!drawing.endsWithEof())
+    if (!drawing.endsWithEof() && !drawing.damage())
         problems.push_back({Problem::Kind::MissingEof, {}, "the file does not end with EOF"});
     for (const auto& [handle, count] : drawing.handles().doubled())
         problems.push_back({Problem::Kind::DoubledHandle, handleText(handle),

@@ -87,14 +87,11 @@ struct PlannedEdit {
 
 /// One stretch of the file to be written: bytes copied from the file as loaded, or new ones.
 struct PlanPiece {
-    RecordNumber first = 0;  ///< of the records that are copied; 0: bytes
-    RecordNumber last = 0;
+    bool copy = false;
     std::uint64_t from = 0;  ///< of a copy: where it begins in the source
     std::uint64_t size = 0;
-    std::string bytes;
-    std::vector<std::size_t> starts;  ///< where the records in `bytes` begin
-
-    [[nodiscard]] bool isCopy() const { return first != 0; }
+    std::string bytes;        ///< else
+    std::size_t records = 0;  ///< how many begin in `bytes`
 };
 
 /// How a drawing is written: copies of what nobody touched, in its place, and what was made or
@@ -122,10 +119,16 @@ public:
     [[nodiscard]] virtual std::optional<Group> find(RecordNumber number, int code) const = 0;
     /// Whether a list of named attributes of the record may hold handles; a quick look.
     [[nodiscard]] virtual bool mayHoldHandles(RecordNumber number) const = 0;
+    /// Why the record could not be written anew as it is; empty when it could.
+    [[nodiscard]] virtual std::string oddityOf(RecordNumber number) const = 0;
+    /// A damaged drawing as far as it is read, with what is open closed.
+    [[nodiscard]] virtual std::string salvaged() const = 0;
     [[nodiscard]] virtual SavePlan plan(const EditSet& edits) const = 0;
-    /// Compares a file that was written with its plan. Empty when they agree, else what differs.
-    [[nodiscard]] virtual std::string compare(const SavePlan& plan, const EditSet& edits,
-                                              std::shared_ptr<Source> written) const = 0;
+    /// Compares a file that was written with its plan: what was copied and what was made byte by
+    /// byte, what was made also by its records. Empty when they agree, else what differs. May run
+    /// beside the thread that flushes the file; nothing else is asked meanwhile.
+    [[nodiscard]] virtual std::string compare(const SavePlan& plan,
+                                              const Source& written) const = 0;
 };
 
 /// A drawing as a codec opens it.

@@ -12,18 +12,56 @@ HandleTable::HandleTable(const std::vector<RecordEntry>& records, RecordNumber l
 void HandleTable::build() const {
     if (m_built) return;
     m_built = true;
+    constexpr std::uint64_t kSparse = 8;  // a table by handle may have so many places a record
+    std::uint64_t highest = 0;
     for (RecordNumber number = 1; number <= m_lastFileRecord; ++number)
-        if (m_records[number].handle != 0) m_file.emplace_back(m_records[number].handle, number);
-    std::ranges::sort(m_file);
-    for (auto at = m_file.begin(); at != m_file.end();) {
-        const auto next = std::find_if(at, m_file.end(),
-                                       [&](const auto& known) { return known.first != at->first; });
-        if (next - at > 1) m_doubled.emplace_back(at->first, static_cast<std::size_t>(next - at));
+        highest = std::max(highest, m_records[number].handle);
+    if (highest / kSparse > m_lastFileRecord) return buildSorted();
+    m_dense.resize(static_cast<std::size_t>(highest + 1));
+    std::map<std::uint64_t, std::size_t> doubled;
+    for (RecordNumber number = 1; number <= m_lastFileRecord; ++number) {
+        const std::uint64_t handle = m_records[number].handle;
+        if (handle == 0) continue;
+        RecordNumber& first = m_dense[static_cast<std::size_t>(handle)];
+        if (first == 0)
+            first = number;
+        else
+            ++doubled.try_emplace(handle, 1).first->second;
+    }
+    m_doubled.assign(doubled.begin(), doubled.end());
+}
+
+void HandleTable::buildSorted() const {
+    for (RecordNumber number = 1; number <= m_lastFileRecord; ++number)
+        if (m_records[number].handle != 0) m_sorted.emplace_back(m_records[number].handle, number);
+    std::ranges::sort(m_sorted);
+    std::size_t kept = 0;
+    for (std::size_t at = 0; at < m_sorted.size();) {
+        std::size_t next = at;
+        while (next < m_sorted.size() && m_sorted[next].first == m_sorted[at].first) ++next;
+        if (next - at > 1) m_doubled.emplace_back(m_sorted[at].first, next - at);
+        m_sorted[kept++] = m_sorted[at];
         at = next;
     }
-    const auto tail =
-        std::ranges::unique(m_file, {}, &std::pair<std::uint64_t, RecordNumber>::first);
-    m_file.erase(tail.begin(), tail.end());
+    m_sorted.resize(kept);
+}
+
+RecordNumber HandleTable::inFile(std::uint64_t handle) const {
+    build();
+    if (handle < m_dense.size()) return m_dense[static_cast<std::size_t>(handle)];
+    const auto found = std::ranges::lower_bound(m_sorted, handle, {},
+                                                &std::pair<std::uint64_t, RecordNumber>::first);
+    return found == m_sorted.end() || found->first != handle ? 0 : found->second;
+}
+
+void HandleTable::setInFile(std::uint64_t handle, RecordNumber number) {
+    if (handle < m_dense.size()) {
+        m_dense[static_cast<std::size_t>(handle)] = number;
+        return;
+    }
+    const auto found = std::ranges::lower_bound(m_sorted, handle, {},
+                                                &std::pair<std::uint64_t, RecordNumber>::first);
+    if (found != m_sorted.end() && found->first == handle) found->second = number;
 }
 
 const std::vector<std::pair<std::uint64_t, std::size_t>>& HandleTable::doubled() const {
@@ -33,13 +71,9 @@ const std::vector<std::pair<std::uint64_t, std::size_t>>& HandleTable::doubled()
 
 RecordNumber HandleTable::find(std::uint64_t handle) const {
     if (handle == 0) return 0;
-    if (const auto made = m_made.find(handle); made != m_made.end())
-        return m_records[made->second].has(kGone) ? 0 : made->second;
-    build();
-    const auto found = std::ranges::lower_bound(m_file, handle, {},
-                                                &std::pair<std::uint64_t, RecordNumber>::first);
-    if (found == m_file.end() || found->first != handle) return 0;
-    return m_records[found->second].has(kGone) ? 0 : found->second;
+    const auto made = m_made.find(handle);
+    const RecordNumber number = made != m_made.end() ? made->second : inFile(handle);
+    return m_records[number].has(kGone) ? 0 : number;
 }
 
 std::uint64_t HandleTable::next() const {
@@ -70,12 +104,9 @@ void HandleTable::exchange(std::uint64_t handle, RecordNumber number) {
     build();
     const std::uint64_t old = m_records[number].handle;
     m_made[handle] = number;
-    std::erase_if(m_file, [&](const auto& known) { return known.first == old; });
-    for (RecordNumber other = 1; other <= m_lastFileRecord; ++other)
-        if (other != number && m_records[other].handle == old) {
-            m_file.insert(std::ranges::lower_bound(m_file, std::pair{old, other}), {old, other});
-            break;
-        }
+    RecordNumber next = 1;
+    while (next <= m_lastFileRecord && (next == number || m_records[next].handle != old)) ++next;
+    setInFile(old, next <= m_lastFileRecord ? next : 0);
 }
 
 std::int64_t HandleTable::reservedFor(std::uint64_t handle) const {

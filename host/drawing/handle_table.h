@@ -48,6 +48,10 @@ public:
 
 private:
     void build() const;
+    void buildSorted() const;
+    /// The first record of the file that carries the handle; 0 when there is none.
+    [[nodiscard]] RecordNumber inFile(std::uint64_t handle) const;
+    void setInFile(std::uint64_t handle, RecordNumber number);
 
     const std::vector<RecordEntry>& m_records;
     RecordNumber m_lastFileRecord;
@@ -56,7 +60,9 @@ private:
     std::map<std::uint64_t, RecordNumber> m_made;
     mutable std::uint64_t m_next;
     mutable bool m_built = false;
-    mutable std::vector<std::pair<std::uint64_t, RecordNumber>> m_file;  ///< sorted, first of each
+    // The first record with each handle: by handle where they lie close together, else sorted.
+    mutable std::vector<RecordNumber> m_dense;
+    mutable std::vector<std::pair<std::uint64_t, RecordNumber>> m_sorted;
     mutable std::vector<std::pair<std::uint64_t, std::size_t>> m_doubled;
     mutable std::optional<std::vector<std::uint64_t>> m_keptHandles;  ///< sorted
     mutable std::map<std::uint64_t, std::int64_t> m_reserved;

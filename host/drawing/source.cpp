@@ -3,6 +3,7 @@
 #include "host/faults.h"
 #include "host/permanent.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <exception>
@@ -10,6 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 namespace mor::host {
 
@@ -136,6 +138,22 @@ Result<std::shared_ptr<Source>> openFileSource(const std::filesystem::path& path
 
 std::shared_ptr<Source> makeBufferSource(std::string bytes) {
     return std::make_shared<BufferSource>(std::move(bytes));
+}
+
+bool sameBytes(const Source& a, std::uint64_t aOffset, const Source& b, std::uint64_t bOffset,
+               std::uint64_t count) {
+    constexpr std::size_t kStretch = 256 * 1024;
+    const std::size_t size = static_cast<std::size_t>(std::min<std::uint64_t>(count, kStretch));
+    std::vector<char> left(size);
+    std::vector<char> right(size);
+    for (std::uint64_t done = 0; done < count; done += size) {
+        const auto want = static_cast<std::size_t>(std::min<std::uint64_t>(count - done, size));
+        if (a.read(aOffset + done, left.data(), want) != want ||
+            b.read(bOffset + done, right.data(), want) != want ||
+            std::memcmp(left.data(), right.data(), want) != 0)
+            return false;
+    }
+    return true;
 }
 
 }  // namespace mor::host

@@ -38,6 +38,10 @@ public:
 /// its way.
 void failReading(const Error& error);
 
+/// Whether both have the same bytes there.
+[[nodiscard]] bool sameBytes(const Source& a, std::uint64_t aOffset, const Source& b,
+                             std::uint64_t bOffset, std::uint64_t count);
+
 /// Opens a regular file for reading; it stays open as long as the source lives.
 Result<std::shared_ptr<Source>> openFileSource(const std::filesystem::path& path);
 [[nodiscard]] std::shared_ptr<Source> makeBufferSource(std::string bytes);

@@ -15,6 +15,20 @@ constexpr std::uint64_t kWindowBytes = 256 * 1024;
 /// A reader that skips no more records than this goes on with a walk.
 constexpr RecordNumber kWalkStep = 8;
 
+/// What closes the table or block, the section and the drawing that are open at the end.
+std::vector<std::string> closersOf(const DxfIndex& index, const Skeleton& skeleton) {
+    std::vector<std::string> types;
+    if (!skeleton.damage) return types;
+    for (const Container& container : skeleton.containers)
+        if (container.head != 0 && container.end == 0) {
+            if (container.kind == ContainerKind::Block) types.emplace_back("ENDBLK");
+            if (container.kind == ContainerKind::Table) types.emplace_back("ENDTAB");
+        }
+    if (!index.sections.empty() && index.sections.back().end == 0) types.emplace_back("ENDSEC");
+    types.emplace_back("EOF");
+    return types;
+}
+
 }  // namespace
 
 std::string_view DxfCodec::bytesOf(RecordNumber number) const {
@@ -52,14 +66,44 @@ bool DxfCodec::mayHoldHandles(RecordNumber number) const {
     return !m_index.form.isText() || bytesOf(number).find("1005") != std::string_view::npos;
 }
 
+std::string DxfCodec::oddityOf(RecordNumber number) const {
+    const std::string_view bytes = bytesOf(number);
+    Tag tag;
+    std::size_t at = 0;
+    while (m_index.form.next(bytes, at, tag) && tag.end < bytes.size())
+        if (tag.code == kTypeCode && bytes.substr(tag.valueBegin, 3) == "EOF") return {};
+    return at == bytes.size() ? std::string() : "it has bytes that are no groups";
+}
+
+std::string DxfCodec::salvaged() const {
+    std::string bytes = m_index.source->read(0, m_index.end);
+    bytes += m_index.form.missingLineEnd(bytes);
+    for (const std::string& type : m_open) bytes += m_index.form.bytes(kTypeCode, type);
+    return bytes;
+}
+
 SavePlan DxfCodec::plan(const EditSet& edits) const { return planSave(m_index, edits); }
 
-std::string DxfCodec::compare(const SavePlan& plan, const EditSet& edits,
-                              std::shared_ptr<Source> written) const {
-    const auto indexed = indexDxf(std::move(written), {});
-    if (!indexed) return indexed.error().message();
-    const auto& damage = indexed.value().skeleton.damage;
-    return damage ? damage->text : comparePlan(plan, m_index, edits, indexed.value());
+std::string DxfCodec::compare(const SavePlan& plan, const Source& written) const {
+    if (written.size() != plan.size) return "the size differs";
+    std::uint64_t at = 0;
+    for (const PlanPiece& piece : plan.pieces) {
+        if (piece.copy) {
+            if (!sameBytes(source(), piece.from, written, at, piece.size))
+                return "what was copied to byte " + std::to_string(at) + " differs";
+            at += piece.size;
+            continue;
+        }
+        std::string bytes = written.read(at, piece.bytes.size());
+        if (bytes != piece.bytes)
+            return "what was written to byte " + std::to_string(at) + " differs";
+        at += bytes.size();
+        const GroupList groups = groupsFrom(std::move(bytes), m_index.form);
+        const auto records = std::ranges::count(groups, kTypeCode, &Group::code);
+        if (piece.records != 0 && static_cast<std::size_t>(records) != piece.records)
+            return "there are other records than were made";
+    }
+    return {};
 }
 
 Result<Opened> openDxf(std::shared_ptr<Source> source, const std::string& file) {
@@ -75,7 +119,9 @@ Result<Opened> openDxf(std::shared_ptr<Source> source, const std::string& file) 
                        : form.lineEnd == "\r\n" ? "CRLF"
                        : form.lineEnd == "\r"   ? "CR"
                                                 : "LF";
-    return Opened{std::make_unique<DxfCodec>(std::move(index)), std::move(skeleton)};
+    std::vector<std::string> open = closersOf(index, skeleton);
+    return Opened{std::make_unique<DxfCodec>(std::move(index), std::move(open)),
+                  std::move(skeleton)};
 }
 
 }  // namespace mor::host

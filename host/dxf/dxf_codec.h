@@ -10,6 +10,8 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace mor::host {
 
@@ -17,21 +19,25 @@ namespace mor::host {
 /// order of the file reads ahead.
 class DxfCodec final : public Codec {
 public:
-    explicit DxfCodec(DxfIndex index) : m_index(std::move(index)) {}
+    /// `open` are the types of the records that close what is open at the end of a damaged file.
+    DxfCodec(DxfIndex index, std::vector<std::string> open)
+        : m_index(std::move(index)), m_open(std::move(open)) {}
 
     [[nodiscard]] const Source& source() const override { return *m_index.source; }
     [[nodiscard]] GroupList read(RecordNumber number) const override;
     [[nodiscard]] std::optional<Group> find(RecordNumber number, int code) const override;
     [[nodiscard]] bool mayHoldHandles(RecordNumber number) const override;
+    [[nodiscard]] std::string oddityOf(RecordNumber number) const override;
+    [[nodiscard]] std::string salvaged() const override;
     [[nodiscard]] SavePlan plan(const EditSet& edits) const override;
-    [[nodiscard]] std::string compare(const SavePlan& plan, const EditSet& edits,
-                                      std::shared_ptr<Source> written) const override;
+    [[nodiscard]] std::string compare(const SavePlan& plan, const Source& written) const override;
 
 private:
     /// Valid until another record is read.
     [[nodiscard]] std::string_view bytesOf(RecordNumber number) const;
 
     DxfIndex m_index;
+    std::vector<std::string> m_open;
     mutable std::string m_window;  ///< the record read last, and what a walk has read ahead
     mutable std::uint64_t m_windowAt = 0;
     mutable RecordNumber m_lastRead = 0;

@@ -5,7 +5,6 @@
 #include "host/text/numbers.h"
 
 #include <algorithm>
-#include <array>
 #include <string_view>
 #include <utility>
 
@@ -19,31 +18,31 @@ std::uint64_t lineAt(const Source& source, std::uint64_t offset) {
     return 1 + static_cast<std::uint64_t>(std::ranges::count(before, '\n'));
 }
 
+constexpr std::pair<int, Release> kFirstNumbers[] = {
+    {1032, Release::R2018}, {1027, Release::R2013}, {1024, Release::R2010}, {1021, Release::R2007},
+    {1018, Release::R2004}, {1015, Release::R2000}, {1014, Release::R14},   {1012, Release::R13},
+    {1009, Release::R12},   {1006, Release::R10},   {1004, Release::R9},    {1003, Release::R2_6},
+    {1001, Release::R2_5}};
+
 Result<Release> releaseOf(const std::string& version, const std::string& file, std::uint64_t line) {
-    const auto refuse = [&](const std::string& text) {
-        return Error{ErrorKind::Unreadable, file, line, "$ACADVER is " + version + text};
-    };
-    if (!version.starts_with("AC10") || version.size() != 6)
-        return refuse(", not a release that is read; R12 (AC1009) to R2018 (AC1032) are");
-    const auto number = parseInteger(std::string_view(version).substr(2)).value_or(0);
-    if (number < 1009) return refuse(", older than R12 (AC1009); save the drawing as R12 or later");
-    if (number > 1032)
-        return refuse(", newer than R2018 (AC1032); save the drawing as R2018 or earlier");
-    static constexpr std::array<std::pair<int, Release>, 9> first = {{{1032, Release::R2018},
-                                                                      {1027, Release::R2013},
-                                                                      {1024, Release::R2010},
-                                                                      {1021, Release::R2007},
-                                                                      {1018, Release::R2004},
-                                                                      {1015, Release::R2000},
-                                                                      {1014, Release::R14},
-                                                                      {1012, Release::R13},
-                                                                      {1009, Release::R12}}};
-    for (const auto& [since, release] : first)
-        if (number >= since) return release;
-    return Release::R12;
+    const bool known = version.starts_with("AC10") && version.size() == 6;
+    const auto number = known ? parseInteger(std::string_view(version).substr(2)) : std::nullopt;
+    if (number && *number <= 1032)
+        for (const auto& [first, release] : kFirstNumbers)
+            if (*number >= first) return release;
+    return Error{ErrorKind::Unreadable, file, line,
+                 "$ACADVER is " + version +
+                     (number && *number > 1032 ? ", newer than R2018 (AC1032)"
+                                               : ", not a release that is read") +
+                     "; save the drawing as one of R2.5 (AC1002) to R2018 (AC1032)"};
 }
 
 }  // namespace
+
+std::string versionOf(Release release) {
+    const auto* found = std::ranges::find(kFirstNumbers, release, &std::pair<int, Release>::second);
+    return "AC" + std::to_string(found->first);
+}
 
 std::optional<Error> readHeader(const DxfIndex& index, Skeleton& skeleton,
                                 const std::string& file) {

@@ -2,6 +2,7 @@
 
 #include "host/dxf/structure.h"
 #include "host/dxf/text_scan.h"
+#include "host/faults.h"
 
 #include <algorithm>
 #include <utility>
@@ -34,6 +35,10 @@ DxfForm formOf(std::string_view start) {
     return form;
 }
 
+bool isDwg(std::string_view start) {
+    return start.size() >= 6 && start.starts_with("AC10") && start[4] >= '0' && start[4] <= '9';
+}
+
 /// One attempt to read the file in that form.
 std::optional<Stop> attempt(Indexed& result, const std::shared_ptr<Source>& source,
                             const DxfForm& form, Scan scan) {
@@ -43,6 +48,7 @@ std::optional<Stop> attempt(Indexed& result, const std::shared_ptr<Source>& sour
     Structure structure(result);
     auto stop = form.isText() ? scanText(result.index, structure, scan)
                               : scanBinary(result.index, structure);
+    if (stop && !structure.started()) stop->foreign = true;
     if (stop && !stop->foreign) structure.giveUp();
     return stop;
 }
@@ -54,8 +60,14 @@ const Section* DxfIndex::section(std::string_view name) const {
     return found == sections.end() ? nullptr : &*found;
 }
 
-Result<Indexed> indexDxf(std::shared_ptr<Source> source, const std::string& name, Scan scan) {
-    DxfForm form = formOf(source->read(0, kStartSize));
+Result<Indexed> indexDxf(std::shared_ptr<Source> source, const std::string& name) {
+    const std::string start = source->read(0, kStartSize);
+    if (isDwg(start))
+        return Error{
+            ErrorKind::Unreadable, name, 1,
+            "this is a DWG file (" + start.substr(0, 6) + "); save the drawing as DXF text"};
+    const Scan scan = faults::readsLineByLine() ? Scan::LineByLine : Scan::Vectorised;
+    DxfForm form = formOf(start);
     Indexed result;
     auto stop = attempt(result, source, form, scan);
     if (stop && form.isText() && !form.anyLineEnd) {

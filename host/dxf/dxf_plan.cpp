@@ -56,9 +56,9 @@ private:
     [[nodiscard]] RecordNumber placeOfSection(std::string_view name) const;
     void assemble();
     void copy(RecordNumber first, RecordNumber last);
-    void write(std::string bytes);
+    void write(std::string_view bytes);
     void writeLoose(std::string_view bytes);
-    PlanPiece& pieceOfBytes();
+    PlanPiece& pieceOfBytes(bool records);
     void closeLastLine();
 
     const DxfIndex& m_index;
@@ -220,35 +220,37 @@ void Planner::insertSection(std::string_view name, const std::string& content) {
 void Planner::copy(RecordNumber first, RecordNumber last) {
     if (first > last) return;
     PlanPiece piece;
-    piece.first = first;
-    piece.last = last;
+    piece.copy = true;
     piece.from = m_index.places[first];
     piece.size = m_index.endOf(last) - piece.from;
     m_plan.size += piece.size;
     m_plan.pieces.push_back(std::move(piece));
 }
 
-PlanPiece& Planner::pieceOfBytes() {
-    if (m_plan.pieces.empty() || m_plan.pieces.back().first != 0) m_plan.pieces.emplace_back();
+/// A piece of bytes that are records, or of those that are not.
+PlanPiece& Planner::pieceOfBytes(bool records) {
+    if (m_plan.pieces.empty() || m_plan.pieces.back().copy ||
+        (m_plan.pieces.back().records != 0) != records)
+        m_plan.pieces.emplace_back();
     return m_plan.pieces.back();
 }
 
 /// Writes records.
-void Planner::write(std::string bytes) {
+void Planner::write(std::string_view bytes) {
     if (bytes.empty()) return;
-    PlanPiece& piece = pieceOfBytes();
+    PlanPiece& piece = pieceOfBytes(true);
     m_plan.size += bytes.size();
-    const TagList records(std::move(bytes), m_index.form);
-    for (const Tag& tag : records.tags())
-        if (tag.code == kTypeCode) piece.starts.push_back(piece.bytes.size() + tag.begin);
-    piece.bytes += records.bytes();
+    Tag tag;
+    for (std::size_t at = 0; m_index.form.next(bytes, at, tag);)
+        if (tag.code == kTypeCode) ++piece.records;
+    piece.bytes += bytes;
 }
 
 /// Writes what belongs to no record: a byte order mark and comments before the first one, the end
 /// of a last line, blanks behind it.
 void Planner::writeLoose(std::string_view bytes) {
     if (bytes.empty()) return;
-    pieceOfBytes().bytes += bytes;
+    pieceOfBytes(false).bytes += bytes;
     m_plan.size += bytes.size();
 }
 
@@ -271,10 +273,10 @@ void Planner::assemble() {
         next = stop;
         if (const auto before = m_before.find(stop); before != m_before.end()) {
             if (stop > last) closeLastLine();
-            for (auto& [rank, bytes] : before->second) write(std::move(bytes));
+            for (const auto& [rank, bytes] : before->second) write(bytes);
         }
         if (const auto replaced = m_replaced.find(stop); replaced != m_replaced.end()) {
-            write(std::move(replaced->second));
+            write(replaced->second);
             next = stop + 1;
         }
     }
@@ -283,48 +285,10 @@ void Planner::assemble() {
     writeLoose(source.read(end, source.size() - end));
 }
 
-/// Compares written bytes and the records in them; `number` is the next record of the written file.
-std::string compareBytes(const PlanPiece& piece, std::uint64_t at, const DxfIndex& written,
-                         RecordNumber& number) {
-    if (written.source->read(at, piece.bytes.size()) != piece.bytes) return "written bytes differ";
-    for (const std::size_t start : piece.starts) {
-        if (number > written.lastRecord() || written.places[number] != at + start)
-            return "a written record is not where it was put";
-        ++number;
-    }
-    return {};
-}
-
 }  // namespace
 
 SavePlan planSave(const DxfIndex& index, const EditSet& edits) {
     return Planner(index, edits).run();
-}
-
-std::string comparePlan(const SavePlan& plan, const DxfIndex& index, const EditSet& edits,
-                        const Indexed& written) {
-    if (written.index.source->size() != plan.size) return "the size differs";
-    std::uint64_t at = 0;
-    RecordNumber number = 1;
-    for (const PlanPiece& piece : plan.pieces) {
-        if (!piece.isCopy()) {
-            if (std::string text = compareBytes(piece, at, written.index, number); !text.empty())
-                return text;
-            at += piece.bytes.size();
-            continue;
-        }
-        for (RecordNumber old = piece.first; old <= piece.last; ++old, ++number) {
-            if (number > written.index.lastRecord()) return "records are missing";
-            if (written.index.places[number] != at + (index.places[old] - piece.from))
-                return "a copied record moved";
-            const RecordEntry& entry = written.skeleton.records[number];
-            if (written.skeleton.types.text(entry.type) != edits.typeOf(old) ||
-                entry.handle != edits.records[old].handle)
-                return "a copied record changed";
-        }
-        at += piece.size;
-    }
-    return number == written.index.lastRecord() + 1 ? std::string() : "there are records too many";
 }
 
 }  // namespace mor::host

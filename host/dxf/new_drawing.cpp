@@ -1,4 +1,5 @@
 #include "host/dxf/dxf_codec.h"
+#include "host/dxf/dxf_header.h"
 #include "host/dxf/form.h"
 #include "host/text/group_codes.h"
 #include "host/text/numbers.h"
@@ -49,30 +50,6 @@ private:
     DxfForm m_form;
     std::string m_text;
 };
-
-std::string_view versionOf(Release release) {
-    switch (release) {
-        case Release::R12:
-            return "AC1009";
-        case Release::R13:
-            return "AC1012";
-        case Release::R14:
-            return "AC1014";
-        case Release::R2000:
-            return "AC1015";
-        case Release::R2004:
-            return "AC1018";
-        case Release::R2007:
-            return "AC1021";
-        case Release::R2010:
-            return "AC1024";
-        case Release::R2013:
-            return "AC1027";
-        case Release::R2018:
-            return "AC1032";
-    }
-    return "AC1032";
-}
 
 std::string oldDrawing(std::string_view lineEnd) {
     Writer write(Release::R12, lineEnd);
@@ -224,8 +201,7 @@ void writeObjects(Writer& write) {
 std::string newDrawingText(Release release, std::string_view lineEnd) {
     if (release == Release::R12) return oldDrawing(lineEnd);
     Writer write(release, lineEnd);
-    write("0 SECTION|2 HEADER|9 $ACADVER")("1 " + std::string(versionOf(release)))(
-        "9 $DWGCODEPAGE|3 ANSI_1252");
+    write("0 SECTION|2 HEADER|9 $ACADVER")("1 " + versionOf(release))("9 $DWGCODEPAGE|3 ANSI_1252");
     write("9 $INSBASE|10 0.0|20 0.0|30 0.0").before(Release::R2000, "9 $HANDLING|70 1");
     write("9 $HANDSEED|5 20|0 ENDSEC|0 SECTION|2 CLASSES|0 ENDSEC");
     writeTables(write);

@@ -3,7 +3,6 @@
 #include "host/dxf/line_feeds.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstring>
 #include <string_view>
 #include <utility>
@@ -60,10 +59,24 @@ int notedCode(std::uint32_t text) {
     // Bytes that are no digits have their high bit set here; they may only be blanks in front.
     const std::uint32_t distance = text ^ 0x30303030U;
     const std::uint32_t others = (distance + 0x76767676U) & 0x80808080U;
-    const auto blanks = static_cast<unsigned>(std::popcount(others));
-    if (blanks > 3 || (distance & 0x80808080U) != 0) return kNoCode;
+    unsigned blanks = 0;
+    switch (others) {
+        case 0:
+            break;
+        case 0x80U:
+            blanks = 1;
+            break;
+        case 0x8080U:
+            blanks = 2;
+            break;
+        case 0x808080U:
+            blanks = 3;
+            break;
+        default:
+            return kNoCode;
+    }
     const std::uint32_t front = (std::uint32_t{1} << (8 * blanks)) - 1;
-    if (others != (0x80808080U & front) || (text & front) != (0x20202020U & front)) return kNoCode;
+    if ((distance & 0x80808080U) != 0 || (text & front) != (0x20202020U & front)) return kNoCode;
     // With zeros in front it may be one of those above.
     return (text >> (8 * blanks) & 0xFFU) == '0' ? kNoCode : kUnnoted;
 }
@@ -101,6 +114,7 @@ private:
     [[nodiscard]] bool fill();
     void findLines(std::size_t from, bool last);
     std::optional<Stop> takePairs();
+    std::optional<Stop> takePlainPairs();
     std::optional<Stop> takeRest();
     std::optional<Stop> take(int code, std::string_view value, std::size_t at, std::size_t line);
     [[nodiscard]] Stop stop(std::string text, std::size_t at, std::size_t line) const {
@@ -197,26 +211,52 @@ std::optional<Stop> TextScan::take(int code, std::string_view value, std::size_t
 
 /// Takes the pairs of whole lines that the text has.
 std::optional<Stop> TextScan::takePairs() {
-    const char* const data = m_buffer.data() + kMargin;
+    const char* const data = text().data();
     const bool any = m_index.form.anyLineEnd;
-    for (; m_lines + 1 < m_ends.size() && !m_structure.ended(); m_lines += 2) {
+    while (!m_structure.ended()) {
+        if (m_fast && !any && m_structure.started())
+            if (auto stopped = takePlainPairs()) return stopped;
+        if (m_lines + 1 >= m_ends.size() || m_structure.ended()) break;
         const std::size_t codeEnd = m_ends[m_lines];
         const std::size_t value = any ? m_nexts[m_lines] : codeEnd + 1;
         const std::size_t valueEnd = m_ends[m_lines + 1];
-        int code = m_fast ? fastCode(data + m_at, data + codeEnd) : kNoCode;
-        if (code == kNoCode) {
-            const std::string_view line = withoutReturn({data + m_at, codeEnd - m_at});
-            code = exactCode(line);
-            if (code == kNoCode) return noCode(line, m_at, m_lines);
-        }
-        if (code != kUnnoted || !m_structure.started()) {
-            if (code == kUnnoted) code = exactCode(withoutReturn({data + m_at, codeEnd - m_at}));
-            const std::string_view text = withoutReturn({data + value, valueEnd - value});
-            if (auto stopped = take(code, text, m_at, m_lines)) return stopped;
-        }
+        const std::string_view line = withoutReturn({data + m_at, codeEnd - m_at});
+        const int code = exactCode(line);
+        if (code == kNoCode) return noCode(line, m_at, m_lines);
+        const std::string_view shown = withoutReturn({data + value, valueEnd - value});
+        if (auto stopped = take(code, shown, m_at, m_lines)) return stopped;
         m_at = any ? m_nexts[m_lines + 1] : valueEnd + 1;
+        m_lines += 2;
     }
     return std::nullopt;
+}
+
+/// The same as long as code lines have their usual form.
+std::optional<Stop> TextScan::takePlainPairs() {
+    const char* const data = text().data();
+    const std::uint32_t* const ends = m_ends.data();
+    const std::size_t count = m_ends.size();
+    std::size_t at = m_at;
+    std::size_t lines = m_lines;
+    Structure::Wrong wrong;
+    for (; lines + 1 < count && !m_structure.ended(); lines += 2) {
+        const char* const feed = data + ends[lines];
+        const int code = fastCode(data + at, feed);
+        if (code != kUnnoted) {
+            if (code == kNoCode) break;
+            const char* const valueEnd = data + ends[lines + 1];
+            const std::string_view value =
+                withoutReturn({feed + 1, static_cast<std::size_t>(valueEnd - feed - 1)});
+            if (code != kTypeCode)
+                m_structure.group(code, value);
+            else if ((wrong = m_structure.begin(trimmed(value), m_base + at)))
+                break;
+        }
+        at = std::size_t{ends[lines + 1]} + 1;
+    }
+    m_at = at;
+    m_lines = lines;
+    return wrong ? std::optional(stop(std::move(*wrong), at, lines)) : std::nullopt;
 }
 
 /// Takes what stands behind the last pair of whole lines of the file.

@@ -50,11 +50,4 @@ std::optional<double> parseReal(std::string_view text) {
     return value;
 }
 
-std::uint64_t parseHandle(std::string_view text) noexcept {
-    std::uint64_t value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, 16);
-    if (error != std::errc{} || end != text.data() + text.size()) return 0;
-    return value;
-}
-
 }  // namespace mor::host

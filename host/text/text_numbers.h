@@ -1,8 +1,10 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -17,7 +19,13 @@ public:
     static constexpr std::uint16_t kTooMany = 0xFFFE;  ///< one beyond the 65 534th
 
     TextNumbers();
-    [[nodiscard]] std::uint16_t number(std::string_view text);  ///< adds it when new
+    [[nodiscard]] std::uint16_t number(std::string_view text) {  ///< adds it when new
+        const std::uint64_t head = headOf(text);
+        const Recent& recent = m_recent[placeOf(head, text.size())];
+        return recent.head == head && recent.size == text.size() && text.size() <= sizeof head
+                   ? recent.number
+                   : lookUp(text);
+    }
     [[nodiscard]] std::uint16_t find(std::string_view text) const;
     /// Empty for kNone and kTooMany. It stays where it is until another text is added.
     [[nodiscard]] const std::string& text(std::uint16_t number) const {
@@ -26,9 +34,25 @@ public:
     [[nodiscard]] std::size_t count() const { return m_texts.size(); }
 
 private:
+    struct Recent {
+        std::uint64_t head = 0;
+        std::size_t size = 0;
+        std::uint16_t number = 0;
+    };
+    /// The first eight bytes.
+    [[nodiscard]] static std::uint64_t headOf(std::string_view text) {
+        std::uint64_t head = 0;
+        std::memcpy(&head, text.data(), std::min(text.size(), sizeof head));
+        return head;
+    }
+    [[nodiscard]] static std::size_t placeOf(std::uint64_t head, std::size_t size) {
+        return (head * 0x9E3779B97F4A7C15U + size) >> 56U;
+    }
+    [[nodiscard]] std::uint16_t lookUp(std::string_view text);
+
     std::vector<std::string> m_texts;
     std::unordered_map<std::string, std::uint16_t> m_numbers;
-    std::array<std::uint16_t, 256> m_recent{};  ///< by a few bytes of the text
+    std::array<Recent, 256> m_recent{};  ///< short texts, by what they begin with
 };
 
 }  // namespace mor::host

@@ -117,43 +117,76 @@ TEST_F(DxfFiles, WithoutALastLineEndTakeChangesOfTheirLastRecord) {
     }
 }
 
-TEST_F(DxfFiles, AreRefusedWithTheLineWhereTheyBreak) {
-    const std::string start = dxfText("0 SECTION|2 ENTITIES|0 LINE|8 0");  // eight lines
+TEST_F(DxfFiles, AreRefusedWhenTheyAreNoDrawings) {
     const char* foreign = "1: no DXF text: a drawing begins with group 0 SECTION";
     const std::pair<std::string, const char*> cases[] = {
         {"", "1: the file is empty, not a drawing"},
         {"hello\nworld\n", foreign},
+        {"hello\rworld\r", foreign},
         {"AC1032\x01\x02", "1: this is a DWG file (AC1032); save the drawing as DXF text"},
-        {"AutoCAD Binary DXF\r\n\x1A", "1: binary DXF is not read; save the drawing as DXF text"},
-        {"0\rSECTION\r2\rENTITIES\r",
-         "1: line ends are single carriage returns; LF or CR LF is read"},
+        {std::string("0\nSECTION\n\0", 11), "1: binary data, not DXF text"},
         {dxfText("0 LINE|8 0"), foreign},
-        {dxfText("8 0|0 SECTION"), foreign},
-        {start, "9: the file ends inside the section ENTITIES"},
-        {start + "x\n", "9: a group code was expected, found \"x\""},
-        {start + "\n\n", "9: a group code was expected, found \"\""},
-        {start + "10\n", "9: the file ends after a group code, without its value"},
-        {start + dxfText("0 SECTION|2 OBJECTS|0 ENDSEC"),
-         "9: a section begins inside the section ENTITIES, which has no ENDSEC"},
-        {start + dxfText("0 ENDSEC|0 ENDSEC"), "11: ENDSEC without a section"},
-        {dxfText("0 SECTION|2 TABLES|0 TABLE|2 LAYER|0 ENDSEC"),
-         "9: the section TABLES ends inside a table"},
-        {dxfText("0 SECTION|2 BLOCKS|0 BLOCK|2 A|0 BLOCK|2 B"),
-         "9: a block begins inside another one, which has no ENDBLK"}};
+        {dxfText("8 0|0 SECTION"), foreign}};
     for (const auto& [bytes, text] : cases) EXPECT_EQ(refusal(bytes), text);
 }
 
-TEST_F(DxfFiles, OfOtherReleasesAreRefusedWithTheLine) {
+TEST_F(DxfFiles, ThatBreakOffAreReadUpToThere) {
+    const std::string start = dxfText("0 SECTION|2 ENTITIES|" + kLine + "0 POINT|8 0");  // 26 lines
+    const struct {
+        std::string bytes;
+        std::uint64_t line;
+        const char* text;
+        const char* walk;
+    } cases[] = {
+        {start, 27, "the file ends inside the section ENTITIES", "LINE:A1"},
+        {start + "x\n", 27, "a group code was expected, found \"x\"", "LINE:A1"},
+        {start + "\n\n", 27, "a group code was expected, found \"\"", "LINE:A1"},
+        {start + "10\n", 27, "the file ends after a group code, without its value", "LINE:A1"},
+        {start + dxfText("0 SECTION|2 OBJECTS|0 ENDSEC"), 31,
+         "a section begins inside the section ENTITIES, which has no ENDSEC", "LINE:A1 POINT:"},
+        {start + dxfText("0 ENDSEC|0 ENDSEC"), 31, "ENDSEC without a section", "LINE:A1 POINT:"},
+        {dxfText("0 SECTION|2 TABLES|0 TABLE|2 LAYER|0 ENDSEC"), 11,
+         "the section TABLES ends inside a table", ""},
+        {dxfText("0 SECTION|2 BLOCKS|0 BLOCK|2 A|0 BLOCK|2 B"), 13,
+         "a block begins inside another one, which has no ENDBLK", ""}};
+    for (const auto& c : cases) {
+        open(c.bytes);
+        const auto damage = host::documentInfo(document()).damage;
+        ASSERT_TRUE(damage) << c.text;
+        EXPECT_EQ(damage->text, c.text);
+        EXPECT_EQ(damage->line, c.line) << c.text;
+        EXPECT_EQ(walk(), c.walk) << c.text;
+        EXPECT_TRUE(holds(host::saveDocument(document(), {.output = file("o.dxf")}).error().text,
+                          "it is damaged"));
+        EXPECT_FALSE(std::filesystem::exists(file("o.dxf")));
+        use(host::openDocument(file(), host::Opening::Salvaged).value());
+        EXPECT_EQ(walk(), c.walk) << c.text;
+        reopen();
+        EXPECT_FALSE(host::documentInfo(document()).damage) << c.text;
+        EXPECT_EQ(walk(), c.walk) << c.text;
+    }
+}
+
+TEST_F(DxfFiles, OfReleasesWithoutValuesAreSavedAsTheyAreOnly) {
     const auto refusalOf = [this](const std::string& version) {
         return refusal(DxfDrawing{.version = version}.bytes());
     };
-    EXPECT_EQ(refusalOf("AC1006"),
-              "8: $ACADVER is AC1006, older than R12 (AC1009); save the drawing as R12 or later");
-    EXPECT_TRUE(holds(refusalOf("AC1033"), "newer than R2018 (AC1032); save the drawing as R2018"));
-    EXPECT_NE(refusalOf("R12"), "");
+    EXPECT_EQ(refusalOf("AC1033"),
+              "8: $ACADVER is AC1033, newer than R2018 (AC1032); save the drawing as one of R2.5 "
+              "(AC1002) to R2018 (AC1032)");
+    EXPECT_TRUE(holds(refusalOf("R12"), "not a release that is read"));
     for (const char* version :
          {"AC1009", "AC1012", "AC1014", "AC1015", "AC1018", "AC1021", "AC1024", "AC1027", "AC1032"})
         EXPECT_EQ(refusalOf(version), "") << version;
+    for (const char* version : {"AC1002", "AC1003", "AC1004", "AC1006"}) {
+        const DxfDrawing old{.entities = lineEntity("", "0"), .version = version};
+        open(old);
+        EXPECT_EQ(savedBytes(), old.bytes());
+        EXPECT_EQ(makeLine(), RTNORM);
+        const auto saved = host::saveDocument(document(), {.output = file("o.dxf")});
+        ASSERT_FALSE(saved) << version;
+        EXPECT_TRUE(holds(saved.error().text, "hold no values")) << saved.error().text;
+    }
 }
 
 TEST_F(DxfFiles, TellTheirFacts) {

@@ -70,15 +70,39 @@ TEST_F(Commands, AnswerTwoWhenCalledWrongly) {
 TEST_F(Commands, AnswerThreeWhenTheDrawingCannotBeRead) {
     writeFile(file("text"), "hello\n");
     writeFile(file("empty"), "");
-    writeFile(file("cut.dxf"), dxfText("0 SECTION|2 ENTITIES|0 LINE|8 0"));
     std::filesystem::create_directory(file("folder"));
-    for (const char* name : {"@text", "@empty", "@cut.dxf", "@folder", "@missing.dxf"})
+    for (const char* name : {"@text", "@empty", "@folder", "@missing.dxf"})
         for (const char* line :
              {"info ", "cat /a/x ", "ls ", "find /a/* ", "df ", "put /a/x 1 ", "rm /a/x "}) {
             std::vector<std::string> call = words(line);
             call.insert(call.begin() + 1, words(name)[0]);
             expectCode(3, {call}, "moradmin: " + call[1]);
         }
+}
+
+TEST_F(Commands, ReadADamagedDrawingAsFarAsItGoesAndLeaveItAsItIs) {
+    std::string bytes = readFile(filledDrawing({{"/cfg/x", "1"}, {"/cfg/y", "2"}}));
+    bytes.resize(bytes.find("OBJECTS") + 40);
+    writeFile(file("d.dxf"), bytes);
+    writeFile(file("d.dxf.bak"), "");
+    for (const auto& [line, out] :
+         {std::pair{"cat D /cfg/x", "1\n"}, {"ls D /cfg", "x\ny\n"}, {"find D /*/y", "/cfg/y\n"}}) {
+        const Outcome read = call(line);
+        EXPECT_EQ(read.code, 4) << line;
+        EXPECT_EQ(read.out, out);
+        EXPECT_TRUE(holds(read.err, "the file ends inside the section OBJECTS")) << read.err;
+        EXPECT_TRUE(holds(read.err, "d.dxf.bak is what was there")) << read.err;
+    }
+    EXPECT_TRUE(holds(call("info D").out, "damage    at byte "));
+    EXPECT_TRUE(holds(call("check D").out, "error: drawing-damaged"));
+    expectCode(5, "put D /cfg/x 3; rm D /cfg/x; wipe D --yes; put D /cfg/x 3 -o @e.dxf",
+               "--salvage-drawing -o FILE");
+    EXPECT_EQ(call("put D /cfg/x 3 --salvage-drawing").code, 2);
+    EXPECT_EQ(call("put D /cfg/x 3 --salvage-drawing -o @e.dxf").code, 0);
+    EXPECT_EQ(readFile(file("d.dxf")), bytes);
+    EXPECT_EQ(call("cat @e.dxf /cfg/x /cfg/y").out, "3\n2\n");
+    EXPECT_EQ(call("verify @e.dxf").code, 0);
+    EXPECT_EQ(call("verify D").code, 4);
 }
 
 TEST_F(Commands, AnswerFiveWhenTheDrawingCannotBeWritten) {

@@ -45,6 +45,8 @@ constexpr std::array kCommands = {
             "DRAWING [PATH]", "the other drawing, and a directory", 1, 2, kJson, nullptr, runDiff},
     Command{"check", "find damage in stores; changes nothing", "DRAWING", "more drawings", 0, kMany,
             kJson, nullptr, runCheck},
+    Command{"verify", "prove that a save keeps every byte that nobody changed", "DRAWING",
+            "more drawings", 0, kMany, kJson, nullptr, runVerify},
     Command{"xrefs", "list the external references of drawings", "DRAWING", "more drawings", 0,
             kMany, kJson | kReferences, nullptr, runXrefs},
     Command{"layers", "list layers: as shown, as the drawing and as the reference have them", "",

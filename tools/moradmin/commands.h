@@ -93,6 +93,8 @@ int runDraw(Session& session, const Options& options);
 // Several drawings: `check` in damage/, `xrefs` in references/, the others in store/.
 /// These two take any number; one that cannot be read does not stop the others.
 int runCheck(const Options& options);
+/// Proves that a save keeps what nobody changed; kDamaged when one would not.
+int runVerify(const Options& options);
 int runXrefs(const Options& options);
 /// These two save themselves. From one drawing to another the target is saved first, so that a
 /// value is never in neither.

@@ -6,6 +6,7 @@
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/references/places.h"
 #include "tools/moradmin/session.h"
+#include "tools/moradmin/several.h"
 
 #include <algorithm>
 #include <csignal>
@@ -62,6 +63,7 @@ int runCommand(const mor::tool::Options& given) {
             options.drawing);
     if (command->runAlone != nullptr) return command->runAlone(options);
     Session session(options);
+    if ((command->options & kChanging) != 0) session.refuseUnwritable(options);
     const int code = command->run(session, options);
     if (code != kDone || (command->options & kChanging) == 0) return code;
     flushOutput();  // nobody learns of a save from an exit code that tells of the output
@@ -75,7 +77,7 @@ int run(const mor::tool::Options& options) {
         const int code = runCommand(options);
         refuseLostReadings();
         flushOutput();
-        return code;
+        return sawDamagedDrawing() ? moreSerious(code, kDamaged) : code;
     } catch (const Failure& failure) {
         std::cout.flush();
         const auto lost = mor::host::takeReadFailure();  // the reason behind it, then

@@ -41,7 +41,7 @@ auto notEmpty(std::string wanted) {
 }
 
 void addArguments(CLI::App& app, const Command& command, Options& options) {
-    app.add_option(std::string(kDrawingWord), options.drawing, "the drawing, a DXF text file")
+    app.add_option(std::string(kDrawingWord), options.drawing, "the drawing, a DXF file")
         ->type_name("DRAWING")
         ->check(notEmpty("the name of a drawing"))
         ->required();
@@ -66,6 +66,8 @@ void addOptions(CLI::App& app, const Command& command, Options& options) {
         app.add_option("-o,--output", options.output, "save to FILE instead of the drawing")
             ->type_name("FILE")
             ->check(notEmpty("the name of a file"));
+        app.add_flag("--salvage-drawing", options.salvageDrawing,
+                     "of a damaged drawing take what can be read; wants -o FILE");
     }
     if (has(kNew)) {
         app.add_option("--release", options.release, "R12 R2000 R2004 R2007 R2010 R2013 R2018")
@@ -270,8 +272,8 @@ int explain(const CLI::App& app, const CLI::ParseError& error,
 /// The command line's rules, filling `options`.
 std::unique_ptr<CLI::App> makeApp(Options& options) {
     auto app = std::make_unique<CLI::App>(
-        "Looks into, fills, checks and repairs the file store inside CAD drawings (DXF text, R12 "
-        "to R2018).",
+        "Looks into, fills, checks and repairs the file store inside CAD drawings (DXF, R12 to "
+        "R2018).",
         "moradmin");
     app->set_version_flag("--version", "moradmin " + std::string(kVersion));
     app->require_subcommand(1);

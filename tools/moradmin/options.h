@@ -29,6 +29,7 @@ struct Options {
     bool yes = false;       ///< --yes: really wipe or reset
     bool extended = false;  ///< wipe: entities on the control layer inside blocks too
     bool salvage = false;
+    bool salvageDrawing = false;  ///< --salvage-drawing: of a damaged one, what can be read
     bool library = false;
     bool reset = false;
     bool replace = false;

@@ -24,23 +24,62 @@ std::string placeOf(const AcApDocument* document, const host::SavedEdit& edit) {
     return edit.what;
 }
 
-AcApDocument* opened(const std::string& file) {
+bool s_sawDamage = false;
+
+/// What a damaged drawing is read up to, and what else there is.
+std::string damageOf(const std::string& file, const host::Damage& damage) {
+    std::string text = file + (damage.line == 0 ? "" : ":" + std::to_string(damage.line)) +
+                       ": the drawing is damaged at byte " + std::to_string(damage.offset) + ": " +
+                       damage.text;
+    std::error_code code;
+    if (std::filesystem::exists(file + ".bak", code))
+        text += "; " + file + ".bak is what was there before its last save";
+    return text;
+}
+
+/// A damaged drawing is told about, and read as far as it goes.
+AcApDocument* opened(const std::string& file, host::Opening opening = host::Opening::AsItIs) {
     std::error_code code;
     if (std::filesystem::status(file, code).type() == std::filesystem::file_type::not_found)
         throw Failure(kUnreadable, file + ": there is no such file", file);
-    const auto document = host::openDocument(file);
+    const auto document = host::openDocument(file, opening);
     if (!document) throw Failure(document.error());
+    if (const auto damage = host::documentInfo(document.value()).damage) {
+        s_sawDamage = true;
+        printNote(damageOf(file, *damage) + "; what stands before that is read");
+    }
     return document.value();
 }
 
 }  // namespace
 
-Session::Session(const std::string& file)
-    : m_file(file), m_document(opened(file)), m_passage(m_document, file) {
+bool sawDamagedDrawing() { return s_sawDamage; }
+
+Session::Session(const std::string& file, host::Opening opening)
+    : m_file(file), m_document(opened(file, opening)), m_passage(m_document, file) {
     activate();
 }
 
-Session::Session(const Options& options) : Session(options.drawing) {
+void Session::refuseUnwritable(const Options& options) const {
+    const host::DocumentInfo info = host::documentInfo(m_document);
+    if (info.damage)
+        throw Failure(kUnwritable,
+                      message("the drawing is damaged and cannot be saved over; "
+                              "--salvage-drawing -o FILE writes what can be read of it"),
+                      m_file);
+    if (info.release < host::kFirstWithValues)
+        throw Failure(kUnwritable,
+                      message("drawings of " + host::releaseName(info.release) +
+                              " hold no values; save the drawing as R12 or later"),
+                      m_file);
+    if (options.salvageDrawing && options.output.empty())
+        throw Failure(kUsage,
+                      "--salvage-drawing wants -o FILE: a damaged drawing is kept as it is");
+}
+
+Session::Session(const Options& options)
+    : Session(options.drawing,
+              options.salvageDrawing ? host::Opening::Salvaged : host::Opening::AsItIs) {
     if (!options.inside.empty()) m_passage.enter(options.inside);
 }
 

@@ -18,13 +18,15 @@ namespace mor::tool {
 class Session {
 public:
     explicit Session(const Options& options);
-    explicit Session(const std::string& file);
+    explicit Session(const std::string& file, host::Opening opening = host::Opening::AsItIs);
     ~Session();
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
     [[nodiscard]] AcApDocument* document() const { return m_document; }
     [[nodiscard]] const std::string& file() const { return m_file; }
+    /// Throws Failure when the drawing cannot be saved whatever is changed in it.
+    void refuseUnwritable(const Options& options) const;
     /// What the records say, as loaded; of the referenced drawing when one is looked through.
     [[nodiscard]] const StoreState& state();
     /// Facts about the file, the referenced drawing's likewise.
@@ -75,5 +77,9 @@ private:
     std::optional<host::DocumentInfo> m_info;
     std::unique_ptr<Store> m_store;
 };
+
+/// Whether a drawing that was opened could only be read up to a place: whatever a command found is
+/// not all, and its exit code says so.
+[[nodiscard]] bool sawDamagedDrawing();
 
 }  // namespace mor::tool

@@ -59,6 +59,10 @@ int runInfo(Session& session, const Options& options) {
     object["lineEnd"] = info.lineEnd;
     object["bytes"] = info.bytes;
     object["records"] = info.records;
+    if (info.damage)
+        object["damage"] = {{"line", info.damage->line},
+                            {"byte", info.damage->offset},
+                            {"message", info.damage->text}};
     object["store"] = {{"state", stateName(state.kind)},
                        {"directories", state.reachable},
                        {"files", totals.files},
@@ -71,11 +75,15 @@ int runInfo(Session& session, const Options& options) {
     std::cout << "drawing   " << oneLine(path) << "\n"
               << "release   " << host::releaseName(info.release) << " ("
               << (info.version.empty() ? "no $ACADVER" : oneLine(info.version)) << ")\n"
-              << "text      " << info.encoding << ", " << info.lineEnd << "\n"
+              << "text      " << info.encoding << ", "
+              << (info.lineEnd.empty() ? "binary" : info.lineEnd) << "\n"
               << "size      " << info.bytes << " bytes, " << info.records << " records\n"
               << "store     " << stateName(state.kind) << ", " << state.reachable
               << " directories, " << totals.files << " files, " << totals.bytes
               << " bytes in files\n";
+    if (info.damage)
+        std::cout << "damage    at byte " << info.damage->offset << ": "
+                  << oneLine(info.damage->text) << "\n";
     for (const Finding& finding : state.findings)
         std::cout << "finding   " << finding.code << " " << oneLine(utf8(finding.path)) << ": "
                   << oneLine(finding.message) << "\n";

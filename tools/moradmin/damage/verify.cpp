@@ -1,0 +1,45 @@
+#include "host/host.h"
+#include "tools/moradmin/commands.h"
+#include "tools/moradmin/failure.h"
+#include "tools/moradmin/output.h"
+#include "tools/moradmin/several.h"
+#include "tools/moradmin/shown_text.h"
+
+#include <iostream>
+#include <string>
+#include <vector>
+
+namespace mor::tool {
+
+namespace {
+
+int verifyOne(const Options& options, const std::string& file) {
+    Session session(file);
+    const host::DocumentInfo info = host::documentInfo(session.document());
+    std::vector<std::string> lost = host::verifySave(session.document());
+    if (info.damage) lost.insert(lost.begin(), "it cannot be saved over: " + info.damage->text);
+    if (options.json) {
+        Json object = jsonHead(options);
+        object["path"] = file;
+        object["clean"] = lost.empty();
+        object["records"] = info.records;
+        object["bytes"] = info.bytes;
+        object["lost"] = lost;
+        printJson(object);
+    } else {
+        for (const std::string& text : lost) std::cout << oneLine(file + ": " + text) << "\n";
+        if (lost.empty())
+            std::cout << oneLine(file) << ": a save keeps all " << info.bytes << " bytes of "
+                      << info.records << " records\n";
+    }
+    return lost.empty() ? kDone : kDamaged;
+}
+
+}  // namespace
+
+int runVerify(const Options& options) {
+    return overDrawings(options,
+                        [&options](const std::string& file) { return verifyOne(options, file); });
+}
+
+}  // namespace mor::tool
