@@ -121,10 +121,8 @@ void CMORCadDwgFileSystem::endRemoval(RemovalWay& way) {
     way.levels.pop_back();
     way.open.erase(name);
     way.removed.insert(name);
-    ads_name entity;
-    name.copyTo(entity);
     CMOREntity dir;
-    if (dir.Connect(entity)) dir.Destroy();  // not tested: the link goes in any case
+    if (dir.Connect(name)) dir.Destroy();  // not tested: the link goes in any case
 }
 
 // What the link names, without connecting it: none when there is no link or it leads nowhere.

@@ -64,9 +64,7 @@ bool CMORCadDwgFileSystem::getDirFromHashTable(const wchar_t* path, bool create,
     warnIfReadOnly(L"CMORCadDwgFileSystem::getDirFromHashTable", create);
     const auto entry = m_directories.find(std::wstring_view{path});
     if (entry == m_directories.end()) return false;
-    ads_name name;
-    entry->second.copyTo(name);
-    if (commonConnectEntity(name, dir)) return true;
+    if (commonConnectEntity(entry->second, dir)) return true;
     m_directories.erase(entry);
     return false;
 }

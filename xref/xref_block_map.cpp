@@ -130,7 +130,8 @@ void CXrefBlockMap::Dump() const {
             L"dwg-block found: [%-20s] xref: %d ovl: %d att: %d anon: %d  (>>) <%08x>\t[%s]\n",
             info.name.GetString(), info.xref ? 1 : 0, info.overlay ? 1 : 0,
             info.hasAttributes ? 1 : 0, info.anonymous ? 1 : 0,
-            static_cast<unsigned>(static_cast<std::uint64_t>(info.firstEntity.first) & 0xFFFFFFFFU),
+            static_cast<unsigned>(static_cast<std::uint64_t>(info.firstEntity.first()) &
+                                  0xFFFFFFFFU),
             info.path.GetString());
 }
 

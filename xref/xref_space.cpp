@@ -125,14 +125,12 @@ void MOR_Letter_XRef::record(const CMOREntity& entity, const mor::EntityName& na
     const CString& handle = entity.Handle();
     if (!handle.IsEmpty()) m_handles.add(handle.GetString(), name);
     if (isSubEntity(entity)) return;
-    ads_name words{};
-    name.copyTo(words);
     const std::wstring_view layer = entity.GetLayer(nullptr);
     if (layer != m_lastLayer) {  // neighbours mostly lie on the same one
         m_lastLayer = layer;
         m_lastLayerUpper = mor::upperCase(layer);
     }
-    m_layers.add(words, m_lastLayerUpper.c_str());
+    m_layers.add(name, m_lastLayerUpper.c_str());
 }
 
 bool mor_xref::HandEnt(const wchar_t* xrefName, const wchar_t* handle, ads_name result) {

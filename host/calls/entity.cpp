@@ -142,7 +142,7 @@ CMORAdsLispVar asSeenFrom(const Located& found, const CMORAdsLispVar& value) {
     for (const LispToken& token : tokensOf(value)) {
         const bool name = token.is(LispKind::EntityName) && !token.asEntityName().isNone();
         tokens.push_back(
-            name ? LispToken::entityName({token.asEntityName().first, found.mount->number})
+            name ? LispToken::entityName({token.asEntityName().first(), found.mount->number})
                  : token);
     }
     return LispAccess::make(std::move(tokens));
@@ -256,9 +256,7 @@ bool CMOREntity::Flush() {
 
 bool CMOREntity::Destroy() {
     if (!host::live(*m_state) || host::faults::shouldFail("CMOREntity::Destroy")) return false;
-    ads_name name{};
-    m_state->name.copyTo(name);
-    if (acdbEntDel(name) != RTNORM) return false;
+    if (acdbEntDel(m_state->name) != RTNORM) return false;
     *m_state = {};
     return true;
 }

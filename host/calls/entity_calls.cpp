@@ -34,11 +34,12 @@ std::wstring handleText(EntityName name) {
         handle = found.drawing->handleOf(found.number);
     } else if (AcApDocument* document = currentDocument()) {
         // A handle that no record has, kept under a reserved name; a drawing knows only its own.
-        const Mount* mount = document->references->find(name.second);
+        const Mount* mount = document->references->find(name.second());
         if (mount == nullptr)
             handle = document->drawing->handleForName(name);
         else if (mount->drawing)
-            handle = mount->drawing->handleForName({name.first, mount->drawing->nameOf(1).second});
+            handle =
+                mount->drawing->handleForName({name.first(), mount->drawing->nameOf(1).second()});
     }
     const std::string text = handleText(handle);
     return {text.begin(), text.end()};

@@ -20,7 +20,7 @@ struct Site {
     [[nodiscard]] AcDbObjectId idOf(RecordNumber number) const {
         const Located place{drawing, number, mount};
         const EntityName name = place.nameOf(number);
-        return AcDbObjectId(name.second, name.first);
+        return AcDbObjectId(name.second(), name.first());
     }
 };
 

@@ -205,11 +205,26 @@ bool SelectionFilter::testText(Node& node, std::string_view text) {
     return known->second;
 }
 
-bool SelectionFilter::testNumbers(const Node& node) {
-    if (m_record.find(node.code) == nullptr) return false;
+/// Every entity lies on a layer, whether its record names one or not.
+bool SelectionFilter::testLayer(Node& node, RecordNumber number) {
+    const auto answer = [&] {
+        const auto value = m_drawing.groupOf(number, kLayerCode);
+        return testText(node, value ? value->text() : "0");
+    };
+    const std::uint16_t layer = m_drawing.layerNumberOf(number);
+    if (layer == TextNumbers::kNone) return answer();
+    if (layer >= node.byLayer.size()) node.byLayer.resize(layer + std::size_t{1});
+    std::optional<bool>& known = node.byLayer[layer];
+    if (!known) known = answer();
+    return *known;
+}
+
+bool SelectionFilter::testNumbers(const Node& node, RecordNumber number) {
+    const GroupList& groups = record(number);
+    if (groups.find(node.code) == nullptr) return false;
     const std::size_t coordinates = node.kind == Kind::Point ? 3 : 1;
     for (std::size_t i = 0; i < coordinates; ++i) {
-        const Group* part = m_record.find(node.code + 10 * static_cast<int>(i));
+        const Group* part = groups.find(node.code + 10 * static_cast<int>(i));
         const auto value = part == nullptr ? std::optional(0.0) : part->real();
         if (!value || !holds(node.relation[i], *value, node.number[i])) return false;
     }
@@ -229,15 +244,13 @@ bool SelectionFilter::test(Node& node, RecordNumber number) {
         case Kind::Text: {
             if (node.code == 0) return testText(node, m_drawing.typeOf(number));
             if (node.code == kMarkerCode) return testMarkers(node, number);
+            if (node.code == kLayerCode) return testLayer(node, number);
             const auto value = m_drawing.groupOf(number, node.code);
-            // Every entity lies on a layer, whether its record names one or not.
-            if (!value && node.code == kLayerCode) return testText(node, "0");
             return value && testText(node, value->text());
         }
         case Kind::Number:
         case Kind::Point:
-            static_cast<void>(record(number));
-            return testNumbers(node);
+            return testNumbers(node, number);
         case Kind::Name: {
             const auto value = m_drawing.groupOf(number, node.code);
             return value && node.handle != 0 && value->handle() == node.handle;

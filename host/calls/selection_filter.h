@@ -52,6 +52,7 @@ private:
         std::size_t end = 0;  ///< index behind its last descendant
         std::optional<Wildcard> pattern;
         std::unordered_map<std::string, bool> answers;  ///< of the pattern, by undecoded text
+        std::vector<std::optional<bool>> byLayer;       ///< the same, by number of a layer's text
         std::array<double, 3> number{};
         std::uint64_t handle = 0;  ///< of the record that is named
         std::array<Relation, 3> relation{Relation::Equal, Relation::Equal, Relation::Equal};
@@ -64,7 +65,8 @@ private:
     [[nodiscard]] bool evaluate(std::size_t& at, RecordNumber number);
     [[nodiscard]] bool test(Node& node, RecordNumber number);
     [[nodiscard]] bool testText(Node& node, std::string_view text);
-    [[nodiscard]] bool testNumbers(const Node& node);
+    [[nodiscard]] bool testLayer(Node& node, RecordNumber number);
+    [[nodiscard]] bool testNumbers(const Node& node, RecordNumber number);
     [[nodiscard]] bool testMarkers(Node& node, RecordNumber number);
     [[nodiscard]] const GroupList& record(RecordNumber number);
 

@@ -17,7 +17,7 @@ bool isCommonSymbol(std::string_view table, std::wstring_view symbol) {
 
 EntityName Located::nameOf(RecordNumber other) const {
     const EntityName own = drawing->nameOf(other);
-    return mount == nullptr || other == 0 ? own : EntityName{own.first, mount->number};
+    return mount == nullptr || other == 0 ? own : EntityName{own.first(), mount->number};
 }
 
 std::wstring Located::qualified(std::string_view table, std::wstring_view symbol) const {
@@ -31,9 +31,9 @@ Located locate(const AcApDocument& document, EntityName name) {
     if (name.isNone()) return {};
     if (const RecordNumber own = document.drawing->numberOf(name))
         return {document.drawing.get(), own, nullptr};
-    const Mount* mount = document.references->find(name.second);
+    const Mount* mount = document.references->find(name.second());
     if (mount == nullptr || !mount->drawing) return {};
-    const EntityName inside{name.first, mount->drawing->nameOf(1).second};
+    const EntityName inside{name.first(), mount->drawing->nameOf(1).second()};
     const RecordNumber number = mount->drawing->numberOf(inside);
     return number == 0 ? Located{} : Located{mount->drawing.get(), number, mount};
 }

@@ -117,6 +117,9 @@ public:
     /// The group that `GroupList::find` gives for it, without cutting what stands behind. Its text
     /// is valid until the codec is asked again.
     [[nodiscard]] virtual std::optional<Group> find(RecordNumber number, int code) const = 0;
+    /// A number for the text of the record's layer, the same for the same text; TextNumbers::kNone
+    /// or kTooMany where it has to be read.
+    [[nodiscard]] virtual std::uint16_t layerNumberOf(RecordNumber number) const = 0;
     /// Whether a list of named attributes of the record may hold handles; a quick look.
     [[nodiscard]] virtual bool mayHoldHandles(RecordNumber number) const = 0;
     /// Why the record could not be written anew as it is; empty when it could.

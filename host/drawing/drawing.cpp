@@ -67,9 +67,9 @@ EntityName Drawing::nameOf(RecordNumber number) const {
 }
 
 RecordNumber Drawing::numberOf(EntityName name) const {
-    if (name.second != m_number || name.first <= 0) return 0;
-    if (name.first > static_cast<std::int64_t>(lastRecord())) return 0;
-    const auto number = static_cast<RecordNumber>(name.first);
+    if (name.second() != m_number || name.first() <= 0) return 0;
+    if (name.first() > static_cast<std::int64_t>(lastRecord())) return 0;
+    const auto number = static_cast<RecordNumber>(name.first());
     return entry(number).has(kGone) ? 0 : number;
 }
 
@@ -103,6 +103,12 @@ std::optional<Group> Drawing::groupOf(RecordNumber number, int code) const {
     m_edited = groupsOf(number);
     const Group* group = m_edited.find(code);
     return group == nullptr ? std::nullopt : std::optional(*group);
+}
+
+std::uint16_t Drawing::layerNumberOf(RecordNumber number) const {
+    if (isMade(number) || m_edits.contains(number)) return TextNumbers::kNone;
+    const std::uint16_t layer = m_codec->layerNumberOf(number);
+    return layer == TextNumbers::kTooMany ? TextNumbers::kNone : layer;
 }
 
 std::wstring Drawing::decoded(const Group& group) const {
@@ -154,7 +160,7 @@ EntityName Drawing::nameForHandle(std::uint64_t handle) const {
 
 std::uint64_t Drawing::handleForName(EntityName name) const {
     if (const RecordNumber number = numberOf(name)) return handleOf(number);
-    return name.second == m_number ? m_handles.handleOfReserved(name.first) : 0;
+    return name.second() == m_number ? m_handles.handleOfReserved(name.first()) : 0;
 }
 
 std::uint64_t Drawing::giveHandle(RecordNumber number) {

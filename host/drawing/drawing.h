@@ -69,6 +69,8 @@ public:
     /// The first group with that code before the extended data; valid until the drawing is asked
     /// again. Nothing behind it is looked at.
     [[nodiscard]] std::optional<Group> groupOf(RecordNumber number, int code) const;
+    /// A number for the text of its layer; TextNumbers::kNone where it has to be read.
+    [[nodiscard]] std::uint16_t layerNumberOf(RecordNumber number) const;
     [[nodiscard]] std::optional<std::wstring> textOf(RecordNumber number, int code) const;
     [[nodiscard]] std::optional<std::int64_t> integerOf(RecordNumber number, int code) const;
     [[nodiscard]] std::wstring decoded(const Group& group) const;

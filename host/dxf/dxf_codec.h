@@ -26,6 +26,9 @@ public:
     [[nodiscard]] const Source& source() const override { return *m_index.source; }
     [[nodiscard]] GroupList read(RecordNumber number) const override;
     [[nodiscard]] std::optional<Group> find(RecordNumber number, int code) const override;
+    [[nodiscard]] std::uint16_t layerNumberOf(RecordNumber number) const override {
+        return m_index.layers[number];
+    }
     [[nodiscard]] bool mayHoldHandles(RecordNumber number) const override;
     [[nodiscard]] std::string oddityOf(RecordNumber number) const override;
     [[nodiscard]] std::string salvaged() const override;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <future>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -16,6 +17,8 @@ constexpr std::size_t kReadSize = 1 << 20;
 constexpr std::size_t kLongestLine = 64U << 20U;
 /// Readable bytes before and behind the text of a piece.
 constexpr std::size_t kMargin = 64;
+/// Room in front of a stretch for what the one before it could not take.
+constexpr std::size_t kFront = 64 * 1024;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 constexpr int kNoCode = -1'000'000;
@@ -102,6 +105,18 @@ std::string_view withoutReturn(std::string_view line) {
     return line;
 }
 
+/// A stretch of the file with its line ends. What the stretch before could not take stands in front
+/// of it.
+struct Piece {
+    std::vector<char> buffer;
+    std::size_t front = 0;             // where in the buffer the stretch begins
+    std::size_t begin = 0;             // where the text does: what was not taken, then the stretch
+    std::size_t end = 0;               // where both end
+    bool last = false;                 // nothing follows
+    std::vector<std::uint32_t> ends;   // of the lines, in the buffer; [0] is room for one in front
+    std::vector<std::uint32_t> nexts;  // where the next lines begin; where any line end counts
+};
+
 class TextScan {
 public:
     TextScan(DxfIndex& index, Structure& structure, Scan scan)
@@ -111,195 +126,228 @@ public:
 
 private:
     [[nodiscard]] std::optional<Stop> checkStart();
-    [[nodiscard]] bool fill();
-    void findLines(std::size_t from, bool last);
+    [[nodiscard]] Piece read(Piece piece, std::uint64_t from, std::size_t front) const;
+    void advance();
+    void findAnyLines();
     std::optional<Stop> takePairs();
     std::optional<Stop> takePlainPairs();
     std::optional<Stop> takeRest();
-    std::optional<Stop> take(int code, std::string_view value, std::size_t at, std::size_t line);
-    [[nodiscard]] Stop stop(std::string text, std::size_t at, std::size_t line) const {
-        return {std::move(text), m_line + line, m_base + at, false};
+    std::optional<Stop> take(int code, std::string_view value);
+    [[nodiscard]] Stop stop(std::string text) const {
+        return {std::move(text), m_line + m_taken, offset(), false};
     }
-    [[nodiscard]] Stop noCode(std::string_view found, std::size_t at, std::size_t line) const;
-    [[nodiscard]] std::string_view text() const { return {m_buffer.data() + kMargin, m_size}; }
+    [[nodiscard]] Stop noCode(std::string_view found) const;
+    [[nodiscard]] const char* data() const { return m_piece.buffer.data(); }
+    /// Of the first line that is not taken, in the file.
+    [[nodiscard]] std::uint64_t offset() const { return m_base + m_at - m_piece.front; }
+    [[nodiscard]] std::string_view rest() const { return {data() + m_at, m_piece.end - m_at}; }
+    [[nodiscard]] std::size_t nextOf(std::size_t line) const {
+        return m_index.form.anyLineEnd ? m_piece.nexts[line] : std::size_t{m_piece.ends[line]} + 1;
+    }
 
     DxfIndex& m_index;
     Structure& m_structure;
     bool m_fast;
-    std::vector<char> m_buffer;
-    std::size_t m_size = 0;              // of the text in the buffer
-    std::size_t m_at = 0;                // where the first line that is not taken begins
-    std::uint64_t m_base = 0;            // offset of the text in the file
-    std::uint64_t m_next = 0;            // where to read on
-    std::uint64_t m_line = 1;            // number of the first line of the text
-    std::size_t m_lines = 0;             // of the text that are taken
-    std::vector<std::uint32_t> m_ends;   // of the lines in the text: their line feeds
-    std::vector<std::uint32_t> m_nexts;  // where the next ones begin; where any line end counts
+    Piece m_piece;
+    Piece m_spare;             // a buffer to read into
+    std::uint64_t m_base = 0;  // where the stretch of the piece begins in the file
+    std::size_t m_at = 0;      // of the first line that is not taken, in the buffer
+    std::size_t m_next = 1;    // the same, as an index of `ends`
+    std::uint64_t m_line = 1;  // number of the first line of the text
+    std::size_t m_taken = 0;   // lines since then
 };
 
-Stop TextScan::noCode(std::string_view found, std::size_t at, std::size_t line) const {
-    if (!m_structure.started())
-        return {"no DXF text: a drawing begins with group 0 SECTION", m_line + line, m_base + at,
-                true};
-    return stop("a group code was expected, found \"" + std::string(found.substr(0, 40)) + "\"", at,
-                line);
+Stop TextScan::noCode(std::string_view found) const {
+    if (m_structure.started())
+        return stop("a group code was expected, found \"" + std::string(found.substr(0, 40)) +
+                    "\"");
+    Stop foreign = stop("no DXF text: a drawing begins with group 0 SECTION");
+    foreign.foreign = true;
+    return foreign;
 }
 
 std::optional<Stop> TextScan::checkStart() {
     const auto refuse = [](std::string text) { return Stop{std::move(text), 1, 0, true}; };
-    const std::string_view bytes = text();
-    if (bytes.empty()) return refuse("the file is empty, not a drawing");
-    if (bytes.find('\0') != std::string_view::npos) return refuse("binary data, not DXF text");
-    if (bytes.starts_with(kByteOrderMark)) m_at = kByteOrderMark.size();
+    if (rest().empty()) return refuse("the file is empty, not a drawing");
+    if (rest().find('\0') != std::string_view::npos) return refuse("binary data, not DXF text");
+    if (rest().starts_with(kByteOrderMark)) m_at += kByteOrderMark.size();
     return std::nullopt;
 }
 
-/// Moves what is not taken to the front and reads more behind it; false when nothing follows.
-bool TextScan::fill() {
-    const std::size_t rest = m_size - m_at;
-    std::memmove(m_buffer.data() + kMargin, m_buffer.data() + kMargin + m_at, rest);
-    m_base += m_at;
-    m_line += m_lines;
-    m_lines = 0;
-    m_at = 0;
-    const std::uint64_t left = m_index.source->size() - m_next;
-    const auto want = static_cast<std::size_t>(std::min<std::uint64_t>(kReadSize, left));
-    if (m_buffer.size() < rest + want + 2 * kMargin)
-        m_buffer.resize(std::max(2 * rest, kReadSize) + want + 2 * kMargin);
-    const std::size_t got = m_index.source->read(m_next, m_buffer.data() + kMargin + rest, want);
-    m_next += got;
-    m_size = rest + got;
-    findLines(0, got == 0 || m_next >= m_index.source->size());
-    return got != 0 && m_next < m_index.source->size();
+/// Reads the stretch from `from` on into the piece, `front` bytes of room before it.
+Piece TextScan::read(Piece piece, std::uint64_t from, std::size_t front) const {
+    const std::uint64_t size = m_index.source->size();
+    const auto want = static_cast<std::size_t>(std::min<std::uint64_t>(kReadSize, size - from));
+    piece.front = piece.begin = front;
+    piece.buffer.resize(std::max(piece.buffer.size(), front + want + kMargin));
+    const std::size_t got = m_index.source->read(from, piece.buffer.data() + front, want);
+    piece.end = front + got;
+    piece.last = got == 0 || from + got >= size;
+    piece.ends.assign(1, 0);
+    if (m_index.form.anyLineEnd) return piece;
+    const std::string_view text(piece.buffer.data() + front, got);
+    if (m_fast) {
+        appendLineFeeds(text, static_cast<std::uint32_t>(front), piece.ends);
+    } else {
+        for (std::size_t at = text.find('\n'); at != text.npos; at = text.find('\n', at + 1))
+            piece.ends.push_back(static_cast<std::uint32_t>(front + at));
+    }
+    return piece;
 }
 
-/// Finds the ends of the lines; one whose end may go on behind the text is none yet.
-void TextScan::findLines(std::size_t from, bool last) {
-    m_ends.clear();
-    m_nexts.clear();
-    const std::string_view bytes = text();
-    if (!m_index.form.anyLineEnd) {
-        if (m_fast)
-            appendLineFeeds(bytes.substr(from), static_cast<std::uint32_t>(from), m_ends);
-        else
-            for (std::size_t at = bytes.find('\n', from); at != std::string_view::npos;
-                 at = bytes.find('\n', at + 1))
-                m_ends.push_back(static_cast<std::uint32_t>(at));
-        return;
+/// Goes on to the piece in `m_spare`: what was not taken moves in front of it.
+void TextScan::advance() {
+    const std::string_view left = rest();
+    Piece& next = m_spare;
+    if (left.size() + kMargin > next.front) {  // a long line
+        const std::size_t more = left.size() + kMargin - next.front;
+        next.buffer.insert(next.buffer.begin(), more, ' ');
+        next.front += more;
+        next.end += more;
+        for (std::size_t i = 1; i < next.ends.size(); ++i)
+            next.ends[i] += static_cast<std::uint32_t>(more);
     }
-    for (std::size_t at = bytes.find_first_of("\r\n", from); at != std::string_view::npos;
-         at = bytes.find_first_of("\r\n", at)) {
-        if (at + 1 == bytes.size() && bytes[at] == '\r' && !last) break;
-        m_ends.push_back(static_cast<std::uint32_t>(at));
-        at += bytes[at] == '\r' && bytes.substr(at + 1, 1) == "\n" ? 2 : 1;
-        m_nexts.push_back(static_cast<std::uint32_t>(at));
+    next.begin = next.front - left.size();
+    std::ranges::copy(left, next.buffer.begin() + static_cast<std::ptrdiff_t>(next.begin));
+    const bool line = !m_index.form.anyLineEnd && m_next < m_piece.ends.size();
+    if (line) next.ends[0] = static_cast<std::uint32_t>(next.begin + m_piece.ends[m_next] - m_at);
+    m_base += m_piece.end - m_piece.front;
+    std::swap(m_piece, m_spare);
+    m_at = m_piece.begin;
+    m_next = line ? 0 : 1;
+    m_line += m_taken;
+    m_taken = 0;
+    if (m_index.form.anyLineEnd) findAnyLines();
+}
+
+/// Finds line ends of either kind; one that may go on behind the text is none yet.
+void TextScan::findAnyLines() {
+    m_piece.ends.assign(1, 0);
+    m_piece.nexts.assign(1, 0);
+    const std::string_view text(data(), m_piece.end);
+    for (std::size_t at = text.find_first_of("\r\n", m_at); at != text.npos;
+         at = text.find_first_of("\r\n", at)) {
+        if (at + 1 == text.size() && text[at] == '\r' && !m_piece.last) break;
+        m_piece.ends.push_back(static_cast<std::uint32_t>(at));
+        at += text[at] == '\r' && text.substr(at + 1, 1) == "\n" ? 2 : 1;
+        m_piece.nexts.push_back(static_cast<std::uint32_t>(at));
     }
 }
 
-std::optional<Stop> TextScan::take(int code, std::string_view value, std::size_t at,
-                                   std::size_t line) {
+std::optional<Stop> TextScan::take(int code, std::string_view value) {
     if (code != kTypeCode) {
-        if (!m_structure.started() && code != kCommentCode) return noCode({}, at, line);
+        if (!m_structure.started() && code != kCommentCode) return noCode({});
         m_structure.group(code, value);
         return std::nullopt;
     }
     const std::string_view type = trimmed(value);
-    if (!m_structure.started() && type != "SECTION" && type != "EOF") return noCode({}, at, line);
-    if (auto wrong = m_structure.begin(type, m_base + at)) return stop(std::move(*wrong), at, line);
+    if (!m_structure.started() && type != "SECTION" && type != "EOF") return noCode({});
+    if (auto wrong = m_structure.begin(type, offset())) return stop(std::move(*wrong));
     return std::nullopt;
 }
 
 /// Takes the pairs of whole lines that the text has.
 std::optional<Stop> TextScan::takePairs() {
-    const char* const data = text().data();
-    const bool any = m_index.form.anyLineEnd;
+    const bool plain = m_fast && !m_index.form.anyLineEnd;
     while (!m_structure.ended()) {
-        if (m_fast && !any && m_structure.started())
+        if (plain && m_structure.started())
             if (auto stopped = takePlainPairs()) return stopped;
-        if (m_lines + 1 >= m_ends.size() || m_structure.ended()) break;
-        const std::size_t codeEnd = m_ends[m_lines];
-        const std::size_t value = any ? m_nexts[m_lines] : codeEnd + 1;
-        const std::size_t valueEnd = m_ends[m_lines + 1];
-        const std::string_view line = withoutReturn({data + m_at, codeEnd - m_at});
+        if (m_next + 1 >= m_piece.ends.size() || m_structure.ended()) break;
+        const std::string_view line = withoutReturn({data() + m_at, m_piece.ends[m_next] - m_at});
+        const std::size_t value = nextOf(m_next);
         const int code = exactCode(line);
-        if (code == kNoCode) return noCode(line, m_at, m_lines);
-        const std::string_view shown = withoutReturn({data + value, valueEnd - value});
-        if (auto stopped = take(code, shown, m_at, m_lines)) return stopped;
-        m_at = any ? m_nexts[m_lines + 1] : valueEnd + 1;
-        m_lines += 2;
+        if (code == kNoCode) return noCode(line);
+        const std::string_view shown =
+            withoutReturn({data() + value, m_piece.ends[m_next + 1] - value});
+        if (auto stopped = take(code, shown)) return stopped;
+        m_at = nextOf(m_next + 1);
+        m_next += 2;
+        m_taken += 2;
     }
     return std::nullopt;
 }
 
 /// The same as long as code lines have their usual form.
 std::optional<Stop> TextScan::takePlainPairs() {
-    const char* const data = text().data();
-    const std::uint32_t* const ends = m_ends.data();
-    const std::size_t count = m_ends.size();
+    const char* const text = data();
+    const std::uint32_t* const ends = m_piece.ends.data();
+    const std::size_t count = m_piece.ends.size();
+    const std::uint64_t base = m_base - m_piece.front;
     std::size_t at = m_at;
-    std::size_t lines = m_lines;
+    std::size_t next = m_next;
     Structure::Wrong wrong;
-    for (; lines + 1 < count && !m_structure.ended(); lines += 2) {
-        const char* const feed = data + ends[lines];
-        const int code = fastCode(data + at, feed);
+    for (; next + 1 < count && !m_structure.ended(); next += 2) {
+        const char* const feed = text + ends[next];
+        const int code = fastCode(text + at, feed);
         if (code != kUnnoted) {
             if (code == kNoCode) break;
-            const char* const valueEnd = data + ends[lines + 1];
+            const char* const valueEnd = text + ends[next + 1];
             const std::string_view value =
                 withoutReturn({feed + 1, static_cast<std::size_t>(valueEnd - feed - 1)});
             if (code != kTypeCode)
                 m_structure.group(code, value);
-            else if ((wrong = m_structure.begin(trimmed(value), m_base + at)))
+            else if ((wrong = m_structure.begin(trimmed(value), base + at)))
                 break;
         }
-        at = std::size_t{ends[lines + 1]} + 1;
+        at = std::size_t{ends[next + 1]} + 1;
     }
+    m_taken += next - m_next;
     m_at = at;
-    m_lines = lines;
-    return wrong ? std::optional(stop(std::move(*wrong), at, lines)) : std::nullopt;
+    m_next = next;
+    return wrong ? std::optional(stop(std::move(*wrong))) : std::nullopt;
 }
 
 /// Takes what stands behind the last pair of whole lines of the file.
 std::optional<Stop> TextScan::takeRest() {
-    const std::string_view rest = text().substr(m_at);
-    const bool any = m_index.form.anyLineEnd;
-    const bool whole = m_lines < m_ends.size();
-    const std::size_t codeEnd = whole ? m_ends[m_lines] - m_at : rest.size();
-    const std::size_t value = !whole ? rest.size() : any ? m_nexts[m_lines] - m_at : codeEnd + 1;
-    const std::string_view line = withoutReturn(rest.substr(0, codeEnd));
-    const bool valueMissing = value >= rest.size();
+    const bool whole = m_next < m_piece.ends.size();
+    const std::size_t codeEnd = whole ? m_piece.ends[m_next] : m_piece.end;
+    const std::size_t value = whole ? nextOf(m_next) : m_piece.end;
+    const std::string_view line = withoutReturn({data() + m_at, codeEnd - m_at});
+    const bool valueMissing = value >= m_piece.end;
     if (trimmed(line).empty() && valueMissing) return std::nullopt;  // blanks at the very end
     const int code = exactCode(line);
-    if (code == kNoCode) return noCode(line, m_at, m_lines);
-    if (valueMissing)
-        return stop("the file ends after a group code, without its value", m_at, m_lines);
-    if (auto stopped = take(code, withoutReturn(rest.substr(value)), m_at, m_lines)) return stopped;
-    m_at = m_size;
-    m_lines += 2;
+    if (code == kNoCode) return noCode(line);
+    if (valueMissing) return stop("the file ends after a group code, without its value");
+    const std::string_view shown = withoutReturn({data() + value, m_piece.end - value});
+    if (auto stopped = take(code, shown)) return stopped;
+    m_at = m_piece.end;
+    m_taken += 2;
     m_index.endsWithoutLineEnd = true;
     return std::nullopt;
 }
 
 std::optional<Stop> TextScan::run() {
-    bool first = true;
-    for (bool more = true; more && !m_structure.ended(); first = false) {
-        more = fill();
-        if (first)
-            if (auto stopped = checkStart()) return stopped;
+    m_spare = read({}, 0, kFront);
+    advance();
+    if (auto stopped = checkStart()) return stopped;
+    for (bool first = true;; first = false) {
+        // The next stretch is read, and its lines found, while this one is looked through.
+        std::future<Piece> next;
+        if (!m_piece.last)
+            next = std::async(std::launch::async,
+                              [this, spare = std::move(m_spare),
+                               from = m_base + m_piece.end - m_piece.front]() mutable {
+                                  return read(std::move(spare), from, kFront);
+                              });
         if (auto stopped = takePairs()) return stopped;
-        if (!more && !m_structure.ended())
+        if (m_structure.ended()) break;
+        if (m_piece.last) {
             if (auto stopped = takeRest()) return stopped;
-        if (m_size - m_at > kLongestLine) return stop("a line of more than 64 MiB", m_at, m_lines);
+            break;
+        }
+        if (rest().size() > kLongestLine) return stop("a line of more than 64 MiB");
         if (first) {
+            const std::uint64_t size = m_index.source->size();
             const std::size_t expected =
-                m_index.places.size() *
-                (m_index.source->size() / std::max<std::size_t>(m_at, 1) + 1);
+                m_index.places.size() * (size / std::max<std::uint64_t>(offset(), 1) + 1);
             m_structure.expect(expected + expected / 8);
         }
+        m_spare = next.get();
+        advance();
     }
     if (!m_structure.started()) return Stop{"no DXF text: no SECTION in it", 1, 0, true};
-    const std::uint64_t end = m_structure.ended() ? m_index.source->size() : m_base + m_at;
-    if (auto wrong = m_structure.finish(end)) return stop(std::move(*wrong), m_at, m_lines);
+    const std::uint64_t end = m_structure.ended() ? m_index.source->size() : offset();
+    if (auto wrong = m_structure.finish(end)) return stop(std::move(*wrong));
     return std::nullopt;
 }
 

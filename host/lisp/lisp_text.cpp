@@ -111,8 +111,8 @@ std::wstring princAtom(const LispToken& token) {
             return token.asString();
         case LispKind::EntityName: {
             const EntityName name = token.asEntityName();
-            const auto number = (static_cast<std::uint64_t>(name.second) << 32U) +
-                                static_cast<std::uint64_t>(name.first);
+            const auto number = (static_cast<std::uint64_t>(name.second()) << 32U) +
+                                static_cast<std::uint64_t>(name.first());
             std::array<char, 16> buffer{};
             char* end = std::to_chars(buffer.begin(), buffer.end(), number, 16).ptr;
             return L"<Entity name: " + std::wstring(buffer.data(), end) + L">";

@@ -25,10 +25,8 @@ protected:
         ASSERT_TRUE(write("/own/f", "1"));
         const auto insert = host::findHandle(document(), L"A1");
         ASSERT_TRUE(insert);
-        ads_name name;
-        insert->copyTo(name);
         MOR_XRefView view;
-        ASSERT_TRUE(view.connect(name));
+        ASSERT_TRUE(view.connect(*insert));
         m_store = std::make_unique<OpenFileSystem>(view);
     }
     void TearDown() override {

@@ -90,10 +90,8 @@ TEST_F(Removal, FollowsNoCircle) {
 TEST_F(Removal, FollowsNoCircleThroughAParentThatItWasHanded) {
     link("/a/b", L"^up", "/a");
     link("/a/b/c", L"^top", "/");
-    ads_name name;
-    entityOf("/a").copyTo(name);
     CMOREntity parent;
-    ASSERT_TRUE(parent.Connect(name));
+    ASSERT_TRUE(parent.Connect(entityOf("/a")));
     EXPECT_TRUE(OpenFileSystem{}.removeDir(parent, L"b", L"/a/b"));
     EXPECT_EQ(tree(), "/ [a/ [f=1 b/ erased] d/ [f=1]]");
 }

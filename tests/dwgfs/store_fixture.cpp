@@ -144,17 +144,11 @@ EntityName StoreTest::blockEntity() const {
     return host::firstEntityOfBlock(document(), kFileSystemBlock).value_or(EntityName{});
 }
 
-void StoreTest::toggleErased(EntityName entity) {
-    ads_name name;
-    entity.copyTo(name);
-    EXPECT_EQ(acdbEntDel(name), RTNORM);
-}
+void StoreTest::toggleErased(EntityName entity) { EXPECT_EQ(acdbEntDel(entity), RTNORM); }
 
 void StoreTest::setText(EntityName entity, const wchar_t* attribute, const wchar_t* text) {
-    ads_name name;
-    entity.copyTo(name);
     CMOREntity object;
-    EXPECT_TRUE(object.Connect(name));
+    EXPECT_TRUE(object.Connect(entity));
     EXPECT_TRUE(object.SetAttributeText(attribute, text));
     EXPECT_TRUE(object.Flush());
 }

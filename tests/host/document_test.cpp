@@ -52,8 +52,7 @@ TEST_F(Documents, CountTheirLocks) {
 TEST_F(Documents, HoldTheirOwnDataAndEntities) {
     AcApDocument* first = create();
     ASSERT_EQ(makeLine(), RTNORM);
-    ads_name name = {};
-    lastEntity().copyTo(name);
+    const EntityName name = lastEntity();
     AcApDocument* second = host::createDocument(host::Release::R2018);
     CMORMDIDocumentData* data = &CMORMDIDocumentData::GetCurrentDocumentData();
     host::setCurrentDocument(second);

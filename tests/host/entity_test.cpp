@@ -117,15 +117,13 @@ TEST_F(Entities, KeepChangesForThemselvesUntilTheFlush) {
 
 TEST_F(Entities, DiscardChangesThatAreNotFlushed) {
     openEntities(line("A1") + line("A2"));
-    ads_name other = {};
-    named(L"A2").copyTo(other);
     EXPECT_TRUE(Connected{named(L"A1")}.SetAttribute(L"destroyed", number(1)));
     Connected entity{named(L"A1")};
     EXPECT_TRUE(entity.SetAttribute(L"disconnected", number(1)) && entity.Disconnect());
     EXPECT_FALSE(entity.Flush());
     Connected moved{named(L"A1")};
     EXPECT_TRUE(moved.SetAttribute(L"connected", number(1)));
-    EXPECT_TRUE(moved.Connect(other) && moved.Flush());
+    EXPECT_TRUE(moved.Connect(named(L"A2")) && moved.Flush());
     EXPECT_EQ(stored(L"A1") + stored(L"A2"), "");
 }
 
@@ -326,8 +324,7 @@ TEST_F(Entities, RefuseNamesOfAnotherDrawing) {
     AcApDocument* other = host::createDocument(host::Release::R12);
     host::setCurrentDocument(other);
     ASSERT_EQ(makeLine(), RTNORM);
-    ads_name foreign = {};
-    lastEntity().copyTo(foreign);
+    const EntityName foreign = lastEntity();
     host::setCurrentDocument(document());
     Connected entity{named(L"A1")};
     EXPECT_FALSE(entity.SetAttribute(L"a", CMORAdsLispVar(foreign)));

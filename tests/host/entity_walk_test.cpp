@@ -34,11 +34,7 @@ protected:
                                     entity("CIRCLE", "B3")) +
                          block("CC", "") + block("*Paper_Space0", entity("LINE", "C1")));
     }
-    bool toggle(const wchar_t* handle) const {
-        ads_name name = {};
-        named(handle).copyTo(name);
-        return acdbEntDel(name) == RTNORM;
-    }
+    bool toggle(const wchar_t* handle) const { return acdbEntDel(named(handle)) == RTNORM; }
 };
 
 TEST_F(Walking, VisitsSubEntitiesBehindTheirOwnerAndStaysInTheSpace) {
@@ -51,9 +47,7 @@ TEST_F(Walking, VisitsSubEntitiesBehindTheirOwnerAndStaysInTheSpace) {
 TEST_F(Walking, EndsWithTheBlockDefinitionAndEntersNoInsert) {
     EXPECT_EQ(walk(named(L"B1")), "LINE:B1 INSERT:B2 CIRCLE:B3");
     ads_name name = {7, 7};
-    ads_name last = {};
-    named(L"B3").copyTo(last);
-    EXPECT_EQ(acdbEntNext(last, name), RTERROR);
+    EXPECT_EQ(acdbEntNext(named(L"B3"), name), RTERROR);
     const ads_name unknown[] = {{0, 0}, {99999, 1}, {1, 99999}, {-1, 1}};
     for (const auto& one : unknown) {
         EXPECT_EQ(acdbEntNext(one, name), RTERROR);
@@ -90,9 +84,8 @@ TEST_F(Walking, OnlyMainEntitiesOfTheSpacesCanBeErased) {
         EXPECT_FALSE(toggle(handle)) << host::toUtf8(handle);
     EXPECT_TRUE(toggle(L"C1"));  // another layout
     EXPECT_TRUE(toggle(L"A5"));
-    ads_name layer = {};
-    host::findSymbol(document(), "BLOCK", L"B").value_or(EntityName{}).copyTo(layer);
-    EXPECT_EQ(acdbEntDel(layer), RTERROR);
+    EXPECT_EQ(acdbEntDel(host::findSymbol(document(), "BLOCK", L"B").value_or(EntityName{})),
+              RTERROR);
 }
 
 TEST_F(Walking, ASaveLeavesErasedRecordsOut) {

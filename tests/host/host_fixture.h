@@ -122,9 +122,7 @@ protected:
     }
     [[nodiscard]] static std::string titleOf(EntityName name) {
         CMOREntity entity;
-        ads_name words = {};
-        name.copyTo(words);
-        if (!entity.Connect(words)) return "none";
+        if (!entity.Connect(name)) return "none";
         return host::toUtf8(static_cast<const wchar_t*>(entity.Type())) + ":" +
                host::toUtf8(static_cast<const wchar_t*>(entity.Handle()));
     }
@@ -141,11 +139,7 @@ private:
 /// An entity object connected to a name.
 class Connected : public CMOREntity {
 public:
-    explicit Connected(EntityName name) {
-        ads_name words = {};
-        name.copyTo(words);
-        EXPECT_TRUE(Connect(words));
-    }
+    explicit Connected(EntityName name) { EXPECT_TRUE(Connect(name)); }
 };
 
 }  // namespace mor::test

@@ -102,39 +102,35 @@ Session::~Session() {
     host::closeDocument(m_document);
 }
 
-void Session::learn(const AcApDocument* document) {
+void Session::learn() {
+    if (m_state) return;
+    const bool own = reference().empty();
+    // The records of the reference are those of its own file.
+    AcApDocument* const document = own ? m_document : opened(m_passage.file());
     m_state = walkStore(document);
     m_info = host::documentInfo(document);
+    if (!own) host::closeDocument(document);
 }
 
 const StoreState& Session::state() {
-    if (m_state) return *m_state;
-    if (reference().empty()) {
-        learn(m_document);
-        return *m_state;
-    }
-    // The records of the reference are those of its own file.
-    AcApDocument* const document = opened(m_passage.file());
-    learn(document);
-    host::closeDocument(document);
+    learn();
     return *m_state;
 }
 
 StoreState Session::takeState() {
-    static_cast<void>(state());
+    learn();
     StoreState taken = std::move(*m_state);
     forget();
     return taken;
 }
 
 const host::DocumentInfo& Session::info() {
-    static_cast<void>(state());  // learns it too
+    learn();
     return *m_info;
 }
 
-const StoreState& Session::safeState() {
-    const StoreState& found = state();
-    if (const Finding* finding = found.firstStopping())
+void Session::refuseDamagedStore() {
+    if (const Finding* finding = state().firstStopping())
         throw Failure(
             kDamaged,
             (reference().empty() ? m_file : m_passage.file()) +
@@ -142,7 +138,11 @@ const StoreState& Session::safeState() {
                 finding->code +
                 "); \"moradmin check\" lists all findings, \"moradmin repair\" mends them",
             utf8(finding->path));
-    return found;
+}
+
+const StoreState& Session::safeState() {
+    refuseDamagedStore();
+    return state();
 }
 
 bool Session::hasDirectories() { return safeState().kind == StoreState::Kind::Sound || m_made; }

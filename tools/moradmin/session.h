@@ -42,7 +42,9 @@ public:
     /// The block definition in which the first insert on the way stands; empty for a space of the
     /// drawing. The placement then leads to the coordinates of that definition.
     [[nodiscard]] const std::string& placedIn() const { return m_passage.placedIn(); }
-    /// `state()`, after a refusal when a look-up would do harm (exit 4).
+    /// Throws Failure when a look-up in the store would do harm (exit 4).
+    void refuseDamagedStore();
+    /// `state()`, after that.
     [[nodiscard]] const StoreState& safeState();
     /// Whether there is a store with directories in it; refuses like `safeState`.
     [[nodiscard]] bool hasDirectories();
@@ -67,7 +69,8 @@ public:
     }
 
 private:
-    void learn(const AcApDocument* document);
+    /// Looks at the drawing's records and facts, unless that was done.
+    void learn();
 
     std::string m_file;
     AcApDocument* m_document = nullptr;

@@ -7,7 +7,6 @@
 #include "platform/document_data.h"
 #include "platform/entity.h"
 #include "platform/entity_calls.h"
-#include "tools/moradmin/connecting.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/store/paths.h"
 
@@ -109,7 +108,7 @@ void Builder::placeRecords() {
     for (const SalvagePlan::Place& place : m_plan.places) {
         const StoredDirectory& directory = record(place);
         CMOREntity entity;
-        if (!directory.attributes.damage.empty() || !connect(entity, directory.name)) continue;
+        if (!directory.attributes.damage.empty() || !entity.Connect(directory.name)) continue;
         if (directory.paper) {
             entity.SetGroupShort(67, 0);
             say("moved " + utf8(place.path) + " to model space");
@@ -129,9 +128,7 @@ void Builder::placeRecords() {
 }
 
 void Builder::drop(std::size_t index) {
-    ads_name words{};
-    m_state.directories[index].name.copyTo(words);
-    if (acdbEntDel(words) == RTNORM)
+    if (acdbEntDel(m_state.directories[index].name) == RTNORM)
         say("removed a directory without values [" + m_state.directories[index].handle +
             "], its path is taken");
 }
@@ -141,7 +138,7 @@ void Builder::drop(std::size_t index) {
 void Builder::dropWrongLinks() {
     for (const SalvagePlan::Place& place : m_plan.places) {
         CMOREntity entity;
-        if (!record(place).attributes.damage.empty() || !connect(entity, record(place).name))
+        if (!record(place).attributes.damage.empty() || !entity.Connect(record(place).name))
             continue;
         bool changed = false;
         for (const host::RecordAttribute& attribute : record(place).attributes.items) {
@@ -160,7 +157,7 @@ void Builder::dropWrongLinks() {
 void Builder::link(CMOREntity& parent, const std::wstring& attribute, const std::wstring& path,
                    mor::EntityName child) {
     CMOREntity entity;
-    if (!connect(entity, child)) return;
+    if (!entity.Connect(child)) return;
     const std::wstring handle = entity.Handle().GetString();
     if (textOf(parent, attribute) == handle) return;
     if (parent.SetAttributeText(attribute.c_str(), handle.c_str()) && parent.Flush())
@@ -174,7 +171,7 @@ mor::EntityName Builder::ensure(const std::wstring& path) {
     const auto planned = m_plan.byPath.find(path);
     CMOREntity parent;
     const bool root = path == L"/";
-    if (root ? !m_session.store().connectAnchor(parent) : !connect(parent, ensure(parentOf(path))))
+    if (root ? !m_session.store().connectAnchor(parent) : !parent.Connect(ensure(parentOf(path))))
         return {};
     mor::EntityName name;
     if (planned != m_plan.byPath.end()) {
@@ -201,7 +198,7 @@ void Builder::linkAll() {
 void Builder::moveFilesOfTheRoot() {
     const auto known = m_entities.find(kRootPath);
     CMOREntity root;
-    if (known == m_entities.end() || !connect(root, known->second)) return;
+    if (known == m_entities.end() || !root.Connect(known->second)) return;
     CMORStringList names;
     root.GetAttributeNames(names);
     std::size_t number = 0;
@@ -216,7 +213,7 @@ bool Builder::moveToLostFound(CMOREntity& root, const std::wstring& name, std::s
     const std::wstring path = lostFound(number);
     CMORAdsLispVar value;
     CMOREntity directory;
-    if (!root.GetAttribute(name.c_str(), value) || !connect(directory, ensure(path))) return false;
+    if (!root.GetAttribute(name.c_str(), value) || !directory.Connect(ensure(path))) return false;
     const std::optional<std::wstring> free = freeName(directory, name);
     if (!free || !directory.SetAttribute(free->c_str(), value) || !directory.Flush()) return false;
     root.DeleteAttribute(name.c_str());
@@ -242,7 +239,7 @@ void Builder::renameFile(mor::EntityName entity, const std::wstring& path,
                          const std::wstring& name) {
     CMOREntity directory;  // of this name alone: what fails is dropped with it
     CMORAdsLispVar value;
-    if (!connect(directory, entity)) return;
+    if (!directory.Connect(entity)) return;
     const std::optional<std::wstring> free = freeName(directory, name);
     if (!free || !directory.GetAttribute(name.c_str(), value) ||
         !directory.DeleteAttribute(name.c_str()) || !directory.SetAttribute(free->c_str(), value) ||
@@ -255,7 +252,7 @@ void Builder::renameFile(mor::EntityName entity, const std::wstring& path,
 void Builder::renameTakenFiles() {
     for (const auto& [path, name] : m_entities) {
         CMOREntity directory;
-        if (!connect(directory, name)) continue;
+        if (!directory.Connect(name)) continue;
         CMORStringList names;
         directory.GetAttributeNames(names);
         std::set<std::wstring> links;

@@ -5,7 +5,6 @@
 #include "platform/runtime.h"
 #include "platform/table_calls.h"
 #include "space/record_flags.h"
-#include "tools/moradmin/connecting.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/picture/colours.h"
 #include "tools/moradmin/references/layer_state.h"
@@ -103,7 +102,7 @@ const Painter::Layer& Painter::layerOf(const Origin& origin, const Inserted& whe
 void Painter::paintEntity(mor::EntityName name, const Inserted& where) {
     CMOREntity entity;
     short paper = 0;
-    if (!connect(entity, name)) return;
+    if (!entity.Connect(name)) return;
     ++m_visited;
     const std::string type = utf8(entity.Type().GetString());
     if (isSubEntity(type) || type == "ATTDEF" || type == "VIEWPORT") return;
@@ -250,8 +249,7 @@ void Painter::paintMissing(const EntityRecord& insert, const Origin& origin,
 
 std::optional<CMORMathTransMatrix> Painter::placementOf(mor::EntityName insert, bool reference,
                                                         bool nested) {
-    ads_name words{};
-    insert.copyTo(words);
+    const mor::EntityName words = insert;
     CMORAdsTransformation own;
     MOR_XRefView view;
     if (reference && !nested && view.connect(words) && view.getMat(own)) return own.matrix;

@@ -17,12 +17,11 @@ namespace mor::tool {
 
 namespace {
 
-/// The entities of the space that lie on the layers, in the order of the drawing.
+/// The entities of the space that lie on the layers, in any order.
 std::vector<mor::EntityName> entitiesOn(const Session& session, const CMORStringList& layers) {
     std::vector<mor::EntityName> names;
     MOR_SpaceIterator next(session.view(), layers);
     while (const ads_name* name = next()) names.emplace_back(*name);
-    std::ranges::sort(names);  // a selection comes in an order of its own
     return names;
 }
 
@@ -88,9 +87,15 @@ int runEntities(Session& session, const Options& options) {
     for (const std::string& pattern : patterns) layers.Append(wide(pattern).c_str());
     if (patterns.empty()) layers.Append(L"*");
     Printer printer(session, options);
+    std::vector<mor::EntityName> names = entitiesOn(session, layers);
     std::size_t count = 0;
     CMOREntity entity;
-    for (const mor::EntityName& name : entitiesOn(session, layers)) {
+    if (options.count && types.empty()) {
+        count = names.size();
+        names.clear();
+    }
+    std::ranges::sort(names);  // a selection comes in an order of its own
+    for (const mor::EntityName& name : names) {
         const ListedEntity found = describe(session, name, entity);
         if (!types.match(found.type)) continue;
         ++count;

@@ -1,7 +1,6 @@
 #include "tools/moradmin/references/listed_entity.h"
 
 #include "host/host.h"
-#include "tools/moradmin/connecting.h"
 
 namespace mor::tool {
 
@@ -18,7 +17,7 @@ std::string spaceOf(const Session& session, const host::RecordInfo& info) {
 
 ListedEntity describe(const Session& session, mor::EntityName name, CMOREntity& entity) {
     const auto info = host::recordInfo(session.document(), name);
-    const std::string layer = connect(entity, name) ? utf8(entity.GetLayer(nullptr)) : "";
+    const std::string layer = entity.Connect(name) ? utf8(entity.GetLayer(nullptr)) : "";
     return {host::handleText(info->handle), info->type, layer, spaceOf(session, *info)};
 }
 

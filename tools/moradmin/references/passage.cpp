@@ -92,9 +92,7 @@ void Passage::goThrough(mor::EntityName insert, const std::string& word) {
     const auto record = host::recordInfo(m_document, insert);
     if (record->handle == 0 && m_inserts.empty())
         static_cast<void>(host::renewHandle(m_document, insert));  // in memory, never saved
-    ads_name words{};
-    insert.copyTo(words);
-    if (!CMORCadView::connectTheGlobalObject(words))
+    if (!CMORCadView::connectTheGlobalObject(insert))
         refuse("the reference " + utf8(block) +
                    (info->entities == 0 ? " has no entities to look through"
                                         : " cannot be looked through: its name is too long, or its "
@@ -121,8 +119,7 @@ void Passage::enter(const std::string& words) {
 CMORMathTransMatrix Passage::placement() const {
     CMORMathTransMatrix result;
     for (const mor::EntityName& insert : m_inserts) {
-        ads_name words{};
-        insert.copyTo(words);
+        const mor::EntityName words = insert;
         CMORAdsTransformation step;
         // A view looks its insert up in the drawing itself: further in, the transformation is read
         // from the insert of the referenced drawing.

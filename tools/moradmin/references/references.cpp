@@ -2,7 +2,6 @@
 
 #include "host/host.h"
 #include "space/record_flags.h"
-#include "tools/moradmin/connecting.h"
 #include "tools/moradmin/output.h"
 
 namespace mor::tool {
@@ -29,7 +28,7 @@ std::string nameWithin(const Session& session, const std::wstring& qualified) {
 std::optional<std::wstring> insertedBlock(mor::EntityName insert) {
     CMOREntity entity;
     const wchar_t* block = nullptr;
-    if (!connect(entity, insert) || entity.Type().CompareNoCase(L"INSERT") != 0 ||
+    if (!entity.Connect(insert) || entity.Type().CompareNoCase(L"INSERT") != 0 ||
         !entity.GetEntityEntry(kGroupName, block) || block == nullptr)
         return std::nullopt;
     return block;

@@ -48,7 +48,7 @@ Transfer readSource(Session& source, const std::string& word) {
     source.activate();
     Transfer transfer;
     const std::wstring path = wide(word);
-    static_cast<void>(source.safeState());
+    source.refuseDamagedStore();
     if (isStoredFile(source, path)) {
         Stored item{path, false, {}};
         source.store().read(path.c_str(), item.value);
@@ -80,7 +80,7 @@ void chooseTarget(Session& target, const std::string& word, Transfer& transfer) 
 
 void storeTarget(Session& target, const Transfer& transfer) {
     target.activate();
-    static_cast<void>(target.safeState());
+    target.refuseDamagedStore();
     if (transfer.file) {
         putValue(target, transfer.to, transfer.items.front().value);
         confirmValue(target, *Session::freshStore(), transfer.to, transfer.items.front().value);

@@ -124,7 +124,7 @@ int runLoad(Session& session, const Options& options) {
     const Json object = parseDump(readText(options.argument("-")));
     const std::string top = textIn(object, "path");
     const std::wstring path = directoryPath(session, top.empty() ? "/" : top);
-    static_cast<void>(session.safeState());  // nothing may run on a damaged store
+    session.refuseDamagedStore();
     std::vector<Stored> items;
     collectJson(entriesIn(object), path, items);
     if (options.replace && isStoredDirectory(session, path) && session.hasDirectories())

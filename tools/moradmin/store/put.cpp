@@ -38,7 +38,7 @@ CMORAdsLispVar wantedValue(const Options& options) {
 int runPut(Session& session, const Options& options) {
     const std::wstring path = filePath(session, options.argument());
     const CMORAdsLispVar value = wantedValue(options);
-    static_cast<void>(session.safeState());  // nothing may run on a damaged store
+    session.refuseDamagedStore();
     putValue(session, path, value);
     confirmValue(session, *Session::freshStore(), path, value);
     return kDone;

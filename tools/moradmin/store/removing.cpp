@@ -4,7 +4,6 @@
 #include "dwgfs/names.h"
 #include "host/host.h"
 #include "platform/entity.h"
-#include "tools/moradmin/connecting.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/store/paths.h"
@@ -121,7 +120,7 @@ void removeStore(Session& session, bool extended) {
         store.removeFileSystem();
     const auto anchor = host::firstEntityOfBlock(session.document(), kFileSystemBlock);
     CMOREntity entity;
-    if (!anchor || !connect(entity, *anchor)) return;
+    if (!anchor || !entity.Connect(*anchor)) return;
     if (entity.DeleteAttribute(kRootLink)) entity.Flush();
 }
 
