@@ -169,7 +169,9 @@ Stop TextScan::noCode(std::string_view found) const {
 std::optional<Stop> TextScan::checkStart() {
     const auto refuse = [](std::string text) { return Stop{std::move(text), 1, 0, true}; };
     if (rest().empty()) return refuse("the file is empty, not a drawing");
-    if (rest().find('\0') != std::string_view::npos) return refuse("binary data, not DXF text");
+    // Only in the first line: behind EOF anything may stand, zeros of a disk block too.
+    if (rest().substr(0, rest().find_first_of("\r\n")).find('\0') != std::string_view::npos)
+        return refuse("binary data, not DXF text");
     if (rest().starts_with(kByteOrderMark)) m_at += kByteOrderMark.size();
     return std::nullopt;
 }
@@ -208,9 +210,14 @@ void TextScan::advance() {
             next.ends[i] += static_cast<std::uint32_t>(more);
     }
     next.begin = next.front - left.size();
-    std::ranges::copy(left, next.buffer.begin() + static_cast<std::ptrdiff_t>(next.begin));
-    const bool line = !m_index.form.anyLineEnd && m_next < m_piece.ends.size();
-    if (line) next.ends[0] = static_cast<std::uint32_t>(next.begin + m_piece.ends[m_next] - m_at);
+    if (!left.empty()) std::memcpy(next.buffer.data() + next.begin, left.data(), left.size());
+    // At most one whole line is left: a code without its value.
+    const bool line = m_next < m_piece.ends.size();
+    const auto moved = [&](std::size_t place) {
+        return static_cast<std::uint32_t>(next.begin + place - m_at);
+    };
+    if (line) next.ends[0] = moved(m_piece.ends[m_next]);
+    next.nexts.assign(1, line && m_index.form.anyLineEnd ? moved(m_piece.nexts[m_next]) : 0);
     m_base += m_piece.end - m_piece.front;
     std::swap(m_piece, m_spare);
     m_at = m_piece.begin;
@@ -220,13 +227,14 @@ void TextScan::advance() {
     if (m_index.form.anyLineEnd) findAnyLines();
 }
 
-/// Finds line ends of either kind; one that may go on behind the text is none yet.
+/// Finds line ends of either kind in the stretch; one that may go on behind it is none yet.
 void TextScan::findAnyLines() {
-    m_piece.ends.assign(1, 0);
-    m_piece.nexts.assign(1, 0);
     const std::string_view text(data(), m_piece.end);
-    for (std::size_t at = text.find_first_of("\r\n", m_at); at != text.npos;
-         at = text.find_first_of("\r\n", at)) {
+    const std::size_t known = m_next == 0 ? m_piece.nexts[0] : m_piece.begin;
+    // A carriage return in front of the stretch was no line end as long as nothing stood behind it.
+    const bool half = m_piece.front > known && text[m_piece.front - 1] == '\r';
+    for (std::size_t at = text.find_first_of("\r\n", m_piece.front - (half ? 1 : 0));
+         at != text.npos; at = text.find_first_of("\r\n", at)) {
         if (at + 1 == text.size() && text[at] == '\r' && !m_piece.last) break;
         m_piece.ends.push_back(static_cast<std::uint32_t>(at));
         at += text[at] == '\r' && text.substr(at + 1, 1) == "\n" ? 2 : 1;

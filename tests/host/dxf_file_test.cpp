@@ -124,7 +124,7 @@ TEST_F(DxfFiles, AreRefusedWhenTheyAreNoDrawings) {
         {"hello\nworld\n", foreign},
         {"hello\rworld\r", foreign},
         {"AC1032\x01\x02", "1: this is a DWG file (AC1032); save the drawing as DXF text"},
-        {std::string("0\nSECTION\n\0", 11), "1: binary data, not DXF text"},
+        {std::string("0\0\nSECTION\n", 11), "1: binary data, not DXF text"},
         {dxfText("0 LINE|8 0"), foreign},
         {dxfText("8 0|0 SECTION"), foreign}};
     for (const auto& [bytes, text] : cases) EXPECT_EQ(refusal(bytes), text);
