@@ -149,7 +149,9 @@ std::optional<Stop> TextScan::checkStart() {
     const auto refuse = [](std::string text) { return Stop{std::move(text), 1, 0, true}; };
     const std::string_view bytes = text();
     if (bytes.empty()) return refuse("the file is empty, not a drawing");
-    if (bytes.find('\0') != std::string_view::npos) return refuse("binary data, not DXF text");
+    // Only in the first line: behind EOF anything may stand, zeros of a disk block too.
+    if (bytes.substr(0, bytes.find_first_of("\r\n")).find('\0') != std::string_view::npos)
+        return refuse("binary data, not DXF text");
     if (bytes.starts_with(kByteOrderMark)) m_at = kByteOrderMark.size();
     return std::nullopt;
 }

@@ -67,7 +67,7 @@ TEST_F(DxfFiles, KeepEveryOddByteBesideAChange) {
         "0\nSECTION\n2\nENTITIES\n0\n LINE\n5\n 00a1 \n8\n0\n10\n.5\n20\n+1.\n30\n7\n"
         "11\n1\n21\n0\n31\n-0.0\n";
     const std::string remark = "999\nremark of the line\n";
-    const std::string rest = "0\nODD\n 1 \n\n0\nENDSEC\n0\nEOF\ntrash\n\r\n";
+    const std::string rest = std::string("0\nODD\n 1 \n\n0\nENDSEC\n0\nEOF\ntrash\n\r\n") + '\0';
     open(before + tables + line + remark + rest);
     EXPECT_EQ(changedBytes(), before + tables + line + remark +
                                   "1001\nMOR_ATTRIBUTES\n1070\n     1\n1000\nx\n1071\n        7\n" +
@@ -124,7 +124,7 @@ TEST_F(DxfFiles, AreRefusedWhenTheyAreNoDrawings) {
         {"hello\nworld\n", foreign},
         {"hello\rworld\r", foreign},
         {"AC1032\x01\x02", "1: this is a DWG file (AC1032); save the drawing as DXF text"},
-        {std::string("0\nSECTION\n\0", 11), "1: binary data, not DXF text"},
+        {std::string("0\0\nSECTION\n", 11), "1: binary data, not DXF text"},
         {dxfText("0 LINE|8 0"), foreign},
         {dxfText("8 0|0 SECTION"), foreign}};
     for (const auto& [bytes, text] : cases) EXPECT_EQ(refusal(bytes), text);
