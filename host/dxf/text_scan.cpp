@@ -112,6 +112,7 @@ public:
 private:
     [[nodiscard]] std::optional<Stop> checkStart();
     [[nodiscard]] bool fill();
+    void keepLines();
     void findLines(std::size_t from, bool last);
     std::optional<Stop> takePairs();
     std::optional<Stop> takePlainPairs();
@@ -160,6 +161,7 @@ std::optional<Stop> TextScan::checkStart() {
 bool TextScan::fill() {
     const std::size_t rest = m_size - m_at;
     std::memmove(m_buffer.data() + kMargin, m_buffer.data() + kMargin + m_at, rest);
+    keepLines();
     m_base += m_at;
     m_line += m_lines;
     m_lines = 0;
@@ -171,14 +173,23 @@ bool TextScan::fill() {
     const std::size_t got = m_index.source->read(m_next, m_buffer.data() + kMargin + rest, want);
     m_next += got;
     m_size = rest + got;
-    findLines(0, got == 0 || m_next >= m_index.source->size());
+    // A carriage return at the end of the rest was no line end as long as nothing stood behind it.
+    const bool half = m_index.form.anyLineEnd && text().substr(0, rest).ends_with('\r');
+    findLines(rest - (half ? 1 : 0), got == 0 || m_next >= m_index.source->size());
     return got != 0 && m_next < m_index.source->size();
 }
 
-/// Finds the ends of the lines; one whose end may go on behind the text is none yet.
+/// Forgets the lines that are taken: the others will begin at the front.
+void TextScan::keepLines() {
+    for (auto* const places : {&m_ends, &m_nexts}) {
+        const std::size_t taken = std::min(m_lines, places->size());
+        places->erase(places->begin(), places->begin() + static_cast<std::ptrdiff_t>(taken));
+        for (std::uint32_t& place : *places) place -= static_cast<std::uint32_t>(m_at);
+    }
+}
+
+/// Finds the ends of the lines from there on; one whose end may go on behind the text is none yet.
 void TextScan::findLines(std::size_t from, bool last) {
-    m_ends.clear();
-    m_nexts.clear();
     const std::string_view bytes = text();
     if (!m_index.form.anyLineEnd) {
         if (m_fast)
