@@ -31,7 +31,7 @@ Result<Release> releaseOf(const std::string& version, const std::string& file, s
         for (const auto& [first, release] : kFirstNumbers)
             if (*number >= first) return release;
     return Error{ErrorKind::Unreadable, file, line,
-                 "$ACADVER is " + version +
+                 "$ACADVER is " + version.substr(0, 40) +
                      (number && *number > 1032 ? ", newer than R2018 (AC1032)"
                                                : ", not a release that is read") +
                      "; save the drawing as one of R2.5 (AC1002) to R2018 (AC1032)"};

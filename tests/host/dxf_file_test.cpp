@@ -175,6 +175,7 @@ TEST_F(DxfFiles, OfReleasesWithoutValuesAreSavedAsTheyAreOnly) {
               "8: $ACADVER is AC1033, newer than R2018 (AC1032); save the drawing as one of R2.5 "
               "(AC1002) to R2018 (AC1032)");
     EXPECT_TRUE(holds(refusalOf("R12"), "not a release that is read"));
+    EXPECT_LT(refusalOf(std::string(5000, 'x')).size(), 200u);
     for (const char* version :
          {"AC1009", "AC1012", "AC1014", "AC1015", "AC1018", "AC1021", "AC1024", "AC1027", "AC1032"})
         EXPECT_EQ(refusalOf(version), "") << version;
