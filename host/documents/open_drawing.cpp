@@ -9,8 +9,8 @@ namespace mor::host {
 namespace {
 
 /// Every form of drawing that is read; the only place that knows more than one.
-Result<Opened> openCodec(std::shared_ptr<Source> source, const std::string& file) {
-    return openDxf(std::move(source), file);
+Result<Opened> openCodec(const std::shared_ptr<Source>& source, const std::string& file) {
+    return openDxf(source, file);
 }
 
 }  // namespace

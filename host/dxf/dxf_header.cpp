@@ -31,7 +31,7 @@ Result<Release> releaseOf(const std::string& version, const std::string& file, s
         for (const auto& [first, release] : kFirstNumbers)
             if (*number >= first) return release;
     return Error{ErrorKind::Unreadable, file, line,
-                 "$ACADVER is " + version +
+                 "$ACADVER is " + version.substr(0, 40) +
                      (number && *number > 1032 ? ", newer than R2018 (AC1032)"
                                                : ", not a release that is read") +
                      "; save the drawing as one of R2.5 (AC1002) to R2018 (AC1032)"};
@@ -48,17 +48,19 @@ std::optional<Error> readHeader(const DxfIndex& index, Skeleton& skeleton,
                                 const std::string& file) {
     const Section* header = index.section("HEADER");
     if (header == nullptr) return std::nullopt;
-    const TagList record(index.bytesOf(header->head), index.form);
+    const std::string bytes = index.bytesOf(header->head);
     std::string_view variable;
     std::uint64_t versionAt = 0;
-    for (std::size_t i = 0; i < record.tags().size(); ++i) {
-        const Group& group = record.groups()[i];
+    GroupList kept;
+    Tag tag;
+    for (std::size_t at = 0; index.form.next(bytes, at, tag);) {
+        const Group group = index.form.group(bytes, tag, kept);
         const int code = group.code();
         if (code == 9)
             variable = group.bare();
         else if (code == 1 && variable == "$ACADVER") {
             skeleton.version = group.bare();
-            versionAt = index.places[header->head] + record.tags()[i].valueBegin;
+            versionAt = index.places[header->head] + tag.valueBegin;
         } else if (code == 3 && variable == "$DWGCODEPAGE")
             skeleton.codePage = group.bare();
         else if (variable == "$INSBASE" && (code == 10 || code == 20 || code == 30)) {

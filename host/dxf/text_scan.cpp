@@ -126,7 +126,7 @@ public:
 
 private:
     [[nodiscard]] std::optional<Stop> checkStart();
-    [[nodiscard]] Piece read(Piece piece, std::uint64_t from, std::size_t front) const;
+    [[nodiscard]] Piece read(Piece piece, std::uint64_t from, std::size_t most) const;
     void advance();
     void findAnyLines();
     std::optional<Stop> takePairs();
@@ -149,12 +149,13 @@ private:
     Structure& m_structure;
     bool m_fast;
     Piece m_piece;
-    Piece m_spare;             // a buffer to read into
-    std::uint64_t m_base = 0;  // where the stretch of the piece begins in the file
-    std::size_t m_at = 0;      // of the first line that is not taken, in the buffer
-    std::size_t m_next = 1;    // the same, as an index of `ends`
-    std::uint64_t m_line = 1;  // number of the first line of the text
-    std::size_t m_taken = 0;   // lines since then
+    Piece m_spare;              // a buffer to read into
+    std::uint64_t m_base = 0;   // where the stretch of the piece begins in the file
+    std::size_t m_at = 0;       // of the first line that is not taken, in the buffer
+    std::size_t m_next = 1;     // the same, as an index of `ends`
+    std::uint64_t m_line = 1;   // number of the first line of the text
+    std::size_t m_taken = 0;    // lines since then
+    std::size_t m_carried = 0;  // bytes that the piece has from the one before
 };
 
 Stop TextScan::noCode(std::string_view found) const {
@@ -176,23 +177,23 @@ std::optional<Stop> TextScan::checkStart() {
     return std::nullopt;
 }
 
-/// Reads the stretch from `from` on into the piece, `front` bytes of room before it.
-Piece TextScan::read(Piece piece, std::uint64_t from, std::size_t front) const {
+/// Reads the stretch from `from` on into the piece, `most` bytes at most.
+Piece TextScan::read(Piece piece, std::uint64_t from, std::size_t most) const {
     const std::uint64_t size = m_index.source->size();
-    const auto want = static_cast<std::size_t>(std::min<std::uint64_t>(kReadSize, size - from));
-    piece.front = piece.begin = front;
-    piece.buffer.resize(std::max(piece.buffer.size(), front + want + kMargin));
-    const std::size_t got = m_index.source->read(from, piece.buffer.data() + front, want);
-    piece.end = front + got;
+    const auto want = static_cast<std::size_t>(std::min<std::uint64_t>(most, size - from));
+    piece.front = piece.begin = kFront;
+    piece.buffer.resize(std::max(piece.buffer.size(), kFront + want + kMargin));
+    const std::size_t got = m_index.source->read(from, piece.buffer.data() + kFront, want);
+    piece.end = kFront + got;
     piece.last = got == 0 || from + got >= size;
     piece.ends.assign(1, 0);
     if (m_index.form.anyLineEnd) return piece;
-    const std::string_view text(piece.buffer.data() + front, got);
+    const std::string_view text(piece.buffer.data() + kFront, got);
     if (m_fast) {
-        appendLineFeeds(text, static_cast<std::uint32_t>(front), piece.ends);
+        appendLineFeeds(text, static_cast<std::uint32_t>(kFront), piece.ends);
     } else {
         for (std::size_t at = text.find('\n'); at != text.npos; at = text.find('\n', at + 1))
-            piece.ends.push_back(static_cast<std::uint32_t>(front + at));
+            piece.ends.push_back(static_cast<std::uint32_t>(kFront + at));
     }
     return piece;
 }
@@ -200,6 +201,7 @@ Piece TextScan::read(Piece piece, std::uint64_t from, std::size_t front) const {
 /// Goes on to the piece in `m_spare`: what was not taken moves in front of it.
 void TextScan::advance() {
     const std::string_view left = rest();
+    m_carried = left.size();
     Piece& next = m_spare;
     if (left.size() + kMargin > next.front) {  // a long line
         const std::size_t more = left.size() + kMargin - next.front;
@@ -325,18 +327,20 @@ std::optional<Stop> TextScan::takeRest() {
 }
 
 std::optional<Stop> TextScan::run() {
-    m_spare = read({}, 0, kFront);
+    m_spare = read({}, 0, kReadSize);
     advance();
     if (auto stopped = checkStart()) return stopped;
     for (bool first = true;; first = false) {
         // The next stretch is read, and its lines found, while this one is looked through.
         std::future<Piece> next;
         if (!m_piece.last)
-            next = std::async(std::launch::async,
-                              [this, spare = std::move(m_spare),
-                               from = m_base + m_piece.end - m_piece.front]() mutable {
-                                  return read(std::move(spare), from, kFront);
-                              });
+            next = std::async(
+                std::launch::async,
+                [this, spare = std::move(m_spare), from = m_base + m_piece.end - m_piece.front,
+                 // Of a long line more and more: it is copied from piece to piece.
+                 most = std::max(kReadSize, m_carried)]() mutable {
+                    return read(std::move(spare), from, most);
+                });
         if (auto stopped = takePairs()) return stopped;
         if (m_structure.ended()) break;
         if (m_piece.last) {

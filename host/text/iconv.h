@@ -21,10 +21,9 @@ public:
 
     /// Converts one stretch; answers how much of it was consumed, and appends what came of it.
     std::size_t convert(std::string_view bytes, std::string& result) const {
-        ::iconv(m_handle, nullptr, nullptr, nullptr, nullptr);
         auto* in = const_cast<char*>(bytes.data());  // iconv does not write to it
         std::size_t left = bytes.size();
-        std::array<char, 1024> buffer{};
+        std::array<char, 1024> buffer;  // left as it is: cleared, it would cost more than a letter
         while (left > 0) {
             char* out = buffer.data();
             std::size_t room = buffer.size();
@@ -32,6 +31,11 @@ public:
             result.append(buffer.data(), buffer.size() - room);
             if (answer == static_cast<std::size_t>(-1) && errno != E2BIG) break;
         }
+        // A letter that waits for an accent behind it (Hebrew, Vietnamese) has not come out yet.
+        char* out = buffer.data();
+        std::size_t room = buffer.size();
+        ::iconv(m_handle, nullptr, nullptr, &out, &room);
+        result.append(buffer.data(), buffer.size() - room);
         return bytes.size() - left;
     }
 

@@ -67,7 +67,7 @@ TEST_F(DxfFiles, KeepEveryOddByteBesideAChange) {
         "0\nSECTION\n2\nENTITIES\n0\n LINE\n5\n 00a1 \n8\n0\n10\n.5\n20\n+1.\n30\n7\n"
         "11\n1\n21\n0\n31\n-0.0\n";
     const std::string remark = "999\nremark of the line\n";
-    const std::string rest = "0\nODD\n 1 \n\n0\nENDSEC\n0\nEOF\ntrash\n\r\n";
+    const std::string rest = std::string("0\nODD\n 1 \n\n0\nENDSEC\n0\nEOF\ntrash\n\r\n") + '\0';
     open(before + tables + line + remark + rest);
     EXPECT_EQ(changedBytes(), before + tables + line + remark +
                                   "1001\nMOR_ATTRIBUTES\n1070\n     1\n1000\nx\n1071\n        7\n" +
@@ -175,6 +175,7 @@ TEST_F(DxfFiles, OfReleasesWithoutValuesAreSavedAsTheyAreOnly) {
               "8: $ACADVER is AC1033, newer than R2018 (AC1032); save the drawing as one of R2.5 "
               "(AC1002) to R2018 (AC1032)");
     EXPECT_TRUE(holds(refusalOf("R12"), "not a release that is read"));
+    EXPECT_LT(refusalOf(std::string(5000, 'x')).size(), 200u);
     for (const char* version :
          {"AC1009", "AC1012", "AC1014", "AC1015", "AC1018", "AC1021", "AC1024", "AC1027", "AC1032"})
         EXPECT_EQ(refusalOf(version), "") << version;

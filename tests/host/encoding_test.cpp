@@ -48,6 +48,10 @@ TEST_F(Encodings, DecodeNamesOfTheFile) {
         {"AC1015", "ANSI_936", "\x81\x5CU+0041", L"\u4E57U+0041"},
         {"AC1015", "ANSI_950", "\xA5\x5C", L"\u529F"},
         {"AC1015", "ANSI_949", "\xB0\xA1", L"\uAC00"},
+        // An accent could follow the last letter.
+        {"AC1015", "ANSI_1255", "\xE9\xE5", L"\u05D9\u05D5"},
+        {"AC1015", "ANSI_1258", "\xD0\xF4ng", L"\u0110\u00F4ng"},
+        {"AC1015", "ANSI_1258", "ta\xEC", L"t\u00E1"},
         // Escapes, in every release.
         {"AC1009", "", "\\U+00e2\\U+00E2", L"\u00E2\u00E2"},
         {"AC1015", "ANSI_1252", "\\U+D83D\\U+DE00", L"\U0001F600"},
