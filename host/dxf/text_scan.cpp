@@ -126,7 +126,7 @@ private:
     DxfIndex& m_index;
     Structure& m_structure;
     bool m_fast;
-    std::vector<char> m_buffer;
+    std::vector<char> m_buffer = std::vector<char>(2 * kMargin);
     std::size_t m_size = 0;              // of the text in the buffer
     std::size_t m_at = 0;                // where the first line that is not taken begins
     std::uint64_t m_base = 0;            // offset of the text in the file
