@@ -20,7 +20,7 @@ std::vector<std::string> closersOf(const DxfIndex& index, const Skeleton& skelet
     std::vector<std::string> types;
     if (!skeleton.damage) return types;
     for (const Container& container : skeleton.containers)
-        if (container.head != 0 && container.end == 0) {
+        if (container.first != 0 && container.end == 0) {
             if (container.kind == ContainerKind::Block) types.emplace_back("ENDBLK");
             if (container.kind == ContainerKind::Table) types.emplace_back("ENDTAB");
         }

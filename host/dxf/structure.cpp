@@ -253,8 +253,10 @@ void Structure::giveUp() {
     // What the record began, ended or was a member of no longer has it.
     const RecordNumber last = m_index.lastRecord();
     auto& containers = m_skeleton.containers;
-    while (containers.size() > kPaperSpace + 1 &&
-           std::max(containers.back().head, containers.back().first) > last + 1)
+    const auto beginOf = [](const Container& container) {
+        return container.head != 0 ? container.head : container.first;
+    };
+    while (containers.size() > kPaperSpace + 1 && beginOf(containers.back()) > last)
         containers.pop_back();
     for (Container& container : containers) {
         if (container.head > last)

@@ -147,6 +147,8 @@ TEST_F(DxfFiles, ThatBreakOffAreReadUpToThere) {
         {start + dxfText("0 ENDSEC|0 ENDSEC"), 31, "ENDSEC without a section", "LINE:A1 POINT:"},
         {dxfText("0 SECTION|2 TABLES|0 TABLE|2 LAYER|0 ENDSEC"), 11,
          "the section TABLES ends inside a table", ""},
+        {dxfText("0 SECTION|2 TABLES|0 LAYER|2 A|70 0|0 ENDSEC"), 13,
+         "the section TABLES ends inside a table", ""},
         {dxfText("0 SECTION|2 BLOCKS|0 BLOCK|2 A|0 BLOCK|2 B"), 13,
          "a block begins inside another one, which has no ENDBLK", ""}};
     for (const auto& c : cases) {
