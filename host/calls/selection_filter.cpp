@@ -85,25 +85,30 @@ bool SelectionFilter::parse(const resbuf* filter) {
             if (!openOrClose(word, open)) return false;
             continue;
         }
-        std::size_t part = 0;
-        for (std::size_t begin = 0; part < 3; ++part) {
-            const std::size_t comma = word.find(L',', begin);
-            const auto one =
-                relationOf<Relation>(std::wstring_view(word).substr(begin, comma - begin));
-            if (!one) return false;
-            relation[part] = *one;
-            if (comma == std::wstring::npos) {
-                std::fill(relation.begin() + static_cast<std::ptrdiff_t>(part) + 1, relation.end(),
-                          Relation::Any);
-                break;
-            }
-            begin = comma + 1;
-        }
-        if (part == 3) return false;
+        const auto relations = relationsOf(word);
+        if (!relations) return false;
+        relation = *relations;
         pending = true;
     }
     m_nodes.front().end = m_nodes.size();
     return open.size() == 1 && !pending;
+}
+
+/// Relations with commas between them, for up to three coordinates; what is left out may be
+/// anything.
+std::optional<std::array<SelectionFilter::Relation, 3>> SelectionFilter::relationsOf(
+    std::wstring_view word) {
+    std::array<Relation, 3> all{Relation::Any, Relation::Any, Relation::Any};
+    std::size_t begin = 0;
+    for (Relation& relation : all) {
+        const std::size_t comma = word.find(L',', begin);
+        const auto one = relationOf<Relation>(word.substr(begin, comma - begin));
+        if (!one) return std::nullopt;
+        relation = *one;
+        if (comma == std::wstring_view::npos) return all;
+        begin = comma + 1;
+    }
+    return std::nullopt;  // a fourth one
 }
 
 bool SelectionFilter::openOrClose(std::wstring_view word, std::vector<std::size_t>& open) {
@@ -141,9 +146,12 @@ void SelectionFilter::addTest(const resbuf& item, const std::array<Relation, 3>&
     node.relation = relation;
     node.end = m_nodes.size() + 1;
     const ListKind kind = item.restype == RTSTR ? ListKind::Text : listKind(item.restype);
+    node.kind = Kind::Always;
     if (isIgnored(node.code)) {
-        node.kind = Kind::Always;
-    } else if (node.code == -3) {
+        m_nodes.push_back(std::move(node));
+        return;
+    }
+    if (node.code == -3) {
         node.kind = Kind::Application;
         node.pattern.emplace(L"*");
     } else if (kind == ListKind::Text) {
@@ -161,8 +169,6 @@ void SelectionFilter::addTest(const resbuf& item, const std::array<Relation, 3>&
         node.kind = Kind::Name;
         const RecordNumber named = m_drawing.numberOf(EntityName(item.resval.rlname));
         if (named != 0) node.handle = m_drawing.handleOf(named);
-    } else {
-        node.kind = Kind::Always;
     }
     m_nodes.push_back(std::move(node));
 }

@@ -61,6 +61,7 @@ private:
     bool parse(const resbuf* filter);
     bool openOrClose(std::wstring_view word, std::vector<std::size_t>& open);
     void addTest(const resbuf& item, const std::array<Relation, 3>& relation);
+    [[nodiscard]] static std::optional<std::array<Relation, 3>> relationsOf(std::wstring_view word);
     [[nodiscard]] static bool holds(Relation relation, double value, double wanted);
     [[nodiscard]] bool evaluate(std::size_t& at, RecordNumber number);
     [[nodiscard]] bool test(Node& node, RecordNumber number);

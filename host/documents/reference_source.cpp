@@ -76,9 +76,9 @@ Result<std::shared_ptr<Source>> openReferenceSource(const std::filesystem::path&
     auto opened = openFileSource(path);
     if (!opened) return opened.error();
     std::error_code code;
-    std::filesystem::path absolute = std::filesystem::absolute(path, code);
-    return std::shared_ptr<Source>(std::make_shared<ReferenceSource>(
-        code ? path : std::move(absolute), std::move(opened.value())));
+    const std::filesystem::path absolute = std::filesystem::absolute(path, code);
+    return std::shared_ptr<Source>(
+        std::make_shared<ReferenceSource>(code ? path : absolute, std::move(opened.value())));
 }
 
 }  // namespace mor::host

@@ -71,12 +71,10 @@ bool copyRange(const Source& source, std::uint64_t from, std::uint64_t size, int
 }
 
 bool writePlan(const SavePlan& plan, const Source& source, int target) {
-    for (const PlanPiece& piece : plan.pieces) {
-        const bool done = piece.copy ? copyRange(source, piece.from, piece.size, target)
-                                     : writeAll(target, piece.bytes.data(), piece.bytes.size());
-        if (!done) return false;
-    }
-    return true;
+    return std::ranges::all_of(plan.pieces, [&](const PlanPiece& piece) {
+        return piece.copy ? copyRange(source, piece.from, piece.size, target)
+                          : writeAll(target, piece.bytes.data(), piece.bytes.size());
+    });
 }
 
 /// The absolute path of the file that is meant, also behind links that lead to none yet.

@@ -51,8 +51,8 @@ std::uint64_t addBlockRecord(Drawing& drawing, std::wstring_view name) {
             record.groups.end(),
             {{kFlagsCode, std::int64_t{0}}, {280, std::int64_t{1}}, {281, std::int64_t{0}}});
     const std::uint64_t handle = record.handle;
-    addSymbol(drawing, table, drawing.tableStyle(record.type), std::move(record),
-              "AcDbBlockTableRecord");
+    const RecordStyle style = drawing.tableStyle(record.type);
+    addSymbol(drawing, table, style, std::move(record), "AcDbBlockTableRecord");
     return handle;
 }
 

@@ -94,7 +94,7 @@ public:
         return m_skeleton.containers[number];
     }
     /// The member after `after` (0: from the start) that is not erased and no edge; 0 at the end.
-    [[nodiscard]] RecordNumber nextMember(ContainerNumber container, RecordNumber after) const;
+    [[nodiscard]] RecordNumber nextMember(ContainerNumber number, RecordNumber after) const;
     [[nodiscard]] std::wstring containerName(ContainerNumber number) const;
     [[nodiscard]] bool isSpace(ContainerNumber number) const;
     [[nodiscard]] bool isPaper(ContainerNumber number) const { return container(number).paper; }

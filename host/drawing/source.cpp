@@ -142,8 +142,8 @@ std::shared_ptr<Source> makeBufferSource(std::string bytes) {
 
 bool sameBytes(const Source& a, std::uint64_t aOffset, const Source& b, std::uint64_t bOffset,
                std::uint64_t count) {
-    constexpr std::size_t kStretch = 256 * 1024;
-    const std::size_t size = static_cast<std::size_t>(std::min<std::uint64_t>(count, kStretch));
+    constexpr std::size_t kStretch = std::size_t{256} * 1024;
+    const auto size = static_cast<std::size_t>(std::min<std::uint64_t>(count, kStretch));
     std::vector<char> left(size);
     std::vector<char> right(size);
     for (std::uint64_t done = 0; done < count; done += size) {

@@ -29,6 +29,16 @@ bool isNoted(int code) {
     }
 }
 
+Structure::Wrong take(Structure& structure, int code, std::string_view text, std::uint64_t offset) {
+    constexpr const char* kForeign = "no DXF: a drawing begins with group 0 SECTION";
+    const bool type = code == kTypeCode;
+    const bool mayStart = type ? text == "SECTION" || text == "EOF" : code == kCommentCode;
+    if (!structure.started() && !mayStart) return kForeign;
+    if (type) return structure.begin(trimmed(text), offset);
+    structure.group(code, text);
+    return std::nullopt;
+}
+
 }  // namespace
 
 std::optional<Stop> scanBinary(DxfIndex& index, Structure& structure) {
@@ -45,15 +55,8 @@ std::optional<Stop> scanBinary(DxfIndex& index, Structure& structure) {
         if (index.form.next(buffer, at, tag)) {
             if (!isNoted(tag.code) && structure.started()) continue;
             const std::string text = index.form.group(buffer, tag, kept).shown();
-            if (tag.code != kTypeCode) {
-                if (!structure.started() && tag.code != kCommentCode)
-                    return stop("no DXF: a drawing begins with group 0 SECTION");
-                structure.group(tag.code, text);
-            } else if (!structure.started() && text != "SECTION" && text != "EOF") {
-                return stop("no DXF: a drawing begins with group 0 SECTION");
-            } else if (auto wrong = structure.begin(trimmed(text), base + tag.begin)) {
+            if (auto wrong = take(structure, tag.code, text, base + tag.begin))
                 return stop(std::move(*wrong));
-            }
             continue;
         }
         if (!more || buffer.size() - at > kLongestValue) break;
