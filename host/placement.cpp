@@ -33,13 +33,13 @@ std::array<double, 2> sineAndCosine(double degrees) {
     return {std::sin(radians), std::cos(radians)};
 }
 
-PlaneAxes planeAxes(const std::array<double, 3>& given) {
-    const Vector normal = normalised(given);
+PlaneAxes planeAxes(const std::array<double, 3>& normal) {
+    const Vector unit = normalised(normal);
     const bool vertical =
-        std::fabs(normal[0]) < kNearlyVertical && std::fabs(normal[1]) < kNearlyVertical;
+        std::fabs(unit[0]) < kNearlyVertical && std::fabs(unit[1]) < kNearlyVertical;
     const Vector axisX =
-        normalised(cross(vertical ? Vector{0.0, 1.0, 0.0} : Vector{0.0, 0.0, 1.0}, normal));
-    return {axisX, cross(normal, axisX), normal};
+        normalised(cross(vertical ? Vector{0.0, 1.0, 0.0} : Vector{0.0, 0.0, 1.0}, unit));
+    return {axisX, cross(unit, axisX), unit};
 }
 
 }  // namespace mor::host

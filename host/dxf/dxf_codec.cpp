@@ -11,7 +11,7 @@ namespace mor::host {
 
 namespace {
 
-constexpr std::uint64_t kWindowBytes = 256 * 1024;
+constexpr std::uint64_t kWindowBytes = std::uint64_t{256} * 1024;
 /// A reader that skips no more records than this goes on with a walk.
 constexpr RecordNumber kWalkStep = 8;
 
@@ -106,8 +106,8 @@ std::string DxfCodec::compare(const SavePlan& plan, const Source& written) const
     return {};
 }
 
-Result<Opened> openDxf(std::shared_ptr<Source> source, const std::string& file) {
-    auto indexed = indexDxf(std::move(source), file);
+Result<Opened> openDxf(const std::shared_ptr<Source>& source, const std::string& file) {
+    auto indexed = indexDxf(source, file);
     if (!indexed) return indexed.error();
     DxfIndex& index = indexed.value().index;
     Skeleton& skeleton = indexed.value().skeleton;

@@ -49,7 +49,7 @@ private:
 
 /// Opens a DXF file. `file` stands in the errors.
 /// Refused: what is no DXF, releases that are not known.
-Result<Opened> openDxf(std::shared_ptr<Source> source, const std::string& file);
+Result<Opened> openDxf(const std::shared_ptr<Source>& source, const std::string& file);
 
 /// The text of the smallest valid drawing of that release.
 [[nodiscard]] std::string newDrawingText(Release release, std::string_view lineEnd);

@@ -60,7 +60,7 @@ const Section* DxfIndex::section(std::string_view name) const {
     return found == sections.end() ? nullptr : &*found;
 }
 
-Result<Indexed> indexDxf(std::shared_ptr<Source> source, const std::string& name) {
+Result<Indexed> indexDxf(const std::shared_ptr<Source>& source, const std::string& name) {
     const std::string start = source->read(0, kStartSize);
     if (isDwg(start))
         return Error{

@@ -58,6 +58,6 @@ enum class Scan { Vectorised, LineByLine };
 /// A file that breaks off, or has a line that should be a group code and is none, is read up to
 /// there: the skeleton then has the damage, and the record in which it lies is none of the index.
 /// Refused: what is no DXF.
-Result<Indexed> indexDxf(std::shared_ptr<Source> source, const std::string& name);
+Result<Indexed> indexDxf(const std::shared_ptr<Source>& source, const std::string& name);
 
 }  // namespace mor::host

@@ -49,8 +49,9 @@ struct DxfForm {
     }
     /// A whole record.
     [[nodiscard]] std::string bytes(const GroupList& record) const;
-    /// The bytes of a group that gets another value; an integer keeps its width.
-    [[nodiscard]] std::string exchanged(std::string_view bytes, const Tag& tag,
+    /// The bytes of a group of the record `old` that gets another value; an integer keeps its
+    /// width.
+    [[nodiscard]] std::string exchanged(std::string_view old, const Tag& tag,
                                         const Group& group) const;
     /// What closes a last line that has no line end; empty when it has one.
     [[nodiscard]] std::string_view missingLineEnd(std::string_view bytes) const;

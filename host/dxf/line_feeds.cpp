@@ -30,7 +30,7 @@ std::uint32_t* findWithSse2(const char* text, std::size_t size, std::uint32_t ba
     const __m128i feed = _mm_set1_epi8('\n');
     for (std::size_t at = 0; at < size; at += kBlock) {
         std::uint64_t mask = 0;
-        for (unsigned i = 0; i < 4; ++i) {
+        for (std::size_t i = 0; i < 4; ++i) {
             const __m128i bytes =
                 _mm_loadu_si128(reinterpret_cast<const __m128i*>(text + at + 16 * i));
             const auto bits = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, feed)));
@@ -78,7 +78,7 @@ Finder bestFinder() { return findPlainly; }
 
 void appendLineFeeds(std::string_view text, std::uint32_t base, std::vector<std::uint32_t>& feeds) {
     static const Finder find = bestFinder();
-    constexpr std::size_t kStretch = 64 * 1024;
+    constexpr std::size_t kStretch = std::size_t{64} * 1024;
     std::size_t count = feeds.size();
     for (std::size_t at = 0; at < text.size(); at += kStretch) {
         const std::size_t size = std::min(kStretch, text.size() - at);

@@ -203,22 +203,15 @@ Structure::Wrong Structure::endRecord() {
         return endSection(entry);
     } else if (kind == Known::Eof) {
         entry.flags |= kEdge;
-    } else if (kind == Known::Table && inTables) {
+    } else if ((kind == Known::Table && inTables) || (kind == Known::Block && inBlocks)) {
         entry.flags |= kEdge;
         if (m_container != kNoContainer)
-            return "a table begins inside another one, which has no ENDTAB";
-        beginTable(number);
-    } else if (kind == Known::EndTable && inTables) {
+            return inTables ? "a table begins inside another one, which has no ENDTAB"
+                            : "a block begins inside another one, which has no ENDBLK";
+        inTables ? beginTable(number) : beginBlock(number);
+    } else if ((kind == Known::EndTable && inTables) || (kind == Known::EndBlock && inBlocks)) {
         entry.flags |= kEdge;
-        endTable(number);
-    } else if (kind == Known::Block && inBlocks) {
-        entry.flags |= kEdge;
-        if (m_container != kNoContainer)
-            return "a block begins inside another one, which has no ENDBLK";
-        beginBlock(number);
-    } else if (kind == Known::EndBlock && inBlocks) {
-        entry.flags |= kEdge;
-        endBlock(number);
+        inTables ? endTable(number) : endBlock(number);
     } else {
         if (m_noted.owner != 0 && m_in != InSection::Other) m_skeleton.sawOwners = true;
         if (inTables) m_skeleton.tableForm.note(m_noted.marker);

@@ -18,7 +18,7 @@ constexpr std::size_t kLongestLine = 64U << 20U;
 /// Readable bytes before and behind the text of a piece.
 constexpr std::size_t kMargin = 64;
 /// Room in front of a stretch for what the one before it could not take.
-constexpr std::size_t kFront = 64 * 1024;
+constexpr std::size_t kFront = std::size_t{64} * 1024;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 constexpr int kNoCode = -1'000'000;
@@ -192,7 +192,8 @@ Piece TextScan::read(Piece piece, std::uint64_t from, std::size_t most) const {
     if (m_fast) {
         appendLineFeeds(text, static_cast<std::uint32_t>(kFront), piece.ends);
     } else {
-        for (std::size_t at = text.find('\n'); at != text.npos; at = text.find('\n', at + 1))
+        for (std::size_t at = text.find('\n'); at != std::string_view::npos;
+             at = text.find('\n', at + 1))
             piece.ends.push_back(static_cast<std::uint32_t>(kFront + at));
     }
     return piece;
@@ -236,7 +237,7 @@ void TextScan::findAnyLines() {
     // A carriage return in front of the stretch was no line end as long as nothing stood behind it.
     const bool half = m_piece.front > known && text[m_piece.front - 1] == '\r';
     for (std::size_t at = text.find_first_of("\r\n", m_piece.front - (half ? 1 : 0));
-         at != text.npos; at = text.find_first_of("\r\n", at)) {
+         at != std::string_view::npos; at = text.find_first_of("\r\n", at)) {
         if (at + 1 == text.size() && text[at] == '\r' && !m_piece.last) break;
         m_piece.ends.push_back(static_cast<std::uint32_t>(at));
         at += text[at] == '\r' && text.substr(at + 1, 1) == "\n" ? 2 : 1;

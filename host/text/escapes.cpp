@@ -2,6 +2,7 @@
 
 #include "host/text/iconv.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 
@@ -50,7 +51,7 @@ std::optional<unsigned> hexDigits(std::wstring_view text, std::size_t at, std::s
 }
 
 void appendUnicodeEscape(std::string& result, wchar_t character) {
-    const auto code = static_cast<unsigned>(character);
+    const auto code = static_cast<unsigned>(character);  // NOLINT(*-signed-char-misuse): no char
     if (code > 0xFFFF) {
         appendUnit(result, 0xD800 + ((code - 0x10000) >> 10U));
         appendUnit(result, 0xDC00 + ((code - 0x10000) & 0x3FFU));
@@ -59,41 +60,38 @@ void appendUnicodeEscape(std::string& result, wchar_t character) {
     }
 }
 
+/// What one escape at the beginning of `text` stands for, and how long it is; 0 for none.
+static std::size_t takeEscape(std::wstring_view text, Carets carets, wchar_t& character) {
+    if (text.starts_with(L"\\U+")) {
+        const auto unit = hexDigits(text, 3, 4);
+        character = static_cast<wchar_t>(unit.value_or(0));
+        return unit ? 7 : 0;
+    }
+    if (text.starts_with(L"\\M+")) {
+        const auto page = hexDigits(text, 3, 1);
+        const auto code = hexDigits(text, 4, 4);
+        character = page && code ? doubleByte(*page, *code) : L'\0';
+        return character == L'\0' ? 0 : 8;
+    }
+    if (text.front() != L'^' || carets != Carets::Coded || text.size() < 2) return 0;
+    const wchar_t next = text[1];
+    character = next == L' ' ? L'^' : static_cast<wchar_t>(next - 0x40);
+    return next == L' ' || (next >= L'@' && next <= L'_') ? 2 : 0;
+}
+
 void decodeEscapes(std::wstring_view text, Carets carets, std::wstring& units) {
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const wchar_t c = text[i];
-        if (c == L'\\' && text.substr(i, 3) == L"\\U+") {
-            if (const auto unit = hexDigits(text, i + 3, 4)) {
-                units += static_cast<wchar_t>(*unit);
-                i += 6;
-                continue;
-            }
-        } else if (c == L'\\' && text.substr(i, 3) == L"\\M+") {
-            const auto page = hexDigits(text, i + 3, 1);
-            const auto code = hexDigits(text, i + 4, 4);
-            if (page && code) {
-                if (const wchar_t character = doubleByte(*page, *code)) {
-                    units += character;
-                    i += 7;
-                    continue;
-                }
-            }
-        } else if (c == L'^' && carets == Carets::Coded && i + 1 < text.size()) {
-            const wchar_t next = text[i + 1];
-            if (next == L' ' || (next >= L'@' && next <= L'_')) {
-                units += next == L' ' ? L'^' : static_cast<wchar_t>(next - 0x40);
-                ++i;
-                continue;
-            }
-        }
-        units += c;
+    for (std::size_t at = 0; at < text.size();) {
+        wchar_t character = text[at];
+        const std::size_t size = takeEscape(text.substr(at), carets, character);
+        units += size == 0 ? text[at] : character;
+        at += std::max<std::size_t>(size, 1);
     }
 }
 
 void joinSurrogates(std::wstring& text) {
     std::size_t out = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        const auto high = static_cast<unsigned>(text[i]);
+        const auto high = static_cast<unsigned>(text[i]);  // NOLINT(*-signed-char-misuse): no char
         const auto low = i + 1 < text.size() ? static_cast<unsigned>(text[i + 1]) : 0U;
         if (high >= 0xD800 && high <= 0xDBFF && low >= 0xDC00 && low <= 0xDFFF) {
             text[out++] = static_cast<wchar_t>(0x10000 + ((high - 0xD800) << 10) + (low - 0xDC00));

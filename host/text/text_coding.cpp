@@ -37,9 +37,7 @@ std::string iconvName(Release release, std::string_view codePage) {
 }
 
 bool isAscii(std::string_view bytes) {
-    for (const char c : bytes)
-        if (static_cast<unsigned char>(c) > 0x7F) return false;
-    return true;
+    return std::ranges::all_of(bytes, [](char c) { return static_cast<unsigned char>(c) <= 0x7F; });
 }
 
 }  // namespace
@@ -99,7 +97,7 @@ std::wstring TextCoding::decode(std::string_view bytes) const {
 std::string TextCoding::encode(std::wstring_view text) const {
     std::string result;
     for (const wchar_t c : text) {
-        const auto code = static_cast<unsigned>(c);
+        const auto code = static_cast<unsigned>(c);  // NOLINT(bugprone-signed-char-misuse): no char
         const bool coded = m_carets == Carets::Coded || code == 0;  // NUL ends a binary text
         if (code < 0x20 && coded) {
             result += '^';

@@ -20,8 +20,8 @@ public:
     /// ANSI_1252.
     TextCoding(Release release, std::string_view codePage, Carets carets);
     ~TextCoding();
-    TextCoding(TextCoding&&) noexcept;
-    TextCoding& operator=(TextCoding&&) noexcept;
+    TextCoding(TextCoding&& other) noexcept;
+    TextCoding& operator=(TextCoding&& other) noexcept;
 
     [[nodiscard]] std::wstring decode(std::string_view bytes) const;
     /// The same, behind a text that is there.

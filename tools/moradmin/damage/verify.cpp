@@ -27,7 +27,8 @@ int verifyOne(const Options& options, const std::string& file) {
         object["lost"] = lost;
         printJson(object);
     } else {
-        for (const std::string& text : lost) std::cout << oneLine(file + ": " + text) << "\n";
+        for (const std::string& text : lost)
+            std::cout << oneLine(file) << ": " << oneLine(text) << "\n";
         if (lost.empty())
             std::cout << oneLine(file) << ": a save keeps all " << info.bytes << " bytes of "
                       << info.records << " records\n";
