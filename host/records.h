@@ -17,6 +17,8 @@
 /// Records of a drawing, read-only.
 namespace mor::host {
 
+/// The application under which named attributes lie in the extended data.
+inline constexpr std::string_view kAttributeApplication = "MOR_ATTRIBUTES";
 /// Bytes of extended data that one record may hold, all applications together.
 inline constexpr long kRoomPerRecord = 16383;
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/drawing/group.h"
+#include "host/records.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -9,9 +10,6 @@
 #include <vector>
 
 namespace mor::host {
-
-/// The application under which named attributes lie in the extended data.
-inline constexpr std::string_view kAttributeApplication = "MOR_ATTRIBUTES";
 
 /// How a record differs from what it was loaded or made as.
 struct RecordChange {

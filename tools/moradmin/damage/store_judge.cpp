@@ -4,6 +4,7 @@
 #include "dwgfs/names.h"
 #include "dwgfs/path_rules.h"
 #include "space/record_flags.h"
+#include "tools/moradmin/output.h"
 
 #include <cstdlib>
 #include <string>
@@ -15,9 +16,6 @@ namespace mor::tool {
 namespace {
 
 using Severity = Finding::Severity;
-
-/// The application under which the platform keeps attributes.
-constexpr const wchar_t* kAttributeApplication = L"MOR_ATTRIBUTES";
 
 /// Adds findings on one directory.
 class Judge {
@@ -153,7 +151,8 @@ void judgeSurroundings(const AcApDocument* document, bool directories, bool used
         findings.push_back(
             {.code = "layer-missing", .mends = true, .message = "the control layer has no record"});
     }
-    if (used && !host::findSymbol(document, "APPID", kAttributeApplication))
+    if (used &&
+        !host::findSymbol(document, "APPID", wide(std::string(host::kAttributeApplication))))
         findings.push_back(
             {.code = "application-unregistered",
              .severity = Severity::Error,
