@@ -12,8 +12,17 @@
 
 namespace mor::host {
 
+/// Stands in no value. With it a copy that fails for want of memory leaves its variant as one
+/// without a value; of numbers and text alone the library takes that to be impossible.
+struct NoValue {
+    NoValue() = default;
+    NoValue(const NoValue& /*other*/) {}
+    NoValue& operator=(const NoValue& /*other*/) { return *this; }
+    ~NoValue() = default;
+};
+
 /// A value that a group gets: an integer, a real, or text in the drawing's encoding.
-using GroupValue = std::variant<std::int64_t, double, std::string>;
+using GroupValue = std::variant<std::int64_t, double, std::string, NoValue>;
 
 /// A group to be written; text of handles and applications included.
 struct NewGroup {
