@@ -66,8 +66,9 @@ void addOptions(CLI::App& app, const Command& command, Options& options) {
         app.add_option("-o,--output", options.output, "save to FILE instead of the drawing")
             ->type_name("FILE")
             ->check(notEmpty("the name of a file"));
-        app.add_flag("--salvage-drawing", options.salvageDrawing,
-                     "of a damaged drawing take what can be read; wants -o FILE");
+        if (command.run != nullptr)
+            app.add_flag("--salvage-drawing", options.salvageDrawing,
+                         "of a damaged drawing take what can be read; wants -o FILE");
     }
     if (has(kNew)) {
         app.add_option("--release", options.release, "R12 R2000 R2004 R2007 R2010 R2013 R2018")

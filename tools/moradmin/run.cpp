@@ -106,7 +106,8 @@ void runLine(Session& session, const ScriptReader::Line& line) {
         throw Failure(kUsage, word + " cannot stand in a script, which works on one drawing");
     const Options options = parseScriptLine(line.words, session.file());
     const bool changing = (command->options & kChanging) != 0;
-    if (changing && (!options.output.empty() || options.dryRun || options.noBackup))
+    if (changing &&
+        (!options.output.empty() || options.dryRun || options.noBackup || options.salvageDrawing))
         throw Failure(kUsage, "--dry-run, --no-backup and -o belong to run itself");
     if (!options.inside.empty() && changing)
         throw Failure(kRefused, "references are read-only; change the referenced drawing itself");

@@ -62,12 +62,13 @@ Session::Session(const std::string& file, host::Opening opening)
 
 void Session::refuseUnwritable(const Options& options) const {
     const host::DocumentInfo info = host::documentInfo(m_document);
-    if (info.damage)
+    const bool old = info.release < host::kFirstWithValues;
+    if (info.damage && !old)
         throw Failure(kUnwritable,
                       message("the drawing is damaged and cannot be saved over; "
                               "--salvage-drawing -o FILE writes what can be read of it"),
                       m_file);
-    if (info.release < host::kFirstWithValues)
+    if (old)
         throw Failure(kUnwritable,
                       message("drawings of " + host::releaseName(info.release) +
                               " hold no values; save the drawing as R12 or later"),
