@@ -350,9 +350,10 @@ std::optional<Stop> TextScan::run() {
         }
         if (rest().size() > kLongestLine) return stop("a line of more than 64 MiB");
         if (first) {
-            const std::uint64_t size = m_index.source->size();
+            // Of what was read, not of what was taken: the rest may be one long line.
             const std::size_t expected =
-                m_index.places.size() * (size / std::max<std::uint64_t>(offset(), 1) + 1);
+                m_index.places.size() *
+                (m_index.source->size() / (m_piece.end - m_piece.front) + 1);
             m_structure.expect(expected + expected / 8);
         }
         m_spare = next.get();
