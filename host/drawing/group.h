@@ -16,8 +16,10 @@ namespace mor::host {
 /// without a value; of numbers and text alone the library takes that to be impossible.
 struct NoValue {
     NoValue() = default;
+    // NOLINTBEGIN(modernize-use-equals-default): trivial ones would count as never failing
     NoValue(const NoValue& /*other*/) {}
     NoValue& operator=(const NoValue& /*other*/) { return *this; }
+    // NOLINTEND(modernize-use-equals-default)
     ~NoValue() = default;
 };
 

@@ -108,7 +108,8 @@ void runLine(Session& session, const ScriptReader::Line& line) {
     const bool changing = (command->options & kChanging) != 0;
     if (changing &&
         (!options.output.empty() || options.dryRun || options.noBackup || options.salvageDrawing))
-        throw Failure(kUsage, "--dry-run, --no-backup, --salvage-drawing and -o belong to run itself");
+        throw Failure(kUsage,
+                      "--dry-run, --no-backup, --salvage-drawing and -o belong to run itself");
     if (!options.inside.empty() && changing)
         throw Failure(kRefused, "references are read-only; change the referenced drawing itself");
     if (options.referenceRoot || !options.referenceFolders.empty() ||
