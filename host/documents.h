@@ -42,20 +42,23 @@ void setCurrentDocument(AcApDocument* document);
 void setActiveDocument(AcApDocument* document);
 [[nodiscard]] std::size_t documentCount();
 
-/// Why a drawing could only be read up to a place.
+/// Why a drawing could only be read up to a place, or but for some places.
 struct Damage {
     std::string text;
     std::uint64_t line = 0;    ///< from 1; 0 where there are no lines
     std::uint64_t offset = 0;  ///< in bytes
+    std::size_t places = 0;    ///< how many cannot be read when all else is, `text` is of the first
 };
 
 struct DocumentInfo {
     std::filesystem::path path;  ///< empty for one that was never opened from or saved to a file
     Release release = Release::R12;
-    std::string version;   ///< $ACADVER as the file has it, empty when it has none
-    std::string codePage;  ///< $DWGCODEPAGE as the file has it, empty when it has none
-    std::string encoding;  ///< the encoding in which its texts are read
-    std::string lineEnd;   ///< "LF", "CRLF" or "CR"; empty for a binary drawing
+    std::string version;     ///< $ACADVER as the file has it, empty when it has none
+    std::string codePage;    ///< $DWGCODEPAGE as the file has it, empty when it has none
+    std::string encoding;    ///< the encoding in which its texts are read
+    std::string form;        ///< "DXF", "binary DXF" or "DWG"
+    std::string unwritable;  ///< why it cannot be saved, whatever is done to it; empty when it can
+    std::string lineEnd;     ///< "LF", "CRLF" or "CR"; empty for a binary drawing
     std::uint64_t bytes = 0;
     std::size_t records = 0;  ///< group-0 records of the file, structure included
     std::uint64_t handleSeed = 0;

@@ -29,6 +29,7 @@ struct State {
     std::size_t failAt = 0;
     std::size_t failReadAt = 0;
     bool lineByLine = false;
+    bool sumsTrusted = false;
     std::vector<std::string> saveCalls;
 };
 
@@ -63,6 +64,8 @@ std::vector<std::string> saveCalls() { return state().saveCalls; }
 void failRead(std::size_t nth) { state().failReadAt = nth; }
 void readLineByLine(bool on) { state().lineByLine = on; }
 bool readsLineByLine() { return state().lineByLine; }
+void trustSums(bool on) { state().sumsTrusted = on; }
+bool trustsSums() { return state().sumsTrusted; }
 
 void reset() { state() = {}; }
 

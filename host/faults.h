@@ -43,6 +43,9 @@ void failRead(std::size_t nth);
 /// Text drawings are read a line at a time instead of many: slower, and meant to find the same.
 void readLineByLine(bool on);
 
+/// Checksums of DWG files are taken to be right, so that tests reach what lies behind them.
+void trustSums(bool on);
+
 void reset();
 
 // What the host asks at each operation.
@@ -55,6 +58,7 @@ void reset();
 [[nodiscard]] long roomLimit();
 [[nodiscard]] bool readFails();
 [[nodiscard]] bool readsLineByLine();
+[[nodiscard]] bool trustsSums();
 void saveBegins();  ///< from here on `saveCalls` lists a new save
 enum class SaveCall { Go, Fail };
 [[nodiscard]] SaveCall beforeSaveCall(std::string_view name);

@@ -47,6 +47,7 @@ struct RecordInfo {
     bool erased = false;
     bool made = false;       ///< made since the drawing was opened
     bool subEntity = false;  ///< ATTRIB, VERTEX or SEQEND behind its owner
+    bool opaque = false;     ///< its own data are not read, only what all records have
 };
 
 /// One group: its code and its value as text, decoded to UTF-8 and without padding.

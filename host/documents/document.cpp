@@ -122,6 +122,8 @@ DocumentInfo documentInfo(const AcApDocument* document) {
     info.version = drawing.version();
     info.codePage = drawing.codePage();
     info.encoding = drawing.text().name();
+    info.form = drawing.form();
+    info.unwritable = drawing.unwritable();
     info.lineEnd = drawing.lineEnd();
     info.bytes = drawing.source().size();
     info.records = drawing.lastFileRecord();

@@ -1,5 +1,6 @@
 #include "host/documents/open_drawing.h"
 
+#include "host/dwg/dwg_codec.h"
 #include "host/dxf/dxf_codec.h"
 
 #include <utility>
@@ -10,7 +11,9 @@ namespace {
 
 /// Every form of drawing that is read; the only place that knows more than one.
 Result<Opened> openCodec(const std::shared_ptr<Source>& source, const std::string& file) {
-    return openDxf(source, file);
+    constexpr std::uint64_t kVersionBytes = 6;
+    return looksLikeDwg(source->read(0, kVersionBytes)) ? openDwg(source, file)
+                                                        : openDxf(source, file);
 }
 
 }  // namespace

@@ -56,6 +56,7 @@ RecordInfo infoOf(const Located& found) {
     info.erased = entry.has(kErased);
     info.made = entry.has(kMade);
     info.subEntity = entry.has(kSubEntity);
+    info.opaque = entry.has(kOpaque);
     return info;
 }
 

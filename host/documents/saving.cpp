@@ -472,6 +472,7 @@ Result<SaveReport> saveDocument(AcApDocument* document, const SaveOptions& optio
         const fs::path& named = options.output.empty() ? document->path : options.output;
         return Error{ErrorKind::Unwritable, named.string(), 0, "cannot be saved: " + why};
     };
+    if (const std::string& why = document->drawing->unwritable(); !why.empty()) return refuse(why);
     if (const auto& damage = document->drawing->damage(); damage && !options.dryRun)
         return refuse("it is damaged (" + damage->text + ")");
     // What was changed may rest on records that could not be read.

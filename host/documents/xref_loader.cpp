@@ -63,14 +63,16 @@ SavedPath mapped(std::string saved) {
     return {std::move(saved)};
 }
 
-/// The file itself, and as DXF where its name says DWG.
+/// The file itself, then its twin in the other form of drawings.
 std::vector<fs::path> forms(const fs::path& path) {
     std::vector<fs::path> all = {path};
-    if (equalIgnoringCase(path.extension().string(), ".dwg")) {
-        // A drawing in the other format cannot be read; its DXF twin comes first.
-        all.insert(all.begin(), fs::path(path).replace_extension(".dxf"));
-        all.insert(all.begin() + 1, fs::path(path).replace_extension(".DXF"));
-    }
+    const std::string ending = path.extension().string();
+    const auto addTwin = [&](const char* lower, const char* upper) {
+        all.push_back(fs::path(path).replace_extension(lower));
+        all.push_back(fs::path(path).replace_extension(upper));
+    };
+    if (equalIgnoringCase(ending, ".dwg")) addTwin(".dxf", ".DXF");
+    if (equalIgnoringCase(ending, ".dxf")) addTwin(".dwg", ".DWG");
     return all;
 }
 

@@ -36,6 +36,8 @@ public:
     [[nodiscard]] Release release() const { return m_skeleton.release; }
     [[nodiscard]] const std::string& version() const { return m_skeleton.version; }
     [[nodiscard]] const std::string& codePage() const { return m_skeleton.codePage; }
+    [[nodiscard]] const std::string& form() const { return m_skeleton.form; }
+    [[nodiscard]] const std::string& unwritable() const { return m_skeleton.unwritable; }
     [[nodiscard]] const std::string& lineEnd() const { return m_skeleton.lineEnd; }
     [[nodiscard]] bool endsWithEof() const { return m_skeleton.sawEof; }
     [[nodiscard]] const std::optional<Damage>& damage() const { return m_skeleton.damage; }

@@ -18,14 +18,15 @@ inline constexpr ContainerNumber kPaperSpace = 2;  ///< the active layout
 
 /// Flags of an entry.
 enum RecordFlag : std::uint16_t {
-    kEdge = 1,         ///< opens or closes a container: SECTION, TABLE, BLOCK and their ends, EOF
-    kSubEntity = 2,    ///< ATTRIB, VERTEX or SEQEND behind its owner
-    kErased = 4,       ///< erased; can be restored
-    kGone = 8,         ///< ended for good by the redefinition of its block
-    kMade = 16,        ///< not from the file
-    kMovedOut = 32,    ///< left its container for another one
-    kNoHandles = 64,   ///< of a kind that carries no handle
-    kAttributed = 128  ///< holds named attributes, as loaded
+    kEdge = 1,          ///< opens or closes a container: SECTION, TABLE, BLOCK and their ends, EOF
+    kSubEntity = 2,     ///< ATTRIB, VERTEX or SEQEND behind its owner
+    kErased = 4,        ///< erased; can be restored
+    kGone = 8,          ///< ended for good by the redefinition of its block
+    kMade = 16,         ///< not from the file
+    kMovedOut = 32,     ///< left its container for another one
+    kNoHandles = 64,    ///< of a kind that carries no handle
+    kAttributed = 128,  ///< holds named attributes, as loaded
+    kOpaque = 256       ///< its own data are not read, only what all records have
 };
 
 /// What is kept of each record; where it lies is known to the codec.

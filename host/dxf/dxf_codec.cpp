@@ -115,6 +115,7 @@ Result<Opened> openDxf(const std::shared_ptr<Source>& source, const std::string&
     DxfForm& form = index.form;
     form.padded = form.isText() && index.source->read(index.places[1], 1) == " ";
     skeleton.carets = form.isText();
+    if (!form.isText()) skeleton.form = "binary DXF";
     skeleton.lineEnd = !form.isText()           ? ""
                        : form.lineEnd == "\r\n" ? "CRLF"
                        : form.lineEnd == "\r"   ? "CR"

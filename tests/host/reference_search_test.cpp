@@ -105,7 +105,7 @@ TEST_F(ReferenceSearch, PutsPlacesOfThisMachineForBeginningsOfPaths) {
 }
 
 TEST_F(ReferenceSearch, TakesTheTwinOfADrawingInAFormThatIsNotRead) {
-    putBytes("home/plan.dwg", "AC1032 and so on");
+    putBytes("home/plan.dwg", "AC1009 and so on");
     EXPECT_EQ(found("plan.dwg"), "unresolved");
     put("home/Plan.DXF", "A1");  // another case comes last, but before giving up
     EXPECT_EQ(found("plan.dwg"), "A1");

@@ -19,6 +19,7 @@ MAY_INCLUDE = {
     "host/lisp": {"platform", "host", "host/lisp", "host/text"},
     "host/drawing": {"platform", "host", "host/drawing", "host/lisp", "host/text"},
     "host/dxf": {"platform", "host", "host/drawing", "host/dxf", "host/text"},
+    "host/dwg": {"platform", "host", "host/drawing", "host/dwg", "host/text"},
     "host/documents": {"platform", "host", "host/documents", "host/drawing", "host/lisp", "host/text"},
     "host/calls": {
         *("platform", "host", "host/calls", "host/documents", "host/drawing", "host/lisp"),
@@ -31,7 +32,7 @@ LOOKS_UPWARD = {
     "frame/module.cpp": {"space", "dwgfs"},
     "space/global_view_guard.cpp": {"dwgfs"},
     "host/documents/document.cpp": {"host/calls"},
-    "host/documents/open_drawing.cpp": {"host/dxf"},
+    "host/documents/open_drawing.cpp": {"host/dxf", "host/dwg"},
 }
 # What the host shows to tools, tests and benchmarks.
 HOST_HEADERS = {

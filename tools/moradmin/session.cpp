@@ -15,6 +15,14 @@
 
 namespace mor::tool {
 
+std::string damagePlace(const host::Damage& damage) {
+    const std::string at = damage.places == 0 ? "at byte " + std::to_string(damage.offset)
+                           : damage.places == 1
+                               ? "in one place"
+                               : "in " + std::to_string(damage.places) + " places, first";
+    return at + ": " + damage.text;
+}
+
 namespace {
 
 /// What tells an edited record apart: the path of a directory, else what the host says.
@@ -26,11 +34,10 @@ std::string placeOf(const AcApDocument* document, const host::SavedEdit& edit) {
 
 bool s_sawDamage = false;
 
-/// What a damaged drawing is read up to, and what else there is.
+/// What of a damaged drawing cannot be read, and what else there is.
 std::string damageOf(const std::string& file, const host::Damage& damage) {
     std::string text = file + (damage.line == 0 ? "" : ":" + std::to_string(damage.line)) +
-                       ": the drawing is damaged at byte " + std::to_string(damage.offset) + ": " +
-                       damage.text;
+                       ": the drawing is damaged " + damagePlace(damage);
     std::error_code code;
     if (std::filesystem::exists(file + ".bak", code))
         text += "; " + file + ".bak is what was there before its last save";
@@ -46,7 +53,9 @@ AcApDocument* opened(const std::string& file, host::Opening opening = host::Open
     if (!document) throw Failure(document.error());
     if (const auto damage = host::documentInfo(document.value()).damage) {
         s_sawDamage = true;
-        printNote(damageOf(file, *damage) + "; what stands before that is read");
+        printNote(damageOf(file, *damage) + (damage->places != 0
+                                                 ? "; all else is read"
+                                                 : "; what stands before that is read"));
     }
     return document.value();
 }
@@ -63,6 +72,7 @@ Session::Session(const std::string& file, host::Opening opening)
 void Session::refuseUnwritable(const Options& options) const {
     const host::DocumentInfo info = host::documentInfo(m_document);
     const bool old = info.release < host::kFirstWithValues;
+    if (!info.unwritable.empty()) throw Failure(kUnwritable, message(info.unwritable), m_file);
     if (info.damage && !old)
         throw Failure(kUnwritable,
                       message("the drawing is damaged and cannot be saved over; "

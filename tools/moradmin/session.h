@@ -84,5 +84,7 @@ private:
 /// Whether a drawing that was opened could only be read up to a place: whatever a command found is
 /// not all, and its exit code says so.
 [[nodiscard]] bool sawDamagedDrawing();
+/// Where a damaged drawing is damaged, and what is wrong there.
+[[nodiscard]] std::string damagePlace(const host::Damage& damage);
 
 }  // namespace mor::tool

@@ -46,11 +46,13 @@ std::vector<Finding> fileNotes(const AcApDocument* document, const StoreState& s
     for (const Finding& finding : state.findings)
         if (finding.code == "handle-doubled") ours.insert(finding.handle);
     if (const auto damage = host::documentInfo(document).damage)
-        notes.push_back({"drawing-damaged", Severity::Error, L"", "", false, false,
-                         "the drawing can only be read up to byte " +
-                             std::to_string(damage->offset) +
-                             (damage->line == 0 ? "" : ", line " + std::to_string(damage->line)) +
-                             ": " + damage->text});
+        notes.push_back(
+            {"drawing-damaged", Severity::Error, L"", "", false, false,
+             damage->places != 0
+                 ? "the drawing is damaged " + damagePlace(*damage)
+                 : "the drawing can only be read up to byte " + std::to_string(damage->offset) +
+                       (damage->line == 0 ? "" : ", line " + std::to_string(damage->line)) + ": " +
+                       damage->text});
     for (const host::Problem& problem : host::documentProblems(document)) {
         const bool handle = problem.kind == host::Problem::Kind::DoubledHandle;
         if (handle && ours.contains(problem.handle)) continue;

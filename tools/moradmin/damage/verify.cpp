@@ -31,7 +31,8 @@ int verifyOne(const Options& options, const std::string& file) {
             std::cout << oneLine(file) << ": " << oneLine(text) << "\n";
         if (lost.empty())
             std::cout << oneLine(file) << ": a save keeps all " << info.bytes << " bytes of "
-                      << info.records << " records\n";
+                      << info.records << " records"
+                      << (info.unwritable.empty() ? "" : "; but " + info.unwritable) << "\n";
     }
     return lost.empty() ? kDone : kDamaged;
 }

@@ -60,12 +60,18 @@ int runEntity(Session& session, const Options& options) {
     const host::RecordAttributes attributes = host::recordAttributes(session.document(), name);
     if (!attributes.damage.empty())
         printNote(session.message("its attributes cannot be read: " + attributes.damage));
+    const auto info = host::recordInfo(session.document(), name);
+    const bool opaque = info && info->opaque;
+    if (opaque && !options.json)
+        printNote(session.message("the own data of this " + info->type +
+                                  " are not decoded, only what all records have"));
     if (options.json) {
         CMOREntity entity;
         Json object = entityJson(options, describe(session, name, entity));
         object["groups"] = Json::array();
         for (const host::RecordGroup& group : groups) object["groups"].push_back(groupJson(group));
         object["attributes"] = attributesJson(attributes);
+        object["decoded"] = !opaque;
         object["used"] = attributes.used;
         object["free"] = attributes.free;
         printJson(object);

@@ -56,12 +56,14 @@ int runInfo(Session& session, const Options& options) {
     object["version"] = info.version;
     object["codePage"] = info.codePage;
     object["encoding"] = info.encoding;
+    object["form"] = info.form;
     object["lineEnd"] = info.lineEnd;
     object["bytes"] = info.bytes;
     object["records"] = info.records;
     if (info.damage)
         object["damage"] = {{"line", info.damage->line},
                             {"byte", info.damage->offset},
+                            {"places", info.damage->places},
                             {"message", info.damage->text}};
     object["store"] = {{"state", stateName(state.kind)},
                        {"directories", state.reachable},
@@ -76,14 +78,12 @@ int runInfo(Session& session, const Options& options) {
               << "release   " << host::releaseName(info.release) << " ("
               << (info.version.empty() ? "no $ACADVER" : oneLine(info.version)) << ")\n"
               << "text      " << info.encoding << ", "
-              << (info.lineEnd.empty() ? "binary" : info.lineEnd) << "\n"
+              << (info.lineEnd.empty() ? info.form : info.lineEnd) << "\n"
               << "size      " << info.bytes << " bytes, " << info.records << " records\n"
               << "store     " << stateName(state.kind) << ", " << state.reachable
               << " directories, " << totals.files << " files, " << totals.bytes
               << " bytes in files\n";
-    if (info.damage)
-        std::cout << "damage    at byte " << info.damage->offset << ": "
-                  << oneLine(info.damage->text) << "\n";
+    if (info.damage) std::cout << "damage    " << oneLine(damagePlace(*info.damage)) << "\n";
     for (const Finding& finding : state.findings)
         std::cout << "finding   " << finding.code << " " << oneLine(utf8(finding.path)) << ": "
                   << oneLine(finding.message) << "\n";

@@ -1,0 +1,318 @@
+#include "host/dwg/dwg_index.h"
+
+#include "host/dwg/common_data.h"
+#include "host/dwg/record_groups.h"
+#include "host/handles.h"
+#include "host/records.h"
+#include "host/text/ascii.h"
+#include "host/text/group_codes.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <utility>
+
+namespace mor::host {
+
+namespace {
+
+constexpr std::string_view kModelName = "*Model_Space";
+constexpr std::string_view kPaperName = "*Paper_Space";
+
+/// Numbers every object once and puts it where it belongs.
+class Indexer {
+public:
+    Indexer(DwgFile& file, DwgIndex& index) : m_file(file), m_index(index) {}
+
+    std::string run();
+    Skeleton take() { return std::move(m_skeleton); }
+
+private:
+    void readFrames();
+    void fillFacts();
+    ContainerNumber addContainer(ContainerKind kind, std::string name);
+    /// 0 when there is no such object, or it has its number already.
+    RecordNumber add(std::uint64_t handle, ContainerNumber container, std::uint16_t flags = 0);
+    void addMember(std::uint64_t handle, ContainerNumber container);
+    void addTable(std::uint64_t control);
+    /// The entries of a control object as DXF orders them; 0 for erased ones.
+    [[nodiscard]] std::vector<std::uint64_t> slotsOf(std::uint64_t control);
+    [[nodiscard]] BlockMembers blockOf(std::uint64_t header);
+    [[nodiscard]] std::vector<std::uint64_t> listed(const std::vector<std::uint64_t>& ends,
+                                                    bool chain);
+    void addBlock(std::uint64_t header);
+    void addSpace(ContainerNumber space, std::uint64_t header);
+    void nameBlocks();
+    void addRest();
+
+    DwgFile& m_file;
+    DwgIndex& m_index;
+    Skeleton m_skeleton;
+    std::vector<std::uint64_t> m_blocks;              ///< headers in the order of DXF
+    std::map<std::uint64_t, BlockMembers> m_members;  ///< by header
+    std::vector<bool> m_numbered;                     ///< by place in the map
+    std::vector<std::uint16_t> m_types;               ///< the same way: number of the DXF type
+    std::vector<std::uint8_t> m_flags;                ///< the same way
+};
+
+/// What is noted of each object before it has its number.
+enum Noted : std::uint8_t { kEntity = 1, kDamaged = 2, kOwning = 4, kUnread = 8, kOurs = 16 };
+
+std::string Indexer::run() {
+    readFrames();
+    fillFacts();
+    const DwgHeader& header = m_file.header();
+    m_skeleton.records.resize(1);
+    m_skeleton.containers.resize(3);
+    m_index.objects.resize(1);
+    m_skeleton.containers[kModelSpace].kind = ContainerKind::Space;
+    m_skeleton.containers[kPaperSpace].kind = ContainerKind::Space;
+    m_skeleton.containers[kPaperSpace].paper = true;
+    if (!m_file.frameOf(header.blocks)) return "its table of blocks cannot be read";
+    if (!m_file.frameOf(header.modelSpace)) return "its model space cannot be read";
+    nameBlocks();
+    for (const std::uint64_t control :
+         {header.viewports, header.lineTypes, header.layers, header.styles, header.views,
+          header.coordinateSystems, header.applications, header.dimensionStyles, header.blocks})
+        addTable(control);
+    for (const std::uint64_t block : m_blocks) addBlock(block);
+    addSpace(kModelSpace, header.modelSpace);
+    addSpace(kPaperSpace, header.paperSpace);
+    addRest();
+    return {};
+}
+
+/// Tests every object and notes what it is.
+void Indexer::readFrames() {
+    const auto& entries = m_file.map().entries();
+    m_numbered.resize(entries.size());
+    m_types.resize(entries.size());
+    m_flags.resize(entries.size());
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        const ObjectFrame frame = m_file.frame(entries[i].place, true);
+        const char* wrong = frame.wrong;
+        if (wrong == nullptr && frame.handle != entries[i].handle)
+            wrong = "it carries another handle";
+        std::uint8_t flags = 0;
+        if (wrong != nullptr) {
+            m_file.damage().note("object " + handleText(entries[i].handle) + ": " + wrong,
+                                 entries[i].place);
+            flags |= kDamaged | kUnread;
+        }
+        if (frame.entity) flags |= kEntity;
+        const std::uint16_t type = frame.type;
+        if (type == kDwgInsert || type == kDwgManyInsert || type == kDwgPolyline2D ||
+            type == kDwgPolyline3D || type == kDwgPolyfaceMesh || type == kDwgPolygonMesh)
+            flags |= kOwning;
+        if (!isDecoded(m_file, frame)) flags |= kUnread;
+        if (wrong == nullptr && frame.extendedEnd - frame.extendedBegin > 2 &&
+            hasExtendedData(m_file, frame, kAttributeApplication))
+            flags |= kOurs;
+        m_types[i] = m_skeleton.types.number(dxfTypeOf(m_file, frame));
+        m_flags[i] = flags;
+    }
+}
+
+void Indexer::fillFacts() {
+    const DwgStart& start = m_file.start();
+    m_skeleton.release = start.release;
+    m_skeleton.version = start.version;
+    m_skeleton.codePage = codePageName(start.codePage);
+    m_skeleton.seed = m_file.header().seed;
+    m_skeleton.insertionBase = m_file.header().insertionBase;
+    m_skeleton.sawOwners = true;
+    m_skeleton.sawEof = true;
+    m_skeleton.carets = false;
+    const auto& entries = m_file.map().entries();
+    m_skeleton.highestHandle = entries.empty() ? 0 : entries.back().handle;
+}
+
+ContainerNumber Indexer::addContainer(ContainerKind kind, std::string name) {
+    Container container;
+    container.kind = kind;
+    container.name = std::move(name);
+    container.first = m_skeleton.lastRecord() + 1;
+    container.last = m_skeleton.lastRecord();
+    m_skeleton.containers.push_back(std::move(container));
+    return static_cast<ContainerNumber>(m_skeleton.containers.size() - 1);
+}
+
+RecordNumber Indexer::add(std::uint64_t handle, ContainerNumber container, std::uint16_t flags) {
+    const auto& entries = m_file.map().entries();
+    const MapEntry* found = handle == 0 ? nullptr : m_file.map().find(handle);
+    if (found == nullptr) return 0;
+    const auto at = static_cast<std::size_t>(found - entries.data());
+    if (m_numbered[at]) return 0;
+    m_numbered[at] = true;
+    RecordEntry entry;
+    entry.handle = handle;
+    entry.container = container;
+    entry.type = m_types[at];
+    entry.flags = flags;
+    if ((m_flags[at] & kUnread) != 0) entry.flags |= kOpaque;
+    if ((m_flags[at] & kOurs) != 0) entry.flags |= kAttributed;
+    m_skeleton.records.push_back(entry);
+    m_index.objects.push_back(static_cast<std::uint32_t>(at));
+    const RecordNumber number = m_skeleton.lastRecord();
+    if ((flags & kEdge) == 0 && container != kNoContainer)
+        m_skeleton.containers[container].last = number;
+    return number;
+}
+
+/// An entity, and behind it those that belong to it.
+void Indexer::addMember(std::uint64_t handle, ContainerNumber container) {
+    const RecordNumber number = add(handle, container);
+    if (number == 0) return;
+    const std::uint32_t at = m_index.objects[number];
+    if ((m_flags[at] & kOwning) == 0 || (m_flags[at] & kDamaged) != 0) return;
+    const ObjectFrame frame = m_file.frame(m_file.map().entries()[at].place);
+    const DecodedRecord decoded = decodeRecord(m_file, frame);
+    for (const std::uint64_t owned : listed(decoded.owned.handles, decoded.owned.chain))
+        add(owned, container, kSubEntity);
+    add(decoded.owned.end, container, kSubEntity);
+}
+
+/// The members that a list has, or a chain between its first and last.
+std::vector<std::uint64_t> Indexer::listed(const std::vector<std::uint64_t>& ends, bool chain) {
+    if (!chain || ends.size() != 2) return ends;
+    std::vector<std::uint64_t> members;
+    std::uint64_t at = ends[0];
+    while (at != 0 && members.size() <= m_file.map().entries().size()) {
+        const auto frame = m_file.frameOf(at);
+        if (!frame || !frame->entity) {
+            m_file.damage().note("a list of entities breaks off before " + handleText(at), 0);
+            break;
+        }
+        members.push_back(at);
+        if (at == ends[1]) break;
+        Fields fields = frame->fields(m_file.release());
+        at = readEntityData(fields, at).next;
+    }
+    return members;
+}
+
+std::vector<std::uint64_t> Indexer::slotsOf(std::uint64_t control) {
+    const auto frame = m_file.frameOf(control);
+    if (!frame || tableOfControl(frame->type).empty()) return {};
+    Fields fields = frame->fields(m_file.release());
+    static_cast<void>(readObjectData(fields, *frame));
+    GroupList unused;
+    GroupWriter nowhere(unused);
+    RecordReader record{m_file, fields, nowhere, control, 0, frame->type};
+    std::vector<std::uint64_t> slots = readControl(record);
+    // Model space and the active layout come first, as do the two fixed line types.
+    const bool fixed = frame->type == kDwgBlockControl || frame->type == kDwgLineTypeControl;
+    if (fixed && slots.size() >= 2) std::ranges::rotate(slots, slots.end() - 2);
+    return slots;
+}
+
+void Indexer::addTable(std::uint64_t control) {
+    const auto frame = m_file.frameOf(control);
+    if (!frame) return;
+    const ContainerNumber table = addContainer(ContainerKind::Table, tableOfControl(frame->type));
+    const RecordNumber head = add(control, kNoContainer, kEdge);
+    Container& container = m_skeleton.containers[table];
+    container.head = head;
+    container.owner = control;
+    container.first = head + 1;
+    container.last = head;
+    for (const std::uint64_t slot : slotsOf(control)) add(slot, table);
+}
+
+BlockMembers Indexer::blockOf(std::uint64_t header) {
+    const auto frame = m_file.frameOf(header);
+    if (!frame || frame->type != kDwgBlockHeader) return {};
+    Fields fields = frame->fields(m_file.release());
+    static_cast<void>(readObjectData(fields, *frame));
+    GroupList unused;
+    GroupWriter nowhere(unused);
+    RecordReader record{m_file, fields, nowhere, header, 0, frame->type};
+    BlockMembers block = readBlockHeader(record);
+    block.preview.clear();
+    return block;
+}
+
+/// Anonymous blocks and layouts have the names of their kinds alone. In DXF the number of their
+/// place in the table stands behind, erased records counted.
+void Indexer::nameBlocks() {
+    constexpr std::size_t kSpaces = 2;
+    constexpr std::size_t kKindLength = 2;
+    const std::vector<std::uint64_t> entries = slotsOf(m_file.header().blocks);
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        const std::uint64_t header = entries[i];
+        if (header == 0) continue;
+        m_blocks.push_back(header);
+        BlockMembers block = blockOf(header);
+        const bool kind = (block.name.size() == kKindLength && block.name[0] == '*') ||
+                          equalsNoCaseAscii(block.name, kPaperName);
+        if (kind && i >= kSpaces) m_file.setName(header, block.name + std::to_string(i - kSpaces));
+        m_members.emplace(header, std::move(block));
+    }
+}
+
+void Indexer::addBlock(std::uint64_t header) {
+    const BlockMembers& block = m_members[header];
+    const RecordNumber head = add(block.block, kNoContainer, kEdge);
+    if (head == 0) return;
+    const ContainerNumber number = addContainer(ContainerKind::Block, m_file.nameOf(header));
+    Container& container = m_skeleton.containers[number];
+    container.head = head;
+    container.owner = header;
+    container.paper = startsNoCaseAscii(container.name, kPaperName);
+    container.layout = container.paper || equalsNoCaseAscii(container.name, kModelName);
+    m_skeleton.records[head].container = number;
+    const bool space = header == m_file.header().modelSpace || header == m_file.header().paperSpace;
+    if (!space)
+        for (const std::uint64_t member : listed(block.members, block.chain))
+            addMember(member, number);
+    if (const RecordNumber end = add(block.end, kNoContainer, kEdge); end != 0) {
+        m_skeleton.containers[number].end = end;
+        m_skeleton.records[end].container = number;
+    }
+}
+
+void Indexer::addSpace(ContainerNumber space, std::uint64_t header) {
+    m_skeleton.containers[space].first = m_skeleton.lastRecord() + 1;
+    m_skeleton.containers[space].last = m_skeleton.lastRecord();
+    const auto found = m_members.find(header);
+    if (found == m_members.end()) return;
+    for (const std::uint64_t member : listed(found->second.members, found->second.chain))
+        addMember(member, space);
+}
+
+/// Objects, and what no list leads to.
+void Indexer::addRest() {
+    const ContainerNumber objects = addContainer(ContainerKind::Section, "OBJECTS");
+    add(m_file.header().dictionary, objects);
+    const auto& entries = m_file.map().entries();
+    for (std::size_t i = 0; i < entries.size(); ++i)
+        if (!m_numbered[i])
+            add(entries[i].handle, (m_flags[i] & kEntity) != 0 ? kNoContainer : objects);
+}
+
+}  // namespace
+
+Result<Skeleton> indexDwg(DwgFile& file, const std::string& name, DwgIndex& index) {
+    Indexer indexer(file, index);
+    if (const std::string wrong = indexer.run(); !wrong.empty())
+        return Error{ErrorKind::Damaged, name, 0, "the DWG file is damaged: " + wrong};
+    Skeleton skeleton = indexer.take();
+    if (const DamageNotes& damage = file.damage(); damage.count != 0) {
+        skeleton.damage = Damage{damage.first, 0, damage.offset, damage.count};
+    }
+    return skeleton;
+}
+
+std::string codePageName(unsigned number) {
+    static constexpr std::array<const char*, 45> names = {
+        "ANSI_1252", "ascii",     "iso8859-1", "iso8859-2", "iso8859-3", "iso8859-4", "iso8859-5",
+        "iso8859-6", "iso8859-7", "iso8859-8", "iso8859-9", "dos437",    "dos850",    "dos852",
+        "dos855",    "dos857",    "dos860",    "dos861",    "dos863",    "dos864",    "dos865",
+        "dos869",    "dos932",    "mac-roman", "big5",      "ksc5601",   "johab",     "dos866",
+        "ANSI_1250", "ANSI_1251", "ANSI_1252", "gb2312",    "ANSI_1253", "ANSI_1254", "ANSI_1255",
+        "ANSI_1256", "ANSI_1257", "ANSI_874",  "ANSI_932",  "ANSI_936",  "ANSI_949",  "ANSI_950",
+        "ANSI_1361", "ANSI_1252", "ANSI_1258"};
+    return number < names.size() ? names[number] : "ANSI_1252";
+}
+
+}  // namespace mor::host
