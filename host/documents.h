@@ -60,6 +60,8 @@ struct DocumentInfo {
     std::string unwritable;  ///< why it cannot be saved, whatever is done to it; empty when it can
     std::string lineEnd;     ///< "LF", "CRLF" or "CR"; empty for a binary drawing
     std::uint64_t bytes = 0;
+    /// Of a DWG: bytes among its objects that belong to none, such as older versions of objects.
+    std::uint64_t deadBytes = 0;
     std::size_t records = 0;  ///< group-0 records of the file, structure included
     std::uint64_t handleSeed = 0;
     std::optional<Damage> damage;  ///< of a drawing that is read as far as it goes

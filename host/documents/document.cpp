@@ -123,6 +123,7 @@ DocumentInfo documentInfo(const AcApDocument* document) {
     info.codePage = drawing.codePage();
     info.encoding = drawing.text().name();
     info.form = drawing.form();
+    info.deadBytes = drawing.deadBytes();
     info.unwritable = drawing.unwritable();
     info.lineEnd = drawing.lineEnd();
     info.bytes = drawing.source().size();

@@ -416,6 +416,7 @@ Result<SaveReport> SaveRun::run() {
     const SavePlan plan = m_drawing.codec().plan(m_drawing.edits());
     for (const PlannedEdit& edit : plan.edits) report.edits.push_back(describe(edit));
     report.bytes = plan.size;
+    if (!plan.refused.empty()) return failure("cannot be saved: " + plan.refused);
     if (!report.edits.empty() && m_drawing.release() < kFirstWithValues)
         return failure("cannot be changed: drawings before " + releaseName(kFirstWithValues) +
                        " hold no values; save it as " + releaseName(kFirstWithValues) +

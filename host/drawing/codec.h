@@ -38,6 +38,7 @@ struct Skeleton {
     std::optional<std::array<double, 3>> insertionBase;  ///< $INSBASE
     std::string form = "DXF";                            ///< "DXF", "binary DXF" or "DWG"
     std::string unwritable;            ///< why it cannot be written at all; empty when it can
+    std::uint64_t deadBytes = 0;       ///< among the records, of older versions of them
     std::string lineEnd;               ///< "LF" or "CRLF"; empty where there are no lines
     std::vector<RecordEntry> records;  ///< [0] is unused
     std::vector<Container> containers;
@@ -102,6 +103,7 @@ struct SavePlan {
     std::vector<PlanPiece> pieces;
     std::vector<PlannedEdit> edits;
     std::uint64_t size = 0;
+    std::string refused;  ///< why the edits cannot be written; empty when they can
 };
 
 /// One open drawing in its form. Records are numbered as the skeleton numbers them.

@@ -274,7 +274,9 @@ void Drawing::moveToModelSpace(RecordNumber number) {
         if (record.find(kSpaceCode) != nullptr) setGroup(at, kSpaceCode, std::int64_t{0});
         if (owner != 0 && !entry.has(kSubEntity) && record.find(kOwnerCode) != nullptr)
             setGroup(at, kOwnerCode, handleText(owner));
-        const bool sameRange = entry.container == kPaperSpace && !entry.has(kMade | kMovedOut);
+        const bool sameRange = entry.container == kPaperSpace && !entry.has(kMade | kMovedOut) &&
+                               at >= containers[kModelSpace].first &&
+                               at <= containers[kModelSpace].last;
         if (!sameRange) {
             std::erase(containers[entry.container].added, at);
             containers[kModelSpace].added.push_back(at);

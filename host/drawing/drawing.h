@@ -37,6 +37,7 @@ public:
     [[nodiscard]] const std::string& version() const { return m_skeleton.version; }
     [[nodiscard]] const std::string& codePage() const { return m_skeleton.codePage; }
     [[nodiscard]] const std::string& form() const { return m_skeleton.form; }
+    [[nodiscard]] std::uint64_t deadBytes() const { return m_skeleton.deadBytes; }
     [[nodiscard]] const std::string& unwritable() const { return m_skeleton.unwritable; }
     [[nodiscard]] const std::string& lineEnd() const { return m_skeleton.lineEnd; }
     [[nodiscard]] bool endsWithEof() const { return m_skeleton.sawEof; }

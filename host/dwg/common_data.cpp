@@ -80,7 +80,14 @@ ObjectData readObjectData(Fields& fields, const ObjectFrame& frame) {
 
 EntityData readEntityData(Fields& fields, std::uint64_t own) {
     EntityData data;
-    const unsigned mode = fields.data().twoBits();
+    const auto placed = [](BitReader& bits, const auto& read) {
+        FieldPlace place{bits.position(), 0};
+        read();
+        place.end = bits.position();
+        return place;
+    };
+    unsigned mode = 0;
+    data.modePlace = placed(fields.data(), [&] { mode = fields.data().twoBits(); });
     data.mode = mode == 1   ? OwnerMode::PaperSpace
                 : mode == 2 ? OwnerMode::ModelSpace
                             : OwnerMode::Stored;
@@ -89,7 +96,8 @@ EntityData readEntityData(Fields& fields, std::uint64_t own) {
     if (fields.since(Release::R2013)) static_cast<void>(fields.bit());
     if (fields.upTo(Release::R14)) data.lineTypeKind = fields.bit() ? 0 : kByHandle;
     const bool links = fields.upTo(Release::R2000);
-    const bool noLinks = links && fields.bit();
+    bool noLinks = false;
+    data.noLinksPlace = placed(fields.data(), [&] { noLinks = links && fields.bit(); });
     bool colourHandle = false;
     readEntityColour(fields, data, colourHandle);
     data.lineTypeScale = fields.bitReal();
@@ -105,21 +113,20 @@ EntityData readEntityData(Fields& fields, std::uint64_t own) {
     data.invisible = (fields.bitShort() & 1) != 0;
     if (fields.since(Release::R2000)) data.weight = fields.byte();
 
-    if (data.mode == OwnerMode::Stored) data.object.owner = fields.handleIn(own);
+    data.ownerPlace = placed(fields.handles(), [&] {
+        if (data.mode == OwnerMode::Stored) data.object.owner = fields.handleIn(own);
+    });
     data.object.reactors = readReactors(fields, reactors, own);
     if (!noDictionary) data.object.dictionary = fields.handleIn(own);
     const auto readLayer = [&] {
-        data.layer = fields.handleIn(own);
+        data.layerPlace = placed(fields.handles(), [&] { data.layer = fields.handleIn(own); });
         if (data.lineTypeKind == kByHandle) data.lineType = fields.handleIn(own);
     };
     if (fields.upTo(Release::R14)) readLayer();
-    if (noLinks) {
-        data.previous = own - 1;
-        data.next = own + 1;
-    } else if (links) {
-        data.previous = fields.handleIn(own);
-        data.next = fields.handleIn(own);
-    }
+    data.linksPlace = placed(fields.handles(), [&] {
+        data.previous = noLinks ? own - 1 : links ? fields.handleIn(own) : 0;
+        data.next = noLinks ? own + 1 : links ? fields.handleIn(own) : 0;
+    });
     if (colourHandle) data.colourHandle = fields.handleIn(own);
     if (fields.since(Release::R2000)) readLayer();
     if (data.materialKind == kByHandle) data.material = fields.handleIn(own);

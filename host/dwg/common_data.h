@@ -22,6 +22,12 @@ struct ObjectData {
     std::uint64_t dictionary = 0;  ///< of extensions
 };
 
+/// Where fields lie that a save may exchange, in bits.
+struct FieldPlace {
+    std::uint64_t begin = 0;
+    std::uint64_t end = 0;
+};
+
 /// What every entity has beside that.
 struct EntityData {
     ObjectData object;
@@ -43,6 +49,11 @@ struct EntityData {
     std::uint64_t plotStyle = 0;
     std::uint64_t material = 0;
     std::vector<std::uint64_t> visualStyles;
+    FieldPlace modePlace;
+    FieldPlace noLinksPlace;  ///< up to R2000
+    FieldPlace ownerPlace;    ///< empty where none is stored
+    FieldPlace linksPlace;    ///< the same
+    FieldPlace layerPlace;
 };
 
 /// Take what all objects or entities have from the front of their fields.

@@ -2,6 +2,7 @@
 #include "host/dwg/decoders.h"
 #include "host/text/group_codes.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace mor::host {
@@ -264,27 +265,54 @@ void decodeViewportRecord(RecordReader& record) {
 
 // ---- blocks -------------------------------------------------------------------------------------
 
+namespace {
+
+std::vector<std::uint64_t> placedHandles(RecordReader& record, std::uint32_t count,
+                                         std::vector<std::uint64_t>& places) {
+    std::vector<std::uint64_t> handles;
+    BitReader& bits = record.in.handles();
+    places.push_back(bits.position());
+    if (!bits.holds(count, 8)) return handles;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        handles.push_back(record.handle());
+        places.push_back(bits.position());
+    }
+    return handles;
+}
+
+}  // namespace
+
 BlockMembers readBlockHeader(RecordReader& record) {
     Fields& in = record.in;
     const TableStart start = readTableStart(record);
     BlockMembers block;
     block.name = start.name;
     block.flags = start.flags;
+    const auto at = [&in] { return in.data().position(); };
+    block.kindPlace[0] = at();
     for (const std::int64_t flag :
-         {kAnonymousBlock, kBlockWithAttributes, kReferenceBlock, kOverlayBlock})
+         {kAnonymousBlock, kBlockWithAttributes, kReferenceBlock, kOverlayBlock}) {
+        if (flag == kReferenceBlock) block.kindPlace[1] = at();
         if (in.bit()) block.flags |= flag;
+    }
     const bool unloaded = in.since(Release::R2000) && in.bit();
     if ((block.flags & kAnyReferenceBlock) != 0) {
         block.flags |= kReferenceBlock;
         if (!unloaded) block.flags |= kResolvedBlock;
     }
     const bool listed = (block.flags & kAnyReferenceBlock) == 0;
+    block.countPlace[0] = at();
     const std::uint32_t count = listed && in.since(Release::R2004) ? in.handleCount() : 0;
+    block.countPlace[1] = at();
+    block.basePlace[0] = at();
     block.base = in.bitPoint3();
+    block.basePlace[1] = at();
     block.path = in.text();
     std::uint32_t inserts = 0;
     if (in.since(Release::R2000)) {
+        block.insertMarksPlace[0] = at();
         while (in.byte() != 0) ++inserts;
+        block.insertMarksPlace[1] = at() - std::min<std::uint64_t>(8, at());
         block.description = in.text();
         block.preview = in.data().bytes(in.count(8));
     }
@@ -296,10 +324,10 @@ BlockMembers readBlockHeader(RecordReader& record) {
     static_cast<void>(record.handle());
     block.block = record.handle();
     block.chain = in.upTo(Release::R2000);
-    if (listed) block.members = record.handles(block.chain ? 2 : count);
+    if (listed) block.members = placedHandles(record, block.chain ? 2 : count, block.memberPlaces);
     block.end = record.handle();
     if (in.since(Release::R2000)) {
-        block.inserts = record.handles(inserts);
+        block.inserts = placedHandles(record, inserts, block.insertPlaces);
         block.layout = record.handle();
     }
     return block;

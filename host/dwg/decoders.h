@@ -4,6 +4,7 @@
 #include "host/dwg/fields.h"
 #include "host/dwg/group_writer.h"
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -131,6 +132,13 @@ struct BlockMembers {
     std::int64_t units = 0;
     bool explodable = true;
     std::int64_t scaling = 0;
+    // Where a save may have to exchange something, in bits.
+    std::array<std::uint64_t, 2> kindPlace{};   ///< anonymous, and whether it has ATTDEFs
+    std::array<std::uint64_t, 2> countPlace{};  ///< of members; from R2004 on
+    std::array<std::uint64_t, 2> basePlace{};
+    std::array<std::uint64_t, 2> insertMarksPlace{};  ///< without the 0 behind
+    std::vector<std::uint64_t> memberPlaces;          ///< of each handle, and where the last ends
+    std::vector<std::uint64_t> insertPlaces;          ///< the same way
 };
 /// Takes the fields of a block's record.
 [[nodiscard]] BlockMembers readBlockHeader(RecordReader& record);

@@ -1,9 +1,12 @@
 #include "host/dwg/dwg_codec.h"
 
 #include "host/dwg/common_data.h"
+#include "host/dwg/dwg_plan.h"
 #include "host/dwg/record_groups.h"
+#include "host/handles.h"
 #include "host/text/group_codes.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace mor::host {
@@ -62,16 +65,84 @@ std::string DwgCodec::salvaged() const { return source().read(0, source().size()
 
 SavePlan DwgCodec::plan(const EditSet& edits) const {
     SavePlan plan;
-    plan.size = source().size();
-    plan.pieces.push_back({true, 0, plan.size, {}, 0});
-    static_cast<void>(edits);
+    m_changes = objectChanges(*m_file, edits);
+    plan.edits = m_changes.edits;
+    plan.refused = m_changes.refused;
+    if (!plan.refused.empty()) return plan;
+    if (!m_changes.any())
+        addCopy(plan, 0, source().size());
+    else if (m_file->release() < Release::R2004)
+        planFlat(*m_file, m_changes, plan);
+    else
+        planPaged(*m_file, m_changes, plan);
     return plan;
 }
 
 std::string DwgCodec::compare(const SavePlan& plan, const Source& written) const {
-    const bool same = written.size() == plan.size && sameBytes(source(), 0, written, 0, plan.size);
-    return same ? "" : "what was copied differs";
+    if (written.size() != plan.size) return "the size differs";
+    std::uint64_t at = 0;
+    for (const PlanPiece& piece : plan.pieces) {
+        const std::string place = " to byte " + std::to_string(at) + " differs";
+        if (piece.copy && !sameBytes(source(), piece.from, written, at, piece.size))
+            return "what was copied" + place;
+        if (!piece.copy && written.read(at, piece.bytes.size()) != piece.bytes)
+            return "what was written" + place;
+        at += piece.copy ? piece.size : piece.bytes.size();
+    }
+    // Read anew: every sum, every object, and all sections that nobody touched.
+    const std::shared_ptr<Source> again = makeBufferSource(written.read(0, written.size()));
+    auto opened = DwgFile::open(again, "what was written");
+    if (!opened) return opened.error().text;
+    return differences(*opened.value());
 }
+
+/// What a file that was written has other than it should; empty when there is nothing.
+std::string DwgCodec::differences(DwgFile& written) const {
+    if (written.damage().count != 0) return written.damage().first;
+    const auto said = [](std::uint64_t handle) { return "object " + handleText(handle); };
+    std::size_t expected = 0;
+    for (const MapEntry& entry : m_file->map().entries()) {
+        if (std::ranges::find(m_changes.erased, entry.handle) != m_changes.erased.end()) {
+            if (written.map().find(entry.handle) != nullptr)
+                return said(entry.handle) + " is still there";
+            continue;
+        }
+        ++expected;
+        if (m_changes.written.contains(entry.handle)) continue;
+        const MapEntry* found = written.map().find(entry.handle);
+        if (found == nullptr) return said(entry.handle) + " is missing";
+        const ObjectFrame fresh = written.frame(found->place, true);
+        if (fresh.wrong != nullptr || fresh.whole != m_file->frame(entry.place).whole)
+            return said(entry.handle) + " differs";
+    }
+    for (const auto& [handle, bytes] : m_changes.written) {
+        const MapEntry* found = written.map().find(handle);
+        if (found == nullptr) return said(handle) + " is missing";
+        const ObjectFrame fresh = written.frame(found->place, true);
+        if (fresh.wrong != nullptr || fresh.handle != handle || fresh.whole != bytes)
+            return said(handle) + " differs from what was made";
+        const DecodedRecord record = decodeRecord(written, fresh);
+        if (record.known && !record.exact) return said(handle) + " has bits that are no fields";
+        if (m_file->map().find(handle) == nullptr) ++expected;
+    }
+    if (written.map().entries().size() != expected) return "there are other objects than expected";
+    const bool seeded = m_changes.seed == 0 || written.header().seed == m_changes.seed;
+    return seeded ? "" : "$HANDSEED differs";
+}
+
+namespace {
+
+/// Why files like that are not written; empty when they are.
+std::string unwritable(const DwgStart& start) {
+    if (start.isSigned)
+        return "it is signed, and a change would break its signature; save it without one";
+    if (start.release < Release::R2000 || start.release == Release::R2007)
+        return "DWG of " + releaseName(start.release) +
+               " is read, not written; save it as R2000, R2004, R2010 or later, or as DXF";
+    return {};
+}
+
+}  // namespace
 
 Result<Opened> openDwg(const std::shared_ptr<Source>& source, const std::string& file) {
     auto opened = DwgFile::open(source, file);
@@ -80,7 +151,7 @@ Result<Opened> openDwg(const std::shared_ptr<Source>& source, const std::string&
     auto skeleton = indexDwg(*opened.value(), file, index);
     if (!skeleton) return skeleton.error();
     skeleton.value().form = "DWG";
-    skeleton.value().unwritable = "DWG is read, not yet written; save it as DXF";
+    skeleton.value().unwritable = unwritable(opened.value()->start());
     const Skeleton& found = skeleton.value();
     std::vector<bool> paper(found.records.size());
     const std::uint16_t viewport = found.types.find("VIEWPORT");

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/drawing/codec.h"
+#include "host/dwg/dwg_edits.h"
 #include "host/dwg/dwg_file.h"
 #include "host/dwg/dwg_index.h"
 #include "host/dwg/record_groups.h"
@@ -33,6 +34,7 @@ public:
 private:
     [[nodiscard]] ObjectFrame frameOf(RecordNumber number) const;
     [[nodiscard]] DecodedRecord decoded(RecordNumber number) const;
+    [[nodiscard]] std::string differences(DwgFile& written) const;
     /// The handle of an entity's layer; 0 for other records.
     [[nodiscard]] std::uint64_t layerOf(const ObjectFrame& frame) const;
 
@@ -41,6 +43,7 @@ private:
     std::vector<bool> m_paper;
     mutable TextNumbers m_layerTexts;
     mutable std::unordered_map<std::uint64_t, std::uint16_t> m_layerNumbers;  ///< by handle
+    mutable ObjectChanges m_changes;                                          ///< of the last plan
     mutable GroupList m_found;  ///< texts of the group found last
 };
 

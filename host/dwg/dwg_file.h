@@ -26,6 +26,7 @@ public:
     [[nodiscard]] const Source& source() const { return *m_source; }
     [[nodiscard]] Release release() const { return m_sections.start.release; }
     [[nodiscard]] const DwgStart& start() const { return m_sections.start; }
+    [[nodiscard]] const DwgSections& sections() const { return m_sections; }
     [[nodiscard]] const DwgHeader& header() const { return m_header; }
     [[nodiscard]] const ObjectMap& map() const { return m_map; }
     [[nodiscard]] const std::vector<DwgClass>& classes() const { return m_classes; }

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
 #include <map>
 #include <utility>
 
@@ -88,6 +89,9 @@ void Indexer::readFrames() {
     m_numbered.resize(entries.size());
     m_types.resize(entries.size());
     m_flags.resize(entries.size());
+    std::uint64_t first = std::numeric_limits<std::uint64_t>::max();
+    std::uint64_t last = 0;
+    std::uint64_t used = 0;
     for (std::size_t i = 0; i < entries.size(); ++i) {
         const ObjectFrame frame = m_file.frame(entries[i].place, true);
         const char* wrong = frame.wrong;
@@ -110,7 +114,12 @@ void Indexer::readFrames() {
             flags |= kOurs;
         m_types[i] = m_skeleton.types.number(dxfTypeOf(m_file, frame));
         m_flags[i] = flags;
+        first = std::min(first, entries[i].place);
+        last = std::max(last, entries[i].place + frame.whole.size());
+        used += frame.whole.size();
     }
+    // Up to R2000 other things lie before and behind the objects; the first place has a mark.
+    if (first < last && last - first > used) m_skeleton.deadBytes = last - first - used;
 }
 
 void Indexer::fillFacts() {

@@ -1,3 +1,4 @@
+#include "host/dwg/bit_writer.h"
 #include "host/dwg/bits.h"
 #include "host/dwg/checksums.h"
 #include "host/dwg/pages.h"
@@ -15,12 +16,9 @@ constexpr std::size_t kBlockBytes = 0x6C;
 constexpr std::size_t kBlockSumAt = 0x68;
 constexpr std::string_view kBlockMark("AcFssFcAJMB\0", 12);
 constexpr std::uint64_t kFirstPageAt = 0x100;
-constexpr std::uint32_t kPageMapType = 0x41630E3B;
-constexpr std::uint32_t kSectionMapType = 0x4163003B;
 constexpr std::uint32_t kDataPageType = 0x4163043B;
 constexpr std::uint32_t kDataPageMask = 0x4164536B;
 constexpr std::size_t kSystemHeaderBytes = 20;
-constexpr std::size_t kDataHeaderBytes = 32;
 constexpr std::size_t kLargestSystemPage = std::size_t{64} << 20U;
 constexpr std::uint64_t kPackedPageBytes = 0x7400;
 constexpr std::uint64_t kLargestPlainPage = std::uint64_t{1} << 20U;
@@ -199,8 +197,18 @@ std::string placePage(const Source& source, const PageLayout& layout, const Page
     return {};
 }
 
-/// Reads a section into `out`, or only tests its pages when that is null; answers what is wrong
-/// with its first damaged page, which is left empty.
+}  // namespace
+
+const Page* PageLayout::page(std::int32_t number) const {
+    const auto found = byNumber.find(number);
+    return found == byNumber.end() ? nullptr : &pages[found->second];
+}
+
+const PagedSection* PageLayout::section(std::string_view name) const {
+    const auto found = std::ranges::find(sections, name, &PagedSection::name);
+    return found == sections.end() ? nullptr : &*found;
+}
+
 std::string readSection(const Source& source, const PageLayout& layout, const PagedSection& section,
                         std::string* out) {
     if (std::string strange = strangeness(section, source.size()); !strange.empty())
@@ -214,16 +222,28 @@ std::string readSection(const Source& source, const PageLayout& layout, const Pa
     return first;
 }
 
-}  // namespace
-
-const Page* PageLayout::page(std::int32_t number) const {
-    const auto found = byNumber.find(number);
-    return found == byNumber.end() ? nullptr : &pages[found->second];
-}
-
-const PagedSection* PageLayout::section(std::string_view name) const {
-    const auto found = std::ranges::find(sections, name, &PagedSection::name);
-    return found == sections.end() ? nullptr : &*found;
+std::string dataPage(std::uint32_t section, std::uint64_t start, std::string_view payload,
+                     std::uint64_t address) {
+    constexpr std::size_t kUnit = 0x20;
+    constexpr std::size_t kSumAt = 0x18;
+    const std::size_t size = (kDataHeaderBytes + payload.size() + kUnit - 1) / kUnit * kUnit;
+    const std::uint32_t dataSum = pageSum(0, payload);
+    std::string head;
+    appendNumber(head, kDataPageType, 4);
+    appendNumber(head, section, 4);
+    appendNumber(head, payload.size(), 4);
+    appendNumber(head, size, 4);
+    appendNumber(head, start, 8);
+    appendNumber(head, 0, 4);
+    appendNumber(head, dataSum, 4);
+    std::string sum;
+    appendNumber(sum, pageSum(dataSum, head), 4);
+    head.replace(kSumAt, sum.size(), sum);
+    const auto mask = kDataPageMask ^ static_cast<std::uint32_t>(address);
+    for (std::size_t i = 0; i < head.size(); ++i)
+        head[i] = static_cast<char>(static_cast<unsigned char>(head[i]) ^
+                                    (mask >> (8 * (i % 4)) & 0xFFU));
+    return head + std::string(payload);
 }
 
 std::string readLayout(const Source& source, PageLayout& layout) {

@@ -13,6 +13,10 @@
 /// How the files of R2004, R2010 and later are laid out: pages, and sections made of them.
 namespace mor::host {
 
+inline constexpr std::uint32_t kPageMapType = 0x41630E3B;
+inline constexpr std::uint32_t kSectionMapType = 0x4163003B;
+inline constexpr std::size_t kDataHeaderBytes = 32;
+
 /// A stretch of the file. Negative numbers are gaps.
 struct Page {
     std::int32_t number = 0;
@@ -54,5 +58,12 @@ struct PageLayout {
 
 /// Reads both maps; answers what is wrong, empty when all is well.
 [[nodiscard]] std::string readLayout(const Source& source, PageLayout& layout);
+/// Reads a section into `out`, or only tests its pages when that is null; answers what is wrong
+/// with its first damaged page, which is left empty.
+[[nodiscard]] std::string readSection(const Source& source, const PageLayout& layout,
+                                      const PagedSection& section, std::string* out);
+/// The page that a section has at `start`, as it lies at `address`; without what fills it up.
+[[nodiscard]] std::string dataPage(std::uint32_t section, std::uint64_t start,
+                                   std::string_view payload, std::uint64_t address);
 
 }  // namespace mor::host

@@ -176,6 +176,7 @@ DecodedRecord decodeRecord(const DwgFile& file, const ObjectFrame& frame, Record
     out.text(0, dxfTypeOf(file, frame));
     if (const std::string table = tableOfControl(frame.type); !table.empty()) out.text(2, table);
     out.handle(frame.type == kDimensionStyle ? 105 : 5, frame.handle);
+    decoded.handlesEnd = frame.end();
     if (frame.wrong != nullptr) return decoded;
     Fields fields = frame.fields(file.release());
     RecordReader record{file, fields, out, frame.handle, 0, frame.type};
@@ -185,6 +186,7 @@ DecodedRecord decodeRecord(const DwgFile& file, const ObjectFrame& frame, Record
         decoded.known = true;
         decode(record);
         decoded.exact = fields.isUsedUp();
+        if (decoded.exact) decoded.handlesEnd = fields.handles().position();
         decoded.owned = std::move(record.owned);
     }
     writeExtendedData(out, file, frame);

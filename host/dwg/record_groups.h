@@ -13,8 +13,9 @@ namespace mor::host {
 struct DecodedRecord {
     GroupList groups;
     OwnedEntities owned;
-    bool known = false;  ///< its own data are read, not only what all records have
-    bool exact = false;  ///< its fields take every bit that it has
+    bool known = false;            ///< its own data are read, not only what all records have
+    bool exact = false;            ///< its fields take every bit that it has
+    std::uint64_t handlesEnd = 0;  ///< where its last handle ends; the object's end when not known
 };
 
 /// The type that DXF gives it; "UNKNOWN" where nothing is known of it.

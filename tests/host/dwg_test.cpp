@@ -87,17 +87,46 @@ TEST_F(Dwg, ShowsTheGroupsOfItsDxfTwin) {
     EXPECT_TRUE(host::verifySave(document()).empty());
 }
 
-TEST_F(Dwg, IsNotSaved) {
-    open(dwg().bytes);
-    host::SaveOptions options;
-    for (const bool dryRun : {false, true}) {
-        options.dryRun = dryRun;
-        const auto saved = host::saveDocument(document(), options);
-        ASSERT_FALSE(saved);
-        EXPECT_EQ(saved.error().kind, host::ErrorKind::Unwritable);
-        EXPECT_TRUE(holds(saved.error().text, "not yet written"));
-    }
-    EXPECT_EQ(readFile(file()), dwg().bytes);
+// What a DXF and a DWG of one drawing come to when the same is done to both.
+TEST_F(Dwg, ChangesLikeItsDxfTwin) {
+    const auto change = [&](std::string_view bytes) {
+        open(bytes);
+        makeLine(L"NEW LAYER");
+        const double from[] = {1.0, 2.0, 3.0};
+        EXPECT_EQ(make(acutBuildList(RTDXF0, L"CIRCLE", 8, L"WALLS", 10, from, 40, 2.5, 0)),
+                  RTNORM);
+        EXPECT_EQ(make(acutBuildList(RTDXF0, L"TEXT", 8, L"0", 10, from, 40, 2.5, 1, L"caf\u00E9",
+                                     50, 0.5, 0)),
+                  RTNORM);
+        CMOREntity line;
+        EXPECT_TRUE(line.Connect(lastEntity()) && line.SetLayer(L"NEW LAYER"));
+        EXPECT_TRUE(line.SetAttribute(L"far", host::readLisp("(1 2.5 \"x\")").value()));
+        EXPECT_TRUE(line.Flush());
+        ads_name name = {};
+        EXPECT_EQ(acdbEntNext(nullptr, name), RTNORM);
+        EXPECT_EQ(acdbEntDel(name), RTNORM);
+        CMORAdsLayer layer;
+        EXPECT_TRUE(layer.Connect(L"WALLS") && layer.IsLocked(true) && layer.Flush());
+        const std::string saved = savedBytes();
+        open(saved);
+        EXPECT_TRUE(host::verifySave(document()).empty());
+        std::string all;
+        for (const char* type : {"LINE", "CIRCLE", "TEXT", "LAYER", "APPID"})
+            all += readAll(document(), type) + "\n";
+        return all + walk();
+    };
+    EXPECT_EQ(change(dwg().bytes), change(dxf()));
+}
+
+TEST_F(Dwg, IsNotSavedWhenItIsDamaged) {
+    std::string bytes = dwg().bytes;
+    const std::size_t place = dwg().places.rbegin()->second;
+    bytes[place + 9] = static_cast<char>(bytes[place + 9] ^ 1);
+    open(bytes);
+    const auto saved = host::saveDocument(document());
+    ASSERT_FALSE(saved);
+    EXPECT_EQ(saved.error().kind, host::ErrorKind::Unwritable);
+    EXPECT_TRUE(holds(saved.error().text, "damaged"));
 }
 
 // Every byte that is read is covered by a sum.
@@ -193,6 +222,53 @@ TEST_F(DwgCorpus, EverySumAndEveryBitOfWhatIsDecodedIsRight) {
     for (const char* type : {"LINE", "INSERT", "ATTRIB", "DIMENSION", "HATCH", "SPLINE", "LAYOUT",
                              "VIEWPORT", "MTEXT", "LWPOLYLINE", "VERTEX", "XRECORD", "DIMSTYLE"})
         EXPECT_GT(types[type], 9) << type;
+}
+
+/// By handle, every record with all its groups.
+std::map<std::string, std::string> shownRecords(const AcApDocument* document) {
+    std::map<std::string, std::string> all;
+    host::forEachRecord(document, [&](const host::RecordInfo& info) {
+        if (info.type == "TABLE") return;  // counts its records
+        std::string text = info.type + " " + info.container + "|";
+        for (const host::RecordGroup& group : host::recordGroups(document, info.name))
+            text += std::to_string(group.code) + " " + group.value + "|";
+        all.emplace(host::handleText(info.handle), std::move(text));
+    });
+    return all;
+}
+
+TEST_F(DwgCorpus, AValueGoesInAndNothingElseChanges) {
+    std::size_t written = 0;
+    for (const fs::path& drawing : drawings()) {
+        writeFile(file("d.dwg"), readFile(drawing));
+        ASSERT_NE(openFile(file("d.dwg")), nullptr);
+        const auto before = shownRecords(document());
+        const bool writable = host::documentInfo(document()).unwritable.empty();
+        makeLine(L"A NEW LAYER");
+        CMOREntity entity;
+        ASSERT_TRUE(entity.Connect(lastEntity()));
+        ASSERT_TRUE(entity.SetAttribute(L"x", host::readLisp("(1 \"\u00E9\")").value()));
+        ASSERT_TRUE(entity.Flush());
+        const std::wstring handle = static_cast<const wchar_t*>(entity.Handle());
+        const auto saved = host::saveDocument(document());
+        EXPECT_EQ(static_cast<bool>(saved), writable)
+            << drawing << (saved ? "" : saved.error().text);
+        if (!saved) continue;
+        ++written;
+        EXPECT_LT(saved.value().bytes, fs::file_size(drawing) + 40960) << drawing;
+        ASSERT_NE(openFile(file("d.dwg")), nullptr);
+        EXPECT_EQ(host::documentInfo(document()).damage, std::nullopt) << drawing;
+        const auto after = shownRecords(document());
+        for (const auto& [other, text] : before) {
+            ASSERT_TRUE(after.contains(other)) << drawing << " " << other;
+            EXPECT_EQ(after.at(other), text) << drawing << " " << other;
+        }
+        EXPECT_EQ(after.size(), before.size() + 3) << drawing;  // layer, application, line
+        CMORAdsLispVar value;
+        ASSERT_TRUE(entity.Connect(named(handle)) && entity.GetAttribute(L"x", value));
+        EXPECT_EQ(host::lispText(value), "(1 \"\u00E9\")");
+    }
+    EXPECT_GT(written, 30u);
 }
 
 using Groups = std::vector<host::RecordGroup>;

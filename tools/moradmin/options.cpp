@@ -66,6 +66,8 @@ void addOptions(CLI::App& app, const Command& command, Options& options) {
         app.add_option("-o,--output", options.output, "save to FILE instead of the drawing")
             ->type_name("FILE")
             ->check(notEmpty("the name of a file"));
+        app.add_flag("--experimental-dwg", options.experimentalDwg,
+                     "you know that no strict judge of DWG was at hand when writing it was tested");
         if (command.run != nullptr)
             app.add_flag("--salvage-drawing", options.salvageDrawing,
                          "of a damaged drawing take what can be read; wants -o FILE");

@@ -17,6 +17,7 @@ struct Options {
     bool json = false;
     bool dryRun = false;
     bool noBackup = false;
+    bool experimentalDwg = false;  ///< --experimental-dwg: no need to be told, nor to be kept safe
     std::string output;
     std::optional<host::FileState> outputBefore;  ///< what stood there when the command began
 

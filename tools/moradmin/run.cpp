@@ -106,10 +106,12 @@ void runLine(Session& session, const ScriptReader::Line& line) {
         throw Failure(kUsage, word + " cannot stand in a script, which works on one drawing");
     const Options options = parseScriptLine(line.words, session.file());
     const bool changing = (command->options & kChanging) != 0;
-    if (changing &&
-        (!options.output.empty() || options.dryRun || options.noBackup || options.salvageDrawing))
-        throw Failure(kUsage,
-                      "--dry-run, --no-backup, --salvage-drawing and -o belong to run itself");
+    if (changing && (!options.output.empty() || options.dryRun || options.noBackup ||
+                     options.salvageDrawing || options.experimentalDwg))
+        throw Failure(
+            kUsage,
+            "--dry-run, --no-backup, --experimental-dwg, --salvage-drawing and -o belong to run "
+            "itself");
     if (!options.inside.empty() && changing)
         throw Failure(kRefused, "references are read-only; change the referenced drawing itself");
     if (options.referenceRoot || !options.referenceFolders.empty() ||

@@ -8,6 +8,7 @@
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/shown_text.h"
 
+#include <cstdlib>
 #include <filesystem>
 #include <iostream>
 #include <system_error>
@@ -167,11 +168,22 @@ Store& Session::store() {
     return *m_store;
 }
 
+bool Session::isUnacknowledgedDwg(const Options& options) const {
+    const char* known = std::getenv("MORADMIN_EXPERIMENTAL_DWG");
+    return host::documentInfo(m_document).form == "DWG" && !options.experimentalDwg &&
+           (known == nullptr || *known == '\0');
+}
+
 std::string Session::save(const Options& options) {
+    if (isUnacknowledgedDwg(options) && !options.dryRun)
+        printNote(
+            message("writing DWG was tested with open readers only, no strict judge of the "
+                    "form was at hand; the old file is kept as a backup "
+                    "(--experimental-dwg says that you know)"));
     host::SaveOptions how;
     how.output = options.output;
     how.before = options.outputBefore;
-    how.backup = !options.noBackup;
+    how.backup = !options.noBackup || isUnacknowledgedDwg(options);
     how.dryRun = options.dryRun;
     refuseLostReadings();
     const auto saved = host::saveDocument(m_document, how);

@@ -69,6 +69,8 @@ public:
     }
 
 private:
+    /// Whether it is a DWG and the user has not said that writing one is an experiment.
+    [[nodiscard]] bool isUnacknowledgedDwg(const Options& options) const;
     /// Looks at the drawing's records and facts, unless that was done.
     void learn();
 

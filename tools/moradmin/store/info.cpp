@@ -60,6 +60,7 @@ int runInfo(Session& session, const Options& options) {
     object["lineEnd"] = info.lineEnd;
     object["bytes"] = info.bytes;
     object["records"] = info.records;
+    if (info.form == "DWG") object["deadBytes"] = info.deadBytes;
     if (info.damage)
         object["damage"] = {{"line", info.damage->line},
                             {"byte", info.damage->offset},
@@ -83,6 +84,10 @@ int runInfo(Session& session, const Options& options) {
               << "store     " << stateName(state.kind) << ", " << state.reachable
               << " directories, " << totals.files << " files, " << totals.bytes
               << " bytes in files\n";
+    if (info.deadBytes != 0)
+        std::cout << "dead      " << info.deadBytes
+                  << " bytes of older versions of objects; what stands in them can be read from "
+                     "the file until the CAD program saves it\n";
     if (info.damage) std::cout << "damage    " << oneLine(damagePlace(*info.damage)) << "\n";
     for (const Finding& finding : state.findings)
         std::cout << "finding   " << finding.code << " " << oneLine(utf8(finding.path)) << ": "
