@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <functional>
+#include <iterator>
 #include <new>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -100,29 +102,15 @@ const Operation kOperations[] = {
     {"removeFileSystemEx", Layer::Locked, [](Fs& fs) { return done(fs, &Fs::removeFileSystemEx); }},
 };
 
-constexpr std::string_view kCalls[] = {"acutNewRb",
-                                       "acdbEntMake",
-                                       "acdbEntLast",
-                                       "acdbEntNext",
-                                       "acdbEntDel",
-                                       "acdbHandEnt",
-                                       "acdbTblSearch",
-                                       "acdbTblNext",
-                                       "acedSSGet",
-                                       "acedSSLength",
-                                       "acedSSName",
-                                       "lockDocument",
-                                       "CMOREntity::Connect",
-                                       "CMOREntity::Flush",
-                                       "CMOREntity::Destroy",
-                                       "CMOREntity::GetAttribute",
-                                       "CMOREntity::SetAttribute",
-                                       "CMOREntity::GetAttributeText",
-                                       "CMOREntity::SetAttributeText",
-                                       "CMOREntity::DeleteAttribute",
-                                       "CMORAdsLayer::Connect",
-                                       "CMORAdsLayer::Create",
-                                       "CMORAdsLayer::Flush"};
+std::vector<std::string> calls() {
+    std::istringstream words{
+        "acutNewRb acdbEntMake acdbEntLast acdbEntNext acdbEntDel acdbHandEnt acdbTblSearch "
+        "acdbTblNext acedSSGet acedSSLength acedSSName lockDocument CMOREntity::Connect "
+        "CMOREntity::Flush CMOREntity::Destroy CMOREntity::GetAttribute CMOREntity::SetAttribute "
+        "CMOREntity::GetAttributeText CMOREntity::SetAttributeText CMOREntity::DeleteAttribute "
+        "CMORAdsLayer::Connect CMORAdsLayer::Create CMORAdsLayer::Flush"};
+    return {std::istream_iterator<std::string>(words), {}};
+}
 
 /// Failures after which a look-up may reset the store, or take its root for missing.
 bool mayReset(std::string_view call) {
@@ -132,7 +120,7 @@ bool mayReset(std::string_view call) {
     return std::ranges::find(causes, call) != std::end(causes);
 }
 
-class FaultSweep : public StoreTest, public ::testing::WithParamInterface<std::string_view> {
+class FaultSweep : public StoreTest, public ::testing::WithParamInterface<std::string> {
 protected:
     static constexpr std::string_view kTree = R"(/ [a/ [f=5 b/ [g="x"]]])";
 
@@ -172,10 +160,10 @@ protected:
 };
 
 TEST_P(FaultSweep, LeaksNothingAndKeepsItsPromises) {
-    const std::string_view call = GetParam();
+    const std::string& call = GetParam();
     for (const Operation& operation : kOperations) {
         for (std::size_t nth = 1; nth < 200; ++nth) {
-            SCOPED_TRACE(std::string(operation.name) + " with failing " + std::string(call) + " " +
+            SCOPED_TRACE(std::string(operation.name) + " with failing " + call + " " +
                          std::to_string(nth));
             prepare();
             Fs store(*CMORCadView::getTheGlobalObject());
@@ -192,13 +180,13 @@ TEST_P(FaultSweep, LeaksNothingAndKeepsItsPromises) {
     }
 }
 
-std::string parameterName(const testing::TestParamInfo<std::string_view>& info) {
-    std::string name(info.param);
+std::string parameterName(const testing::TestParamInfo<std::string>& info) {
+    std::string name = info.param;
     std::erase(name, ':');
     return name;
 }
 
-INSTANTIATE_TEST_SUITE_P(Calls, FaultSweep, testing::ValuesIn(kCalls), parameterName);
+INSTANTIATE_TEST_SUITE_P(Calls, FaultSweep, testing::ValuesIn(calls()), parameterName);
 
 }  // namespace
 }  // namespace mor::test
