@@ -124,13 +124,11 @@ TEST_F(Check, RunsAtItsMessageButIsSkippedOnceAfterARemoval) {
 
 TEST_F(Check, IsOwedToNobodyAfterTheMessageInAnotherDocument) {
     fs().removeFileSystem();
-    AcApDocument* other = host::createDocument(host::Release::R12);
-    makeCurrent(other);
+    const OtherDocument other;
     check();
-    makeCurrent(document());
+    other.leave();
     check();
     EXPECT_EQ(tree(), kWhole);
-    host::closeDocument(other);
 }
 
 // ---- the anchor ---------------------------------------------------------------------------------

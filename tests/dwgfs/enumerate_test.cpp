@@ -185,13 +185,10 @@ TEST_F(Enumeration, AddsMatchesToWhatIsThereWithoutValuesWhileAnotherDocumentIsA
 }
 
 TEST_F(Enumeration, IsFalseWithoutAStore) {
-    AcApDocument* other = host::createDocument(host::Release::R2018);
-    makeCurrent(other);
+    const OtherDocument other;
     EXPECT_EQ(matching(L"/a/f"), "false nil");
     EXPECT_EQ(dirs(L"/"), "false before");
-    send(MOR_AdsMsgSystemClass::ReleaseDocumentObjects);
-    makeCurrent(document());
-    host::closeDocument(other);
+    releaseDocumentObjects();
 }
 
 }  // namespace

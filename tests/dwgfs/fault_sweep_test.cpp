@@ -126,23 +126,15 @@ protected:
 
     /// The drawing of each attempt, with its layer open, so that a lock shows who took it.
     void prepare() {
-        replace();
+        replaceDocument(host::createDocument(host::Release::R2018));
+        static_cast<void>(printed());
         ASSERT_TRUE(write("/a/f", "5"));
         ASSERT_TRUE(write("/a/b/g", R"("x")"));
         setLayer(true, false);
         ASSERT_EQ(tree(), kTree);
     }
-    /// Closes the last attempt's document as a program does it.
-    void replace() {
-        send(3);
-        AcApDocument* former = replaceDocument(host::createDocument(host::Release::R2018));
-        host::closeDocument(former);
-        static_cast<void>(printed());
-    }
     void expectPromises(const Operation& operation, std::string_view call, bool result) const {
-        EXPECT_EQ(host::counters().locksHeld, 0U);
-        EXPECT_EQ(host::counters().selectionSetsOpen, 0U);
-        EXPECT_EQ(host::counters().resbufsOpen, 0U);
+        expectNothingOpen();
         if (!call.starts_with("CMORAdsLayer")) {
             EXPECT_EQ(layer(),
                       operation.layer == Layer::Locked ? "frozen locked" : "frozen unlocked");

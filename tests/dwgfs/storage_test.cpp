@@ -19,8 +19,7 @@ class Storage : public StoreTest {
 protected:
     /// The records that a store of /a/f = 5 adds to a new drawing of that release, a line each.
     std::string added(host::Release release) {
-        send(3);
-        host::closeDocument(replaceDocument(host::createDocument(release)));
+        replaceDocument(host::createDocument(release));
         EXPECT_EQ(tree() + layer(), "noneabsent") << "a fresh drawing holds nothing of it";
         EXPECT_TRUE(write("/a/f", "5"));
         const auto file = testFolder() / "saved.dxf";
