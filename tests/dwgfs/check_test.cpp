@@ -156,22 +156,14 @@ TEST_F(Check, ARootMustPassBothHalvesOfItsEraseTest) {
     }
 }
 
-TEST_F(Check, ABlockOfAnotherKindIsMadeAnewAndKeepsItsLink) {
-    replaceBlock(handleOf("/").c_str());
-    ASSERT_EQ(blockType(), "LINE");
-    EXPECT_TRUE(lookUpRoot());
-    EXPECT_EQ(blockType(), "ATTDEF");
-    EXPECT_EQ(tree(), kWhole);
-    reopen();
-    EXPECT_EQ(tree(), kWhole);
-}
-
-TEST_F(Check, ABlockOfAnotherKindWithoutALinkGetsANewRoot) {
-    for (const wchar_t* link : {static_cast<const wchar_t*>(nullptr), L"FFFFFF"}) {
+TEST_F(Check, ABlockOfAnotherKindIsMadeAnewAndKeepsItsLinkUnlessThatIsDead) {
+    const std::wstring root = handleOf("/");
+    for (const wchar_t* link : {root.c_str(), static_cast<const wchar_t*>(nullptr), L"FFFFFF"}) {
         replaceBlock(link);
+        ASSERT_EQ(blockType(), "LINE");
         EXPECT_TRUE(lookUpRoot());
         EXPECT_EQ(blockType(), "ATTDEF");
-        EXPECT_EQ(tree(), "/");
+        EXPECT_EQ(tree(), link == root.c_str() ? kWhole : "/");
     }
 }
 
