@@ -83,12 +83,6 @@ TEST_F(Listing, ShowsTheRootOfAnEmptyDrawingAsUnresolved) {
     releaseDocumentObjects();
 }
 
-TEST_F(Listing, StopsAtABreak) {
-    host::pressBreakKey();
-    EXPECT_EQ(list(L"/", true), dirLine(L"/") + L"\nBreak\n-> false");
-    EXPECT_EQ(list(L"/a/b", true), dirLine(L"/a/b") + fileLine(L"/a/b/>g")) << "pressed once";
-}
-
 TEST_F(Listing, LooksAtTheBreakKeyBeforeEachEntry) {
     const struct {
         const wchar_t* path;
