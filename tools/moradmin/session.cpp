@@ -3,6 +3,8 @@
 #include "dwgfs/names.h"
 #include "frame/message_system.h"
 #include "space/global_view.h"
+#include "tools/moradmin/damage/salvage_apply.h"
+#include "tools/moradmin/damage/salvage_plan.h"
 #include "tools/moradmin/damage/store_walk.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
@@ -131,6 +133,9 @@ const host::DocumentInfo& Session::info() {
 }
 
 void Session::refuseDamagedStore() {
+    if (state().firstStopping() != nullptr && reference().empty() &&
+        host::documentInfo(m_document).damage)
+        mendForReading();
     if (const Finding* finding = state().firstStopping())
         throw Failure(
             kDamaged,
@@ -139,6 +144,17 @@ void Session::refuseDamagedStore() {
                 finding->code +
                 "); \"moradmin check\" lists all findings, \"moradmin repair\" mends them",
             utf8(finding->path));
+}
+
+void Session::mendForReading() {
+    const StoreState before = takeState();
+    for (const Finding& finding : before.findings)
+        if (finding.stops)
+            printNote(
+                message(utf8(finding.path) + ": " + finding.message + " (" + finding.code + ")"));
+    for (const std::string& line : applySalvage(*this, before, planSalvage(*this, before)))
+        printNote(message("to show what is there, in memory alone: " + line));
+    forget();
 }
 
 const StoreState& Session::safeState() {
