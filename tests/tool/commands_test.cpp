@@ -105,6 +105,17 @@ TEST_F(Commands, ReadADamagedDrawingAsFarAsItGoesAndLeaveItAsItIs) {
     EXPECT_EQ(call("verify D").code, 4);
 }
 
+TEST_F(Commands, SalvageADamagedDrawingThatIsTooOldForValues) {
+    const std::string whole =
+        DxfDrawing{.entities = lineEntity("", "0"), .version = "AC1006"}.bytes();
+    writeFile(file("d.dxf"), whole.substr(0, whole.rfind("0\nEOF")) + "0\nSECTION\n");
+    expectCode(5, "put D /a/x 1; put D /a/x 1 --salvage-drawing -o @e.dxf", "hold no values");
+    expectCode(5, "repair D", "--salvage-drawing -o FILE");
+    EXPECT_EQ(call("repair D --salvage-drawing -o @e.dxf").code, 0);
+    EXPECT_EQ(call("verify @e.dxf").code, 0);
+    EXPECT_EQ(call("entities @e.dxf --count").out, "1\n");
+}
+
 TEST_F(Commands, AnswerFiveWhenTheDrawingCannotBeWritten) {
     const std::string d = newDrawing();
     const std::string bytes = readFile(d);

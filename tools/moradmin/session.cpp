@@ -65,12 +65,14 @@ Session::Session(const std::string& file, host::Opening opening)
 void Session::refuseUnwritable(const Options& options) const {
     const host::DocumentInfo info = host::documentInfo(m_document);
     const bool old = info.release < host::kFirstWithValues;
-    if (info.damage && !old)
+    const bool mending =
+        options.command == "repair";  // there may be no more to it than the drawing
+    if (info.damage && (!old || mending))
         throw Failure(kUnwritable,
                       message("the drawing is damaged and cannot be saved over; "
                               "--salvage-drawing -o FILE writes what can be read of it"),
                       m_file);
-    if (old)
+    if (old && !(mending && options.salvageDrawing))
         throw Failure(kUnwritable,
                       message("drawings of " + host::releaseName(info.release) +
                               " hold no values; save the drawing as R12 or later"),
