@@ -254,11 +254,20 @@ TEST_F(Commands, FindFilesByPattern) {
     EXPECT_EQ(call("find D /p#/ab --values").out, "/p1/ab\t1\n/p2/ab\t3\n");
 }
 
-TEST_F(Commands, SayWhyNothingCanBeMade) {
-    const std::string d = DxfDrawing{.header = "9 $HANDSEED|5 FFFFFFFFFFFFFFFE|"}.save("d.dxf");
-    const std::string bytes = readFile(d);
-    expectCode(6, "put D /a/x 1", "no handle left");
-    EXPECT_EQ(readFile(d), bytes);
+TEST_F(Commands, SayWhyNothingCanBeMadeAndWhatHelps) {
+    DxfDrawing drawing{.entities = lineEntity("A1", "0"),
+                       .header = "9 $HANDSEED|5 FFFFFFFFFFFFFFFE|"};
+    drawing.save("d.dxf");
+    const std::string bytes = readFile(file("d.dxf"));
+    expectCode(
+        6, "put D /a/x 1; put D /a/b/c/x 1",
+        "its $HANDSEED is FFFFFFFFFFFFFFFE, though no handle is larger than A1; set it to A2");
+    EXPECT_EQ(readFile(file("d.dxf")), bytes);
+    exchange(file("d.dxf"), "5 FFFFFFFFFFFFFFFE", "5 A2");
+    EXPECT_EQ(call("put D /a/x 1").code, 0);
+    drawing.entities = lineEntity("FFFFFFFFFFFFFFFE", "0");
+    drawing.save("d.dxf");
+    expectCode(6, "put D /a/x 1", "the handle FFFFFFFFFFFFFFFE is in use");
 }
 
 TEST_F(Commands, NameCandidatesThatAreTooLongToFind) {
