@@ -130,7 +130,8 @@ TEST_F(Commands, AnswerSixWhenTheStoreRefuses) {
     const std::string bytes = readFile(d);
     expectCode(6,
                "put D x 1; put D /x 1; put D /a/1 1; put D /a/x/ 1; put D //a/x 1; "
-               "put D /a.b/x 1; put D /cfg/user 1; put D /cfg/>user 1; put D /cfg/name/x 1; "
+               "put D /a.b/x 1; put D /cfg/user 1; put D /cfg/>user 1; put D /cfg/name/x 1; put D "
+               "/cfg/name/x/y/z 1; "
                "put D [/a/y] 1; cat D /cfg/none; cat D /none/x; cat D /cfg/user; "
                "cat D /cfg; rm D /cfg/none; rm D /cfg/user; rm D /cfg/name /cfg/none; "
                "rm D /cfg/name /cfg/name; ls D /none; ls D cfg; find D cfg/*",

@@ -38,8 +38,8 @@ std::vector<std::wstring> directoriesTo(const std::wstring& path) {
 /// Names of directories that files have: the library would refuse some of them only after making
 /// others, and make a directory x beside a file >x that then is out of reach.
 void refuseFilesOnTheWay(Session& session, const std::wstring& path) {
-    for (const std::wstring& directory : directoriesTo(path)) {
-        if (isStoredDirectory(session, directory)) continue;
+    for (std::wstring directory = path; !isStoredDirectory(session, directory);
+         directory = parentOf(directory)) {  // those above one that is there are there, too
         const std::wstring arrow = joined(parentOf(directory), kFileArrow + nameOf(directory));
         for (const std::wstring& file : {directory, arrow})
             if (isStoredFile(session, file))
@@ -94,6 +94,11 @@ void explainMissingDirectory(Session& session, const std::wstring& path) {
     }
 }
 
+[[noreturn]] void explainRefusedDirectory(Session& session, const std::wstring& path) {
+    explainMissingDirectory(session, path);
+    refuse(session, path, utf8(path) + " cannot be made");
+}
+
 /// Says why a write did not come about.
 [[noreturn]] void explainRefusal(Session& session, const std::wstring& path,
                                  const CMORAdsLispVar& value) {
@@ -131,12 +136,12 @@ void confirmValue(Session& session, Store& fresh, const std::wstring& path,
 
 void putDirectory(Session& session, const std::wstring& path) {
     refuseFilesOnTheWay(session, path);
-    if (session.store().makeDirectory(path) && Session::freshStore()->isDirectory(path.c_str())) {
-        session.noteMade();
-        return;
-    }
-    explainMissingDirectory(session, path);
-    refuse(session, path, utf8(path) + " cannot be made");
+    if (!session.store().makeDirectory(path)) explainRefusedDirectory(session, path);
+    session.noteMade();
+}
+
+void confirmDirectory(Session& session, Store& fresh, const std::wstring& path) {
+    if (!fresh.isDirectory(path.c_str())) explainRefusedDirectory(session, path);
 }
 
 }  // namespace mor::tool
