@@ -1,10 +1,13 @@
+#include "host/host.h"
 #include "tests/support/dxf_records.h"
 #include "tests/tool/tool_test.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
+#include <random>
 #include <set>
 #include <sstream>
 
@@ -180,17 +183,16 @@ protected:
             std::string extension = entry.path().extension().string();
             std::ranges::transform(extension, extension.begin(),
                                    [](char c) { return c >= 'A' && c <= 'Z' ? char(c + 32) : c; });
-            if (extension == ".dxf") m_drawings.push_back(entry.path());
+            if (extension != ".dxf") continue;
+            const bool refused = !refusalOf(readFile(entry.path())).empty();
+            m_drawings[refused ? 1 : 0].push_back(entry.path());
         }
-        std::ranges::sort(m_drawings);
+        for (auto& drawings : m_drawings) std::ranges::sort(drawings);
         ASSERT_GT(drawings(false).size(), 0u) << place;
     }
     /// The drawings that are read or refused; each as bytes.
-    [[nodiscard]] std::vector<fs::path> drawings(bool refused) const {
-        std::vector<fs::path> result;
-        for (const fs::path& path : m_drawings)
-            if (refusalOf(readFile(path)).empty() != refused) result.push_back(path);
-        return result;
+    [[nodiscard]] const std::vector<fs::path>& drawings(bool refused) const {
+        return m_drawings[refused ? 1 : 0];
     }
     /// A copy with a value stored in it.
     std::string stored(const fs::path& original) const {
@@ -203,7 +205,7 @@ protected:
     }
 
 private:
-    std::vector<fs::path> m_drawings;
+    std::array<std::vector<fs::path>, 2> m_drawings;
 };
 
 TEST_F(Corpus, KeepsAStoredValueAndEveryByteOfTheOthers) {
@@ -276,6 +278,38 @@ TEST_F(Corpus, OfOtherFormsKeepsAStoredValueOrIsUntouched) {
         EXPECT_EQ(names(), "");
     }
     EXPECT_TRUE(holds(codes, "0") && holds(codes, "5")) << codes;
+}
+
+TEST_F(Corpus, CutAnywhereSaysWhereItEndsAndIsSalvaged) {
+    std::mt19937 random(7);
+    const fs::path part = file("part.dxf");
+    for (const bool otherForm : {false, true})
+        for (const fs::path& original : drawings(otherForm))
+            for (int cut = fs::file_size(original) > 300'000 ? 2 : 0; cut < 3; ++cut) {
+                std::string bytes = readFile(original);
+                bytes.resize(random() % bytes.size());
+                SCOPED_TRACE(original.string() + " cut at " + std::to_string(bytes.size()));
+                writeFile(part, bytes);
+                const auto opened = host::openDocument(part);
+                if (!opened) {
+                    EXPECT_FALSE(opened.error().text.empty());
+                    continue;
+                }
+                const auto damage = host::documentInfo(opened.value()).damage;
+                host::forEachRecord(opened.value(), [&](const host::RecordInfo& record) {
+                    static_cast<void>(host::recordGroups(opened.value(), record.name));
+                });
+                host::closeDocument(opened.value());
+                EXPECT_TRUE(otherForm || damage || splitDxf(bytes).broken.empty());
+                if (!damage) continue;
+                EXPECT_LE(damage->offset, bytes.size());
+                EXPECT_FALSE(damage->text.empty());
+                const auto salvaged = host::openDocument(part, host::Opening::Salvaged);
+                ASSERT_TRUE(salvaged);
+                EXPECT_FALSE(host::documentInfo(salvaged.value()).damage);
+                EXPECT_EQ(host::verifySave(salvaged.value()), std::vector<std::string>());
+                host::closeDocument(salvaged.value());
+            }
 }
 
 TEST_F(Corpus, HasNoMoreFaultsForAnotherReaderThanBefore) {
