@@ -124,6 +124,7 @@ void expectForm(const DxfFile& before, const DxfFile& after,
             if (one.type() == record->type() && one.section == record->section)
                 marked.insert(one.first(100).has_value());
         if (version >= "AC1012") marked = {true};
+        if (version.empty() && record->is("APPID")) marked = {false};  // readers take it for R12
         const bool same = marked.size() != 1 || marked.contains(record->first(100).has_value());
         EXPECT_TRUE(same) << record->text();
         EXPECT_TRUE(version < "AC1012" || record->handle() != 0) << record->text();
@@ -220,8 +221,12 @@ TEST_F(Corpus, KeepsAStoredValueAndEveryByteOfTheOthers) {
         EXPECT_EQ(after.head, before.head);
         const Comparison compared = compare(before, after);
         EXPECT_EQ(compared.lost, "");
-        const bool blockRecords = before.variable("$ACADVER") >= "AC1012" ||
-                                  holds(outline(compared.made), "BLOCK_RECORD");
+        const bool marked = std::ranges::any_of(before.records, [](const DxfRecord& record) {
+            return record.is("BLOCK") && record.first(100);
+        });
+        const bool blockRecords =
+            before.variable("$ACADVER") >= "AC1012" ||
+            (marked && outline(compared.made).find("BLOCK_RECORD") != std::string::npos);
         EXPECT_EQ(outline(compared.made), std::string("APPID ") +
                                               (blockRecords ? "BLOCK_RECORD " : "") +
                                               "LAYER / BLOCK ATTDEF ENDBLK INSERT INSERT INSERT");
