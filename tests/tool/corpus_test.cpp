@@ -99,13 +99,13 @@ std::string outline(const std::vector<const DxfRecord*>& made) {
     std::set<std::string> tables;
     std::string others;
     for (const DxfRecord* record : made) {
-        if (record->section == "TABLES" && !record->isEdge()) tables.insert(record->type());
-        if (record->section == "ENTITIES" && record->isEdge()) continue;
-        if (record->section == "BLOCKS" && !record->is("SECTION") && !record->is("ENDSEC"))
-            EXPECT_EQ(record->container, "MOR_DWGFILES");
-        else if (record->section != "ENTITIES")
-            continue;
-        others += " " + record->type();
+        const bool ofBlock = record->is("BLOCK") || record->is("ENDBLK");
+        if (record->isEdge() && !ofBlock) continue;
+        if (record->section == "TABLES")
+            tables.insert(record->type());
+        else
+            others += " " + record->type();
+        EXPECT_TRUE(record->section != "BLOCKS" || record->container == "MOR_DWGFILES");
     }
     std::string all;
     for (const std::string& type : tables) all += type + " ";
