@@ -48,6 +48,7 @@ Structure::Wrong Structure::begin(std::string_view type, std::uint64_t offset) {
     if (started())
         if (auto wrong = endRecord()) return wrong;
     RecordEntry entry;
+    if (type.starts_with("EOF\x1A")) type = "EOF";  // programs of old systems ended texts so
     entry.type = m_skeleton.types.number(type);
     m_skeleton.records.push_back(entry);
     m_index.places.push_back(offset);

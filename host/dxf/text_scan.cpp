@@ -159,9 +159,12 @@ private:
 };
 
 Stop TextScan::noCode(std::string_view found) const {
-    if (m_structure.started())
-        return stop("a group code was expected, found \"" + std::string(found.substr(0, 40)) +
-                    "\"");
+    if (m_structure.started()) {
+        Stop wrong =
+            stop("a group code was expected, found \"" + std::string(found.substr(0, 40)) + "\"");
+        wrong.noCode = true;
+        return wrong;
+    }
     Stop foreign = stop("no DXF text: a drawing begins with group 0 SECTION");
     foreign.foreign = true;
     return foreign;
@@ -365,10 +368,29 @@ std::optional<Stop> TextScan::run() {
     return std::nullopt;
 }
 
+/// Whether only blanks, line ends, zeros and the ^Z of old systems stand from there on.
+bool endsAt(const Source& source, std::uint64_t offset) {
+    std::vector<char> buffer(kReadSize);
+    while (offset < source.size()) {
+        const std::size_t got = source.read(offset, buffer.data(), buffer.size());
+        const std::string_view text(buffer.data(), got);
+        if (got == 0 || text.find_first_not_of(std::string_view(" \t\r\n\x1A\0", 6)) != text.npos)
+            return false;
+        offset += got;
+    }
+    return true;
+}
+
 }  // namespace
 
 std::optional<Stop> scanText(DxfIndex& index, Structure& structure, Scan scan) {
-    return TextScan(index, structure, scan).run();
+    auto stopped = TextScan(index, structure, scan).run();
+    if (!stopped || !stopped->noCode || !endsAt(*index.source, stopped->offset)) return stopped;
+    // The file goes on behind its last record, with nothing to read.
+    const auto wrong = structure.finish(stopped->offset);
+    if (!wrong) return std::nullopt;
+    stopped->text = *wrong;
+    return stopped;
 }
 
 }  // namespace mor::host

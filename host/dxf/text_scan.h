@@ -15,6 +15,7 @@ struct Stop {
     std::uint64_t line = 0;    ///< from 1; 0 in the binary form
     std::uint64_t offset = 0;  ///< of the group where it shows
     bool foreign = false;      ///< the file is no DXF at all
+    bool noCode = false;       ///< a line that should be a group code is none
 };
 
 /// Tells the structure the groups of a text file, and finishes it where nothing stops.

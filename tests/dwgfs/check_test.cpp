@@ -124,13 +124,11 @@ TEST_F(Check, RunsAtItsMessageButIsSkippedOnceAfterARemoval) {
 
 TEST_F(Check, IsOwedToNobodyAfterTheMessageInAnotherDocument) {
     fs().removeFileSystem();
-    AcApDocument* other = host::createDocument(host::Release::R12);
-    makeCurrent(other);
+    const OtherDocument other;
     check();
-    makeCurrent(document());
+    other.leave();
     check();
     EXPECT_EQ(tree(), kWhole);
-    host::closeDocument(other);
 }
 
 // ---- the anchor ---------------------------------------------------------------------------------
@@ -158,22 +156,14 @@ TEST_F(Check, ARootMustPassBothHalvesOfItsEraseTest) {
     }
 }
 
-TEST_F(Check, ABlockOfAnotherKindIsMadeAnewAndKeepsItsLink) {
-    replaceBlock(handleOf("/").c_str());
-    ASSERT_EQ(blockType(), "LINE");
-    EXPECT_TRUE(lookUpRoot());
-    EXPECT_EQ(blockType(), "ATTDEF");
-    EXPECT_EQ(tree(), kWhole);
-    reopen();
-    EXPECT_EQ(tree(), kWhole);
-}
-
-TEST_F(Check, ABlockOfAnotherKindWithoutALinkGetsANewRoot) {
-    for (const wchar_t* link : {static_cast<const wchar_t*>(nullptr), L"FFFFFF"}) {
+TEST_F(Check, ABlockOfAnotherKindIsMadeAnewAndKeepsItsLinkUnlessThatIsDead) {
+    const std::wstring root = handleOf("/");
+    for (const wchar_t* link : {root.c_str(), static_cast<const wchar_t*>(nullptr), L"FFFFFF"}) {
         replaceBlock(link);
+        ASSERT_EQ(blockType(), "LINE");
         EXPECT_TRUE(lookUpRoot());
         EXPECT_EQ(blockType(), "ATTDEF");
-        EXPECT_EQ(tree(), "/");
+        EXPECT_EQ(tree(), link == root.c_str() ? kWhole : "/");
     }
 }
 

@@ -66,6 +66,11 @@ TEST_F(Enumeration, ListsEachKindInStoredOrder) {
     EXPECT_EQ(joined(both), "f s g >x");
     EXPECT_FALSE(OpenFileSystem{}.getAll(std::wstring{L"/no"}.data(), both, OpenFileSystem::All));
     EXPECT_EQ(joined(both), "f s g >x");
+    host::resetCounters();
+    EXPECT_EQ(files(L"/a"), "f g >x");
+    EXPECT_EQ(host::counters().locksTaken, 0u);
+    static_cast<void>(matching(L"/a/*"));
+    EXPECT_EQ(host::counters().locksTaken, 3u) << "one for each file that is read";
 }
 
 TEST_F(Enumeration, PassesOverAttributesThatAreNoEntries) {
@@ -78,29 +83,21 @@ TEST_F(Enumeration, PassesOverAttributesThatAreNoEntries) {
     EXPECT_EQ(dirs(L"/a/s"), "");
 }
 
-TEST_F(Enumeration, AnswersFalseForWhatDoesNotResolve) {
-    for (const wchar_t* path : {L"/none", L"/a/f"}) {
-        EXPECT_EQ(files(path), "false before");
-        EXPECT_EQ(dirs(path), "false before");
-        EXPECT_EQ(lispFiles(path), "false nil");
-        EXPECT_EQ(lispDirs(path), "false nil");
-        EXPECT_EQ(allFiles(path), "false \"before\"");
-    }
-    EXPECT_EQ(printed(), L"");
-}
-
-TEST_F(Enumeration, ReportsInvalidPathsOfFilesOnly) {
-    for (const wchar_t* path : {L"/a/", L"a", L"", L"//a", L"//a/b"}) {
-        const std::wstring message = L": invalid path \"" + std::wstring{path} + L"\"";
-        EXPECT_EQ(dirs(path), "false before");
-        EXPECT_EQ(lispDirs(path), "false nil");
+TEST_F(Enumeration, AnswersFalseForWhatDoesNotResolveAndReportsInvalidPathsOfFiles) {
+    for (const std::wstring path : {L"/none", L"/a/f", L"/a/", L"a", L"", L"//a", L"//a/b"}) {
+        const bool valid = path == L"/none" || path == L"/a/f";
+        const auto report = [&](const wchar_t* operation) {
+            return valid ? L"" : operation + (L": invalid path \"" + path + L"\"");
+        };
+        EXPECT_EQ(dirs(path.c_str()), "false before");
+        EXPECT_EQ(lispDirs(path.c_str()), "false nil");
         EXPECT_EQ(printed(), L"");
-        EXPECT_EQ(files(path), "false before");
-        EXPECT_EQ(printed(), L"CMORCadDwgFileSystem::getAllFiles" + message);
-        EXPECT_EQ(lispFiles(path), "false nil");
-        EXPECT_EQ(printed(), L"CMORCadDwgFileSystem::getAllFiles" + message);
-        EXPECT_EQ(allFiles(path), "false \"before\"");
-        EXPECT_EQ(printed(), L"CMORCadDwgFileSystem::readAllFiles" + message);
+        EXPECT_EQ(files(path.c_str()), "false before");
+        EXPECT_EQ(printed(), report(L"CMORCadDwgFileSystem::getAllFiles"));
+        EXPECT_EQ(lispFiles(path.c_str()), "false nil");
+        EXPECT_EQ(printed(), report(L"CMORCadDwgFileSystem::getAllFiles"));
+        EXPECT_EQ(allFiles(path.c_str()), "false \"before\"");
+        EXPECT_EQ(printed(), report(L"CMORCadDwgFileSystem::readAllFiles"));
     }
 }
 
@@ -167,14 +164,6 @@ TEST_F(Enumeration, EndsWhereLinksMultiply) {
     EXPECT_LT(CMORAdsLisp::Length(result), 3000u);
 }
 
-TEST_F(Enumeration, LocksOncePerFileRead) {
-    host::resetCounters();
-    EXPECT_EQ(files(L"/a"), "f g >x");
-    EXPECT_EQ(host::counters().locksTaken, 0u);
-    static_cast<void>(matching(L"/a/*"));
-    EXPECT_EQ(host::counters().locksTaken, 3u);
-}
-
 TEST_F(Enumeration, AddsMatchesToWhatIsThereWithoutValuesWhileAnotherDocumentIsActive) {
     CMORAdsLispVar result;
     EXPECT_TRUE(fs().readAllMatchingFiles(L"/a/f", result));
@@ -185,13 +174,10 @@ TEST_F(Enumeration, AddsMatchesToWhatIsThereWithoutValuesWhileAnotherDocumentIsA
 }
 
 TEST_F(Enumeration, IsFalseWithoutAStore) {
-    AcApDocument* other = host::createDocument(host::Release::R2018);
-    makeCurrent(other);
+    const OtherDocument other;
     EXPECT_EQ(matching(L"/a/f"), "false nil");
     EXPECT_EQ(dirs(L"/"), "false before");
-    send(MOR_AdsMsgSystemClass::ReleaseDocumentObjects);
-    makeCurrent(document());
-    host::closeDocument(other);
+    releaseDocumentObjects();
 }
 
 }  // namespace

@@ -78,18 +78,9 @@ TEST_F(Listing, PrintsNothingForAnInvalidPath) {
 }
 
 TEST_F(Listing, ShowsTheRootOfAnEmptyDrawingAsUnresolved) {
-    AcApDocument* other = host::createDocument(host::Release::R12);
-    makeCurrent(other);
+    const OtherDocument other;
     EXPECT_EQ(list(L"/", true), L"Dir       0 free    /\n-> false");
-    send(MOR_AdsMsgSystemClass::ReleaseDocumentObjects);
-    makeCurrent(document());
-    host::closeDocument(other);
-}
-
-TEST_F(Listing, StopsAtABreak) {
-    host::pressBreakKey();
-    EXPECT_EQ(list(L"/", true), dirLine(L"/") + L"\nBreak\n-> false");
-    EXPECT_EQ(list(L"/a/b", true), dirLine(L"/a/b") + fileLine(L"/a/b/>g")) << "pressed once";
+    releaseDocumentObjects();
 }
 
 TEST_F(Listing, LooksAtTheBreakKeyBeforeEachEntry) {

@@ -23,7 +23,6 @@ protected:
         const int left = registry->unregisterFct(OpenFileSystem::callBack);
         return left;
     }
-    static void release() { send(MOR_AdsMsgSystemClass::ReleaseDocumentObjects); }
     /// Whether the object's table holds the directory.
     static bool knows(OpenFileSystem& object, const wchar_t* path) {
         CMOREntity dir;
@@ -90,27 +89,25 @@ TEST_F(FileSystemObject, KeepsItsDirectoriesInCopiesAndForAViewOfTheSameSpace) {
 
 TEST_F(FileSystemObject, OneMessageTakesTheRegistrationsOfTwoDocuments) {
     static_cast<void>(fs());
-    AcApDocument* other = host::createDocument(host::Release::R12);
-    makeCurrent(other);
+    const OtherDocument other;
     static_cast<void>(fs());
     EXPECT_EQ(registrations(), 2);
-    release();
+    releaseDocumentObjects();
     EXPECT_EQ(slot(), nullptr);
     EXPECT_EQ(registrations(), 0);
     static_cast<void>(fs());
     EXPECT_EQ(registrations(), 1);
-    release();
-    makeCurrent(document());
-    release();
+    releaseDocumentObjects();
+    other.leave();
+    releaseDocumentObjects();
     EXPECT_NE(slot(), nullptr) << "nobody listens any more";
-    host::closeDocument(other);
 }
 
 TEST_F(FileSystemObject, OneThatTheLibraryDidNotMakeStays) {
     const std::unique_ptr<CMORMDIDocumentVariable> foreign{fs().CreateInstance()};
     CMORCadDwgFileSystem* own = slot();
     slot() = dynamic_cast<CMORCadDwgFileSystem*>(foreign.get());
-    release();
+    releaseDocumentObjects();
     EXPECT_EQ(slot(), foreign.get());
     slot() = own;
 }

@@ -6,52 +6,54 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 namespace mor::test {
 namespace {
 
 using Fs = CMORCadDwgFileSystem;
 
+/// The parts of a text between the bars.
+std::vector<std::wstring> parts(const wchar_t* text) {
+    std::vector<std::wstring> all(1);
+    for (; *text != L'\0'; ++text)
+        if (*text == L'|')
+            all.emplace_back();
+        else
+            all.back() += *text;
+    return all;
+}
+
 TEST(PathRules, NamesAreLettersDigitsAndAFewMore) {
     const struct {
-        const wchar_t* name;
+        const wchar_t* names;
         bool dir, file;
-    } cases[] = {{L"a", true, true},          {L"a1", true, true},
-                 {L"1a", true, true},         {L"a b", true, true},
-                 {L"a-b_c", true, true},      {L"a ", true, true},
-                 {L"1 -a", true, true},       {L"\u00E4\u4E2D", true, true},
-                 {L">a", false, true},        {L">1a", false, true},
-                 {L"", false, false},         {L"123", false, false},
-                 {L"1-2_3 4", false, false},  {L"-a", false, false},
-                 {L"_a", false, false},       {L" a", false, false},
-                 {L"a.b", false, false},      {L"a/b", false, false},
-                 {L"a\t", false, false},      {L"a>", false, false},
-                 {L">", false, false},        {L">>a", false, false},
-                 {L">1", false, false},       {L"> a", false, false},
-                 {L"\U00010400", true, true}, {L"a\U0001F600", false, false},
-                 {L"^a", false, false},       {L"$ID", false, false},
-                 {nullptr, false, false}};
-    for (const auto& c : cases) {
-        EXPECT_EQ(Fs::isValidDirName(c.name), c.dir) << narrow(c.name ? c.name : L"null");
-        EXPECT_EQ(Fs::isValidFileName(c.name), c.file) << narrow(c.name ? c.name : L"null");
-    }
+    } cases[] = {
+        {L"a|a1|1a|a b|a-b_c|a |1 -a|\u00E4\u4E2D|\U00010400", true, true},
+        {L">a|>1a", false, true},
+        {L"|123|1-2_3 4|-a|_a| a|a.b|a/b|a\t|a>|>|>>a|>1|> a|a\U0001F600|^a|$ID", false, false}};
+    for (const auto& c : cases)
+        for (const std::wstring& name : parts(c.names)) {
+            EXPECT_EQ(Fs::isValidDirName(name.c_str()), c.dir) << narrow(name);
+            EXPECT_EQ(Fs::isValidFileName(name.c_str()), c.file) << narrow(name);
+        }
+    EXPECT_FALSE(Fs::isValidDirName(nullptr) || Fs::isValidFileName(nullptr));
 }
 
 TEST(PathRules, FilesLieBelowADirectory) {
     const struct {
-        const wchar_t* path;
+        const wchar_t* paths;
         bool dir, file;
-    } cases[] = {{L"/", true, false},      {L"/a", true, false},     {L"/a/b", true, true},
-                 {L"/a b/1c", true, true}, {L"", false, false},      {L"a", false, false},
-                 {L"/a/", false, false},   {L"//", false, false},    {L"//a", false, false},
-                 {L"/a//b", false, false}, {L"/1", false, false},    {L"/a/1", false, false},
-                 {L"/a.b", false, false},  {L"/>a", false, false},   {L"a/b", false, false},
-                 {L"/a/>f", false, true},  {L"/a/b/f", true, true},  {L"/a/f/", false, false},
-                 {L"/>a/f", false, false}, {L"//a/f", false, false}, {nullptr, false, false}};
-    for (const auto& c : cases) {
-        EXPECT_EQ(Fs::isValidDirPathName(c.path), c.dir) << narrow(c.path ? c.path : L"null");
-        EXPECT_EQ(Fs::isValidFilePathName(c.path), c.file) << narrow(c.path ? c.path : L"null");
-    }
+    } cases[] = {{L"/|/a", true, false},
+                 {L"/a/b|/a b/1c|/a/b/f", true, true},
+                 {L"/a/>f", false, true},
+                 {L"|a|/a/|//|//a|/a//b|/1|/a/1|/a.b|/>a|a/b|/a/f/|/>a/f|//a/f", false, false}};
+    for (const auto& c : cases)
+        for (const std::wstring& path : parts(c.paths)) {
+            EXPECT_EQ(Fs::isValidDirPathName(path.c_str()), c.dir) << narrow(path);
+            EXPECT_EQ(Fs::isValidFilePathName(path.c_str()), c.file) << narrow(path);
+        }
+    EXPECT_FALSE(Fs::isValidDirPathName(nullptr) || Fs::isValidFilePathName(nullptr));
 }
 
 TEST(PathRules, LengthsAreLimited) {

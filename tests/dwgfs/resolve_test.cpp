@@ -169,14 +169,6 @@ TEST_F(Directories, AndFilesAreToldApart) {
     EXPECT_TRUE(fs().isFile(L"/a/b") && fs().isDirectory(L"/a/b")) << "a name that is both";
 }
 
-TEST_F(Directories, NestAsDeepAsAPathIsLong) {
-    std::string path;
-    while (path.size() < 1020) path += "/a";
-    ASSERT_TRUE(write(path + "/f", "5"));
-    EXPECT_EQ(read(path + "/f"), "5");
-    EXPECT_EQ(inserts(), path.size() / 2 + 1);
-}
-
 TEST_F(Directories, LinksInACircleResolveByTheirParts) {
     ASSERT_TRUE(write("/a/b/f", "5"));
     link("/a/b", L"^a", "/a");

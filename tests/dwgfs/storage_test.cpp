@@ -3,10 +3,12 @@
 #include "platform/entity_calls.h"
 #include "platform/owned.h"
 #include "tests/dwgfs/store_fixture.h"
+#include "tests/support/dxf_records.h"
+#include "tests/support/test_folder.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -15,49 +17,73 @@ namespace {
 
 class Storage : public StoreTest {
 protected:
-    /// The groups of a record that tell what it is, "0=INSERT 2=... 8=...".
-    [[nodiscard]] std::string groups(EntityName name, std::initializer_list<int> codes) const {
-        const std::vector<host::RecordGroup> all = host::recordGroups(document(), name);
-        std::string result;
-        for (const int code : codes) {
-            const auto found = std::ranges::find(all, code, &host::RecordGroup::code);
-            result += (result.empty() ? "" : " ") + std::to_string(code) + "=" +
-                      (found == all.end() ? "-" : found->value);
-        }
-        return result;
-    }
-    [[nodiscard]] std::string attributes(EntityName name) const {
-        std::string result;
-        for (const auto& item : host::recordAttributes(document(), name).items)
-            result +=
-                host::toUtf8(item.name) + "=" + host::toUtf8(host::stringOf(item.value)) + ";";
-        return result;
-    }
-    [[nodiscard]] std::string handle(std::string_view path) const {
-        return host::toUtf8(handleOf(path));
+    /// The records that a store of /a/f = 5 adds to a new drawing of that release, a line each.
+    std::string added(host::Release release) {
+        replaceDocument(host::createDocument(release));
+        EXPECT_EQ(tree() + layer(), "noneabsent") << "a fresh drawing holds nothing of it";
+        EXPECT_TRUE(write("/a/f", "5"));
+        const auto file = testFolder() / "saved.dxf";
+        EXPECT_TRUE(host::saveDocument(document(), {.output = file}));
+        std::string all;
+        for (const DxfRecord& record : splitDxf(readFile(file)).records)
+            if (record.text().find("MOR_") != std::string::npos ||
+                record.container == "MOR_DWGFILES")
+                all += record.text() + "|\n";
+        return all;
     }
 };
 
-TEST_F(Storage, TheBlockHoldsOneInvisibleConstantAttribute) {
-    static_cast<void>(fs());
-    EXPECT_EQ(tree() + layer(), "noneabsent") << "a fresh drawing holds nothing of it";
-    ASSERT_TRUE(write("/a/f", "5"));
-    EXPECT_EQ(groups(blockEntity(), {0, 1, 2, 3, 8, 40, 70}),
-              "0=ATTDEF 1= 2=mor 3=mor 8=0 40=1.0 70=3");
-    EXPECT_EQ(attributes(blockEntity()), "^DWG_FILESYSTEM_ROOT=" + handle("/") + ";");
-    EXPECT_EQ(host::recordInfo(document(), blockEntity())->container, "MOR_DWGFILES");
-}
+/// What a store of /a/f = 5 adds to a drawing of R12.
+constexpr const char* kFormOfR12 =
+    "0 LAYER|2 MOR_CONTROL_LAYER|70 5|62 7|6 CONTINUOUS|\n"
+    "0 APPID|2 MOR_ATTRIBUTES|70 0|\n"
+    "0 BLOCK|8 0|2 MOR_DWGFILES|70 0|10 0.0|20 0.0|30 0.0|3 MOR_DWGFILES|1 |\n"
+    "0 ATTDEF|5 1|8 0|10 0.0|20 0.0|30 0.0|40 1.0|1 |3 mor|2 mor|70 3|1001 MOR_ATTRIBUTES|1070 1|"
+    "1000 \\U+005EDWG_FILESYSTEM_ROOT|1000 3|\n"
+    "0 ENDBLK|5 2|8 0|\n"
+    "0 INSERT|5 3|8 MOR_CONTROL_LAYER|2 MOR_DWGFILES|10 0.0|20 0.0|30 0.0|1001 MOR_ATTRIBUTES|"
+    "1070 1|1000 $ID|1000 MOR_DWGFILES_DIR|1000 $INFO|1000 /|1000 \\U+005Ea|1000 4|\n"
+    "0 INSERT|5 4|8 MOR_CONTROL_LAYER|2 MOR_DWGFILES|10 0.0|20 0.0|30 0.0|1001 MOR_ATTRIBUTES|"
+    "1070 1|1000 $ID|1000 MOR_DWGFILES_DIR|1000 $INFO|1000 /a|1000 f|1071 5|\n";
 
-TEST_F(Storage, ADirectoryIsAnInsertInModelSpace) {
-    ASSERT_TRUE(write("/a/b/f", "5"));
-    EXPECT_EQ(inserts(), 3u);
-    const std::pair<std::string, std::string> entries[] = {
-        {"/", "^a=" + handle("/a")}, {"/a", "^b=" + handle("/a/b")}, {"/a/b", "f="}};
-    for (const auto& [path, entry] : entries) {
-        const EntityName name = entityOf(path);
-        EXPECT_EQ(groups(name, {0, 2, 8, 66}), "0=INSERT 2=MOR_DWGFILES 8=MOR_CONTROL_LAYER 66=-");
-        EXPECT_EQ(host::recordInfo(document(), name)->place, host::Place::ModelSpace);
-        EXPECT_EQ(attributes(name), "$ID=MOR_DWGFILES_DIR;$INFO=" + path + ";" + entry + ";");
+/// The same since R13; "@AC1015 " stands before groups that came with a later release.
+constexpr const char* kFormSinceR13 =
+    "0 LAYER|5 20|@AC1015 330 1|100 AcDbSymbolTableRecord|100 AcDbLayerTableRecord|"
+    "2 MOR_CONTROL_LAYER|70 5|62 7|6 Continuous|@AC1015 370 -3|@AC1015 390 F|\n"
+    "0 APPID|5 26|@AC1015 330 3|100 AcDbSymbolTableRecord|100 AcDbRegAppTableRecord|"
+    "2 MOR_ATTRIBUTES|70 0|\n"
+    "0 BLOCK_RECORD|5 21|@AC1015 330 9|100 AcDbSymbolTableRecord|100 AcDbBlockTableRecord|"
+    "2 MOR_DWGFILES|@AC1015 340 0|@AC1021 70 0|@AC1021 280 1|@AC1021 281 0|\n"
+    "0 BLOCK|5 22|@AC1015 330 21|100 AcDbEntity|8 0|100 AcDbBlockBegin|2 MOR_DWGFILES|70 0|"
+    "10 0.0|20 0.0|30 0.0|3 MOR_DWGFILES|1 |\n"
+    "0 ATTDEF|5 23|@AC1015 330 21|100 AcDbEntity|8 0|100 AcDbText|10 0.0|20 0.0|30 0.0|40 1.0|1 |"
+    "100 AcDbAttributeDefinition|@AC1024 280 0|3 mor|2 mor|70 3|@AC1021 280 0|"
+    "1001 MOR_ATTRIBUTES|1070 1|1000 \\U+005EDWG_FILESYSTEM_ROOT|1000 25|\n"
+    "0 ENDBLK|5 24|@AC1015 330 21|100 AcDbEntity|8 0|100 AcDbBlockEnd|\n"
+    "0 INSERT|5 25|@AC1015 330 18|100 AcDbEntity|8 MOR_CONTROL_LAYER|100 AcDbBlockReference|"
+    "2 MOR_DWGFILES|10 0.0|20 0.0|30 0.0|1001 MOR_ATTRIBUTES|1070 1|1000 $ID|"
+    "1000 MOR_DWGFILES_DIR|1000 $INFO|1000 /|1000 \\U+005Ea|1000 27|\n"
+    "0 INSERT|5 27|@AC1015 330 18|100 AcDbEntity|8 MOR_CONTROL_LAYER|100 AcDbBlockReference|"
+    "2 MOR_DWGFILES|10 0.0|20 0.0|30 0.0|1001 MOR_ATTRIBUTES|1070 1|1000 $ID|"
+    "1000 MOR_DWGFILES_DIR|1000 $INFO|1000 /a|1000 f|1071 5|\n";
+
+TEST_F(Storage, RecordsHaveTheFormOfEachRelease) {
+    EXPECT_EQ(added(host::Release::R12), kFormOfR12);
+    for (const auto release :
+         {host::Release::R13, host::Release::R14, host::Release::R2000, host::Release::R2004,
+          host::Release::R2007, host::Release::R2010, host::Release::R2013, host::Release::R2018}) {
+        const std::string made = added(release);
+        const std::string version = host::documentInfo(document()).version;
+        std::string wanted;
+        std::istringstream groups{kFormSinceR13};
+        for (std::string group; std::getline(groups, group, '|');) {
+            if (!group.starts_with('@'))
+                wanted += group + "|";
+            else if (version >= group.substr(1, 6))
+                wanted += group.substr(8) + "|";
+        }
+        wanted.pop_back();
+        EXPECT_EQ(made, wanted) << version;
     }
 }
 

@@ -37,15 +37,9 @@ std::string joined(const CMORStringList& list) {
 }
 
 void StoreTest::SetUp() {
-    MOR_AdsMsgSystemClass::deleteTheGlobalObject();
     DrawingTest::SetUp();
     // A removal in another test may have asked to skip this one's first check.
     OpenFileSystem::callBack(MOR_AdsMsgSystemClass::CheckDwgFileSystem);
-}
-
-void StoreTest::TearDown() {
-    DrawingTest::TearDown();
-    MOR_AdsMsgSystemClass::deleteTheGlobalObject();
 }
 
 CMORCadDwgFileSystem& StoreTest::fs() {
@@ -161,24 +155,12 @@ void StoreTest::setLayer(bool frozen, bool locked) {
     EXPECT_TRUE(object.Flush());
 }
 
-void StoreTest::send(int message) {
-    MOR_AdsMsgSystemClass::getTheGlobalObject()->sendMessage(
-        static_cast<MOR_AdsMsgSystemClass::Message>(message));
-}
-
 void StoreTest::reopen() {
     const std::filesystem::path file = testFolder() / "reopened.dxf";
     const auto saved = host::saveDocument(document(), {.output = file, .backup = false});
     ASSERT_TRUE(saved) << saved.error().message();
     open(file);
     std::filesystem::remove(file);
-}
-
-void StoreTest::open(const std::filesystem::path& file) {
-    auto opened = host::openDocument(file);
-    ASSERT_TRUE(opened) << opened.error().message();
-    send(MOR_AdsMsgSystemClass::ReleaseDocumentObjects);
-    host::closeDocument(replaceDocument(opened.value()));
 }
 
 }  // namespace mor::test

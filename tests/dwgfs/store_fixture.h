@@ -1,12 +1,10 @@
 #pragma once
 
 #include "dwgfs/dwg_file_system.h"
-#include "frame/message_system.h"
 #include "tests/support/drawing_test.h"
 #include "tests/support/dxf_drawing.h"
 
 #include <cstddef>
-#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -47,7 +45,6 @@ protected:
     explicit StoreTest(host::Release release = host::Release::R2018) : DrawingTest(release) {}
 
     void SetUp() override;
-    void TearDown() override;
 
     /// The current document's file system.
     static CMORCadDwgFileSystem& fs();
@@ -77,11 +74,8 @@ protected:
     static void setText(EntityName entity, const wchar_t* attribute, const wchar_t* text);
     static void setLayer(bool frozen, bool locked);
 
-    static void send(int message);
     /// Saves the drawing to a file and opens that instead.
     void reopen();
-    /// Opens a file in place of the test's drawing.
-    void open(const std::filesystem::path& file);
 
 private:
     [[nodiscard]] std::string describe(EntityName dir, const std::string& name, int depth) const;

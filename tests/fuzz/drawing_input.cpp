@@ -1,14 +1,12 @@
 #include "tests/fuzz/drawing_input.h"
 
 #include "host/faults.h"
+#include "tests/support/process.h"
+#include "tests/support/run_folder.h"
 
 #include <algorithm>
 #include <cstdlib>
-#include <fstream>
 #include <iostream>
-#include <iterator>
-#include <system_error>
-#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -17,25 +15,6 @@ namespace mor::fuzz {
 namespace {
 
 namespace fs = std::filesystem;
-
-class Folder {
-public:
-    Folder()
-        : m_path((fs::is_directory("/dev/shm") ? fs::path("/dev/shm") : fs::temp_directory_path()) /
-                 ("mor_fuzz_" + std::to_string(::getpid()))) {
-        fs::create_directories(m_path);
-    }
-    ~Folder() {
-        std::error_code code;
-        fs::remove_all(m_path, code);
-    }
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-    [[nodiscard]] const fs::path& path() const { return m_path; }
-
-private:
-    fs::path m_path;
-};
 
 /// A drawing that was opened, or why it was not.
 struct Opened {
@@ -71,7 +50,7 @@ void keepsEveryByte(AcApDocument* document, std::string_view bytes) {
     const auto saved = host::saveDocument(document, {.output = output, .backup = false});
     require(static_cast<bool>(saved), "a whole drawing is not saved",
             saved ? "" : saved.error().text);
-    require(readFile(output) == bytes, "a save changed bytes");
+    require(test::readFile(output) == bytes, "a save changed bytes");
 }
 
 void salvages(const fs::path& path) {
@@ -102,19 +81,15 @@ void require(bool holds, std::string_view text, std::string_view more) {
 }
 
 fs::path fileNamed(std::string_view name) {
-    static const Folder s_folder;
+    static const test::RunFolder s_folder(fs::is_directory("/dev/shm") ? fs::path("/dev/shm")
+                                                                       : fs::temp_directory_path());
     return s_folder.path() / name;
 }
 
 fs::path writeFile(std::string_view name, std::string_view bytes) {
     fs::path path = fileNamed(name);
-    std::ofstream(path, std::ios::binary) << bytes;
+    test::writeFile(path, bytes);
     return path;
-}
-
-std::string readFile(const fs::path& path) {
-    std::ifstream stream(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
 }
 
 std::string describe(const AcApDocument* document, Records which) {

@@ -17,7 +17,6 @@ void require(bool holds, std::string_view text, std::string_view more = {});
 /// A file of this process, in memory where the machine has such a folder.
 [[nodiscard]] std::filesystem::path fileNamed(std::string_view name);
 [[nodiscard]] std::filesystem::path writeFile(std::string_view name, std::string_view bytes);
-[[nodiscard]] std::string readFile(const std::filesystem::path& path);
 [[nodiscard]] inline std::string_view asText(const std::uint8_t* data, std::size_t size) {
     return {reinterpret_cast<const char*>(data), size};
 }

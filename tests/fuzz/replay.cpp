@@ -1,9 +1,9 @@
+#include "tests/support/process.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <string>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
@@ -13,8 +13,7 @@ int main(int count, char** words) {
     std::size_t files = 0;
     for (int i = 1; i < count; ++i) {
         for (const auto& entry : std::filesystem::directory_iterator(words[i])) {
-            std::ifstream stream(entry.path(), std::ios::binary);
-            const std::string bytes(std::istreambuf_iterator<char>(stream), {});
+            const std::string bytes = mor::test::readFile(entry.path());
             std::cerr << entry.path().filename().string() << std::endl;  // the last one failed
             LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()),
                                    bytes.size());

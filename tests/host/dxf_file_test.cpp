@@ -94,12 +94,22 @@ TEST_F(DxfFiles, TakeNewRecordsWhateverStandsAtTheirEnds) {
                                  carriage.substr(0, carriage.size() - 1),
                                  carriage.substr(0, carriage.size() - 2),
                                  header + "\n",
-                                 header + "  "};
+                                 header + "  ",
+                                 header + "\n \n\n",
+                                 header + "\x1A\n",
+                                 carriage + "\r\n\x1A" + std::string(3, '\0'),
+                                 header + "0\nEOF\x1A\n",
+                                 header + "0\nEOF\n\n\n\x1A"};
     for (const std::string& text : texts) {
         SCOPED_TRACE(testing::PrintToString(text));
         open(text);
+        EXPECT_FALSE(host::documentInfo(document()).damage);
+        EXPECT_EQ(savedBytes(), text);
         EXPECT_EQ(makeLine(), RTNORM);
         EXPECT_EQ(savedBytes().starts_with(mark), text.starts_with(mark));
+        const std::size_t end =
+            std::min(text.find_first_of(std::string_view("\x1A\0", 2)), text.size());
+        EXPECT_TRUE(savedBytes().ends_with(text.substr(end)));
         reopen();
         EXPECT_EQ(walk(), "LINE:1");
     }
@@ -140,7 +150,8 @@ TEST_F(DxfFiles, ThatBreakOffAreReadUpToThere) {
     } cases[] = {
         {start, 27, "the file ends inside the section ENTITIES", "LINE:A1"},
         {start + "x\n", 27, "a group code was expected, found \"x\"", "LINE:A1"},
-        {start + "\n\n", 27, "a group code was expected, found \"\"", "LINE:A1"},
+        {start + "\n\nx", 27, "a group code was expected, found \"\"", "LINE:A1"},
+        {start + "\n\n\x1A", 27, "the file ends inside the section ENTITIES", "LINE:A1"},
         {start + "10\n", 27, "the file ends after a group code, without its value", "LINE:A1"},
         {start + dxfText("0 SECTION|2 OBJECTS|0 ENDSEC"), 31,
          "a section begins inside the section ENTITIES, which has no ENDSEC", "LINE:A1 POINT:"},

@@ -50,6 +50,7 @@ TEST_F(DxfForms, AllSayTheSame) {
     open(kDrawing);
     const std::string expected = content();
     EXPECT_TRUE(holds(expected, "INSERT A3  5 x=70000 y=(0.1 (handent \"A1\") nil)")) << expected;
+    EXPECT_TRUE(holds(expected, "ATTDEF B1 B "));
     const std::string tags = kDrawing.tags();
     std::string mixed;
     const std::string lines = kDrawing.bytes();

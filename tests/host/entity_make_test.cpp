@@ -216,10 +216,15 @@ TEST_F(OddDrawings, WithoutAReleaseGetBlockRecordsOnlyWhereOwnersAreNamed) {
 }
 
 TEST_F(OddDrawings, WithoutAReleaseRegisterApplicationsWithoutMarkers) {
-    openLine("", "100 AcDbEntity|");
-    setAttribute();
-    EXPECT_EQ(saved("APPID").find("100 "), std::string::npos);
-    EXPECT_TRUE(holds(saved("APPID"), "2 MOR_ATTRIBUTES|70 0"));
+    for (const char* header :
+         {"",
+          "0 SECTION|2 TABLES|0 TABLE|2 STYLE|70 1|0 STYLE|5 A2|100 AcDbSymbolTableRecord|2 A|"
+          "70 0|0 ENDTAB|0 ENDSEC|"}) {
+        openLine(header, "100 AcDbEntity|");
+        setAttribute();
+        EXPECT_EQ(saved("APPID").find("100 "), std::string::npos) << header;
+        EXPECT_TRUE(holds(saved("APPID"), "2 MOR_ATTRIBUTES|70 0"));
+    }
     openLine("0 SECTION|2 HEADER|9 $ACADVER|1 AC1015|0 ENDSEC|", "100 AcDbEntity|");
     setAttribute();
     EXPECT_TRUE(holds(saved("APPID"), "100 AcDbRegAppTableRecord|2 MOR_ATTRIBUTES"));
@@ -233,6 +238,7 @@ TEST_F(OddDrawings, OfR12GetNewRecordsThatLookAsTheirOwnOfTheKind) {
         const char* made;
     } cases[] = {
         {"", "100 AcDbEntity|", "0 LAYER|2 NEW", "100 AcDbEntity|8 NEW"},
+        {"0 TABLE|2 BLOCK_RECORD|70 0|0 ENDTAB|", "", "0 LAYER|2 NEW", "|8 NEW"},
         {"0 TABLE|2 LAYER|70 1|0 LAYER|2 A|70 0|0 ENDTAB|", "100 AcDbEntity|", "0 LAYER|2 NEW",
          "100 AcDbEntity|8 NEW"},
         {"0 TABLE|2 STYLE|70 1|0 STYLE|5 A2|100 AcDbSymbolTableRecord|2 A|70 0|0 ENDTAB|", "",

@@ -48,22 +48,5 @@ TEST_F(Faults, AreAllOffAfterReset) {
     EXPECT_EQ(refusedWrites(), 0u);
 }
 
-TEST_F(Faults, ListAndFailTheCallsOfASave) {
-    static_cast<void>(beforeSaveCall("of an earlier save"));
-    failSaveCall(2);
-    saveBegins();
-    EXPECT_EQ(beforeSaveCall("open"), SaveCall::Go);
-    EXPECT_EQ(beforeSaveCall("write"), SaveCall::Fail);
-    EXPECT_EQ(beforeSaveCall("unlink"), SaveCall::Go);
-    EXPECT_EQ(saveCalls(), (std::vector<std::string>{"open", "write", "unlink"}));
-    EXPECT_TRUE(struck());
-}
-
-TEST_F(Faults, EndTheProcessBeforeASaveCall) {
-    dieAtSaveCall(2);
-    EXPECT_EQ(beforeSaveCall("open"), SaveCall::Go);
-    EXPECT_EXIT(static_cast<void>(beforeSaveCall("write")), ::testing::ExitedWithCode(99), "");
-}
-
 }  // namespace
 }  // namespace mor::host::faults

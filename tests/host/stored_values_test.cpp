@@ -25,28 +25,11 @@ std::wstring repeated(std::wstring_view part, int times) {
     return all;
 }
 
-constexpr std::int32_t kIntegers[] = {
-    0, 1, -1, 32767, 32768, -32768, -32769, 2147483647, std::numeric_limits<std::int32_t>::min()};
-
-constexpr double kReals[] = {0.0,
-                             -0.0,
-                             1.0,
-                             -1.0,
-                             0.1,
-                             0.1 + 0.2,
-                             1.0 / 3.0,
-                             5e-324,
-                             2.5e-320,
-                             Limits::min(),
-                             Limits::max(),
-                             Limits::lowest(),
-                             1e15,
-                             1e16,
-                             1e17,
-                             123456789012345678.0,
-                             9007199254740993.0,
-                             1e100,
-                             1e-7};
+constexpr const char* kNumbers =
+    "(0 1 -1 32767 32768 -32768 -32769 2147483647 -2147483648 0.0 -0.0 1.0 -1.0 0.1 "
+    "0.30000000000000004 0.3333333333333333 5e-324 2.5e-320 2.2250738585072014e-308 "
+    "1.7976931348623157e+308 -1.7976931348623157e+308 1e15 1e16 1e17 123456789012345678.0 "
+    "9007199254740993.0 1e100 1e-7)";
 
 /// A slash between them.
 constexpr const wchar_t* kTexts =
@@ -56,9 +39,7 @@ constexpr const wchar_t* kTexts =
     L"\u0080\u009F\u00A0/\x01\x1A\x1B\x7F/; no remark/  0/EOF";
 
 std::vector<CMORAdsLispVar> shortValues() {
-    std::vector<CMORAdsLispVar> all;
-    for (const std::int32_t value : kIntegers) all.push_back(host::makeInteger(value));
-    for (const double value : kReals) all.push_back(host::makeReal(value));
+    std::vector<CMORAdsLispVar> all = host::elementsOf(parsed(kNumbers));
     std::wistringstream texts{kTexts};
     for (std::wstring text; std::getline(texts, text, L'/');) all.push_back(host::makeString(text));
     return all;

@@ -8,7 +8,6 @@
 #include "tests/support/drawing_test.h"
 
 #include <cstddef>
-#include <filesystem>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -18,28 +17,6 @@ namespace mor::test {
 /// Spaces and views of one new drawing, with a message registry that holds nothing of other tests.
 class SpaceTest : public DrawingTest {
 protected:
-    void SetUp() override {
-        MOR_AdsMsgSystemClass::deleteTheGlobalObject();
-        DrawingTest::SetUp();
-    }
-    void TearDown() override {
-        DrawingTest::TearDown();
-        MOR_AdsMsgSystemClass::deleteTheGlobalObject();
-    }
-
-    /// Opens a drawing in place of the current one.
-    void open(const std::filesystem::path& path) {
-        releaseDocumentObjects();
-        auto opened = host::openDocument(path);
-        ASSERT_TRUE(opened) << opened.error().message();
-        host::closeDocument(replaceDocument(opened.value()));
-    }
-    static void send(int message) {
-        MOR_AdsMsgSystemClass::getTheGlobalObject()->sendMessage(
-            static_cast<MOR_AdsMsgSystemClass::Message>(message));
-    }
-    /// What happens when the current document is closed.
-    static void releaseDocumentObjects() { send(MOR_AdsMsgSystemClass::ReleaseDocumentObjects); }
     /// How often the space tables' function is registered.
     static int registrations() {
         MOR_AdsMsgSystemClass* registry = MOR_AdsMsgSystemClass::getTheGlobalObject();
@@ -51,27 +28,6 @@ protected:
     static std::size_t letters() {
         return CMORMDIDocumentData::GetCurrentDocumentData().GetSpaceTable2().size();
     }
-};
-
-/// Another document, current from here to the end of the scope.
-class OtherDocument {
-public:
-    OtherDocument() : m_former(acDocManagerPtr()->curDocument()) { makeCurrent(m_other); }
-    ~OtherDocument() {
-        makeCurrent(m_former);
-        host::closeDocument(m_other);
-    }
-    OtherDocument(const OtherDocument&) = delete;
-    OtherDocument& operator=(const OtherDocument&) = delete;
-    void leave() const { makeCurrent(m_former); }
-
-private:
-    static void makeCurrent(AcApDocument* document) {
-        host::setCurrentDocument(document);
-        host::setActiveDocument(document);
-    }
-    AcApDocument* m_former;
-    AcApDocument* m_other = host::createDocument(host::Release::R12);
 };
 
 /// A letter for a space that exists only in the test, found under its name.

@@ -229,19 +229,5 @@ TEST_F(LetterViews, ACopyHasASpaceEnvelopeOfItsOwn) {
     EXPECT_TRUE(copy->isEmpty());
 }
 
-TEST_F(LetterViews, TheOneOfModelSpaceConnectsToItOnly) {
-    CMORCadLetterModelSpaceView letter;
-    EXPECT_STREQ(letter.getHandle(), L"");
-    EXPECT_EQ(letter.viewType(), 1);
-    const ads_name reference{1, 1};
-    EXPECT_FALSE(letter.connect(reference));
-    EXPECT_TRUE(letter.connect());
-    EXPECT_TRUE(letter.connect());
-    EXPECT_STREQ(letter.getSpace()->getName(), L"ModelSpace");
-    const std::unique_ptr<CMORCadLetterView> clone{letter.clone()};
-    EXPECT_EQ(clone->viewType(), 1);
-    EXPECT_EQ(printed(), L"");
-}
-
 }  // namespace
 }  // namespace mor::test

@@ -102,13 +102,6 @@ struct DxfFile {
                 return &record;
         return nullptr;
     }
-    /// A record of that type in the section TABLES outside any table: the table's head is missing.
-    [[nodiscard]] const DxfRecord* stray(std::string_view type) const {
-        for (const DxfRecord& record : records)
-            if (record.is(type) && record.section == "TABLES" && record.container.empty())
-                return &record;
-        return nullptr;
-    }
     /// The first record of that type with that name in group 2.
     [[nodiscard]] const DxfRecord* named(std::string_view type, std::string_view name) const {
         for (const DxfRecord& record : records)

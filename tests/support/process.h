@@ -3,7 +3,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <sys/wait.h>
@@ -14,7 +14,9 @@ namespace mor::test {
 
 [[nodiscard]] inline std::string readFile(const std::filesystem::path& path) {
     std::ifstream file{path, std::ios::binary};
-    return {std::istreambuf_iterator<char>(file), {}};
+    std::ostringstream bytes;
+    bytes << file.rdbuf();
+    return bytes.str();
 }
 
 inline void writeFile(const std::filesystem::path& path, std::string_view bytes) {

@@ -129,17 +129,11 @@ TEST_F(Carry, ScriptsSaveAllOrNothing) {
 
 TEST_F(Carry, ListsAsTheLibraryDoesIt) {
     const std::string a = filledDrawing({{"/a/f", "1"}, {"/a/b/g", "2"}}, "a.dxf");
-    const std::string rule(65, '-');
-    const std::string end(65, '=');
-    EXPECT_EQ(call("dir @a.dxf /a -R").out,
-              "\n=========== MOR = DWG FILE SYSTEM === DIRECTORY LISTING =========\n\nRECURSIVE "
-              "LISTING OF PATH: "
-              "/a\n\nTyp  Memory[Byte]   pszPath\n" +
-                  rule +
-                  "\nDir   16324 free    /a\nFile      8 used    /a/f \nDir   16336 free    "
-                  "/a/b\nFile      8 used    "
-                  "/a/b/g \n\n" +
-                  end + "\n\n");
+    const std::string listing = call("dir @a.dxf /a -R").out;
+    EXPECT_TRUE(holds(listing, "RECURSIVE LISTING OF PATH: /a\n"));
+    EXPECT_TRUE(holds(listing,
+                      "\nDir   16324 free    /a\nFile      8 used    /a/f \n"
+                      "Dir   16336 free    /a/b\nFile      8 used    /a/b/g \n\n"));
     const Outcome missing = call("dir @a.dxf /none");
     EXPECT_EQ(missing.code, 6);
     EXPECT_TRUE(holds(missing.out, "invalid pszPath        /none\n"));

@@ -287,6 +287,32 @@ TEST_F(DamagedStore, InPaperSpaceOrOnAnOpenLayerWorksAndIsMovedBackAndLocked) {
     for (const DxfRecord& record : file.records) EXPECT_NE(record.first(67), "1");
 }
 
+TEST_F(DamagedStore, OfADrawingThatBreaksOffIsShownAsFarAsItGoes) {
+    const std::string whole = readFile(drawing());
+    const struct {
+        std::string cut;  // the file ends before this; the record in front of it may be part of one
+        const char* list;
+        const char* cat;
+        const char* said;
+    } cases[] = {{"0 ENDSEC|0 SECTION|2 OBJECTS", "a/\na/b/\na/b/f\na/g\n", "2\n",
+                  "/c: the link names the handle 29, which does not exist (link-dead)"},
+                 {"0 INSERT|5 " + handle("/c"), "a/\na/g\n", "2\n", "/a/b: the link names"},
+                 {"0 INSERT|5 " + handle("/a"), "", "", "the file ends inside the section"}};
+    for (const auto& c : cases) {
+        const std::string text = dxfText(c.cut);
+        std::string bytes;
+        for (const DxfRecord& record : splitDxf(whole).records) bytes += dxfText(record.text());
+        writeFile(drawing(), bytes.substr(0, bytes.find(text)));
+        EXPECT_EQ(call("ls D -R").out, c.list);
+        EXPECT_EQ(call("cat D /a/g").out, c.cat);
+        for (const char* line : {"ls D", "cat D /a/g", "dump D", "find D /*/*", "tree D", "df D"}) {
+            const Outcome shown = call(line);
+            EXPECT_EQ(shown.code, 4) << line;
+            EXPECT_TRUE(holds(shown.err, c.said));
+        }
+    }
+}
+
 // ---- repair -------------------------------------------------------------------------------------
 
 TEST_F(Repair, PutsDirectoriesThatDoNotSayWhereTheyWereIntoLostFound) {

@@ -62,6 +62,8 @@ TEST_F(FullStore, TakesAValueThatJustFits) {
     EXPECT_EQ(call("cat -r D /a/x").out.size(), static_cast<std::size_t>(most) + 1);
     EXPECT_EQ(putText(d, "/a/x", most - 1).code, 0);  // in the room of the former value
     EXPECT_EQ(putText(d, "/a/x", most + 1).code, 6);
+    EXPECT_EQ(call("rm D /a/x --no-backup").code, 0);
+    EXPECT_EQ(freeIn(d, "/a"), free);
 }
 
 TEST_F(FullStore, RefusesWithTheRoomThatIsLeftAndLosesNothing) {
@@ -81,41 +83,18 @@ TEST_F(FullStore, RefusesWithTheRoomThatIsLeftAndLosesNothing) {
     EXPECT_EQ(call("cat D /a/big /b/x /b/y").out, "1\n5\n6\n");
 }
 
-TEST_F(FullStore, FillsADirectoryWithFilesUntilItIsFull) {
-    const std::string d = newDrawing();
-    std::string expected;
-    for (int i = 0; i < 8; ++i) {  // 2 + 2 + 2000 + 8 * 2 + 3 bytes each
-        EXPECT_EQ(putText(d, "/a/f" + std::to_string(i), 2000).code, 0);
-        expected += "f" + std::to_string(i) + "\n";
-    }
-    const Outcome put = putText(d, "/a/f8", 2000);
-    EXPECT_EQ(put.code, 6);
-    EXPECT_TRUE(holds(put.err, "are free in /a"));
-    EXPECT_EQ(call("ls D /a").out, expected);
-    EXPECT_EQ(call("rm D /a/f3 --no-backup").code, 0);
-    EXPECT_EQ(putText(d, "/a/again", 1900).code, 0);
-}
-
-TEST_F(FullStore, RefusesAPathWhoseParentHasNoRoomForTheLink) {
-    const std::string d = filledDrawing({{"/a/x", "1"}});
-    ASSERT_EQ(putText(d, "/a/f", lettersFor(freeIn(d, "/a"))).code, 0);
-    const long free = freeIn(d, "/a");
-    ASSERT_LT(free, 20);
-    const std::string before = readFile(d);
-    const Outcome refused = call("put D /a/subdirectory/deep/x 1");
-    EXPECT_EQ(refused.code, 6);
-    EXPECT_EQ(refused.err, "moradmin: " + d + ": /a/subdirectory cannot be made: " +
-                               std::to_string(free) + " bytes are free in /a for the link to it\n");
-    EXPECT_EQ(readFile(d), before);
-    EXPECT_EQ(call("cat D /a/x").out, "1\n");
-}
-
 TEST_F(FullStore, MakesTheLinkThatJustFitsAndNotTheNext) {
     const std::string d = filledDrawing({{"/a/x", "1"}, {"/b/x", "1"}});
     // The link ^s with a handle of two digits takes 2 + 8 + 2 + 2 bytes.
     fillTo(d, "/a", 14);
     fillTo(d, "/b", 13);
-    EXPECT_EQ(call("put D /b/s/x 2").code, 6);
+    const std::string before = readFile(d);
+    const Outcome refused = call("put D /b/s/deep/x 2");
+    EXPECT_EQ(refused.code, 6);
+    EXPECT_EQ(refused.err, "moradmin: " + d +
+                               ": /b/s cannot be made: 13 bytes are free in /b for "
+                               "the link to it\n");
+    EXPECT_EQ(readFile(d), before);
     EXPECT_EQ(call("put D /a/s/x 2").code, 0);
     EXPECT_EQ(freeIn(d, "/a"), 0);
     EXPECT_EQ(call("ls -R D").out, "a/\na/x\na/f\na/s/\na/s/x\nb/\nb/x\nb/f\n");

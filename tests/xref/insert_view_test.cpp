@@ -60,6 +60,7 @@ constexpr const char* kPlaced = "100000 202000 0";  // doubled, turned to the y 
 TEST_F(InsertViews, NothingElseConnectsAndTheViewIsEmptyThen) {
     MOR_XRefView view;
     EXPECT_EQ(state(view), kEmpty);
+    EXPECT_EQ(place(view), "unchanged");
     ads_name insert{};
     find(L"10", insert);
     for (const wchar_t* handle : {L"12", L"13", L"A1", L"D1"}) {
@@ -75,12 +76,6 @@ TEST_F(InsertViews, NothingElseConnectsAndTheViewIsEmptyThen) {
     erase(L"10");
     EXPECT_FALSE(view.connect(insert));
     EXPECT_EQ(printed(), L"");
-}
-
-TEST_F(InsertViews, AForgottenViewIsEmpty) {
-    EXPECT_TRUE(m_view.forget());
-    EXPECT_EQ(state(m_view), kEmpty);
-    EXPECT_EQ(place(m_view), "unchanged");
 }
 
 TEST_F(InsertViews, RecordsThatOnlyMentionTheReferenceDoNotConnect) {
@@ -217,32 +212,17 @@ TEST_F(GlobalXRefView, IsSwitchedByHandle) {
     EXPECT_EQ(state(), L"0 <empty>");
 }
 
-TEST_F(GlobalXRefView, AGuardMovesItIntoModelSpaceForGood) {
+TEST_F(GlobalXRefView, AGuardMovesItIntoModelSpaceAndBringsItBackAtTheEndOfTheScope) {
     ASSERT_TRUE(SwitchGlobalView(L"10"));
     {
         const GlobalViewEnsureMS guard;
         EXPECT_TRUE(guard.IsValid());
         EXPECT_EQ(state(), kModelSpace);
-    }
-    EXPECT_EQ(state(), kModelSpace);
-}
-
-TEST_F(GlobalXRefView, AGuardBringsItBackAtTheEndOfTheScope) {
-    {
-        const GlobalViewEnsureMS guard;
         ASSERT_TRUE(SwitchGlobalView(L"10"));
         ASSERT_NE(CMORCadDwgFileSystem::getTheGlobalObject(), nullptr);
         EXPECT_EQ(state(), L"2 PLAN");
     }
     EXPECT_EQ(state(), kModelSpace);
-}
-
-TEST_F(GlobalXRefView, GoesWithTheDocumentsObjects) {
-    ASSERT_TRUE(SwitchGlobalView(L"10"));
-    releaseDocumentObjects();
-    EXPECT_EQ(letters(), 0u);
-    EXPECT_TRUE(SwitchGlobalView(L"10"));
-    EXPECT_EQ(state(), L"2 PLAN");
 }
 
 }  // namespace

@@ -81,8 +81,13 @@ int run(const mor::tool::Options& options) {
     } catch (const Failure& failure) {
         std::cout.flush();
         const auto lost = mor::host::takeReadFailure();  // the reason behind it, then
-        printFailure(options, lost ? Failure(*lost) : failure);
-        return lost ? kUnreadable : failure.code();
+        // What a damaged drawing does not show may have stood behind the damage.
+        const ExitCode code = sawDamagedDrawing()
+                                  ? static_cast<ExitCode>(moreSerious(failure.code(), kDamaged))
+                                  : failure.code();
+        printFailure(options,
+                     lost ? Failure(*lost) : Failure(code, failure.what(), failure.path()));
+        return lost ? kUnreadable : code;
     } catch (const std::bad_alloc&) {
         printFailure(options,
                      Failure(kUnreadable, "there is not enough memory for this", options.drawing));

@@ -3,6 +3,8 @@
 #include "dwgfs/names.h"
 #include "frame/message_system.h"
 #include "space/global_view.h"
+#include "tools/moradmin/damage/salvage_apply.h"
+#include "tools/moradmin/damage/salvage_plan.h"
 #include "tools/moradmin/damage/store_walk.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
@@ -74,12 +76,19 @@ void Session::refuseUnwritable(const Options& options) const {
     const host::DocumentInfo info = host::documentInfo(m_document);
     const bool old = info.release < host::kFirstWithValues;
     if (!info.unwritable.empty()) throw Failure(kUnwritable, message(info.unwritable), m_file);
-    if (info.damage && !old)
+    if (info.damage && info.damage->places != 0)
+        throw Failure(kUnwritable,
+                      message("the drawing is damaged and cannot be saved over; let the CAD "
+                              "program recover it first"),
+                      m_file);
+    // There may be no more to mend than the drawing itself.
+    const bool mending = options.command == "repair";
+    if (info.damage && (!old || mending))
         throw Failure(kUnwritable,
                       message("the drawing is damaged and cannot be saved over; "
                               "--salvage-drawing -o FILE writes what can be read of it"),
                       m_file);
-    if (old)
+    if (old && !(mending && options.salvageDrawing))
         throw Failure(kUnwritable,
                       message("drawings of " + host::releaseName(info.release) +
                               " hold no values; save the drawing as R12 or later"),
@@ -142,6 +151,9 @@ const host::DocumentInfo& Session::info() {
 }
 
 void Session::refuseDamagedStore() {
+    if (state().firstStopping() != nullptr && reference().empty() &&
+        host::documentInfo(m_document).damage)
+        mendForReading();
     if (const Finding* finding = state().firstStopping())
         throw Failure(
             kDamaged,
@@ -150,6 +162,17 @@ void Session::refuseDamagedStore() {
                 finding->code +
                 "); \"moradmin check\" lists all findings, \"moradmin repair\" mends them",
             utf8(finding->path));
+}
+
+void Session::mendForReading() {
+    const StoreState before = takeState();
+    for (const Finding& finding : before.findings)
+        if (finding.stops)
+            printNote(
+                message(utf8(finding.path) + ": " + finding.message + " (" + finding.code + ")"));
+    for (const std::string& line : applySalvage(*this, before, planSalvage(*this, before)))
+        printNote(message("to show what is there, in memory alone: " + line));
+    forget();
 }
 
 const StoreState& Session::safeState() {

@@ -42,7 +42,8 @@ public:
     /// The block definition in which the first insert on the way stands; empty for a space of the
     /// drawing. The placement then leads to the coordinates of that definition.
     [[nodiscard]] const std::string& placedIn() const { return m_passage.placedIn(); }
-    /// Throws Failure when a look-up in the store would do harm (exit 4).
+    /// Throws Failure when a look-up in the store would do harm (exit 4). In a damaged drawing,
+    /// which is only read, what lies behind the damage is told and its links are mended in memory.
     void refuseDamagedStore();
     /// `state()`, after that.
     [[nodiscard]] const StoreState& safeState();
@@ -71,6 +72,7 @@ public:
 private:
     /// Whether it is a DWG and the user has not said that writing one is an experiment.
     [[nodiscard]] bool isUnacknowledgedDwg(const Options& options) const;
+    void mendForReading();
     /// Looks at the drawing's records and facts, unless that was done.
     void learn();
 

@@ -47,9 +47,14 @@ std::int64_t shownFlags(const host::BlockInfo& block) {
 /// theirs stands with them.
 std::vector<BlockRow> blockRows(const Session& session) {
     std::map<std::wstring, HostBlock> own;  // by upper-case name
-    host::forEachBlock(session.document(), L"", [&](const host::BlockInfo& block) {
-        own.try_emplace(upperCase(block.symbol.symbol), HostBlock{block.flags, block.recordedBase});
-    });
+    const auto note = [&own](const std::wstring& name, const host::BlockInfo& block) {
+        own.try_emplace(name, HostBlock{block.flags, block.recordedBase});
+    };
+    const bool inside = !session.reference().empty();  // else the drawing's own blocks come first
+    if (inside)
+        host::forEachBlock(session.document(), L"", [&note](const host::BlockInfo& block) {
+            note(upperCase(block.symbol.symbol), block);
+        });
     std::vector<std::wstring> references = loadedReferences(session);
     references.insert(references.begin(), session.reference());
     std::vector<BlockRow> rows;
@@ -60,6 +65,7 @@ std::vector<BlockRow> blockRows(const Session& session) {
             // A reference's spaces are blocks within itself only.
             if (below && block.layout) return;
             const std::wstring name = upperCase(block.symbol.qualified);
+            if (!inside && !below) note(name, block);
             BlockRow row{block, shownFlags(block), {}};
             if (const auto found = own.find(name); found != own.end()) row.host = found->second;
             const auto [at, added] = known.try_emplace(name, rows.size());

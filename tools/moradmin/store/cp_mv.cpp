@@ -86,7 +86,10 @@ void storeTarget(Session& target, const Transfer& transfer) {
         confirmValue(target, *Session::freshStore(), transfer.to, transfer.items.front().value);
         return;
     }
-    if (transfer.to != L"/") putDirectory(target, transfer.to);
+    if (transfer.to != L"/") {
+        putDirectory(target, transfer.to);
+        confirmDirectory(target, *Session::freshStore(), transfer.to);
+    }
     storeAll(target, transfer.items, transfer.from, transfer.to);
 }
 

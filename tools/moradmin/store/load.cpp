@@ -129,7 +129,10 @@ int runLoad(Session& session, const Options& options) {
     collectJson(entriesIn(object), path, items);
     if (options.replace && isStoredDirectory(session, path) && session.hasDirectories())
         removeEverything(session, path);
-    if (path != L"/") putDirectory(session, path);
+    if (path != L"/") {
+        putDirectory(session, path);
+        confirmDirectory(session, *Session::freshStore(), path);
+    }
     storeAll(session, items, L"/", L"/");
     return kDone;
 }

@@ -7,6 +7,7 @@
 #include "tools/moradmin/store/paths.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -37,8 +38,8 @@ std::vector<std::wstring> directoriesTo(const std::wstring& path) {
 /// Names of directories that files have: the library would refuse some of them only after making
 /// others, and make a directory x beside a file >x that then is out of reach.
 void refuseFilesOnTheWay(Session& session, const std::wstring& path) {
-    for (const std::wstring& directory : directoriesTo(path)) {
-        if (isStoredDirectory(session, directory)) continue;
+    for (std::wstring directory = path; !isStoredDirectory(session, directory);
+         directory = parentOf(directory)) {  // those above one that is there are there, too
         const std::wstring arrow = joined(parentOf(directory), kFileArrow + nameOf(directory));
         for (const std::wstring& file : {directory, arrow})
             if (isStoredFile(session, file))
@@ -53,6 +54,26 @@ void refuseDirectoryInTheWay(Session& session, const std::wstring& path) {
         refuse(session, path, utf8(plain) + " is a directory; a file cannot have its name");
 }
 
+/// Why nothing can be made, and what would help: the seed of handles is wrong, or one of them is.
+std::string whyNoHandleIsLeft(const Session& session) {
+    std::uint64_t highest = 0;
+    std::uint64_t seed = 0;
+    if (const auto asSaved = host::openDocument(session.file())) {
+        seed = host::documentInfo(asSaved.value()).handleSeed;
+        host::forEachRecord(asSaved.value(), [&highest](const host::RecordInfo& record) {
+            highest = std::max(highest, record.handle);
+        });
+        host::closeDocument(asSaved.value());
+    }
+    const std::string why = "the drawing has no handle left for it: ";
+    if (seed <= highest)
+        return why + "the handle " + host::handleText(highest) +
+               " is in use; let a CAD program number the handles anew";
+    return why + "its $HANDSEED is " + host::handleText(seed) +
+           ", though no handle is larger than " + host::handleText(highest) + "; set it to " +
+           host::handleText(highest + 1);
+}
+
 /// Says why a directory was not made, if it was not.
 void explainMissingDirectory(Session& session, const std::wstring& path) {
     const auto store = Session::freshStore();
@@ -65,12 +86,17 @@ void explainMissingDirectory(Session& session, const std::wstring& path) {
         const long free = store->getFreeMem(made.c_str());
         const std::wstring link = linkNameOf(nameOf(directory));
         const std::string why =
-            !host::hasFreeHandle(session.document()) ? "the drawing has no handle left for it"
+            !host::hasFreeHandle(session.document()) ? whyNoHandleIsLeft(session)
             : free < host::attributeBytes(link, host::makeString(std::wstring(kHandleDigits, L'F')))
                 ? std::to_string(free) + " bytes are free in " + utf8(made) + " for the link to it"
                 : "the drawing refuses it";
         refuse(session, path, utf8(directory) + " cannot be made: " + why);
     }
+}
+
+[[noreturn]] void explainRefusedDirectory(Session& session, const std::wstring& path) {
+    explainMissingDirectory(session, path);
+    refuse(session, path, utf8(path) + " cannot be made");
 }
 
 /// Says why a write did not come about.
@@ -110,12 +136,12 @@ void confirmValue(Session& session, Store& fresh, const std::wstring& path,
 
 void putDirectory(Session& session, const std::wstring& path) {
     refuseFilesOnTheWay(session, path);
-    if (session.store().makeDirectory(path) && Session::freshStore()->isDirectory(path.c_str())) {
-        session.noteMade();
-        return;
-    }
-    explainMissingDirectory(session, path);
-    refuse(session, path, utf8(path) + " cannot be made");
+    if (!session.store().makeDirectory(path)) explainRefusedDirectory(session, path);
+    session.noteMade();
+}
+
+void confirmDirectory(Session& session, Store& fresh, const std::wstring& path) {
+    if (!fresh.isDirectory(path.c_str())) explainRefusedDirectory(session, path);
 }
 
 }  // namespace mor::tool

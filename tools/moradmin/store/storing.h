@@ -16,5 +16,7 @@ void confirmValue(Session& session, Store& fresh, const std::wstring& path,
                   const CMORAdsLispVar& value);
 /// Makes a directory and those above it; refuses when one cannot be made.
 void putDirectory(Session& session, const std::wstring& path);
+/// As `confirmValue`.
+void confirmDirectory(Session& session, Store& fresh, const std::wstring& path);
 
 }  // namespace mor::tool

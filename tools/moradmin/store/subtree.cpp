@@ -53,7 +53,10 @@ void storeAll(Session& session, const std::vector<Stored>& items, const std::wst
     }
     const auto fresh = Session::freshStore();
     for (const Stored& item : items)
-        if (!item.directory) confirmValue(session, *fresh, moved(item.path), item.value);
+        if (item.directory)
+            confirmDirectory(session, *fresh, moved(item.path));
+        else
+            confirmValue(session, *fresh, moved(item.path), item.value);
 }
 
 }  // namespace mor::tool
