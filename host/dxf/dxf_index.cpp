@@ -35,10 +35,6 @@ DxfForm formOf(std::string_view start) {
     return form;
 }
 
-bool isDwg(std::string_view start) {
-    return start.size() >= 6 && start.starts_with("AC10") && start[4] >= '0' && start[4] <= '9';
-}
-
 /// One attempt to read the file in that form.
 std::optional<Stop> attempt(Indexed& result, const std::shared_ptr<Source>& source,
                             const DxfForm& form, Scan scan) {
@@ -62,10 +58,6 @@ const Section* DxfIndex::section(std::string_view name) const {
 
 Result<Indexed> indexDxf(const std::shared_ptr<Source>& source, const std::string& name) {
     const std::string start = source->read(0, kStartSize);
-    if (isDwg(start))
-        return Error{
-            ErrorKind::Unreadable, name, 1,
-            "this is a DWG file (" + start.substr(0, 6) + "); save the drawing as DXF text"};
     const Scan scan = faults::readsLineByLine() ? Scan::LineByLine : Scan::Vectorised;
     DxfForm form = formOf(start);
     Indexed result;

@@ -133,7 +133,7 @@ TEST_F(DxfFiles, AreRefusedWhenTheyAreNoDrawings) {
         {"", "1: the file is empty, not a drawing"},
         {"hello\nworld\n", foreign},
         {"hello\rworld\r", foreign},
-        {"AC1032\x01\x02", "1: this is a DWG file (AC1032); save the drawing as DXF text"},
+        {"AC1032\x01\x02", "0: a DWG file that breaks off in its first bytes"},
         {std::string("0\0\nSECTION\n", 11), "1: binary data, not DXF text"},
         {dxfText("0 LINE|8 0"), foreign},
         {dxfText("8 0|0 SECTION"), foreign}};

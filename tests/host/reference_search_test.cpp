@@ -188,11 +188,11 @@ TEST_F(ReferenceSearch, SaysWhereItLooked) {
     for (const host::ReferenceTry& attempt : info->tries)
         places.push_back(fs::relative(attempt.path, file("")).string() + " " + attempt.why);
     ASSERT_EQ(places.size(), 12u);
-    EXPECT_EQ(places[0], "home/sub/plan.dxf not there");
-    EXPECT_EQ(places[2], "home/sub/plan.dwg not there");
-    EXPECT_EQ(places[3], "home/plan.dxf not there");
-    EXPECT_EQ(places[6], "extra/sub/plan.dxf not there");
-    EXPECT_EQ(places[11], "extra/plan.dwg not there");
+    EXPECT_EQ(places[0], "home/sub/plan.dwg not there");
+    EXPECT_EQ(places[1], "home/sub/plan.dxf not there");
+    EXPECT_EQ(places[3], "home/plan.dwg not there");
+    EXPECT_EQ(places[6], "extra/sub/plan.dwg not there");
+    EXPECT_EQ(places[11], "extra/plan.DXF not there");
     const auto nowhere = host::findReference(refer(""), L"PLAN");
     EXPECT_EQ(nowhere->tries.at(0).why, "the reference saves no path");
 }
