@@ -5,17 +5,20 @@
 #include "host/text/group_codes.h"
 #include "platform/runtime.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace mor::host {
 
 ContainerNumber Names::findTable(std::string_view table) const {
     const auto& containers = m_drawing.containers();
-    for (ContainerNumber number = 1; number < containers.size(); ++number)
-        if (containers[number].kind == ContainerKind::Table &&
-            equalsNoCaseAscii(containers[number].name, table))
-            return number;
-    return kNoContainer;
+    for (; m_tablesBelow < containers.size(); ++m_tablesBelow)
+        if (containers[m_tablesBelow].kind == ContainerKind::Table)
+            m_tables.push_back(m_tablesBelow);
+    const auto found = std::ranges::find_if(m_tables, [&](ContainerNumber number) {
+        return equalsNoCaseAscii(containers[number].name, table);
+    });
+    return found == m_tables.end() ? kNoContainer : *found;
 }
 
 void Names::learn(Symbols& symbols, RecordNumber number) const {

@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 namespace mor::host {
 
@@ -36,6 +37,8 @@ private:
     void learn(Symbols& symbols, RecordNumber number) const;
 
     const Drawing& m_drawing;
+    mutable std::vector<ContainerNumber> m_tables;  ///< among the containers below the next one
+    mutable ContainerNumber m_tablesBelow = 1;
     mutable std::map<ContainerNumber, Symbols> m_symbols;  ///< by table
     mutable std::optional<std::unordered_map<std::wstring, ContainerNumber>> m_blocks;
     mutable std::optional<std::map<std::wstring, std::size_t>> m_insertCounts;
