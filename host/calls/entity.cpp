@@ -16,6 +16,19 @@
 #include <utility>
 #include <vector>
 
+namespace mor::host {
+
+/// What a layer's name depends on: the drawing, the mount and the number of the layer's text.
+struct LayerKey {
+    std::int64_t drawing = 0;  ///< 0: nothing
+    std::int64_t mount = 0;
+    std::uint16_t layer = 0;
+
+    friend bool operator==(const LayerKey&, const LayerKey&) = default;
+};
+
+}  // namespace mor::host
+
 namespace mor {
 
 /// What one object has changed and not yet flushed, on top of the drawing as it is at each moment.
@@ -26,6 +39,7 @@ struct EntityState {
     mutable CString handle;
     mutable CString type;
     mutable std::wstring layer;
+    mutable host::LayerKey layerKey;  ///< of `layer`, while it is one of those that have one
     mutable std::wstring entry;
 
     /// The text of a group that is set and not yet flushed.
@@ -168,13 +182,21 @@ void assign(CString& target, std::string_view text) {
     // Types mostly are those of the entity before.
     const std::wstring_view now(target.GetString(), static_cast<std::size_t>(target.GetLength()));
     if (std::ranges::equal(now, text)) return;
-    std::array<wchar_t, 64> wide{};
+    std::array<wchar_t, 64> wide;
     if (text.size() < wide.size()) {
-        std::ranges::copy(text, wide.begin());
+        *std::ranges::copy(text, wide.begin()).out = L'\0';
         target = wide.data();
     } else {
         target = std::wstring(text.begin(), text.end()).c_str();
     }
+}
+
+/// Empty where the layer has to be read.
+LayerKey layerKeyOf(const Located& found) {
+    const std::uint16_t layer = found.drawing->layerNumberOf(found.number);
+    if (layer == TextNumbers::kNone) return {};
+    return {found.drawing->nameOf(found.number).second(),
+            found.mount == nullptr ? 0 : found.mount->number, layer};
 }
 
 /// The layer as the document knows it: the part of every walk that is done for each entity.
@@ -297,11 +319,17 @@ const CString& CMOREntity::Type() const {
 
 const wchar_t* CMOREntity::GetLayer(wchar_t* buffer) const {
     const host::Located found = host::live(*m_state);
-    m_state->layer.clear();
-    if (auto pending = m_state->pendingText(8))
-        m_state->layer = *std::move(pending);
-    else if (found)
-        host::appendLayer(m_state->layer, found);
+    auto pending = m_state->pendingText(host::kLayerCode);
+    const host::LayerKey key = pending || !found ? host::LayerKey() : host::layerKeyOf(found);
+    if (key != m_state->layerKey || key == host::LayerKey()) {
+        m_state->layerKey = {};
+        m_state->layer.clear();
+        if (pending)
+            m_state->layer = *std::move(pending);
+        else if (found)
+            host::appendLayer(m_state->layer, found);
+        m_state->layerKey = key;
+    }
     if (buffer != nullptr) *std::ranges::copy(m_state->layer, buffer).out = L'\0';
     return m_state->layer.c_str();
 }

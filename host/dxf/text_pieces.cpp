@@ -84,16 +84,13 @@ void findPlainCodes(const char* text, std::size_t begin, std::size_t limit, bool
 TextPieces::TextPieces(const Source& source, Ahead ahead, bool returns)
     : m_source(source), m_ahead(ahead == Ahead::Yes), m_returns(returns) {}
 
-void TextPieces::settle() {
-    if (m_preparing) m_ready.acquire();
-    m_preparing = false;
-}
-
 TextPieces::~TextPieces() {
     if (!m_thread.joinable()) return;
-    settle();
-    m_stopped = true;
-    m_wanted.release();
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_state = State::Stopped;
+    }
+    m_changed.notify_one();
     m_thread.join();
 }
 
@@ -127,9 +124,13 @@ std::size_t TextPieces::wholePairsEnd(const TextPiece& piece) const {
 }
 
 void TextPieces::runAhead() {
+    std::unique_lock lock(m_mutex);
     while (true) {
-        m_wanted.acquire();
-        if (m_stopped) return;
+        m_changed.wait(lock,
+                       [this] { return m_state == State::Wanted || m_state == State::Stopped; });
+        if (m_state == State::Stopped) return;
+        m_state = State::Begun;
+        lock.unlock();
         try {
             const TextPiece& former = m_pieces[m_now];
             TextPiece& piece = m_pieces[1 - m_now];
@@ -140,7 +141,10 @@ void TextPieces::runAhead() {
         } catch (...) {
             m_failure = std::current_exception();
         }
-        m_ready.release();
+        lock.lock();
+        if (m_state == State::Stopped) return;
+        m_state = State::Ready;
+        m_changed.notify_one();
     }
 }
 
@@ -152,19 +156,27 @@ void TextPieces::startAhead() {
         m_ahead = false;
         return;
     }
-    m_preparing = true;
-    m_wanted.release();
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_state = State::Wanted;
+    }
+    m_changed.notify_one();
 }
 
+/// Ends what the other thread does. `Ready` when it has prepared the piece.
+TextPieces::State TextPieces::takeOver() {
+    std::unique_lock lock(m_mutex);
+    m_changed.wait(lock, [this] { return m_state != State::Begun; });
+    return std::exchange(m_state, State::None);
+}
+
+void TextPieces::settle() { static_cast<void>(takeOver()); }
+
 TextPiece& TextPieces::next(std::size_t from) {
-    TextPiece& former = m_pieces[m_now];
-    if (m_preparing) {
-        m_ready.acquire();
-        m_preparing = false;
-        if (m_failure) std::rethrow_exception(std::exchange(m_failure, nullptr));
-    } else {
-        prepare(m_pieces[1 - m_now], former, from);
-    }
+    if (takeOver() != State::Ready)
+        prepare(m_pieces[1 - m_now], m_pieces[m_now], from);
+    else if (m_failure)
+        std::rethrow_exception(std::exchange(m_failure, nullptr));
     m_now = 1 - m_now;
     if (m_ahead && !m_pieces[m_now].last) startAhead();
     return m_pieces[m_now];

@@ -2,10 +2,11 @@
 
 #include "host/drawing/source.h"
 
+#include <condition_variable>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
-#include <semaphore>
+#include <mutex>
 #include <thread>
 #include <vector>
 
@@ -37,8 +38,8 @@ struct TextPiece {
 };
 
 /// Gives a text file piece by piece. Ahead of who asks, another thread reads the next piece and
-/// finds its codes; not before the second one, and not where lines may end with a carriage return
-/// alone.
+/// finds its codes, where it gets to run: nobody waits for it before it has begun. Not before the
+/// second piece, and not where lines may end with a carriage return alone.
 class TextPieces {
 public:
     enum class Ahead { No, Yes };
@@ -54,22 +55,24 @@ public:
     void settle();
 
 private:
+    /// Of the piece that is not in use.
+    enum class State { None, Wanted, Begun, Ready, Stopped };
+
     void prepare(TextPiece& piece, const TextPiece& former, std::size_t from) const;
     [[nodiscard]] std::size_t wholePairsEnd(const TextPiece& piece) const;
     void startAhead();
     void runAhead();
+    [[nodiscard]] State takeOver();
 
     const Source& m_source;
     bool m_ahead;
     bool m_returns;
     TextPiece m_pieces[2];
     std::size_t m_now = 0;
-    // The other thread prepares the piece that is not in use, once `m_wanted` lets it.
     std::thread m_thread;
-    std::binary_semaphore m_wanted{0};
-    std::binary_semaphore m_ready{0};
-    bool m_preparing = false;
-    bool m_stopped = false;
+    std::mutex m_mutex;  ///< guards the state
+    std::condition_variable m_changed;
+    State m_state = State::None;
     std::exception_ptr m_failure;
 };
 
