@@ -85,7 +85,7 @@ long roomOf() {
 
 /// The drawing's attributes with the pending ones over them.
 AttributeList seen(const std::vector<Attribute>& changes, const Located& found) {
-    AttributeList list = *found.drawing->attributesOf(found.number);
+    AttributeList list = found.drawing->attributesNow(found.number);
     for (const auto& [name, value] : changes) list.set(name, value);
     return list;
 }
@@ -99,15 +99,14 @@ struct Outcome {
 /// `former` are the changes that stand already. An entity over its room may still shrink.
 Outcome outcomeOf(const std::vector<Attribute>& changes, const Located& found,
                   const std::vector<Attribute>* former = nullptr) {
-    const auto now = found.drawing->attributesOf(found.number);
-    if (!now->damage.empty()) return {};
+    const AttributeList& now = found.drawing->attributesNow(found.number);
+    if (!now.damage.empty()) return {};
     const bool none = former == nullptr || former->empty();
-    const long before = none ? now->used() : seen(*former, found).used();
+    const long before = none ? now.used() : seen(*former, found).used();
     if (changes.size() == 1) {  // nearly always: no list is made for that
         const Attribute& change = changes.front();
-        const long after = now->usedWith(change.name, change.value);
-        const std::size_t others =
-            now->items().size() - (now->find(change.name) != nullptr ? 1 : 0);
+        const long after = now.usedWith(change.name, change.value);
+        const std::size_t others = now.items().size() - (now.find(change.name) != nullptr ? 1 : 0);
         return {after <= roomOf() || after <= before,
                 others > 0 || !CMORAdsLisp::NilP(change.value)};
     }
@@ -129,7 +128,7 @@ const Attribute* findSeen(const EntityState& state, const Located& found, std::w
         pending = *last;
         return &pending;
     }
-    return found.drawing->attributesOf(found.number)->find(name);
+    return found.drawing->attributesNow(found.number).find(name);
 }
 
 /// Entity names of another drawing cannot be stored: their handles would name something else.

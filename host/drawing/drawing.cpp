@@ -132,6 +132,16 @@ std::optional<std::int64_t> Drawing::integerOf(RecordNumber number, int code) co
 std::shared_ptr<const AttributeList> Drawing::attributesOf(RecordNumber number) const {
     const auto edit = m_edits.find(number);
     if (edit != m_edits.end() && edit->second.attributes) return edit->second.attributes;
+    return decodedAttributes(number);
+}
+
+const AttributeList& Drawing::attributesNow(RecordNumber number) const {
+    const auto edit = m_edits.find(number);
+    if (edit != m_edits.end() && edit->second.attributes) return *edit->second.attributes;
+    return *decodedAttributes(number);
+}
+
+const std::shared_ptr<const AttributeList>& Drawing::decodedAttributes(RecordNumber number) const {
     auto& known = m_attributes[number];
     if (!known)
         known = std::make_shared<const AttributeList>(

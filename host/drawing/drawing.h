@@ -76,6 +76,8 @@ public:
     [[nodiscard]] std::optional<std::int64_t> integerOf(RecordNumber number, int code) const;
     [[nodiscard]] std::wstring decoded(const Group& group) const;
     [[nodiscard]] std::shared_ptr<const AttributeList> attributesOf(RecordNumber number) const;
+    /// The same for a quick look: valid until the drawing changes.
+    [[nodiscard]] const AttributeList& attributesNow(RecordNumber number) const;
     /// Whether they have been set since the drawing was opened.
     [[nodiscard]] bool attributesWereSet(RecordNumber number) const {
         const auto edit = m_edits.find(number);
@@ -140,6 +142,9 @@ private:
     [[nodiscard]] RecordStyle styleFor(std::string_view type, const RecordForm& kind) const;
     [[nodiscard]] GroupList original(RecordNumber number) const;
     [[nodiscard]] RecordChange changeOf(const GroupList& record, const Edit& edit) const;
+    /// As the record holds them, whatever was set since.
+    [[nodiscard]] const std::shared_ptr<const AttributeList>& decodedAttributes(
+        RecordNumber number) const;
     [[nodiscard]] std::vector<std::uint64_t> keptHandles(std::uint64_t from) const;
 
     std::int64_t m_number;  ///< of this drawing in the process

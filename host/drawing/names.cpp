@@ -27,6 +27,7 @@ void Names::learn(Symbols& symbols, RecordNumber number) const {
 }
 
 void Names::addSymbol(ContainerNumber table, RecordNumber number) {
+    m_last = {};
     if (const auto known = m_symbols.find(table); known != m_symbols.end())
         learn(known->second, number);
 }
@@ -34,13 +35,17 @@ void Names::addSymbol(ContainerNumber table, RecordNumber number) {
 RecordNumber Names::findSymbol(std::string_view table, std::wstring_view name) const {
     const ContainerNumber container = findTable(table);
     if (container == kNoContainer) return 0;
+    // A store asks for its layer with every write.
+    if (container == m_last.table && name == m_last.name) return m_last.number;
     const auto [known, added] = m_symbols.try_emplace(container);
     if (added)
         for (RecordNumber at = m_drawing.nextMember(container, 0); at != 0;
              at = m_drawing.nextMember(container, at))
             learn(known->second, at);
     const auto found = known->second.find(upperCase(name));
-    return found == known->second.end() ? 0 : found->second;
+    const RecordNumber number = found == known->second.end() ? 0 : found->second;
+    m_last = {container, std::wstring(name), number};
+    return number;
 }
 
 ContainerNumber Names::findBlock(std::wstring_view name) const {

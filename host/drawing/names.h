@@ -36,7 +36,15 @@ private:
     using Symbols = std::unordered_map<std::wstring, RecordNumber>;
     void learn(Symbols& symbols, RecordNumber number) const;
 
+    /// The symbol that was asked for last; table 0: none.
+    struct Last {
+        ContainerNumber table = kNoContainer;
+        std::wstring name;
+        RecordNumber number = 0;
+    };
+
     const Drawing& m_drawing;
+    mutable Last m_last;
     mutable std::vector<ContainerNumber> m_tables;  ///< among the containers below the next one
     mutable ContainerNumber m_tablesBelow = 1;
     mutable std::map<ContainerNumber, Symbols> m_symbols;  ///< by table

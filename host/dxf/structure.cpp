@@ -65,12 +65,16 @@ ContainerNumber Structure::addContainer(ContainerKind kind, std::string name, Re
 }
 
 Structure::Wrong Structure::begin(std::string_view type, std::uint64_t offset) {
+    return begin(typeNumber(type), offset);
+}
+
+Structure::Wrong Structure::begin(std::uint16_t type, std::uint64_t offset) {
     if (m_entity)
         endEntity();
     else if (started())
         if (auto wrong = endRecord()) return wrong;
     RecordEntry entry;
-    entry.type = m_skeleton.types.number(type);
+    entry.type = type;
     m_skeleton.records.push_back(entry);
     m_index.places.push_back(offset);
     m_index.layers.push_back(TextNumbers::kNone);

@@ -24,6 +24,16 @@ public:
 
     /// A group 0; `offset` is where its code begins.
     Wrong begin(std::string_view type, std::uint64_t offset);
+    /// The same with the number that the type has.
+    Wrong begin(std::uint16_t type, std::uint64_t offset);
+    [[nodiscard]] std::uint16_t typeNumber(std::string_view type) {
+        return m_skeleton.types.number(type);
+    }
+    /// Whether the owner of the record being read is still wanted.
+    [[nodiscard]] bool wantsOwner() const {
+        return !m_noted.marker && !m_noted.inBrackets && m_noted.owner == 0;
+    }
+    void owner(std::uint64_t handle) { m_noted.owner = handle; }
     /// Any other group. `value` gives a std::string_view when it is looked at.
     template <typename Value>
     void group(int code, const Value& value);
@@ -143,8 +153,7 @@ inline void Structure::group(int code, const Value& value) {
             m_noted.inBrackets = text().starts_with("{");
             break;
         case kOwnerCode:
-            if (!m_noted.marker && !m_noted.inBrackets && m_noted.owner == 0)
-                m_noted.owner = parseHandle(trimmed(text()));
+            if (wantsOwner()) owner(parseHandle(trimmed(text())));
             break;
         case kApplicationCode:
             m_noted.extended = true;

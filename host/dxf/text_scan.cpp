@@ -56,6 +56,32 @@ private:
     const char* m_begin;
 };
 
+/// What the last short line meant: the next one mostly is the same.
+template <typename Meaning>
+class LastLine {
+public:
+    template <typename Find>
+    Meaning of(const char* begin, const Find& find) {
+        std::uint64_t head = 0;
+        std::memcpy(&head, begin, sizeof head);
+        if (head == m_head) return m_meaning;
+        const std::string_view line = LazyLine(begin);
+        const Meaning meaning = find(line);
+        // With its line end: what stands behind that makes no other line of it.
+        if (static_cast<std::size_t>(findFeed(begin) - begin) < sizeof head) {
+            m_head = head;
+            m_meaning = meaning;
+        }
+        return meaning;
+    }
+
+private:
+    std::uint64_t m_head = 0x0A0A'0A0A'0A0A'0A0AU;  // an empty line, which means nothing
+    Meaning m_meaning{};
+};
+
+std::uint64_t handleOf(std::string_view line) { return parseHandle(trimmed(line)); }
+
 class TextScan {
 public:
     TextScan(DxfIndex& index, Structure& structure, Scan scan)
@@ -100,7 +126,9 @@ private:
     TextPieces m_pieces;
     TextPiece* m_piece = nullptr;
     std::size_t m_at = 0;  // of the first line that is not taken, in the piece
-    PlainCodes m_codes;    // of a piece that was not looked through ahead, or not to its end
+    LastLine<std::uint64_t> m_owners;
+    LastLine<std::uint16_t> m_types;
+    PlainCodes m_codes;  // of a piece that was not looked through ahead, or not to its end
 };
 
 Stop TextScan::noCode(std::string_view found) {
@@ -212,14 +240,20 @@ std::optional<Stop> TextScan::takePlainCodes(const PlainCodes& codes) {
         const std::size_t place = codes.places[i];
         const char* const value = text + place + (text[place] == '\r' ? 2 : 1);
         const int code = plainCode(text + place);
+        if (code == kOwnerCode) {
+            if (m_structure.wantsOwner()) m_structure.owner(m_owners.of(value, handleOf));
+            continue;
+        }
         if (code != kTypeCode) {
             m_structure.group(code, LazyLine(value));
             continue;
         }
         std::size_t line = place - 1;
         while (text[line - 1] != '\n') --line;
-        const std::string_view type = LazyLine(value);
-        if (auto wrong = m_structure.begin(trimmed(type), base + line)) {
+        const std::uint16_t type = m_types.of(value, [this](std::string_view shown) {
+            return m_structure.typeNumber(trimmed(shown));
+        });
+        if (auto wrong = m_structure.begin(type, base + line)) {
             m_at = line;
             return stop(std::move(*wrong));
         }
