@@ -1,9 +1,10 @@
-// What does a wildcard pattern cost per name, the worst ones included?
+// What does a wildcard pattern cost per name, the worst ones included, and against the C library's?
 
 #include "platform/output_calls.h"
 
 #include <benchmark/benchmark.h>
 
+#include <fnmatch.h>
 #include <string>
 
 namespace mor::bench {
@@ -13,6 +14,13 @@ void matchPattern(benchmark::State& state, const wchar_t* pattern) {
     const std::wstring name = L"A-WALL-EXTERIOR-INSULATED-0042";
     for ([[maybe_unused]] auto step : state)
         benchmark::DoNotOptimize(acutWcMatch(name.c_str(), pattern));
+}
+
+/// The C library's matcher on the same name, with a pattern of its own that says the same.
+void matchWithFnmatch(benchmark::State& state, const char* pattern) {
+    const std::string name = "A-WALL-EXTERIOR-INSULATED-0042";
+    for ([[maybe_unused]] auto step : state)
+        benchmark::DoNotOptimize(::fnmatch(pattern, name.c_str(), 0));
 }
 
 void matchManyStars(benchmark::State& state) {
@@ -25,6 +33,16 @@ void matchManyStars(benchmark::State& state) {
 BENCHMARK_CAPTURE(matchPattern, literal, L"A-WALL-EXTERIOR-INSULATED-0042");
 BENCHMARK_CAPTURE(matchPattern, prefix, L"A-WALL*");
 BENCHMARK_CAPTURE(matchPattern, classes, L"@-[U-Z]*-####");
+BENCHMARK_CAPTURE(matchPattern, suffix, L"*-0042");
+BENCHMARK_CAPTURE(matchPattern, inside, L"*EXTERIOR*");
+BENCHMARK_CAPTURE(matchPattern, sets, L"[A-F]-[U-Z]*-00[0-9][0-9]");
+BENCHMARK_CAPTURE(matchWithFnmatch, literal, "A-WALL-EXTERIOR-INSULATED-0042");
+BENCHMARK_CAPTURE(matchWithFnmatch, prefix, "A-WALL*");
+BENCHMARK_CAPTURE(matchWithFnmatch, classes,
+                  "[[:alpha:]]-[U-Z]*-[[:digit:]][[:digit:]][[:digit:]][[:digit:]]");
+BENCHMARK_CAPTURE(matchWithFnmatch, suffix, "*-0042");
+BENCHMARK_CAPTURE(matchWithFnmatch, inside, "*EXTERIOR*");
+BENCHMARK_CAPTURE(matchWithFnmatch, sets, "[A-F]-[U-Z]*-00[0-9][0-9]");
 BENCHMARK_CAPTURE(matchPattern, alternatives, L"B-*,C-*,D-*,~*WALL*,A-WALL*");
 BENCHMARK(matchManyStars)->RangeMultiplier(4)->Range(16, 256)->Complexity();
 

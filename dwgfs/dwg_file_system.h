@@ -11,11 +11,12 @@
 #include "platform/string_list.h"
 #include "space/view.h"
 
+#include <cstddef>
 #include <functional>
-#include <map>
 #include <set>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 /// A small store of directories and files inside the drawing: a directory is an insert of one block
 /// on the control layer, linked from its parent by its handle; a file is a named attribute of its
@@ -189,7 +190,15 @@ private:
     [[nodiscard]] bool isOwnAncestor(const wchar_t* path) const;
     void warnIfReadOnly(const wchar_t* operation, bool create) const;
 
-    std::map<std::wstring, mor::EntityName, std::less<>> m_directories;  // by full path
+    struct PathHash {
+        using is_transparent = void;
+        [[nodiscard]] std::size_t operator()(std::wstring_view path) const noexcept {
+            return std::hash<std::wstring_view>{}(path);
+        }
+    };
+
+    std::unordered_map<std::wstring, mor::EntityName, PathHash, std::equal_to<>>
+        m_directories;           // by full path
     mutable CMORCadView m_view;  // mutable: its type can only be asked of a changeable one
     bool m_zeroing = false;
 

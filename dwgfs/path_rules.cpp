@@ -13,10 +13,14 @@ namespace {
 
 bool followsNameRules(std::wstring_view name) {
     if (name.empty() || !isAlnum(name.front())) return false;
-    const auto allowed = [](wchar_t c) {
-        return isAlnum(c) || c == L' ' || c == L'-' || c == L'_';
-    };
-    return std::ranges::all_of(name, allowed) && std::ranges::any_of(name, isAlpha);
+    bool letters = false;
+    for (const wchar_t c : name) {
+        if (isAlpha(c))
+            letters = true;
+        else if (!isAlnum(c) && c != L' ' && c != L'-' && c != L'_')
+            return false;
+    }
+    return letters;
 }
 
 }  // namespace

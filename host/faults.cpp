@@ -70,6 +70,7 @@ bool trustsSums() { return state().sumsTrusted; }
 void reset() { state() = {}; }
 
 bool shouldFail(std::string_view operation) {
+    if (state().anyCall == 0 && state().calls.empty()) return false;
     bool due = isDue(state().anyCall);
     if (const auto found = state().calls.find(operation); found != state().calls.end())
         due = isDue(found->second) || due;

@@ -11,7 +11,8 @@ namespace mor {
 template <std::size_t N>
 class BoundedText {
 public:
-    BoundedText() = default;
+    /// Empty; the rest of the buffer is left as it is, since most of it is never used.
+    BoundedText() noexcept { m_buffer[0] = L'\0'; }
 
     /// Takes the text; false, and unchanged, when it does not fit.
     [[nodiscard]] bool assign(std::wstring_view text) noexcept {
@@ -39,7 +40,7 @@ public:
     [[nodiscard]] std::size_t size() const noexcept { return m_size; }
 
 private:
-    std::array<wchar_t, N> m_buffer{};
+    std::array<wchar_t, N> m_buffer;
     std::size_t m_size = 0;
 };
 

@@ -11,29 +11,38 @@ namespace mor {
 namespace {
 
 constexpr wchar_t kLastAscii = 0x7F;
+constexpr std::size_t kKeyBytes = sizeof(std::uint64_t);
 
 }  // namespace
 
-void HandleTable::append(std::string& texts, std::wstring_view handle) {
+std::uint64_t HandleTable::keyOf(std::wstring_view handle, std::string& text) {
     handle.remove_prefix(std::min(handle.find_first_not_of(L'0'), handle.size()));
-    for (const wchar_t c : handle) {
-        const wchar_t upper = toUpper(c);
-        if (upper <= kLastAscii)
-            texts += static_cast<char>(upper);
-        else
-            texts += narrow({&upper, 1});
+    std::uint64_t key = 0;
+    if (handle.size() <= kKeyBytes) {
+        std::size_t room = kKeyBytes;
+        for (const wchar_t c : handle) {
+            const bool small = c >= L'a' && c <= L'z';
+            if (c > kLastAscii || c <= L'\0') break;
+            const auto byte = static_cast<std::uint64_t>(small ? c - L'a' + L'A' : c);
+            key |= byte << (8 * --room);
+        }
+        if (room + handle.size() == kKeyBytes) return key;
     }
+    text = narrow(upperCase(handle));
+    return 0;
 }
 
 void HandleTable::add(std::wstring_view handle, const EntityName& entity) {
-    const std::size_t begin = m_texts.size();
-    append(m_texts, handle);
-    m_entries.push_back({static_cast<std::uint32_t>(begin),
-                         static_cast<std::uint32_t>(m_texts.size() - begin), entity});
+    std::string text;
+    const std::uint64_t key = keyOf(handle, text);
+    if (text.empty())
+        m_entries.push_back({key, entity});
+    else
+        m_long.try_emplace(std::move(text), entity);
 }
 
 void HandleTable::order() {
-    const auto before = [this](const Entry& a, const Entry& b) { return textOf(a) < textOf(b); };
+    const auto before = [](const Entry& a, const Entry& b) { return a.key < b.key; };
     // Runs that stand in order already are merged, neighbour with neighbour, until one is left.
     std::vector<std::ptrdiff_t> ends = {0};
     for (auto at = m_entries.begin(); at != m_entries.end();) {
@@ -51,18 +60,19 @@ void HandleTable::order() {
         ends = std::move(merged);
     }
     // Of equal ones the first stays: merging keeps their order.
-    const auto equal = [this](const Entry& a, const Entry& b) { return textOf(a) == textOf(b); };
+    const auto equal = [](const Entry& a, const Entry& b) { return a.key == b.key; };
     m_entries.erase(std::unique(m_entries.begin(), m_entries.end(), equal), m_entries.end());
 }
 
 EntityName HandleTable::find(std::wstring_view handle) const {
     std::string text;
-    append(text, handle);
-    const auto found =
-        std::ranges::lower_bound(m_entries, std::string_view(text), {},
-                                 [this](const Entry& entry) { return textOf(entry); });
-    const bool known = found != m_entries.end() && textOf(*found) == text;
-    return known ? found->entity : EntityName{};
+    const std::uint64_t key = keyOf(handle, text);
+    if (!text.empty()) {
+        const auto found = m_long.find(text);
+        return found == m_long.end() ? EntityName{} : found->second;
+    }
+    const auto found = std::ranges::lower_bound(m_entries, key, {}, &Entry::key);
+    return found != m_entries.end() && found->key == key ? found->entity : EntityName{};
 }
 
 }  // namespace mor

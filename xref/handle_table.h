@@ -3,6 +3,7 @@
 #include "platform/entity_name.h"
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -10,8 +11,7 @@
 namespace mor {
 
 /// Entity names by handle, an ordered map whose keys are compared without regard to case. It is
-/// filled once and asked often, and may hold a million handles: the texts stand in one piece, the
-/// entries in a row.
+/// filled once and asked often, and may hold a million handles: short ones are numbers, in a row.
 class HandleTable {
 public:
     /// Keeps the handle in upper case, without leading zeros. One that is there already keeps its
@@ -26,18 +26,14 @@ public:
 
 private:
     struct Entry {
-        std::uint32_t begin = 0;  // in m_texts
-        std::uint32_t length = 0;
+        std::uint64_t key = 0;  // the bytes of the handle, the first one the highest
         EntityName entity;
     };
-    [[nodiscard]] std::string_view textOf(const Entry& entry) const {
-        return std::string_view(m_texts).substr(entry.begin, entry.length);
-    }
-    /// The handle in the form in which it is kept.
-    static void append(std::string& texts, std::wstring_view handle);
+    /// The handle in the form in which it is kept; 0, and the text, when it is too long for a key.
+    static std::uint64_t keyOf(std::wstring_view handle, std::string& text);
 
-    std::string m_texts;  // upper-case, UTF-8
     std::vector<Entry> m_entries;
+    std::map<std::string, EntityName> m_long;
 };
 
 }  // namespace mor

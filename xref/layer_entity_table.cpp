@@ -51,11 +51,20 @@ MOR_LayerXRefEntityTable::MOR_LayerXRefEntityTable() = default;
 MOR_LayerXRefEntityTable::~MOR_LayerXRefEntityTable() = default;
 
 bool MOR_LayerXRefEntityTable::add(const ads_name entity, const wchar_t* layer) {
-    auto known = m_given.find(std::wstring_view{layer});
-    if (known == m_given.end())
-        known = m_given.emplace(layer, &m_layers.try_emplace(layer).first->second).first;
-    known->second->add(mor::EntityName{entity});
+    add(mor::EntityName{entity}, std::wstring_view{layer});
     return true;
+}
+
+void MOR_LayerXRefEntityTable::add(const mor::EntityName& entity, std::wstring_view layer) {
+    if (m_last == nullptr || m_last->first != layer) {
+        auto known = m_given.find(layer);
+        if (known == m_given.end()) {
+            const std::wstring name{layer};
+            known = m_given.emplace(name, &m_layers.try_emplace(name).first->second).first;
+        }
+        m_last = &*known;
+    }
+    m_last->second->add(entity);
 }
 
 MOR_Letter_XRefSpaceIterator* MOR_LayerXRefEntityTable::iteratorForLayers(

@@ -12,6 +12,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 
 class MOR_Letter_XRefSpaceIterator;
 
@@ -26,6 +27,7 @@ public:
     /// Files the entity under the layer, once; always true. A new layer's name is kept as it is
     /// given: the reference's letter gives it in upper case.
     bool add(const ads_name entity, const wchar_t* layer);
+    void add(const mor::EntityName& entity, std::wstring_view layer);
 
     /// A new iterator, owned by the caller, over the entities on all layers whose whole name
     /// matches one of the qualified wildcard patterns, without regard to case; it may have nothing
@@ -47,4 +49,6 @@ private:
     /// The sets in `m_layers` by the very texts that were given: there are many more entities than
     /// layers.
     std::unordered_map<std::wstring, mor::EntitySet*, TextHash, std::equal_to<>> m_given;
+    /// The one that was given last: neighbours mostly lie on the same layer.
+    const std::pair<const std::wstring, mor::EntitySet*>* m_last = nullptr;
 };

@@ -123,14 +123,15 @@ void MOR_Letter_XRef::record(const CMOREntity& entity, const mor::EntityName& na
     // The first one keeps its handle. Entities of old drawings may have none, and no text finds
     // those.
     const CString& handle = entity.Handle();
-    if (!handle.IsEmpty()) m_handles.add(handle.GetString(), name);
+    if (!handle.IsEmpty())
+        m_handles.add({handle.GetString(), static_cast<std::size_t>(handle.GetLength())}, name);
     if (isSubEntity(entity)) return;
     const std::wstring_view layer = entity.GetLayer(nullptr);
     if (layer != m_lastLayer) {  // neighbours mostly lie on the same one
         m_lastLayer = layer;
         m_lastLayerUpper = mor::upperCase(layer);
     }
-    m_layers.add(name, m_lastLayerUpper.c_str());
+    m_layers.add(name, std::wstring_view{m_lastLayerUpper});
 }
 
 bool mor_xref::HandEnt(const wchar_t* xrefName, const wchar_t* handle, ads_name result) {

@@ -16,16 +16,30 @@
 #include <utility>
 #include <vector>
 
+namespace mor::host {
+
+/// What a layer's name depends on: the drawing, the mount and the number of the layer's text.
+struct LayerKey {
+    std::int64_t drawing = 0;  ///< 0: nothing
+    std::int64_t mount = 0;
+    std::uint16_t layer = 0;
+
+    friend bool operator==(const LayerKey&, const LayerKey&) = default;
+};
+
+}  // namespace mor::host
+
 namespace mor {
 
 /// What one object has changed and not yet flushed, on top of the drawing as it is at each moment.
 struct EntityState {
     EntityName name;
     std::map<int, std::variant<std::int64_t, std::wstring>> groups;
-    std::vector<std::pair<std::wstring, CMORAdsLispVar>> attributes;  ///< in order; nil removes
+    std::vector<host::Attribute> attributes;  ///< in order; nil removes
     mutable CString handle;
     mutable CString type;
     mutable std::wstring layer;
+    mutable host::LayerKey layerKey;  ///< of `layer`, while it is one of those that have one
     mutable std::wstring entry;
 
     /// The text of a group that is set and not yet flushed.
@@ -70,37 +84,51 @@ long roomOf() {
 }
 
 /// The drawing's attributes with the pending ones over them.
-AttributeList seen(const EntityState& state, const Located& found) {
-    AttributeList list = *found.drawing->attributesOf(found.number);
-    for (const auto& [name, value] : state.attributes) {
-        const auto known = std::ranges::find(list.items, name, &Attribute::name);
-        if (CMORAdsLisp::NilP(value)) {
-            if (known != list.items.end()) list.items.erase(known);
-        } else if (known != list.items.end()) {
-            known->value = value;
-        } else {
-            list.items.push_back({name, value});
-        }
-    }
+AttributeList seen(const std::vector<Attribute>& changes, const Located& found) {
+    AttributeList list = found.drawing->attributesNow(found.number);
+    for (const auto& [name, value] : changes) list.set(name, value);
     return list;
 }
 
-/// The last change of that name.
-auto lastChange(const std::vector<std::pair<std::wstring, CMORAdsLispVar>>& attributes,
-                std::wstring_view name) {
-    return std::ranges::find(attributes.rbegin(), attributes.rend(), name,
-                             &std::pair<std::wstring, CMORAdsLispVar>::first);
+/// What comes of changes.
+struct Outcome {
+    bool fits = false;
+    bool holdsAny = false;  ///< any attributes are left
+};
+
+/// `former` are the changes that stand already. An entity over its room may still shrink.
+Outcome outcomeOf(const std::vector<Attribute>& changes, const Located& found,
+                  const std::vector<Attribute>* former = nullptr) {
+    const AttributeList& now = found.drawing->attributesNow(found.number);
+    if (!now.damage.empty()) return {};
+    const bool none = former == nullptr || former->empty();
+    const long before = none ? now.used() : seen(*former, found).used();
+    if (changes.size() == 1) {  // nearly always: no list is made for that
+        const Attribute& change = changes.front();
+        const long after = now.usedWith(change.name, change.value);
+        const std::size_t others = now.items().size() - (now.find(change.name) != nullptr ? 1 : 0);
+        return {after <= roomOf() || after <= before,
+                others > 0 || !CMORAdsLisp::NilP(change.value)};
+    }
+    const AttributeList list = seen(changes, found);
+    return {list.used() <= roomOf() || list.used() <= before, !list.items().empty()};
+}
+
+/// The last change of that name; null when there is none.
+const Attribute* lastChange(const std::vector<Attribute>& attributes, std::wstring_view name) {
+    for (std::size_t i = attributes.size(); i > 0; --i)
+        if (attributes[i - 1].name == name) return &attributes[i - 1];
+    return nullptr;
 }
 
 const Attribute* findSeen(const EntityState& state, const Located& found, std::wstring_view name,
                           Attribute& pending) {
-    const auto last = lastChange(state.attributes, name);
-    if (last != state.attributes.rend()) {
-        if (CMORAdsLisp::NilP(last->second)) return nullptr;
-        pending = {last->first, last->second};
+    if (const Attribute* last = lastChange(state.attributes, name)) {
+        if (CMORAdsLisp::NilP(last->value)) return nullptr;
+        pending = *last;
         return &pending;
     }
-    return found.drawing->attributesOf(found.number)->find(name);
+    return found.drawing->attributesNow(found.number).find(name);
 }
 
 /// Entity names of another drawing cannot be stored: their handles would name something else.
@@ -153,13 +181,21 @@ void assign(CString& target, std::string_view text) {
     // Types mostly are those of the entity before.
     const std::wstring_view now(target.GetString(), static_cast<std::size_t>(target.GetLength()));
     if (std::ranges::equal(now, text)) return;
-    std::array<wchar_t, 64> wide{};
+    std::array<wchar_t, 64> wide;
     if (text.size() < wide.size()) {
-        std::ranges::copy(text, wide.begin());
+        *std::ranges::copy(text, wide.begin()).out = L'\0';
         target = wide.data();
     } else {
         target = std::wstring(text.begin(), text.end()).c_str();
     }
+}
+
+/// Empty where the layer has to be read.
+LayerKey layerKeyOf(const Located& found) {
+    const std::uint16_t layer = found.drawing->layerNumberOf(found.number);
+    if (layer == TextNumbers::kNone) return {};
+    return {found.drawing->nameOf(found.number).second(),
+            found.mount == nullptr ? 0 : found.mount->number, layer};
 }
 
 /// The layer as the document knows it: the part of every walk that is done for each entity.
@@ -173,14 +209,13 @@ void appendLayer(std::wstring& layer, const Located& found) {
 }
 
 /// A removal followed by a new value stays two changes: the attribute then comes last in the list.
-void note(std::vector<std::pair<std::wstring, CMORAdsLispVar>>& attributes, std::wstring_view name,
-          const CMORAdsLispVar& value) {
-    const auto last = lastChange(attributes, name);
-    if (last != attributes.rend() && CMORAdsLisp::NilP(last->second) == CMORAdsLisp::NilP(value)) {
-        attributes[static_cast<std::size_t>(attributes.rend() - last) - 1].second = value;
+void note(std::vector<Attribute>& attributes, std::wstring_view name, const CMORAdsLispVar& value) {
+    const Attribute* last = lastChange(attributes, name);
+    if (last != nullptr && CMORAdsLisp::NilP(last->value) == CMORAdsLisp::NilP(value)) {
+        attributes[static_cast<std::size_t>(last - attributes.data())].value = value;
         return;
     }
-    attributes.emplace_back(name, value);
+    attributes.push_back({std::wstring(name), value});
 }
 
 }  // namespace
@@ -232,13 +267,11 @@ bool CMOREntity::Flush() {
     const RecordNumber number = found.number;
     if (host::faults::writesRefused() || host::layerIsLocked(drawing, number)) return false;
     if (!m_state->attributes.empty()) {
-        host::AttributeList list = host::seen(*m_state, found);
-        const long before = drawing.attributesOf(number)->used();
-        const long after = list.used();
-        // An entity over its room may still shrink.
-        if (!list.damage.empty() || (after > host::roomOf() && after > before)) return false;
-        if (!list.items.empty()) host::registerApplication(drawing, host::kAttributeApplication);
-        drawing.setAttributes(number, std::move(list));
+        const host::Outcome outcome = host::outcomeOf(m_state->attributes, found);
+        if (!outcome.fits) return false;
+        if (outcome.holdsAny && !drawing.attributesWereSet(number))
+            host::registerApplication(drawing, host::kAttributeApplication);
+        drawing.setAttributes(number, m_state->attributes);
     }
     for (const auto& [code, value] : m_state->groups) {
         if (code == 67 && std::get<std::int64_t>(value) == 0 &&
@@ -285,11 +318,17 @@ const CString& CMOREntity::Type() const {
 
 const wchar_t* CMOREntity::GetLayer(wchar_t* buffer) const {
     const host::Located found = host::live(*m_state);
-    m_state->layer.clear();
-    if (auto pending = m_state->pendingText(8))
-        m_state->layer = *std::move(pending);
-    else if (found)
-        host::appendLayer(m_state->layer, found);
+    auto pending = m_state->pendingText(host::kLayerCode);
+    const host::LayerKey key = pending || !found ? host::LayerKey() : host::layerKeyOf(found);
+    if (key != m_state->layerKey || key == host::LayerKey()) {
+        m_state->layerKey = {};
+        m_state->layer.clear();
+        if (pending)
+            m_state->layer = *std::move(pending);
+        else if (found)
+            host::appendLayer(m_state->layer, found);
+        m_state->layerKey = key;
+    }
     if (buffer != nullptr) *std::ranges::copy(m_state->layer, buffer).out = L'\0';
     return m_state->layer.c_str();
 }
@@ -358,15 +397,10 @@ bool CMOREntity::SetAttribute(const wchar_t* name, const CMORAdsLispVar& value) 
         host::faults::shouldFail("CMOREntity::SetAttribute"))
         return false;
     if (!host::isStorable(value) || !host::namesAreOurs(value)) return false;
-    const auto now = found.drawing->attributesOf(found.number);
-    if (!now->damage.empty()) return false;
-    mor::EntityState wanted;
-    wanted.attributes = m_state->attributes;
-    host::note(wanted.attributes, name, value);
-    const long before = host::seen(*m_state, found).used();
-    const long after = host::seen(wanted, found).used();
-    if (after > host::roomOf() && after > before) return false;
-    m_state->attributes = std::move(wanted.attributes);
+    std::vector<host::Attribute> wanted = m_state->attributes;
+    host::note(wanted, name, value);
+    if (!host::outcomeOf(wanted, found, &m_state->attributes).fits) return false;
+    m_state->attributes = std::move(wanted);
     return true;
 }
 
@@ -401,8 +435,8 @@ void CMOREntity::GetAttributeNames(CMORStringList& names) const {
     names.Reset();
     const host::Located found = host::live(*m_state);
     if (!found) return;
-    for (const host::Attribute& attribute : host::seen(*m_state, found).items)
-        names.Append(attribute.name.c_str());
+    const host::AttributeList list = host::seen(m_state->attributes, found);
+    for (const host::Attribute& attribute : list.items()) names.Append(attribute.name.c_str());
 }
 
 long CMOREntity::GetXDataSize(const wchar_t* name) const {
@@ -415,5 +449,5 @@ long CMOREntity::GetXDataSize(const wchar_t* name) const {
 
 long CMOREntity::GetFreeXDataMem() const {
     const host::Located found = host::live(*m_state);
-    return !found ? 0 : host::roomOf() - host::seen(*m_state, found).used();
+    return !found ? 0 : host::roomOf() - host::seen(m_state->attributes, found).used();
 }

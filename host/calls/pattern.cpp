@@ -7,136 +7,170 @@
 #include "platform/runtime.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
 #include <cstring>
 #include <utility>
 
 namespace mor::host {
 
-Wildcard::Wildcard(std::wstring_view pattern, WildcardCase caseRule) : m_case(caseRule) {
-    if (m_case == WildcardCase::Ignored)
-        compile(upperCase(pattern));
-    else
-        compile(pattern);
+namespace {
+
+/// Reads a pattern as it goes along: it is not worth putting it into another form first.
+class Matcher {
+public:
+    Matcher(std::wstring_view pattern, std::wstring_view text)
+        : m_at(pattern.data()), m_end(m_at + pattern.size()), m_noClose(m_end), m_text(text) {}
+
+    bool run() {
+        while (true) {
+            const bool negated = m_at != m_end && *m_at == L'~';
+            if (negated) ++m_at;
+            if (matchesAlternative() != negated) return true;
+            while (!alternativeEnds()) skipElement();
+            if (m_at == m_end) return false;
+            ++m_at;
+        }
+    }
+
+private:
+    using Place = const wchar_t*;
+
+    [[nodiscard]] bool alternativeEnds() const { return m_at == m_end || *m_at == L','; }
+    [[nodiscard]] static bool isLiteral(wchar_t c);
+    bool matchesAlternative();
+    [[nodiscard]] Place closeOf(Place open);
+    void skipElement();
+    bool takeElement(wchar_t c);
+    bool takeSet(wchar_t c, Place close);
+
+    Place m_at;
+    Place m_end;
+    Place m_noClose;  ///< from here on no set is closed
+    std::wstring_view m_text;
+};
+
+/// Whether the character stands for itself wherever it stands.
+bool Matcher::isLiteral(wchar_t c) {
+    constexpr auto bits = [] {
+        std::array<std::uint64_t, 2> special{};
+        for (const unsigned each : {'#', '@', '.', '*', '?', '[', '`', ','})
+            special[each / 64] |= std::uint64_t{1} << (each % 64);
+        return special;
+    }();
+    const auto code = static_cast<std::uint32_t>(c);
+    return code >= 128 || (bits[code / 64] >> (code % 64) & 1U) == 0;
 }
 
-void Wildcard::compile(std::wstring_view pattern) {
-    std::size_t position = 0;
+/// The pattern is looked through no further than it takes to tell.
+bool Matcher::matchesAlternative() {
+    Place text = m_text.data();
+    const Place textEnd = text + m_text.size();
+    Place behindStar = nullptr;  // the last one; none yet
+    Place starText = nullptr;    // where the text goes on behind what it takes
     while (true) {
-        Alternative alternative;
-        if (position < pattern.size() && pattern[position] == L'~') {
-            alternative.negated = true;
-            ++position;
+        while (text != textEnd && m_at != m_end && *m_at == *text && isLiteral(*m_at)) {
+            ++m_at;
+            ++text;
         }
-        while (position < pattern.size() && pattern[position] != L',')
-            alternative.elements.push_back(readElement(pattern, position));
-        m_alternatives.push_back(std::move(alternative));
-        if (position == pattern.size()) return;
-        ++position;
+        if (m_at != m_end && *m_at == L'*') {
+            while (m_at != m_end && *m_at == L'*') ++m_at;
+            if (alternativeEnds()) return true;
+            behindStar = m_at;
+            starText = text;
+        } else if (text == textEnd) {
+            return alternativeEnds();
+        } else if (!alternativeEnds() && takeElement(*text)) {
+            ++text;
+            continue;
+        } else if (behindStar == nullptr) {
+            return false;
+        } else {  // only the last star need ever take more: what lies before it has matched
+            m_at = behindStar;
+            ++starText;
+        }
+        if (isLiteral(*m_at)) starText = std::find(starText, textEnd, *m_at);
+        text = starText;
     }
 }
 
-Wildcard::Element Wildcard::readElement(std::wstring_view pattern, std::size_t& position) {
-    Element element;
-    const wchar_t c = pattern[position];
-    if (c == L'[' && readSet(pattern, position, element)) return element;
-    ++position;
-    switch (c) {
-        case L'*':
-            element.kind = Kind::AnyRun;
-            break;
+/// Where the set that opens there ends; null when nothing closes it.
+Matcher::Place Matcher::closeOf(Place open) {
+    Place from = open + 1;
+    if (from != m_end && *from == L'~') ++from;
+    if (m_noClose - from < 2) return nullptr;
+    ++from;  // one right at the front is an element
+    const Place close = std::find(from, m_noClose, L']');
+    if (close != m_noClose) return close;
+    m_noClose = from;
+    return nullptr;
+}
+
+void Matcher::skipElement() {
+    const Place close = *m_at == L'[' ? closeOf(m_at) : nullptr;
+    if (close != nullptr) m_at = close;
+    if (*m_at == L'`' && m_at + 1 != m_end) ++m_at;
+    ++m_at;
+}
+
+/// Whether the element at hand, no star, stands for the character; it is left behind if so.
+bool Matcher::takeElement(wchar_t c) {
+    const wchar_t element = *m_at;
+    bool matched = true;
+    switch (element) {
         case L'?':
-            element.kind = Kind::AnyOne;
             break;
         case L'#':
-            element.kind = Kind::Digit;
+            matched = isAlnum(c) && !isAlpha(c);
             break;
         case L'@':
-            element.kind = Kind::Letter;
+            matched = isAlpha(c);
             break;
         case L'.':
-            element.kind = Kind::Other;
+            matched = !isAlnum(c);
             break;
         case L'`':
-            element.literal = position < pattern.size() ? pattern[position++] : c;
+            matched = (m_at + 1 != m_end ? m_at[1] : element) == c;
+            if (matched && m_at + 1 != m_end) ++m_at;
             break;
+        case L'[':
+            if (const Place close = closeOf(m_at)) return takeSet(c, close);
+            [[fallthrough]];
         default:
-            element.literal = c;
+            matched = element == c;
     }
-    return element;
+    if (matched) ++m_at;
+    return matched;
 }
 
-bool Wildcard::readSet(std::wstring_view pattern, std::size_t& position, Element& element) {
-    std::size_t begin = position + 1;
-    const bool negated = begin < pattern.size() && pattern[begin] == L'~';
-    if (negated) ++begin;
-    const std::size_t end = pattern.find(L']', begin + 1);  // one right at the front is an element
-    if (end == std::wstring_view::npos) return false;
-    element.kind = negated ? Kind::NoneOf : Kind::OneOf;
-    for (std::size_t i = begin; i < end; ++i) {
-        const bool range = i + 2 < end && pattern[i + 1] == L'-';
-        element.set.push_back({pattern[i], range ? pattern[i + 2] : pattern[i]});
-        if (range) i += 2;
+bool Matcher::takeSet(wchar_t c, Place close) {
+    Place at = m_at + 1;
+    const bool negated = *at == L'~';
+    if (negated) ++at;
+    bool found = false;
+    while (at < close && !found) {
+        const bool range = at + 2 < close && at[1] == L'-';
+        found = *at <= c && c <= (range ? at[2] : *at);
+        at += range ? 3 : 1;
     }
-    position = end + 1;
+    if (found == negated) return false;
+    m_at = close + 1;
     return true;
 }
 
-bool Wildcard::matchesOne(const Element& element, wchar_t c) {
-    const auto holds = [c](Range range) { return range.first <= c && c <= range.last; };
-    switch (element.kind) {
-        case Kind::Literal:
-            return element.literal == c;
-        case Kind::Digit:
-            return isAlnum(c) && !isAlpha(c);
-        case Kind::Letter:
-            return isAlpha(c);
-        case Kind::Other:
-            return !isAlnum(c);
-        case Kind::OneOf:
-            return std::ranges::any_of(element.set, holds);
-        case Kind::NoneOf:
-            return std::ranges::none_of(element.set, holds);
-        default:
-            return true;
-    }
+}  // namespace
+
+bool matchesWildcard(std::wstring_view pattern, std::wstring_view text) {
+    return Matcher(pattern, text).run();
 }
 
-bool Wildcard::matchesAll(const std::vector<Element>& elements, std::wstring_view text) {
-    std::size_t element = 0;
-    std::size_t position = 0;
-    std::size_t starElement = elements.size();  // behind the last star; none yet
-    std::size_t starPosition = 0;
-    bool star = false;
-    while (position < text.size()) {
-        if (element < elements.size() && elements[element].kind == Kind::AnyRun) {
-            star = true;
-            starElement = ++element;
-            starPosition = position;
-        } else if (element < elements.size() && matchesOne(elements[element], text[position])) {
-            ++element;
-            ++position;
-        } else if (star) {  // only the last star need ever take more: what lies before it has
-                            // matched
-            element = starElement;
-            position = ++starPosition;
-        } else {
-            return false;
-        }
-    }
-    return std::ranges::all_of(elements.begin() + static_cast<std::ptrdiff_t>(element),
-                               elements.end(),
-                               [](const Element& rest) { return rest.kind == Kind::AnyRun; });
-}
+Wildcard::Wildcard(std::wstring_view pattern, WildcardCase caseRule)
+    : m_pattern(caseRule == WildcardCase::Ignored ? upperCase(pattern) : std::wstring(pattern)),
+      m_case(caseRule) {}
 
 bool Wildcard::matches(std::wstring_view text) const {
-    std::wstring upper;
-    if (m_case == WildcardCase::Ignored) {
-        upper = upperCase(text);
-        text = upper;
-    }
-    return std::ranges::any_of(m_alternatives, [text](const Alternative& alternative) {
-        return matchesAll(alternative.elements, text) != alternative.negated;
-    });
+    return m_case == WildcardCase::Ignored ? matchesWildcard(m_pattern, upperCase(text))
+                                           : matchesWildcard(m_pattern, text);
 }
 
 }  // namespace mor::host
@@ -155,7 +189,7 @@ std::wstring widened(std::string_view bytes) {
 
 int acutWcMatch(const wchar_t* text, const wchar_t* pattern) {
     if (text == nullptr || pattern == nullptr) return RTERROR;
-    return mor::host::Wildcard{pattern}.matches(text) ? RTNORM : RTERROR;
+    return mor::host::matchesWildcard(pattern, text) ? RTNORM : RTERROR;
 }
 
 MOR_Wildcard::MOR_Wildcard(const char* pattern) : m_pattern(widened(pattern)) {}
@@ -165,7 +199,7 @@ MOR_Wildcard::~MOR_Wildcard() = default;
 std::size_t MOR_Wildcard::index(const char* text, std::size_t* length, std::size_t start) const {
     const std::size_t size = std::strlen(text);
     const bool matched =
-        start <= size && mor::host::Wildcard{m_pattern}.matches(widened(text + start));
+        start <= size && mor::host::matchesWildcard(m_pattern, widened(text + start));
     if (length != nullptr) *length = matched ? size - start : 0;
     return matched ? start : npos;
 }

@@ -7,6 +7,7 @@
 #include "host/permanent.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <map>
 #include <string_view>
 #include <vector>
@@ -17,8 +18,14 @@ namespace {
 
 constexpr std::size_t kMostSets = 128;
 
+/// Records of one drawing, in the order in which they are given. It may hold them all.
+struct SelectionSet {
+    std::int64_t drawing = 0;
+    std::vector<RecordNumber> records;
+};
+
 struct SelectionSets {
-    std::map<std::int64_t, std::vector<EntityName>> open;
+    std::map<std::int64_t, SelectionSet> open;
     std::int64_t last = 0;
 };
 
@@ -27,7 +34,7 @@ SelectionSets& sets() {
     return *state;
 }
 
-const std::vector<EntityName>* findSet(const ads_name set) {
+const SelectionSet* findSet(const ads_name set) {
     if (set[1] != 0) return nullptr;
     const auto found = sets().open.find(set[0]);
     return found == sets().open.end() ? nullptr : &found->second;
@@ -57,13 +64,14 @@ int acedSSGet(const wchar_t* mode, const void* /*first*/, const void* /*second*/
         return RTERROR;
     host::SelectionFilter selection(*drawing, filter);
     if (!selection.isValid()) return RTERROR;
-    std::vector<mor::EntityName> names;
+    host::SelectionSet found{drawing->nameOf(1).second(), {}};
     for (host::RecordNumber number = 1; number <= drawing->lastRecord(); ++number)
-        if (selection.matches(number)) names.push_back(drawing->nameOf(number));
-    std::ranges::reverse(names);  // newest first, as selections usually come; nobody may rely on it
-    if (names.empty()) return RTERROR;
+        if (selection.matches(number)) found.records.push_back(number);
+    // Newest first, as selections usually come; nobody may rely on it.
+    std::ranges::reverse(found.records);
+    if (found.records.empty()) return RTERROR;
     const std::int64_t set = ++host::sets().last;
-    host::sets().open.emplace(set, std::move(names));
+    host::sets().open.emplace(set, std::move(found));
     ++host::runningCounters().selectionSetsOpen;
     result[0] = set;
     result[1] = 0;
@@ -71,17 +79,18 @@ int acedSSGet(const wchar_t* mode, const void* /*first*/, const void* /*second*/
 }
 
 int acedSSLength(const ads_name set, std::int32_t* count) {
-    const auto* names = host::findSet(set);
-    if (names == nullptr || host::faults::shouldFail("acedSSLength")) return RTERROR;
-    *count = static_cast<std::int32_t>(names->size());
+    const auto* found = host::findSet(set);
+    if (found == nullptr || host::faults::shouldFail("acedSSLength")) return RTERROR;
+    *count = static_cast<std::int32_t>(found->records.size());
     return RTNORM;
 }
 
 int acedSSName(const ads_name set, std::int32_t index, ads_name result) {
-    const auto* names = host::findSet(set);
-    if (names == nullptr || host::faults::shouldFail("acedSSName")) return RTERROR;
-    if (index < 0 || static_cast<std::size_t>(index) >= names->size()) return RTERROR;
-    (*names)[static_cast<std::size_t>(index)].copyTo(result);
+    const auto* found = host::findSet(set);
+    if (found == nullptr || host::faults::shouldFail("acedSSName")) return RTERROR;
+    if (index < 0 || static_cast<std::size_t>(index) >= found->records.size()) return RTERROR;
+    const host::RecordNumber number = found->records[static_cast<std::size_t>(index)];
+    mor::EntityName(static_cast<std::int64_t>(number), found->drawing).copyTo(result);
     return RTNORM;
 }
 

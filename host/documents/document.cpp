@@ -13,7 +13,7 @@
 AcApDocument::AcApDocument(std::unique_ptr<mor::host::Drawing> drawingOwned)
     : drawing(std::move(drawingOwned)),
       references(std::make_unique<mor::host::References>(*this)) {}
-AcApDocument::~AcApDocument() = default;
+AcApDocument::~AcApDocument() { mor::host::forgetLocated(); }
 
 namespace mor::host {
 

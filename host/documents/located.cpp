@@ -27,8 +27,21 @@ std::wstring Located::qualified(std::string_view table, std::wstring_view symbol
     return name.append(mount->name).append(1, L'|').append(symbol);
 }
 
-Located locate(const AcApDocument& document, EntityName name) {
-    if (name.isNone()) return {};
+namespace {
+
+/// What was located last: a walk asks several times about one record.
+struct LastLocated {
+    const AcApDocument* document = nullptr;
+    EntityName name;
+    Located found;
+};
+
+LastLocated& lastLocated() {
+    static LastLocated s_last;
+    return s_last;
+}
+
+Located locateAnew(const AcApDocument& document, EntityName name) {
     if (const RecordNumber own = document.drawing->numberOf(name))
         return {document.drawing.get(), own, nullptr};
     const Mount* mount = document.references->find(name.second());
@@ -36,6 +49,21 @@ Located locate(const AcApDocument& document, EntityName name) {
     const EntityName inside{name.first(), mount->drawing->nameOf(1).second()};
     const RecordNumber number = mount->drawing->numberOf(inside);
     return number == 0 ? Located{} : Located{mount->drawing.get(), number, mount};
+}
+
+}  // namespace
+
+void forgetLocated() { lastLocated() = {}; }
+
+Located locate(const AcApDocument& document, EntityName name) {
+    if (name.isNone()) return {};
+    LastLocated& last = lastLocated();
+    if (last.document != &document || last.name != name) {
+        const Located found = locateAnew(document, name);
+        if (!found) return found;
+        last = {&document, name, found};
+    }
+    return last.found.drawing->entry(last.found.number).has(kGone) ? Located{} : last.found;
 }
 
 Located locate(EntityName name) {

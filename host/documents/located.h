@@ -28,5 +28,7 @@ struct Located {
 /// it.
 [[nodiscard]] Located locate(EntityName name);
 [[nodiscard]] Located locate(const AcApDocument& document, EntityName name);
+/// To be called before a drawing, a document or a mount ends: what was located is remembered.
+void forgetLocated();
 
 }  // namespace mor::host

@@ -100,7 +100,7 @@ RecordAttributes recordAttributes(const AcApDocument* document, EntityName name)
     const Located found = locate(*document, name);
     if (!found) return result;
     const auto list = found.drawing->attributesOf(found.number);
-    for (const Attribute& attribute : list->items)
+    for (const Attribute& attribute : list->items())
         result.items.push_back({attribute.name, attribute.value, attributeCost(attribute)});
     result.used = list->used();
     result.free = kRoomPerRecord - result.used;

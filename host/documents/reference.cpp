@@ -163,6 +163,7 @@ References::Target References::resolve(std::wstring_view qualified) {
 }
 
 void References::forget(Mount& mount) {
+    forgetLocated();
     for (auto& [block, child] : mount.children) forget(*child);
     m_byNumber.erase(mount.number);
     m_document.databases.erase(mount.number);

@@ -1,4 +1,5 @@
 #include "host/documents/document.h"
+#include "host/documents/plan_writer.h"
 #include "host/documents/temporary_file.h"
 #include "host/faults.h"
 #include "host/text/group_codes.h"
@@ -23,59 +24,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kBufferSize = 1 << 20;
-constexpr std::uint64_t kStretch = 4 << 20;
 constexpr std::string_view kNotRead = "the drawing could not be read to its end; load it again";
-
-bool writeAll(int descriptor, const char* bytes, std::size_t size) {
-    while (size > 0) {
-        const ssize_t done = guarded("write", [&] { return ::write(descriptor, bytes, size); });
-        if (done < 0 && errno == EINTR) continue;
-        if (done <= 0) return false;
-        bytes += done;
-        size -= static_cast<std::size_t>(done);
-    }
-    return true;
-}
-
-/// Copies within the kernel where that works, else through a buffer.
-bool copyRange(const Source& source, std::uint64_t from, std::uint64_t size, int target) {
-    auto offset = static_cast<off_t>(from);
-    while (size > 0 && source.descriptor() >= 0) {
-        const auto stretch = static_cast<std::size_t>(std::min(size, kStretch));
-        const ssize_t done = guarded("copy_file_range", [&] {
-            return ::copy_file_range(source.descriptor(), &offset, target, nullptr, stretch, 0);
-        });
-        if (done < 0 && errno == EINTR) continue;
-        if (done <= 0) break;
-        size -= static_cast<std::uint64_t>(done);
-        // The disk may begin while the rest is copied; the flush waits for less then. Not tested:
-        // it is no more than a hint.
-        static_cast<void>(::sync_file_range(target, 0, 0, SYNC_FILE_RANGE_WRITE));
-    }
-    std::vector<char> buffer(size > 0 ? kBufferSize : 0);
-    auto at = source.descriptor() >= 0 ? static_cast<std::uint64_t>(offset) : from;
-    while (size > 0) {
-        const std::size_t want =
-            static_cast<std::size_t>(std::min<std::uint64_t>(size, buffer.size()));
-        const std::size_t got = source.read(at, buffer.data(), want);
-        if (got == 0) {
-            errno = EIO;
-            return false;
-        }
-        if (!writeAll(target, buffer.data(), got)) return false;
-        at += got;
-        size -= got;
-    }
-    return true;
-}
-
-bool writePlan(const SavePlan& plan, const Source& source, int target) {
-    return std::ranges::all_of(plan.pieces, [&](const PlanPiece& piece) {
-        return piece.copy ? copyRange(source, piece.from, piece.size, target)
-                          : writeAll(target, piece.bytes.data(), piece.bytes.size());
-    });
-}
 
 /// The absolute path of the file that is meant, also behind links that lead to none yet.
 fs::path followLinks(const fs::path& named, std::error_code& code) {
@@ -124,8 +73,8 @@ private:
     std::optional<Error> lockTarget();
     std::optional<Error> lockFreeName();
     bool makeTemporary();
+    std::optional<Error> writeAndFlush(const SavePlan& plan, WriteProgress& progress);
     std::optional<Error> writeTemporary(const SavePlan& plan);
-    std::optional<Error> flushAndCompare(const SavePlan& plan);
     std::optional<Error> prepareBackup();
     std::optional<Error> commit(SaveReport& report);
     std::optional<Error> takeFreeName();
@@ -244,10 +193,11 @@ bool SaveRun::makeTemporary() {
     return false;
 }
 
-std::optional<Error> SaveRun::writeTemporary(const SavePlan& plan) {
-    if (!makeTemporary()) return systemFailure("no temporary file can be made beside it");
+std::optional<Error> SaveRun::writeAndFlush(const SavePlan& plan, WriteProgress& progress) {
     const int file = m_file.get();
-    if (!writePlan(plan, m_drawing.source(), file)) return systemFailure("writing failed");
+    if (!writePlan(plan, m_drawing.source(), file, progress))
+        return systemFailure("writing failed");
+    progress.end();
     if (m_exists) {
         // Owner first: it may take mode bits away. Only the superuser can give files to others.
         static_cast<void>(
@@ -255,19 +205,27 @@ std::optional<Error> SaveRun::writeTemporary(const SavePlan& plan) {
         if (guarded("fchmod", [&] { return ::fchmod(file, m_status.st_mode & 07777); }) != 0)
             return systemFailure("its mode cannot be kept");
     }
+    if (guarded("fsync", [&] { return ::fsync(file); }) != 0)
+        return systemFailure("flushing failed");
     return std::nullopt;
 }
 
-/// Flushes the file, and meanwhile compares it with the plan: the disk is what takes time.
-std::optional<Error> SaveRun::flushAndCompare(const SavePlan& plan) {
-    auto written = openFileSource(m_temporary.path());
+/// Writes the temporary file, and behind that compares it with the plan.
+std::optional<Error> SaveRun::writeTemporary(const SavePlan& plan) {
+    if (!makeTemporary()) return systemFailure("no temporary file can be made beside it");
+    const auto written = openFileSource(m_temporary.path());
     if (!written) return failure("reading back failed: " + written.error().text);
-    auto comparing = std::async(std::launch::async,
-                                [&] { return m_drawing.codec().compare(plan, *written.value()); });
-    const int flushed = guarded("fsync", [&] { return ::fsync(m_file.get()); });
-    const Error notFlushed = systemFailure("flushing failed");
-    const std::string difference = comparing.get();
-    if (flushed != 0) return notFlushed;
+    WriteProgress progress;
+    const FollowingSource following(*written.value(), plan.size, progress);
+    auto comparing =
+        std::async(std::launch::async, [&] { return m_drawing.codec().compare(plan, following); });
+    const WriteProgress::Ending ending(progress);
+    const std::optional<Error> error = writeAndFlush(plan, progress);
+    progress.end();
+    std::string difference = comparing.get();
+    if (error) return error;
+    if (difference.empty() && stateOf(m_file.get()).size != plan.size)
+        difference = "the size differs";
     if (!difference.empty())
         return failure("what was written reads back differently: " + difference);
     return std::nullopt;
@@ -281,7 +239,7 @@ bool SaveRun::copyToBackup() {
     const int copy = m_backupFile.get();
     if (!m_backupFile.valid() || ::flock(copy, LOCK_EX | LOCK_NB) != 0) return false;
     const auto source = openFileSource(m_target);
-    if (!source || !copyRange(*source.value(), 0, source.value()->size(), copy)) return false;
+    if (!source || !writeCopy(*source.value(), copy)) return false;
     return guarded("fsync", [&] { return ::fsync(copy); }) == 0;
 }
 
@@ -427,7 +385,6 @@ Result<SaveReport> SaveRun::run() {
     if (!needed || m_options.dryRun) return report;
     if (auto error = lockTarget()) return *error;
     if (auto error = writeTemporary(plan)) return *error;
-    if (auto error = flushAndCompare(plan)) return *error;
     if (auto error = prepareBackup()) return *error;
     if (m_drawing.source().failed()) return failure("cannot be saved: " + std::string(kNotRead));
     if (auto error = commit(report)) return *error;

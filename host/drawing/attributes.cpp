@@ -7,7 +7,10 @@
 #include "host/text/numbers.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstddef>
+#include <functional>
 #include <set>
 
 namespace mor::host {
@@ -73,7 +76,16 @@ void appendString(Groups& groups, std::wstring_view text) {
     for (std::string& chunk : chunks) groups.push_back({1000, std::move(chunk)});
 }
 
+/// Whether the text stands in one chunk as it is.
+bool isPlain(std::wstring_view text) {
+    constexpr std::size_t kSurelyFits = 200;
+    if (text.size() > kSurelyFits || text.starts_with(L' ') || text.ends_with(L' ')) return false;
+    return std::ranges::all_of(
+        text, [](wchar_t c) { return c >= 0x20 && c < 0x7F && c != L'^' && c != L'\\'; });
+}
+
 long stringCost(std::wstring_view text) {
+    if (isPlain(text)) return 2 + static_cast<long>(text.size());
     const auto chunks = chunksOf(text);
     long cost = chunks.size() > 1 ? 3 : 0;
     for (const std::string& chunk : chunks) cost += 2 + static_cast<long>(chunk.size());
@@ -130,6 +142,12 @@ long tokenCost(const LispToken& token) {
     return 0;
 }
 
+long valueCost(const CMORAdsLispVar& value) {
+    long cost = 0;
+    for (const LispToken& token : tokensOf(value)) cost += tokenCost(token);
+    return cost;
+}
+
 /// Reads the groups of one list.
 class Decoder {
 public:
@@ -141,27 +159,27 @@ public:
           m_coding(coding),
           m_handles(handles) {}
 
-    void run(AttributeList& list) {
+    void run(std::vector<Attribute>& items, std::string& damage) {
         if (const auto version = takeInteger(1070); version != kLayoutVersion) {
-            list.damage = version ? "unknown layout version " + std::to_string(*version)
-                                  : "the layout version is missing";
+            damage = version ? "unknown layout version " + std::to_string(*version)
+                             : "the layout version is missing";
             return;
         }
         std::set<std::wstring> names;
         while (skipComments()) {
             Attribute attribute;
             if (!takeString(attribute.name) || !takeValue(attribute.value)) {
-                list.damage = "the list of attributes breaks off or is mixed up behind " +
-                              std::to_string(list.items.size()) + " attributes";
+                damage = "the list of attributes breaks off or is mixed up behind " +
+                         std::to_string(items.size()) + " attributes";
                 break;
             }
             if (!names.insert(attribute.name).second) {
-                list.damage = "two attributes of the name \"" + toUtf8(attribute.name) + "\"";
+                damage = "two attributes of the name \"" + toUtf8(attribute.name) + "\"";
                 break;
             }
-            if (!CMORAdsLisp::NilP(attribute.value)) list.items.push_back(std::move(attribute));
+            if (!CMORAdsLisp::NilP(attribute.value)) items.push_back(std::move(attribute));
         }
-        if (!list.damage.empty()) list.items.clear();
+        if (!damage.empty()) items.clear();
     }
 
 private:
@@ -263,35 +281,95 @@ long foreignBytes(const GroupList& record, const std::vector<ExtendedRange>& own
 
 }  // namespace
 
-const Attribute* AttributeIndex::find(const std::vector<Attribute>& items, std::wstring_view name) {
-    if (m_positions.empty())
-        for (std::size_t i = 0; i < items.size(); ++i) m_positions.emplace(items[i].name, i);
-    const auto found = m_positions.find(name);
-    return found == m_positions.end() ? nullptr : &items[found->second];
+void AttributeIndex::put(const std::vector<Attribute>& items, std::size_t position) {
+    const std::size_t mask = m_slots.size() - 1;
+    std::size_t slot = std::hash<std::wstring_view>{}(items[position].name) & mask;
+    while (m_slots[slot] != 0) slot = (slot + 1) & mask;
+    m_slots[slot] = static_cast<std::uint32_t>(position + 1);
+}
+
+void AttributeIndex::added(const std::vector<Attribute>& items) {
+    if (2 * items.size() > m_slots.size())
+        forget();
+    else
+        put(items, items.size() - 1);
+}
+
+std::size_t AttributeIndex::find(const std::vector<Attribute>& items, std::wstring_view name) {
+    if (m_slots.empty()) {
+        m_slots.resize(std::bit_ceil(4 * items.size()));
+        for (std::size_t i = 0; i < items.size(); ++i) put(items, i);
+    }
+    const std::size_t mask = m_slots.size() - 1;
+    std::size_t slot = std::hash<std::wstring_view>{}(name)&mask;
+    for (; m_slots[slot] != 0; slot = (slot + 1) & mask)
+        if (items[m_slots[slot] - 1].name == name) return m_slots[slot] - 1;
+    return items.size();
+}
+
+std::size_t AttributeList::positionOf(std::wstring_view name) const {
+    constexpr std::size_t kShort = 8;
+    if (m_items.size() > kShort) return m_index.find(m_items, name);
+    return static_cast<std::size_t>(std::ranges::find(m_items, name, &Attribute::name) -
+                                    m_items.begin());
 }
 
 const Attribute* AttributeList::find(std::wstring_view name) const {
-    constexpr std::size_t kShort = 16;
-    if (items.size() > kShort) return m_index.find(items, name);
-    const auto found = std::ranges::find(items, name, &Attribute::name);
-    return found == items.end() ? nullptr : &*found;
+    const std::size_t position = positionOf(name);
+    return position == m_items.size() ? nullptr : &m_items[position];
 }
 
-long AttributeList::own() const {
-    long bytes = items.empty() ? 0 : kListHeaderCost;
-    for (const Attribute& attribute : items) bytes += attributeCost(attribute);
-    return bytes;
+void AttributeList::set(std::wstring_view name, const CMORAdsLispVar& value) {
+    const std::size_t position = positionOf(name);
+    const bool known = position < m_items.size();
+    const bool removed = CMORAdsLisp::NilP(value);
+    if (!known && removed) return;
+    const long bytes = bytesOfItems() - (known ? attributeCost(m_items[position]) : 0);
+    const long added = removed ? 0 : stringCost(name) + valueCost(value);
+    if (removed) {
+        m_index.forget();
+        m_items.erase(m_items.begin() + static_cast<std::ptrdiff_t>(position));
+    } else if (known) {
+        m_items[position].value = value;
+    } else {
+        m_items.push_back({std::wstring(name), value});
+        m_index.added(m_items);
+    }
+    m_bytes = bytes + added;
+}
+
+long AttributeList::bytesOfItems() const {
+    if (!m_bytes) {
+        long bytes = 0;
+        for (const Attribute& attribute : m_items) bytes += attributeCost(attribute);
+        m_bytes = bytes;
+    }
+    return *m_bytes;
+}
+
+long AttributeList::own() const { return m_items.empty() ? 0 : kListHeaderCost + bytesOfItems(); }
+
+long AttributeList::usedWith(std::wstring_view name, const CMORAdsLispVar& value) const {
+    const Attribute* known = find(name);
+    const bool removed = CMORAdsLisp::NilP(value);
+    const std::size_t others = m_items.size() - (known != nullptr ? 1 : 0);
+    long bytes = bytesOfItems() - (known != nullptr ? attributeCost(*known) : 0);
+    if (!removed) bytes += stringCost(name) + valueCost(value);
+    return foreign + bytes + (others > 0 || !removed ? kListHeaderCost : 0);
 }
 
 AttributeList decodeAttributes(const GroupList& record, const TextCoding& coding,
                                const HandleResolver& handles) {
-    AttributeList list;
+    std::vector<Attribute> items;
+    std::string damage;
     const auto ranges = extendedRanges(record, kAttributeApplication);
-    list.foreign = foreignBytes(record, ranges);
     if (ranges.size() > 1)
-        list.damage = "two lists of attributes on one record";
+        damage = "two lists of attributes on one record";
     else if (ranges.size() == 1)
-        Decoder(record, ranges.front(), coding, handles).run(list);
+        Decoder(record, ranges.front(), coding, handles).run(items, damage);
+    AttributeList list(std::move(items));
+    list.foreign = foreignBytes(record, ranges);
+    list.damage = std::move(damage);
     return list;
 }
 
@@ -310,9 +388,7 @@ std::vector<NewGroup> encodeAttributes(const std::vector<Attribute>& items,
 }
 
 long attributeCost(const Attribute& attribute) {
-    long cost = stringCost(attribute.name);
-    for (const LispToken& token : tokensOf(attribute.value)) cost += tokenCost(token);
-    return cost;
+    return stringCost(attribute.name) + valueCost(attribute.value);
 }
 
 bool sameAttributes(const std::vector<Attribute>& a, const std::vector<Attribute>& b) {

@@ -11,7 +11,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace mor::host {
@@ -21,44 +21,49 @@ struct Attribute {
     CMORAdsLispVar value;
 };
 
-/// Positions by name, for long lists; made when one is first searched. A copy begins without.
+/// Positions by name, for long lists; made when one is first searched.
 class AttributeIndex {
 public:
-    AttributeIndex() = default;
-    AttributeIndex(const AttributeIndex& /*other*/) {}
-    AttributeIndex& operator=(const AttributeIndex& /*other*/) {
-        m_positions.clear();
-        return *this;
-    }
-    AttributeIndex(AttributeIndex&& /*other*/) noexcept {}
-    AttributeIndex& operator=(AttributeIndex&& /*other*/) noexcept {
-        m_positions.clear();
-        return *this;
-    }
-    ~AttributeIndex() = default;
-    /// `items` are those of the searches before, unchanged.
-    [[nodiscard]] const Attribute* find(const std::vector<Attribute>& items,
-                                        std::wstring_view name);
+    /// The position of the name, `items.size()` where there is none. `items` are those of the
+    /// searches before, but for what was told.
+    [[nodiscard]] std::size_t find(const std::vector<Attribute>& items, std::wstring_view name);
+    void added(const std::vector<Attribute>& items);  ///< the last one is new
+    void forget() { m_slots.clear(); }
 
 private:
-    std::unordered_map<std::wstring_view, std::size_t> m_positions;
+    void put(const std::vector<Attribute>& items, std::size_t position);
+
+    std::vector<std::uint32_t> m_slots;  ///< a position plus 1, at its name's hash or behind it
 };
 
 /// Named attributes in the order in which they were first set.
-struct AttributeList {
-    std::vector<Attribute> items;
+class AttributeList {
+public:
+    AttributeList() = default;
+    explicit AttributeList(std::vector<Attribute> attributes) : m_items(std::move(attributes)) {}
+
     long foreign = 0;  ///< bytes used by other applications
     std::string
         damage;  ///< why the list cannot be read; then there are no items and nothing may be set
 
-    /// The items of a list that is searched must not be changed any more.
+    [[nodiscard]] const std::vector<Attribute>& items() const { return m_items; }
     [[nodiscard]] const Attribute* find(std::wstring_view name) const;
+    /// Sets one, at the end when it is new; nil takes it away. When memory is short nothing has
+    /// changed.
+    void set(std::wstring_view name, const CMORAdsLispVar& value);
     [[nodiscard]] long own()
         const;  ///< bytes of the list in its canonical form, 0 when it is empty
     [[nodiscard]] long used() const { return foreign + own(); }
+    /// What would be used once that one is set.
+    [[nodiscard]] long usedWith(std::wstring_view name, const CMORAdsLispVar& value) const;
 
 private:
+    [[nodiscard]] std::size_t positionOf(std::wstring_view name) const;
+    [[nodiscard]] long bytesOfItems() const;
+
+    std::vector<Attribute> m_items;
     mutable AttributeIndex m_index;
+    mutable std::optional<long> m_bytes;  ///< of the items, once they were added up
 };
 
 /// Turns handles into entity names and back; the drawing's business.

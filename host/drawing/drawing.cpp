@@ -85,8 +85,8 @@ GroupList Drawing::original(RecordNumber number) const {
 RecordChange Drawing::changeOf(const GroupList& record, const Edit& edit) const {
     RecordChange change{edit.handle, edit.groups, std::nullopt};
     if (edit.attributes &&
-        !sameAttributes(decodeAttributes(record, m_text, *this).items, edit.attributes->items))
-        change.attributes = encodeAttributes(edit.attributes->items, *this);
+        !sameAttributes(decodeAttributes(record, m_text, *this).items(), edit.attributes->items()))
+        change.attributes = encodeAttributes(edit.attributes->items(), *this);
     return change;
 }
 
@@ -121,6 +121,10 @@ std::optional<std::wstring> Drawing::textOf(RecordNumber number, int code) const
 }
 
 std::optional<std::int64_t> Drawing::integerOf(RecordNumber number, int code) const {
+    // Flags of a layer change with every write into a store, and back: not worth building a record.
+    if (const auto edit = m_edits.find(number); edit != m_edits.end())
+        if (const auto set = edit->second.groups.find(code); set != edit->second.groups.end())
+            if (const auto* integer = std::get_if<std::int64_t>(&set->second)) return *integer;
     const auto group = groupOf(number, code);
     return group ? group->integer() : std::nullopt;
 }
@@ -128,6 +132,16 @@ std::optional<std::int64_t> Drawing::integerOf(RecordNumber number, int code) co
 std::shared_ptr<const AttributeList> Drawing::attributesOf(RecordNumber number) const {
     const auto edit = m_edits.find(number);
     if (edit != m_edits.end() && edit->second.attributes) return edit->second.attributes;
+    return decodedAttributes(number);
+}
+
+const AttributeList& Drawing::attributesNow(RecordNumber number) const {
+    const auto edit = m_edits.find(number);
+    if (edit != m_edits.end() && edit->second.attributes) return *edit->second.attributes;
+    return *decodedAttributes(number);
+}
+
+const std::shared_ptr<const AttributeList>& Drawing::decodedAttributes(RecordNumber number) const {
     auto& known = m_attributes[number];
     if (!known)
         known = std::make_shared<const AttributeList>(
@@ -246,12 +260,17 @@ void Drawing::setText(RecordNumber number, int code, std::wstring_view value) {
     setGroup(number, code, m_text.encode(value));
 }
 
-void Drawing::setAttributes(RecordNumber number, AttributeList attributes) {
-    for (const Attribute& attribute : attributes.items)
+void Drawing::setAttributes(RecordNumber number, std::span<const Attribute> changes) {
+    for (const Attribute& attribute : changes)
         for (const LispToken& token : tokensOf(attribute.value))
             if (token.is(LispKind::EntityName))
                 if (const RecordNumber named = numberOf(token.asEntityName())) giveHandle(named);
-    m_edits[number].attributes = std::make_shared<const AttributeList>(std::move(attributes));
+    // In its place where nobody else looks at it, and nothing can come between.
+    auto list = m_edits[number].attributes;
+    if (changes.size() != 1 || list == nullptr || list.use_count() > 2)
+        list = std::make_shared<AttributeList>(*attributesOf(number));
+    for (const Attribute& attribute : changes) list->set(attribute.name, attribute.value);
+    m_edits[number].attributes = std::move(list);
 }
 
 void Drawing::toggleErased(RecordNumber number) {

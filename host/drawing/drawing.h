@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -78,6 +79,13 @@ public:
     [[nodiscard]] std::optional<std::int64_t> integerOf(RecordNumber number, int code) const;
     [[nodiscard]] std::wstring decoded(const Group& group) const;
     [[nodiscard]] std::shared_ptr<const AttributeList> attributesOf(RecordNumber number) const;
+    /// The same for a quick look: valid until the drawing changes.
+    [[nodiscard]] const AttributeList& attributesNow(RecordNumber number) const;
+    /// Whether they have been set since the drawing was opened.
+    [[nodiscard]] bool attributesWereSet(RecordNumber number) const {
+        const auto edit = m_edits.find(number);
+        return edit != m_edits.end() && edit->second.attributes != nullptr;
+    }
     [[nodiscard]] const Names& names() const { return m_names; }
 
     // Handles.
@@ -109,9 +117,10 @@ public:
     /// Sets the first group of that code before the extended data, or adds it.
     void setGroup(RecordNumber number, int code, GroupValue value);
     void setText(RecordNumber number, int code, std::wstring_view value);
-    /// The caller has tested room and values, and registered the application. Records that values
-    /// name get handles.
-    void setAttributes(RecordNumber number, AttributeList attributes);
+    /// Sets named attributes one after the other, all or none; nil takes one away. The caller has
+    /// tested room and values, and registered the application. Records that values name get
+    /// handles.
+    void setAttributes(RecordNumber number, std::span<const Attribute> changes);
     void toggleErased(RecordNumber number);
     void moveToModelSpace(RecordNumber number);
     /// Adds a made record at the end of a container. `groups` carry the handle when it has one.
@@ -130,12 +139,15 @@ public:
 private:
     struct Edit {
         std::map<int, GroupValue> groups;
-        std::shared_ptr<const AttributeList> attributes;  ///< null: as they were
+        std::shared_ptr<AttributeList> attributes;  ///< null: as they were
         std::uint64_t handle = 0;
     };
     [[nodiscard]] RecordStyle styleFor(std::string_view type, const RecordForm& kind) const;
     [[nodiscard]] GroupList original(RecordNumber number) const;
     [[nodiscard]] RecordChange changeOf(const GroupList& record, const Edit& edit) const;
+    /// As the record holds them, whatever was set since.
+    [[nodiscard]] const std::shared_ptr<const AttributeList>& decodedAttributes(
+        RecordNumber number) const;
     [[nodiscard]] std::vector<std::uint64_t> keptHandles(std::uint64_t from) const;
 
     std::int64_t m_number;  ///< of this drawing in the process

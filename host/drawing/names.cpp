@@ -5,17 +5,20 @@
 #include "host/text/group_codes.h"
 #include "platform/runtime.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace mor::host {
 
 ContainerNumber Names::findTable(std::string_view table) const {
     const auto& containers = m_drawing.containers();
-    for (ContainerNumber number = 1; number < containers.size(); ++number)
-        if (containers[number].kind == ContainerKind::Table &&
-            equalsNoCaseAscii(containers[number].name, table))
-            return number;
-    return kNoContainer;
+    for (; m_tablesBelow < containers.size(); ++m_tablesBelow)
+        if (containers[m_tablesBelow].kind == ContainerKind::Table)
+            m_tables.push_back(m_tablesBelow);
+    const auto found = std::ranges::find_if(m_tables, [&](ContainerNumber number) {
+        return equalsNoCaseAscii(containers[number].name, table);
+    });
+    return found == m_tables.end() ? kNoContainer : *found;
 }
 
 void Names::learn(Symbols& symbols, RecordNumber number) const {
@@ -24,6 +27,7 @@ void Names::learn(Symbols& symbols, RecordNumber number) const {
 }
 
 void Names::addSymbol(ContainerNumber table, RecordNumber number) {
+    m_last = {};
     if (const auto known = m_symbols.find(table); known != m_symbols.end())
         learn(known->second, number);
 }
@@ -31,13 +35,17 @@ void Names::addSymbol(ContainerNumber table, RecordNumber number) {
 RecordNumber Names::findSymbol(std::string_view table, std::wstring_view name) const {
     const ContainerNumber container = findTable(table);
     if (container == kNoContainer) return 0;
+    // A store asks for its layer with every write.
+    if (container == m_last.table && name == m_last.name) return m_last.number;
     const auto [known, added] = m_symbols.try_emplace(container);
     if (added)
         for (RecordNumber at = m_drawing.nextMember(container, 0); at != 0;
              at = m_drawing.nextMember(container, at))
             learn(known->second, at);
     const auto found = known->second.find(upperCase(name));
-    return found == known->second.end() ? 0 : found->second;
+    const RecordNumber number = found == known->second.end() ? 0 : found->second;
+    m_last = {container, std::wstring(name), number};
+    return number;
 }
 
 ContainerNumber Names::findBlock(std::wstring_view name) const {

@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 namespace mor::host {
 
@@ -35,7 +36,17 @@ private:
     using Symbols = std::unordered_map<std::wstring, RecordNumber>;
     void learn(Symbols& symbols, RecordNumber number) const;
 
+    /// The symbol that was asked for last; table 0: none.
+    struct Last {
+        ContainerNumber table = kNoContainer;
+        std::wstring name;
+        RecordNumber number = 0;
+    };
+
     const Drawing& m_drawing;
+    mutable Last m_last;
+    mutable std::vector<ContainerNumber> m_tables;  ///< among the containers below the next one
+    mutable ContainerNumber m_tablesBelow = 1;
     mutable std::map<ContainerNumber, Symbols> m_symbols;  ///< by table
     mutable std::optional<std::unordered_map<std::wstring, ContainerNumber>> m_blocks;
     mutable std::optional<std::map<std::wstring, std::size_t>> m_insertCounts;

@@ -12,6 +12,7 @@ namespace mor::host {
 namespace {
 
 constexpr std::uint64_t kWindowBytes = std::uint64_t{256} * 1024;
+constexpr std::uint64_t kFirstWindow = std::uint64_t{4} * 1024;
 /// A reader that skips no more records than this goes on with a walk.
 constexpr RecordNumber kWalkStep = 8;
 
@@ -36,10 +37,12 @@ std::string_view DxfCodec::bytesOf(RecordNumber number) const {
     const std::uint64_t end = m_index.endOf(number);
     const std::uint64_t size = end - place;
     if (place < m_windowAt || end > m_windowAt + m_window.size()) {
-        // A walk reads ahead; a single look-up reads its record alone.
+        // A walk reads ahead, more and more: most end soon. A single look-up reads its record
+        // alone.
         const bool walks =
             number > m_lastRead && number - m_lastRead <= kWalkStep && size < kWindowBytes;
-        const std::uint64_t ahead = std::min(kWindowBytes, m_index.end - place);
+        m_ahead = walks ? std::min(2 * m_ahead, kWindowBytes) : kFirstWindow;
+        const std::uint64_t ahead = std::min(std::max(m_ahead, size), m_index.end - place);
         m_window = m_index.source->read(place, walks ? ahead : size);
         m_windowAt = place;
     }

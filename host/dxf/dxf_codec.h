@@ -43,6 +43,7 @@ private:
     std::vector<std::string> m_open;
     mutable std::string m_window;  ///< the record read last, and what a walk has read ahead
     mutable std::uint64_t m_windowAt = 0;
+    mutable std::uint64_t m_ahead = 0;  ///< bytes that it has read ahead last
     mutable RecordNumber m_lastRead = 0;
     mutable GroupList m_found;  ///< texts of the group found last
 };

@@ -1,9 +1,29 @@
 #include "host/dxf/structure.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <sys/mman.h>
 #include <utility>
 
 namespace mor::host {
+
+namespace {
+
+constexpr std::size_t kStretch = 20'000;  // more records than are read at a time
+
+/// Memory that is filled once, from its start to its end, is had in fewer and larger steps. Not
+/// tested: it is no more than a hint.
+template <typename Item>
+void preferLargePages(const std::vector<Item>& items) {
+    constexpr std::uintptr_t kPage = std::uintptr_t{2} << 20U;
+    const auto data = reinterpret_cast<std::uintptr_t>(items.data());
+    const std::uintptr_t begin = (data + kPage - 1) / kPage * kPage;
+    const std::uintptr_t end = data + items.capacity() * sizeof(Item);
+    if (end < begin + 2 * kPage) return;
+    static_cast<void>(::madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE));
+}
+
+}  // namespace
 
 Structure::Structure(Indexed& result) : m_index(result.index), m_skeleton(result.skeleton) {
     m_index.places.resize(1);
@@ -45,15 +65,20 @@ ContainerNumber Structure::addContainer(ContainerKind kind, std::string name, Re
 }
 
 Structure::Wrong Structure::begin(std::string_view type, std::uint64_t offset) {
-    if (started())
+    return begin(typeNumber(type), offset);
+}
+
+Structure::Wrong Structure::begin(std::uint16_t type, std::uint64_t offset) {
+    if (m_entity)
+        endEntity();
+    else if (started())
         if (auto wrong = endRecord()) return wrong;
     RecordEntry entry;
-    if (type.starts_with("EOF\x1A")) type = "EOF";  // programs of old systems ended texts so
-    entry.type = m_skeleton.types.number(type);
+    entry.type = type;
     m_skeleton.records.push_back(entry);
     m_index.places.push_back(offset);
     m_index.layers.push_back(TextNumbers::kNone);
-    m_noted = Noted{};
+    m_noted.forget();
     const Known kind = known(entry.type);
     m_noted.wantsName = kind == Known::Section || kind == Known::Table || kind == Known::Block ||
                         (kind == Known::BlockRecord && m_in == InSection::Tables);
@@ -61,7 +86,24 @@ Structure::Wrong Structure::begin(std::string_view type, std::uint64_t offset) {
     // A section's 5 is a header variable; in a DIMSTYLE it is a block name.
     m_noted.handleDone = kind == Known::Section || kind == Known::DimensionStyle;
     m_ended = kind == Known::Eof;
+    m_entity = kind == Known::None && m_in == InSection::Entities;
     return std::nullopt;
+}
+
+/// What `endRecord` does for an entity of the entities' section that is nobody's sub-entity: nearly
+/// all records are.
+void Structure::endEntity() {
+    const RecordNumber number = m_index.lastRecord();
+    RecordEntry& entry = m_skeleton.records.back();
+    entry.handle = m_noted.handle;
+    entry.container = spaceOf(m_noted);
+    if (m_noted.attributed) entry.flags |= kAttributed;
+    m_index.layers.back() = m_noted.layer;
+    m_skeleton.highestHandle = std::max(m_skeleton.highestHandle, entry.handle);
+    if (m_noted.owner != 0) m_skeleton.sawOwners = true;
+    noteForm(entry.type);
+    m_skeleton.entityForm.note(m_noted.marker);
+    m_skeleton.containers[kModelSpace].last = m_skeleton.containers[kPaperSpace].last = number;
 }
 
 void Structure::beginSection(RecordNumber number) {
@@ -144,9 +186,7 @@ ContainerNumber Structure::containerOf(RecordNumber number, RecordEntry& entry) 
             // Sub-entities stay with their owner, whatever their own groups say.
             if (entry.has(kSubEntity) && !m_skeleton.records[number - 1].has(kEdge))
                 return m_skeleton.records[number - 1].container;
-            const bool paper =
-                m_noted.paper || (m_noted.owner != 0 && m_noted.owner == m_paperOwner);
-            return paper ? kPaperSpace : kModelSpace;
+            return spaceOf(m_noted);
         }
         case InSection::Tables:
             if (m_container == kNoContainer) {
@@ -222,10 +262,20 @@ Structure::Wrong Structure::endRecord() {
     return std::nullopt;
 }
 
-void Structure::expect(std::size_t records) {
+void Structure::expect(std::uint64_t read, std::uint64_t all) {
+    const std::size_t now = m_index.places.size();
+    const std::size_t room = m_index.places.capacity();
+    // What the next stretch may hold, and some more.
+    if (room - now > now / 2 + kStretch || read == 0) return;
+    const auto times = static_cast<double>(all) / static_cast<double>(read);
+    const auto records =
+        static_cast<std::size_t>(static_cast<double>(now) * times * 1.1) + kStretch;
+    if (records <= room) return;
     m_index.places.reserve(records);
     m_index.layers.reserve(records);
     m_skeleton.records.reserve(records);
+    preferLargePages(m_index.places);
+    preferLargePages(m_skeleton.records);
 }
 
 Structure::Wrong Structure::finish(std::uint64_t offset) {

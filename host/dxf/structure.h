@@ -24,8 +24,20 @@ public:
 
     /// A group 0; `offset` is where its code begins.
     Wrong begin(std::string_view type, std::uint64_t offset);
-    /// Any other group.
-    void group(int code, std::string_view value);
+    /// The same with the number that the type has.
+    Wrong begin(std::uint16_t type, std::uint64_t offset);
+    [[nodiscard]] std::uint16_t typeNumber(std::string_view type) {
+        if (type.starts_with("EOF\x1A")) type = "EOF";  // programs of old systems ended texts so
+        return m_skeleton.types.number(type);
+    }
+    /// Whether the owner of the record being read is still wanted.
+    [[nodiscard]] bool wantsOwner() const {
+        return !m_noted.marker && !m_noted.inBrackets && m_noted.owner == 0;
+    }
+    void owner(std::uint64_t handle) { m_noted.owner = handle; }
+    /// Any other group. `value` gives a std::string_view when it is looked at.
+    template <typename Value>
+    void group(int code, const Value& value);
     /// Whether a record has begun.
     [[nodiscard]] bool started() const { return m_index.places.size() > 1; }
     /// Whether EOF has begun: what follows is none of the drawing.
@@ -34,8 +46,8 @@ public:
     Wrong finish(std::uint64_t offset);
     /// The last record is damaged and none of the index; what it stands in stays open.
     void giveUp();
-    /// Makes room for so many records.
-    void expect(std::size_t records);
+    /// Makes room for as many records as there may be in all, judging by the bytes that were read.
+    void expect(std::uint64_t read, std::uint64_t all);
 
 private:
     /// What is noted of the record being read.
@@ -51,6 +63,14 @@ private:
         bool extended = false;    // a group 1001 was seen
         bool attributed = false;  // one of them is ours
         bool paper = false;       // group 67 is 1
+
+        /// Field by field: a whole one takes a detour through memory.
+        void forget() {
+            handle = owner = 0;
+            layer = TextNumbers::kNone;
+            wantsName = named = handleDone = marker = false;
+            inBrackets = extended = attributed = paper = false;
+        }
     };
     enum class Known : std::uint8_t {
         None,
@@ -72,6 +92,12 @@ private:
         return type < m_known.size() ? m_known[type] : Known::None;
     }
     Wrong endRecord();
+    void endEntity();
+    /// The space of an entity that is not its owner's.
+    [[nodiscard]] ContainerNumber spaceOf(const Noted& noted) const {
+        const bool paper = noted.paper || (noted.owner != 0 && noted.owner == m_paperOwner);
+        return paper ? kPaperSpace : kModelSpace;
+    }
     Wrong endSection(RecordEntry& entry);
     void beginSection(RecordNumber number);
     void beginTable(RecordNumber number);
@@ -93,44 +119,47 @@ private:
     ContainerNumber m_sectionContainer = kNoContainer;
     std::uint64_t m_paperOwner = 0;  // handle of the active layout's BLOCK_RECORD
     bool m_ended = false;
+    bool m_entity = false;  // the record being read is one for `endEntity`
 };
 
-inline void Structure::group(int code, std::string_view value) {
+template <typename Value>
+inline void Structure::group(int code, const Value& value) {
+    const auto text = [&value] { return static_cast<std::string_view>(value); };
     switch (code) {
         case kNameCode:
             if (!m_noted.wantsName || m_noted.named) break;
-            m_name = value;
+            m_name = text();
             m_noted.named = true;
             break;
         case kHandleCode:
             if (m_noted.handleDone || m_noted.marker) break;
             m_noted.handleDone = true;
-            m_noted.handle = parseHandle(trimmed(value));
+            m_noted.handle = parseHandle(trimmed(text()));
             break;
         case kDimensionStyleHandleCode:
-            m_noted.handle = parseHandle(trimmed(value));
+            m_noted.handle = parseHandle(trimmed(text()));
             break;
         case kLayerCode:
             if (m_noted.layer != TextNumbers::kNone || m_noted.inBrackets || m_noted.extended)
                 break;
-            m_noted.layer = m_index.layerTexts.number(value);
+            m_noted.layer = m_index.layerTexts.number(text());
             break;
         case kSpaceCode:
-            if (!m_noted.extended) m_noted.paper = trimmed(value) == "1";
+            if (!m_noted.extended) m_noted.paper = trimmed(text()) == "1";
             break;
         case kMarkerCode:
             m_noted.marker = true;
             break;
         case kBracketCode:
-            m_noted.inBrackets = value.starts_with("{");
+            m_noted.inBrackets = text().starts_with("{");
             break;
         case kOwnerCode:
-            if (!m_noted.marker && !m_noted.inBrackets && m_noted.owner == 0)
-                m_noted.owner = parseHandle(trimmed(value));
+            if (wantsOwner()) owner(parseHandle(trimmed(text())));
             break;
         case kApplicationCode:
             m_noted.extended = true;
-            if (equalsNoCaseAscii(trimmed(value), kAttributeApplication)) m_noted.attributed = true;
+            if (equalsNoCaseAscii(trimmed(text()), kAttributeApplication))
+                m_noted.attributed = true;
             break;
         default:
             break;

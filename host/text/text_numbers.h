@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -41,9 +40,23 @@ private:
     };
     /// The first eight bytes.
     [[nodiscard]] static std::uint64_t headOf(std::string_view text) {
-        std::uint64_t head = 0;
-        std::memcpy(&head, text.data(), std::min(text.size(), sizeof head));
-        return head;
+        const std::size_t size = text.size();
+        if (size >= sizeof(std::uint64_t)) return load<std::uint64_t>(text.data());
+        // In two pieces that may overlap: a copy of so many bytes is a loop.
+        if (size >= sizeof(std::uint32_t)) return joined<std::uint32_t>(text.data(), size);
+        if (size >= sizeof(std::uint16_t)) return joined<std::uint16_t>(text.data(), size);
+        return size == 0 ? 0 : static_cast<unsigned char>(text.front());
+    }
+    template <typename Number>
+    [[nodiscard]] static std::uint64_t load(const char* bytes) {
+        Number number = 0;
+        std::memcpy(&number, bytes, sizeof number);
+        return number;
+    }
+    template <typename Number>
+    [[nodiscard]] static std::uint64_t joined(const char* bytes, std::size_t size) {
+        const std::size_t second = size - sizeof(Number);
+        return load<Number>(bytes) | load<Number>(bytes + second) << (8 * second);
     }
     [[nodiscard]] static std::size_t placeOf(std::uint64_t head, std::size_t size) {
         return (head * 0x9E3779B97F4A7C15U + size) >> 56U;

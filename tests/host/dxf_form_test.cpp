@@ -124,8 +124,16 @@ TEST_F(DxfForms, AreReadTheSameManyLinesAtATimeAndOneByOne) {
     std::string whole = kDrawing.bytes();
     for (int i = 0; i < 6; ++i) whole.insert(whole.rfind("0\nENDSEC"), dxfText(kDrawing.entities));
     const std::string pieces[] = {" ", "0", "00", "\r", "\n", "  0\n", "1001\n", "-5\nx\n", "\xE4"};
+    std::string many;  // several stretches of a file, of which the later ones are read ahead
+    while (many.size() < 600'000) many += dxfText(kDrawing.entities);
     for (int round = 0; round < 400; ++round) {
-        std::string bytes = whole;
+        std::string lines = whole;
+        if (round % 200 >= 198) lines.insert(lines.rfind("0\nENDSEC"), many);
+        std::string bytes;
+        for (const char c : lines) {
+            if (c == '\n' && round % 2 == 1) bytes += '\r';
+            bytes += c;
+        }
         for (unsigned n = random() % 4; n > 0; --n)
             bytes.insert(random() % bytes.size(), pieces[random() % std::size(pieces)]);
         SCOPED_TRACE("round " + std::to_string(round));

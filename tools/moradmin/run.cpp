@@ -120,7 +120,10 @@ void runLine(Session& session, const ScriptReader::Line& line) {
     if (!options.inside.empty())
         throw Failure(kUsage, "--in cannot stand in a script, which works on one drawing");
     const int code = command->run(session, options);
-    if (changing) session.forget();
+    if (command->run == &runPut)  // the store is not walked again for each of many lines
+        session.noteStored();
+    else if (changing)
+        session.forget();
     if (code != kDone && code != kNo)
         throw Failure(static_cast<ExitCode>(code),
                       word + " ended with exit code " + std::to_string(code));

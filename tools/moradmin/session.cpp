@@ -112,7 +112,13 @@ void Session::activate() const {
 void Session::forget() {
     m_state.reset();
     m_made = false;
+    m_outdated = false;
     m_store.reset();
+}
+
+void Session::noteStored() {
+    m_made = true;
+    m_outdated = m_state.has_value();
 }
 
 Session::~Session() {
@@ -124,7 +130,8 @@ Session::~Session() {
 }
 
 void Session::learn() {
-    if (m_state) return;
+    if (m_state && !m_outdated) return;
+    m_outdated = false;
     const bool own = reference().empty();
     // The records of the reference are those of its own file.
     AcApDocument* const document = own ? m_document : opened(m_passage.file());
@@ -151,6 +158,7 @@ const host::DocumentInfo& Session::info() {
 }
 
 void Session::refuseDamagedStore() {
+    if (m_outdated) return;  // it was sound, or nothing had been stored
     if (state().firstStopping() != nullptr && reference().empty() &&
         host::documentInfo(m_document).damage)
         mendForReading();
@@ -180,7 +188,10 @@ const StoreState& Session::safeState() {
     return state();
 }
 
-bool Session::hasDirectories() { return safeState().kind == StoreState::Kind::Sound || m_made; }
+bool Session::hasDirectories() {
+    if (m_outdated) return true;
+    return safeState().kind == StoreState::Kind::Sound || m_made;
+}
 
 std::unique_ptr<Store> Session::freshStore() {
     return std::make_unique<Store>(*CMORCadView::getTheGlobalObject());

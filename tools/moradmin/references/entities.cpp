@@ -25,6 +25,14 @@ std::vector<mor::EntityName> entitiesOn(const Session& session, const CMORString
     return names;
 }
 
+/// How many there are: they need not be held for that.
+std::size_t countEntitiesOn(const Session& session, const CMORStringList& layers) {
+    std::size_t count = 0;
+    MOR_SpaceIterator next(session.view(), layers);
+    while (next() != nullptr) ++count;
+    return count;
+}
+
 /// Prints entities one by one; on a terminal, in columns at the end.
 class Printer {
 public:
@@ -87,13 +95,11 @@ int runEntities(Session& session, const Options& options) {
     for (const std::string& pattern : patterns) layers.Append(wide(pattern).c_str());
     if (patterns.empty()) layers.Append(L"*");
     Printer printer(session, options);
-    std::vector<mor::EntityName> names = entitiesOn(session, layers);
-    std::size_t count = 0;
+    const bool allTypes = options.count && types.empty();
+    std::size_t count = allTypes ? countEntitiesOn(session, layers) : 0;
+    std::vector<mor::EntityName> names;
+    if (!allTypes) names = entitiesOn(session, layers);
     CMOREntity entity;
-    if (options.count && types.empty()) {
-        count = names.size();
-        names.clear();
-    }
     std::ranges::sort(names);  // a selection comes in an order of its own
     for (const mor::EntityName& name : names) {
         const ListedEntity found = describe(session, name, entity);
