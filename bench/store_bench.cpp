@@ -70,6 +70,7 @@ constexpr int kValues = 10'000;
 
 std::vector<std::wstring> manyPaths() {
     std::vector<std::wstring> paths;
+    paths.reserve(kValues);
     for (int i = 0; i < kValues; ++i)
         paths.push_back(L"/cfg/d" + std::to_wstring(i % kFolders) + L"/v" +
                         std::to_wstring(i / kFolders));

@@ -54,11 +54,12 @@ private:
 bool Matcher::isLiteral(wchar_t c) {
     constexpr auto bits = [] {
         std::array<std::uint64_t, 2> special{};
-        for (const unsigned each : {'#', '@', '.', '*', '?', '[', '`', ','})
+        for (const unsigned char each : std::string_view("#@.*?[`,"))
             special[each / 64] |= std::uint64_t{1} << (each % 64);
         return special;
     }();
-    const auto code = static_cast<std::uint32_t>(c);
+    const auto code =
+        static_cast<std::uint32_t>(c);  // NOLINT(bugprone-signed-char-misuse): no char
     return code >= 128 || (bits[code / 64] >> (code % 64) & 1U) == 0;
 }
 

@@ -18,7 +18,7 @@ Result<Opened> openCodec(const std::shared_ptr<Source>& source, const std::strin
 
 }  // namespace
 
-Result<std::unique_ptr<Drawing>> openDrawing(std::shared_ptr<Source> source,
+Result<std::unique_ptr<Drawing>> openDrawing(const std::shared_ptr<Source>& source,
                                              const std::string& file) {
     try {
         auto opened = openCodec(source, file);

@@ -220,7 +220,7 @@ std::optional<Error> SaveRun::writeTemporary(const SavePlan& plan) {
     auto comparing =
         std::async(std::launch::async, [&] { return m_drawing.codec().compare(plan, following); });
     const WriteProgress::Ending ending(progress);
-    const std::optional<Error> error = writeAndFlush(plan, progress);
+    std::optional<Error> error = writeAndFlush(plan, progress);
     progress.end();
     std::string difference = comparing.get();
     if (error) return error;

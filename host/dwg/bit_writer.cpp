@@ -9,7 +9,7 @@ namespace mor::host {
 
 void BitWriter::bits(std::uint64_t value, unsigned count) {
     while (count > 0) {
-        const unsigned used = static_cast<unsigned>(m_bits % 8);
+        const auto used = static_cast<unsigned>(m_bits % 8);
         if (used == 0) m_bytes += '\0';
         const unsigned now = std::min(8 - used, count);
         const auto part = static_cast<unsigned>(value >> (count - now)) & ((1U << now) - 1U);

@@ -74,7 +74,7 @@ public:
     std::uint16_t word();
     std::uint16_t wordHighFirst();
     std::uint32_t longWord();
-    std::uint64_t number(std::size_t bytes);  ///< at most 8
+    std::uint64_t number(std::size_t count);  ///< at most 8 bytes
     double real();
     std::int64_t modularChar();           ///< seven bits a byte, with a sign
     std::uint64_t unsignedModularChar();  ///< without one

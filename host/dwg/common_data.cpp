@@ -34,7 +34,7 @@ void readEntityColour(Fields& fields, EntityData& data, bool& byHandle) {
         return;
     }
     const auto value = static_cast<std::uint16_t>(fields.bitShort());
-    data.colour.number = value & kColourNumber;
+    data.colour.number = static_cast<std::int32_t>(value & kColourNumber);
     byHandle = (value & kColourHandle) != 0;
     if ((value & kTrueColour) != 0 && !byHandle) {
         data.colour.trueColour = static_cast<std::uint32_t>(fields.bitLong()) & kRgb;
@@ -78,62 +78,112 @@ ObjectData readObjectData(Fields& fields, const ObjectFrame& frame) {
     return data;
 }
 
-EntityData readEntityData(Fields& fields, std::uint64_t own) {
-    EntityData data;
-    const auto placed = [](BitReader& bits, const auto& read) {
+namespace {
+
+/// Takes an entity's data, then its handles.
+class EntityReader {
+public:
+    EntityReader(Fields& fields, std::uint64_t own) : m_fields(fields), m_own(own) {}
+
+    EntityData run() {
+        readStart();
+        readLooks();
+        readOwner();
+        if (m_fields.upTo(Release::R14)) readLayer();
+        readLinks();
+        if (m_colourHandle) m_data.colourHandle = handle();
+        if (m_fields.since(Release::R2000)) readLayer();
+        readStyles();
+        return std::move(m_data);
+    }
+
+private:
+    std::uint64_t handle() { return m_fields.handleIn(m_own); }
+    template <typename Read>
+    static FieldPlace placed(BitReader& bits, const Read& read) {
         FieldPlace place{bits.position(), 0};
         read();
         place.end = bits.position();
         return place;
-    };
-    unsigned mode = 0;
-    data.modePlace = placed(fields.data(), [&] { mode = fields.data().twoBits(); });
-    data.mode = mode == 1   ? OwnerMode::PaperSpace
-                : mode == 2 ? OwnerMode::ModelSpace
-                            : OwnerMode::Stored;
-    const std::uint32_t reactors = fields.handleCount();
-    const bool noDictionary = fields.since(Release::R2004) && fields.bit();
-    if (fields.since(Release::R2013)) static_cast<void>(fields.bit());
-    if (fields.upTo(Release::R14)) data.lineTypeKind = fields.bit() ? 0 : kByHandle;
-    const bool links = fields.upTo(Release::R2000);
-    bool noLinks = false;
-    data.noLinksPlace = placed(fields.data(), [&] { noLinks = links && fields.bit(); });
-    bool colourHandle = false;
-    readEntityColour(fields, data, colourHandle);
-    data.lineTypeScale = fields.bitReal();
-    unsigned visualBits = 0;
-    if (fields.since(Release::R2000)) {
-        data.lineTypeKind = fields.data().twoBits();
-        if (fields.since(Release::R2007)) data.materialKind = fields.data().twoBits();
-        data.plotStyleKind = fields.data().twoBits();
     }
-    if (fields.since(Release::R2007)) data.shadow = fields.byte();
-    if (fields.since(Release::R2010))
-        for (int i = 0; i < 3; ++i) visualBits += fields.bit() ? 1 : 0;
-    data.invisible = (fields.bitShort() & 1) != 0;
-    if (fields.since(Release::R2000)) data.weight = fields.byte();
+    void readStart();
+    void readLooks();
+    void readOwner();
+    void readLayer();
+    void readLinks();
+    void readStyles();
 
-    data.ownerPlace = placed(fields.handles(), [&] {
-        if (data.mode == OwnerMode::Stored) data.object.owner = fields.handleIn(own);
+    Fields& m_fields;
+    std::uint64_t m_own;
+    EntityData m_data;
+    std::uint32_t m_reactors = 0;
+    bool m_noDictionary = false;
+    bool m_noLinks = false;
+    bool m_colourHandle = false;
+    unsigned m_visualStyles = 0;
+};
+
+void EntityReader::readStart() {
+    unsigned mode = 0;
+    m_data.modePlace = placed(m_fields.data(), [&] { mode = m_fields.data().twoBits(); });
+    m_data.mode = mode == 1   ? OwnerMode::PaperSpace
+                  : mode == 2 ? OwnerMode::ModelSpace
+                              : OwnerMode::Stored;
+    m_reactors = m_fields.handleCount();
+    m_noDictionary = m_fields.since(Release::R2004) && m_fields.bit();
+    if (m_fields.since(Release::R2013)) static_cast<void>(m_fields.bit());
+    if (m_fields.upTo(Release::R14)) m_data.lineTypeKind = m_fields.bit() ? 0 : kByHandle;
+    m_data.noLinksPlace = placed(
+        m_fields.data(), [&] { m_noLinks = m_fields.upTo(Release::R2000) && m_fields.bit(); });
+}
+
+void EntityReader::readLooks() {
+    readEntityColour(m_fields, m_data, m_colourHandle);
+    m_data.lineTypeScale = m_fields.bitReal();
+    if (m_fields.since(Release::R2000)) {
+        m_data.lineTypeKind = m_fields.data().twoBits();
+        if (m_fields.since(Release::R2007)) m_data.materialKind = m_fields.data().twoBits();
+        m_data.plotStyleKind = m_fields.data().twoBits();
+    }
+    if (m_fields.since(Release::R2007)) m_data.shadow = m_fields.byte();
+    if (m_fields.since(Release::R2010))
+        for (int i = 0; i < 3; ++i) m_visualStyles += m_fields.bit() ? 1 : 0;
+    m_data.invisible = (m_fields.bitShort() & 1) != 0;
+    if (m_fields.since(Release::R2000)) m_data.weight = m_fields.byte();
+}
+
+void EntityReader::readOwner() {
+    m_data.ownerPlace = placed(m_fields.handles(), [&] {
+        if (m_data.mode == OwnerMode::Stored) m_data.object.owner = handle();
     });
-    data.object.reactors = readReactors(fields, reactors, own);
-    if (!noDictionary) data.object.dictionary = fields.handleIn(own);
-    const auto readLayer = [&] {
-        data.layerPlace = placed(fields.handles(), [&] { data.layer = fields.handleIn(own); });
-        if (data.lineTypeKind == kByHandle) data.lineType = fields.handleIn(own);
-    };
-    if (fields.upTo(Release::R14)) readLayer();
-    data.linksPlace = placed(fields.handles(), [&] {
-        data.previous = noLinks ? own - 1 : links ? fields.handleIn(own) : 0;
-        data.next = noLinks ? own + 1 : links ? fields.handleIn(own) : 0;
+    m_data.object.reactors = readReactors(m_fields, m_reactors, m_own);
+    if (!m_noDictionary) m_data.object.dictionary = handle();
+}
+
+void EntityReader::readLayer() {
+    m_data.layerPlace = placed(m_fields.handles(), [&] { m_data.layer = handle(); });
+    if (m_data.lineTypeKind == kByHandle) m_data.lineType = handle();
+}
+
+void EntityReader::readLinks() {
+    const bool stored = m_fields.upTo(Release::R2000) && !m_noLinks;
+    m_data.linksPlace = placed(m_fields.handles(), [&] {
+        m_data.previous = stored ? handle() : m_noLinks ? m_own - 1 : 0;
+        m_data.next = stored ? handle() : m_noLinks ? m_own + 1 : 0;
     });
-    if (colourHandle) data.colourHandle = fields.handleIn(own);
-    if (fields.since(Release::R2000)) readLayer();
-    if (data.materialKind == kByHandle) data.material = fields.handleIn(own);
-    if (data.shadow == 3) static_cast<void>(fields.handle());
-    if (data.plotStyleKind == kByHandle) data.plotStyle = fields.handleIn(own);
-    for (unsigned i = 0; i < visualBits; ++i) data.visualStyles.push_back(fields.handleIn(own));
-    return data;
+}
+
+void EntityReader::readStyles() {
+    if (m_data.materialKind == kByHandle) m_data.material = handle();
+    if (m_data.shadow == 3) static_cast<void>(m_fields.handle());
+    if (m_data.plotStyleKind == kByHandle) m_data.plotStyle = handle();
+    for (unsigned i = 0; i < m_visualStyles; ++i) m_data.visualStyles.push_back(handle());
+}
+
+}  // namespace
+
+EntityData readEntityData(Fields& fields, std::uint64_t own) {
+    return EntityReader(fields, own).run();
 }
 
 std::uint64_t ownerOf(const EntityData& data, const DwgFile& file) {

@@ -158,11 +158,9 @@ void decodeVertex2D(RecordReader& record) {
     const std::int64_t flags = in.byte();
     const Point3 point = in.bitPoint3();
     double startWidth = in.bitReal();
-    double endWidth = startWidth;
-    if (startWidth < 0.0)
-        startWidth = endWidth = std::fabs(startWidth);
-    else
-        endWidth = in.bitReal();
+    const bool both = startWidth < 0.0;
+    startWidth = std::fabs(startWidth);
+    const double endWidth = both ? startWidth : in.bitReal();
     const double bulge = in.bitReal();
     const std::int64_t identifier = in.since(Release::R2010) ? in.bitLong() : 0;
     const double tangent = in.bitReal();

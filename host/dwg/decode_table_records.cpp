@@ -343,7 +343,8 @@ void decodeBlockHeader(RecordReader& record) {
     out.handle(340, block.layout);
     if (!block.preview.empty()) writeBytes(out, block.preview, 0, 310);
     std::vector<std::uint64_t> inserts = block.inserts;
-    std::erase_if(inserts, [&](std::uint64_t insert) { return !record.file.map().find(insert); });
+    std::erase_if(inserts,
+                  [&](std::uint64_t insert) { return record.file.map().find(insert) == nullptr; });
     if (!inserts.empty()) {
         out.literal(102, "{BLKREFS");
         for (const std::uint64_t insert : inserts) out.handle(331, insert);

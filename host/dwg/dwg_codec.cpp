@@ -96,35 +96,39 @@ std::string DwgCodec::compare(const SavePlan& plan, const Source& written) const
     return differences(*opened.value());
 }
 
+/// Whether the written file has the object, with these bytes.
+std::string DwgCodec::objectFault(const DwgFile& written, std::uint64_t handle,
+                                  std::string_view bytes) const {
+    const MapEntry* found = written.map().find(handle);
+    if (found == nullptr) return " is missing";
+    const ObjectFrame fresh = written.frame(found->place, true);
+    if (fresh.wrong != nullptr || fresh.handle != handle || fresh.whole != bytes) return " differs";
+    if (!m_changes.written.contains(handle)) return {};
+    const DecodedRecord record = decodeRecord(written, fresh);
+    return record.known && !record.exact ? " has bits that are no fields" : "";
+}
+
 /// What a file that was written has other than it should; empty when there is nothing.
 std::string DwgCodec::differences(DwgFile& written) const {
     if (written.damage().count != 0) return written.damage().first;
-    const auto said = [](std::uint64_t handle) { return "object " + handleText(handle); };
-    std::size_t expected = 0;
+    const auto said = [](std::uint64_t handle, const std::string& fault) {
+        return "object " + handleText(handle) + fault;
+    };
+    std::vector<std::uint64_t> erased = m_changes.erased;
+    std::ranges::sort(erased);
+    std::size_t expected = m_changes.written.size();
     for (const MapEntry& entry : m_file->map().entries()) {
-        if (std::ranges::find(m_changes.erased, entry.handle) != m_changes.erased.end()) {
-            if (written.map().find(entry.handle) != nullptr)
-                return said(entry.handle) + " is still there";
+        if (m_changes.written.contains(entry.handle) ||
+            std::ranges::binary_search(erased, entry.handle))
             continue;
-        }
         ++expected;
-        if (m_changes.written.contains(entry.handle)) continue;
-        const MapEntry* found = written.map().find(entry.handle);
-        if (found == nullptr) return said(entry.handle) + " is missing";
-        const ObjectFrame fresh = written.frame(found->place, true);
-        if (fresh.wrong != nullptr || fresh.whole != m_file->frame(entry.place).whole)
-            return said(entry.handle) + " differs";
+        const std::string_view bytes = m_file->frame(entry.place).whole;
+        if (const std::string fault = objectFault(written, entry.handle, bytes); !fault.empty())
+            return said(entry.handle, fault);
     }
-    for (const auto& [handle, bytes] : m_changes.written) {
-        const MapEntry* found = written.map().find(handle);
-        if (found == nullptr) return said(handle) + " is missing";
-        const ObjectFrame fresh = written.frame(found->place, true);
-        if (fresh.wrong != nullptr || fresh.handle != handle || fresh.whole != bytes)
-            return said(handle) + " differs from what was made";
-        const DecodedRecord record = decodeRecord(written, fresh);
-        if (record.known && !record.exact) return said(handle) + " has bits that are no fields";
-        if (m_file->map().find(handle) == nullptr) ++expected;
-    }
+    for (const auto& [handle, bytes] : m_changes.written)
+        if (const std::string fault = objectFault(written, handle, bytes); !fault.empty())
+            return said(handle, fault);
     if (written.map().entries().size() != expected) return "there are other objects than expected";
     const bool seeded = m_changes.seed == 0 || written.header().seed == m_changes.seed;
     return seeded ? "" : "$HANDSEED differs";

@@ -34,6 +34,8 @@ public:
 private:
     [[nodiscard]] ObjectFrame frameOf(RecordNumber number) const;
     [[nodiscard]] DecodedRecord decoded(RecordNumber number) const;
+    [[nodiscard]] std::string objectFault(const DwgFile& written, std::uint64_t handle,
+                                          std::string_view bytes) const;
     [[nodiscard]] std::string differences(DwgFile& written) const;
     /// The handle of an entity's layer; 0 for other records.
     [[nodiscard]] std::uint64_t layerOf(const ObjectFrame& frame) const;

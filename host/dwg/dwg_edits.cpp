@@ -64,6 +64,7 @@ private:
     void changeLayerOf(std::uint64_t handle, std::string_view layer);
     void changeBlock(RecordNumber number, const RecordChange& change);
     void changeAttributes(std::uint64_t handle, const std::vector<NewGroup>& attributes);
+    [[nodiscard]] Members membersOf(ContainerNumber number) const;
     void collectMembers();
     void collectMoved();
     void changeChain(const Members& members);
@@ -280,34 +281,35 @@ void Planner::changeAttributes(std::uint64_t handle, const std::vector<NewGroup>
 
 // ---- members of blocks --------------------------------------------------------------------------
 
+Planner::Members Planner::membersOf(ContainerNumber number) const {
+    const Container& container = m_edits.containers[number];
+    Members members;
+    const auto isMain = [](const RecordEntry& entry) {
+        return !entry.has(kSubEntity) && !entry.has(kEdge);
+    };
+    for (RecordNumber at = container.first; at <= container.last; ++at) {
+        const RecordEntry& entry = m_edits.records[at];
+        if (!isMain(entry) || !isFile(at)) continue;
+        if (entry.container != number && !entry.has(kMovedOut)) continue;
+        members.before.push_back(entry.handle);
+        if (!isOut(entry) && !entry.has(kMovedOut)) members.after.push_back(entry.handle);
+    }
+    for (const RecordNumber at : container.added)
+        if (!isOut(m_edits.records[at]) && isMain(m_edits.records[at]))
+            members.after.push_back(handleOf(at));
+    return members;
+}
+
 void Planner::collectMembers() {
     for (ContainerNumber number = 1; number < m_edits.containers.size(); ++number) {
-        const Container& container = m_edits.containers[number];
-        if (container.kind != ContainerKind::Block && container.kind != ContainerKind::Space)
-            continue;
-        const std::uint64_t header = headerOf(number);
-        Members members;
-        const auto isMain = [](const RecordEntry& entry) {
-            return !entry.has(kSubEntity) && !entry.has(kEdge);
-        };
-        for (RecordNumber at = container.first; at <= container.last; ++at) {
-            const RecordEntry& entry = m_edits.records[at];
-            if (!isMain(entry) || !isFile(at)) continue;
-            if (entry.container != number && !entry.has(kMovedOut)) continue;
-            members.before.push_back(entry.handle);
-            if (!isOut(entry) && !entry.has(kMovedOut)) members.after.push_back(entry.handle);
-        }
-        for (const RecordNumber at : container.added)
-            if (!isOut(m_edits.records[at]) && isMain(m_edits.records[at]))
-                members.after.push_back(handleOf(at));
+        const ContainerKind kind = m_edits.containers[number].kind;
+        if (kind != ContainerKind::Block && kind != ContainerKind::Space) continue;
+        Members members = membersOf(number);
         if (members.before == members.after) continue;
+        const std::uint64_t header = headerOf(number);
         if (header == 0) return refuse("a block without a record is not written to DWG");
-        if (m_file.map().find(header) != nullptr) {
-            if (m_file.release() < Release::R2004) changeChain(members);
-            changeHeader(header, members);
-        } else if (m_file.release() < Release::R2004) {
-            changeChain(members);
-        }
+        if (m_file.release() < Release::R2004) changeChain(members);
+        if (m_file.map().find(header) != nullptr) changeHeader(header, members);
         m_members[header] = std::move(members);
     }
 }
@@ -375,7 +377,7 @@ void Planner::changeHeader(std::uint64_t header, const Members& members) {
     }
     const std::set<std::uint64_t> before(members.before.begin(), members.before.end());
     const std::set<std::uint64_t> after(members.after.begin(), members.after.end());
-    std::int64_t count = static_cast<std::int64_t>(block.members.size());
+    auto count = static_cast<std::int64_t>(block.members.size());
     for (std::size_t i = 0; i < block.members.size(); ++i) {
         if (!before.contains(block.members[i]) || after.contains(block.members[i])) continue;
         splice(header, {block.memberPlaces[i], block.memberPlaces[i + 1], {}, true});

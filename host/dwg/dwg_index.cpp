@@ -211,7 +211,7 @@ std::vector<std::uint64_t> Indexer::slotsOf(std::uint64_t control) {
     std::vector<std::uint64_t> slots = readControl(record);
     // Model space and the active layout come first, as do the two fixed line types.
     const bool fixed = frame->type == kDwgBlockControl || frame->type == kDwgLineTypeControl;
-    if (fixed && slots.size() >= 2) std::ranges::rotate(slots, slots.end() - 2);
+    if (fixed && slots.size() >= 2) std::rotate(slots.begin(), slots.end() - 2, slots.end());
     return slots;
 }
 

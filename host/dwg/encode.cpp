@@ -101,27 +101,41 @@ std::string ObjectEncoder::encode(const GroupList& record, const ObjectPlace& pl
         beginEntity(making, record, place);
         addEntity(making, record);
     } else {
-        data.bitLong(0);
-        if (since(Release::R2004)) data.bit(true);
-        if (since(Release::R2013)) data.bit(false);
-        making.object.handles.handle(kSoftPointer, place.owner);
-        if (!since(Release::R2004)) making.object.handles.handle(kHardOwner, 0);
+        beginObject(making, place);
         beginTableRecord(making, record);
         if (typeText == "LAYER") addLayer(making, record);
-        if (typeText == "APPID") data.byte(0);
-        if (typeText == "APPID") making.object.handles.handle(kHardPointer, 0);
+        if (typeText == "APPID") addApplication(making);
         if (typeText == "BLOCK_RECORD") addBlockRecord(making, block);
     }
-    if (since(Release::R2007)) {
-        const std::uint64_t bits = making.strings.size();
-        data.append(making.strings);
-        if (making.hasStrings) {
-            if (bits >= 0x8000) data.word(bits >> 15U);
-            data.word(bits < 0x8000 ? bits : (bits & 0x7FFFU) | 0x8000U);
-        }
-        data.bit(making.hasStrings);
-    }
+    if (since(Release::R2007)) addStrings(making);
     return sealed(std::move(making.object), m_file.release());
+}
+
+void ObjectEncoder::beginObject(Making& making, const ObjectPlace& place) const {
+    BitWriter& data = making.object.data;
+    data.bitLong(0);
+    if (since(Release::R2004)) data.bit(true);
+    if (since(Release::R2013)) data.bit(false);
+    making.object.handles.handle(kSoftPointer, place.owner);
+    if (!since(Release::R2004)) making.object.handles.handle(kHardOwner, 0);
+}
+
+void ObjectEncoder::addApplication(Making& making) {
+    making.object.data.byte(0);
+    making.object.handles.handle(kHardPointer, 0);
+}
+
+/// The texts behind the data, and how long they are.
+void ObjectEncoder::addStrings(Making& making) {
+    constexpr std::uint64_t kMore = 0x8000;
+    BitWriter& data = making.object.data;
+    const std::uint64_t bits = making.strings.size();
+    data.append(making.strings);
+    if (making.hasStrings) {
+        if (bits >= kMore) data.word(bits >> 15U);
+        data.word(bits < kMore ? bits : (bits & (kMore - 1)) | kMore);
+    }
+    data.bit(making.hasStrings);
 }
 
 // ---- extended data ------------------------------------------------------------------------------

@@ -61,6 +61,9 @@ private:
     struct Making;
     [[nodiscard]] bool since(Release release) const { return m_file.release() >= release; }
     void text(Making& making, std::string_view text) const;
+    void beginObject(Making& making, const ObjectPlace& place) const;
+    static void addApplication(Making& making);
+    static void addStrings(Making& making);
     void beginTableRecord(Making& making, const GroupList& record) const;
     void beginEntity(Making& making, const GroupList& record, const ObjectPlace& place) const;
     void addColour(Making& making, std::int64_t number) const;

@@ -71,76 +71,121 @@ std::string newSecondHeader(const SecondHeader& old, std::uint64_t address,
     return std::string(kSecondMark) + summed + junk + end;
 }
 
+/// Copies what stands before the object map, puts the new objects and the new map behind it, then
+/// what stood behind the old one.
+class FlatPlanner {
+public:
+    FlatPlanner(const DwgFile& file, const ObjectChanges& changes, SavePlan& plan)
+        : m_file(file), m_changes(changes), m_plan(plan), m_bytes(file.sections().objects) {}
+
+    void run();
+
+private:
+    [[nodiscard]] bool findParts();
+    void changeSeed();
+    void placeTail();
+    void write();
+
+    const DwgFile& m_file;
+    const ObjectChanges& m_changes;
+    SavePlan& m_plan;
+    std::string_view m_bytes;
+    FlatLocators m_locators;
+    std::size_t m_mapAt = 0;
+    std::size_t m_behind = 0;                        ///< the old map
+    std::map<std::uint64_t, std::string> m_patches;  ///< of what stands before the map
+    std::string m_objects;
+    std::string m_grown;  ///< header variables that no longer fit where they were
+    std::string m_map;
+    std::string m_tail;
+    std::size_t m_secondAt = 0;  ///< in the tail; npos: there is none
+    std::optional<SecondHeader> m_second;
+};
+
+bool FlatPlanner::findParts() {
+    const auto refuse = [this](const char* why) {
+        m_plan.refused = why;
+        return false;
+    };
+    if (!readLocators(m_bytes, m_locators).empty()) return refuse("its locators are damaged");
+    const FlatLocator map = m_locators.at[kMapNumber];
+    m_mapAt = static_cast<std::size_t>(map.address);
+    m_behind = static_cast<std::size_t>(map.address + map.size);
+    if (ByteReader(m_bytes.substr(kPreviewAt)).longWord() >= m_mapAt)
+        return refuse("its preview lies behind its objects");
+    m_tail = m_bytes.substr(m_behind);
+    m_secondAt = m_tail.find(kSecondMark);
+    if (m_secondAt == std::string::npos) return true;
+    m_second = readSecondHeader(m_bytes.substr(m_behind + m_secondAt));
+    return m_second ? true : refuse("its second header is damaged");
+}
+
+void FlatPlanner::changeSeed() {
+    if (m_changes.seed == 0) return;
+    const FlatLocator header = m_locators.at[kHeaderNumber];
+    std::string variables = headerWithSeed(m_file.sections(), m_file.header(), m_changes.seed);
+    if (variables.size() == header.size)
+        m_patches[header.address] = std::move(variables);
+    else
+        m_grown = std::move(variables);
+    const FlatLocator auxiliary = m_locators.at[kAuxiliaryNumber];
+    if (auxiliary.size != 0 && auxiliary.address < m_mapAt)
+        m_patches[auxiliary.address] = auxiliaryWithSeed(
+            std::string(m_bytes.substr(static_cast<std::size_t>(auxiliary.address),
+                                       static_cast<std::size_t>(auxiliary.size))),
+            m_file.header().seed, m_changes.seed);
+}
+
+/// What lies behind moves; the second header names all places and may get another length.
+void FlatPlanner::placeTail() {
+    const std::uint64_t mapAt = m_mapAt + m_objects.size() + m_grown.size();
+    const std::uint64_t behind = mapAt + m_map.size();
+    if (!m_grown.empty())
+        m_locators.at[kHeaderNumber] = {m_mapAt + m_objects.size(), m_grown.size()};
+    m_locators.at[kMapNumber] = {mapAt, m_map.size()};
+    const FlatLocators old = m_locators;
+    for (int pass = 0; pass < 2; ++pass) {
+        const std::size_t growth = m_tail.size() - (m_bytes.size() - m_behind);
+        for (std::size_t number = kMapNumber + 1; number < m_locators.at.size(); ++number) {
+            const std::uint64_t address = old.at[number].address;
+            if (address < m_behind) continue;
+            const bool beyond = m_second && address > m_behind + m_secondAt;
+            m_locators.at[number].address = address - m_behind + behind + (beyond ? growth : 0);
+        }
+        if (!m_second) return;
+        const std::size_t after =
+            m_behind + m_secondAt + 2 * kSecondMark.size() + m_second->body.size();
+        m_tail = std::string(m_bytes.substr(m_behind, m_secondAt)) +
+                 newSecondHeader(*m_second, behind + m_secondAt, m_locators, m_changes.seed) +
+                 std::string(m_bytes.substr(after));
+    }
+}
+
+void FlatPlanner::write() {
+    std::uint64_t at = 0;
+    for (const auto& [place, patch] : m_patches) {
+        addCopy(m_plan, at, place - at);
+        addBytes(m_plan, patch);
+        at = place + patch.size();
+    }
+    addCopy(m_plan, at, m_mapAt - at);
+    for (const std::string& part : {m_objects, m_grown, m_map, m_tail}) addBytes(m_plan, part);
+}
+
+void FlatPlanner::run() {
+    if (!findParts()) return;
+    changeSeed();
+    m_objects = newObjects(m_changes);
+    m_map = newObjectMap(m_file.map(), m_changes, m_mapAt);
+    placeTail();
+    m_patches[0] = newHead(m_bytes, m_locators);
+    write();
+}
+
 }  // namespace
 
 void planFlat(const DwgFile& file, const ObjectChanges& changes, SavePlan& plan) {
-    const std::string_view bytes = file.sections().objects;
-    FlatLocators locators;
-    if (!readLocators(bytes, locators).empty())
-        return void(plan.refused = "its locators are damaged");
-    const FlatLocator map = locators.at[kMapNumber];
-    const std::size_t mapAt = map.address;
-    const std::size_t behind = mapAt + map.size;
-    const std::uint64_t preview = ByteReader(bytes.substr(kPreviewAt)).longWord();
-    if (preview >= mapAt) return void(plan.refused = "its preview lies behind its objects");
-    std::map<std::uint64_t, std::string> patches;  // of what stands before the map
-    const FlatLocator header = locators.at[kHeaderNumber];
-    std::string grown;
-    if (changes.seed != 0) {
-        std::string variables = headerWithSeed(file.sections(), file.header(), changes.seed);
-        if (variables.size() == header.size)
-            patches[header.address] = std::move(variables);
-        else
-            grown = std::move(variables);
-        const FlatLocator auxiliary = locators.at[kAuxiliaryNumber];
-        if (auxiliary.size != 0 && auxiliary.address < mapAt)
-            patches[auxiliary.address] =
-                auxiliaryWithSeed(std::string(bytes.substr(auxiliary.address, auxiliary.size)),
-                                  file.header().seed, changes.seed);
-    }
-    const std::string objects = newObjects(changes);
-    const std::string newMap = newObjectMap(file.map(), changes, mapAt);
-    const std::uint64_t newMapAt = mapAt + objects.size() + grown.size();
-    const std::uint64_t newBehind = newMapAt + newMap.size();
-    std::string tail(bytes.substr(behind));
-    // What lies behind moves, the second header may get another length.
-    const std::size_t secondAt = tail.find(kSecondMark);
-    std::optional<SecondHeader> oldSecond;
-    if (secondAt != std::string::npos) {
-        oldSecond = readSecondHeader(bytes.substr(behind + secondAt));
-        if (!oldSecond) return void(plan.refused = "its second header is damaged");
-    }
-    if (!grown.empty()) locators.at[kHeaderNumber] = {mapAt + objects.size(), grown.size()};
-    locators.at[kMapNumber] = {newMapAt, newMap.size()};
-    const FlatLocators old = locators;
-    for (int pass = 0; pass < 2; ++pass) {
-        const std::size_t length = tail.size() - (bytes.size() - behind);
-        for (std::size_t number = 3; number < locators.at.size(); ++number) {
-            FlatLocator& found = locators.at[number];
-            if (old.at[number].address < behind) continue;
-            const bool beyond =
-                secondAt != std::string::npos && old.at[number].address > behind + secondAt;
-            found.address = old.at[number].address - behind + newBehind + (beyond ? length : 0);
-        }
-        if (secondAt == std::string::npos) break;
-        const std::string second =
-            newSecondHeader(*oldSecond, newBehind + secondAt, locators, changes.seed);
-        tail = std::string(bytes.substr(behind, secondAt)) + second +
-               std::string(bytes.substr(behind + secondAt + 2 * kSecondMark.size() +
-                                        oldSecond->body.size()));
-    }
-    patches[0] = newHead(bytes, locators);
-    std::uint64_t at = 0;
-    for (const auto& [place, patch] : patches) {
-        addCopy(plan, at, place - at);
-        addBytes(plan, patch);
-        at = place + patch.size();
-    }
-    addCopy(plan, at, mapAt - at);
-    addBytes(plan, objects);
-    addBytes(plan, grown);
-    addBytes(plan, newMap);
-    addBytes(plan, tail);
+    FlatPlanner(file, changes, plan).run();
 }
 
 }  // namespace mor::host

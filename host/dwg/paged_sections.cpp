@@ -188,12 +188,12 @@ std::string placePage(const Source& source, const PageLayout& layout, const Page
     const auto start = static_cast<std::size_t>(part.start);
     const std::size_t room = out->size() - start;
     if (!section.packed) {
-        std::copy_n(payload.begin(), std::min(payload.size(), room), out->begin() + part.start);
+        payload.copy(out->data() + start, std::min(payload.size(), room));
         return {};
     }
     std::string unpacked(kPackedPageBytes, '\0');
     if (!unpack(payload, unpacked.data(), unpacked.size())) return "it cannot be unpacked";
-    std::copy_n(unpacked.begin(), std::min(unpacked.size(), room), out->begin() + part.start);
+    unpacked.copy(out->data() + start, std::min(unpacked.size(), room));
     return {};
 }
 
@@ -269,7 +269,7 @@ std::string readPaged(const Source& source, DwgSections& sections) {
         const auto* target = std::ranges::find(wanted, section.name,
                                                &std::pair<std::string_view, std::string*>::first);
         std::string* out = target == std::end(wanted) ? nullptr : target->second;
-        const std::string wrong = readSection(source, layout, section, out);
+        std::string wrong = readSection(source, layout, section, out);
         if (wrong.empty()) continue;
         const bool read = out != nullptr && out != &measurement;
         if (read && (out != &sections.objects || sections.objects.empty())) return wrong;

@@ -252,7 +252,7 @@ std::string readPaged2007(const Source& source, DwgSections& sections) {
                                                &std::pair<std::string_view, std::string*>::first);
         std::string other;
         std::string* out = target == std::end(wanted) ? &other : target->second;
-        const std::string wrong = file.read(section, *out);
+        std::string wrong = file.read(section, *out);
         if (out != &other && out != &measurement) ++found;
         if (wrong.empty()) continue;
         const bool confined =

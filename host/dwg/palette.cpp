@@ -41,7 +41,8 @@ Rgb colourOf(int number) {
         const int grey = kGreys[static_cast<std::size_t>(number - kFirstGrey)];
         return {grey, grey, grey};
     }
-    const double hue = (number / 10 - 1) * 15.0;
+    const int step = number / 10 - 1;
+    const double hue = step * 15.0;
     const int shade = number % 10;
     const int brightness = kBrightness[static_cast<std::size_t>(shade / 2)];
     const double least = shade % 2 == 0 ? 0.0 : 2.0 / 3.0;

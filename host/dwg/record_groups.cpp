@@ -153,7 +153,8 @@ std::uint64_t writeHead(GroupWriter& out, const DwgFile& file, const ObjectFrame
 }  // namespace
 
 std::string dxfTypeOf(const DwgFile& file, const ObjectFrame& frame) {
-    if (const DwgClass* known = file.classOf(frame.type); known && !known->dxfName.empty())
+    if (const DwgClass* known = file.classOf(frame.type);
+        known != nullptr && !known->dxfName.empty())
         return known->dxfName;
     const TypeRow* row = rowOf(file, frame.type);
     return row == nullptr ? "UNKNOWN" : row->name;

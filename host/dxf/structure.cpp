@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <memory>
 #include <sys/mman.h>
 #include <utility>
 
@@ -15,12 +16,12 @@ constexpr std::size_t kStretch = 20'000;  // more records than are read at a tim
 /// tested: it is no more than a hint.
 template <typename Item>
 void preferLargePages(const std::vector<Item>& items) {
-    constexpr std::uintptr_t kPage = std::uintptr_t{2} << 20U;
-    const auto data = reinterpret_cast<std::uintptr_t>(items.data());
-    const std::uintptr_t begin = (data + kPage - 1) / kPage * kPage;
-    const std::uintptr_t end = data + items.capacity() * sizeof(Item);
-    if (end < begin + 2 * kPage) return;
-    static_cast<void>(::madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE));
+    constexpr std::size_t kPage = std::size_t{2} << 20U;
+    auto* begin = const_cast<Item*>(items.data());  // NOLINT: the hint changes nothing
+    void* page = begin;
+    std::size_t room = items.capacity() * sizeof(Item);
+    if (std::align(kPage, 2 * kPage, page, room) == nullptr) return;
+    static_cast<void>(::madvise(page, room, MADV_HUGEPAGE));
 }
 
 }  // namespace
@@ -232,33 +233,51 @@ Structure::Wrong Structure::endRecord() {
     m_skeleton.highestHandle = std::max(m_skeleton.highestHandle, entry.handle);
     noteForm(entry.type);
     const Known kind = known(entry.type);
-    const bool inTables = m_in == InSection::Tables;
-    const bool inBlocks = m_in == InSection::Blocks;
-    if (kind == Known::Section) {
+    if (kind == Known::EndSection) return endSection(entry);
+    if (kind == Known::Section || kind == Known::Eof || isContainerEdge(kind)) {
         entry.flags |= kEdge;
+        return kind == Known::Eof ? Wrong() : endEdge(number, kind);
+    }
+    const bool inTables = m_in == InSection::Tables;
+    if (m_noted.owner != 0 && m_in != InSection::Other) m_skeleton.sawOwners = true;
+    if (inTables) m_skeleton.tableForm.note(m_noted.marker);
+    if (m_in == InSection::Blocks || m_in == InSection::Entities)
+        m_skeleton.entityForm.note(m_noted.marker);
+    member(number, kind);
+    return std::nullopt;
+}
+
+/// Whether the record opens or closes a table or block here.
+bool Structure::isContainerEdge(Known kind) const {
+    switch (kind) {
+        case Known::Table:
+        case Known::EndTable:
+            return m_in == InSection::Tables;
+        case Known::Block:
+        case Known::EndBlock:
+            return m_in == InSection::Blocks;
+        default:
+            return false;
+    }
+}
+
+/// A record that opens a section, or opens or closes a table or block.
+Structure::Wrong Structure::endEdge(RecordNumber number, Known kind) {
+    if (kind == Known::Section) {
         if (m_in != InSection::Outside)
             return "a section begins inside the section " + m_index.sections.back().name +
                    ", which has no ENDSEC";
         beginSection(number);
-    } else if (kind == Known::EndSection) {
-        return endSection(entry);
-    } else if (kind == Known::Eof) {
-        entry.flags |= kEdge;
-    } else if ((kind == Known::Table && inTables) || (kind == Known::Block && inBlocks)) {
-        entry.flags |= kEdge;
-        if (m_container != kNoContainer)
-            return inTables ? "a table begins inside another one, which has no ENDTAB"
-                            : "a block begins inside another one, which has no ENDBLK";
-        inTables ? beginTable(number) : beginBlock(number);
-    } else if ((kind == Known::EndTable && inTables) || (kind == Known::EndBlock && inBlocks)) {
-        entry.flags |= kEdge;
-        inTables ? endTable(number) : endBlock(number);
-    } else {
-        if (m_noted.owner != 0 && m_in != InSection::Other) m_skeleton.sawOwners = true;
-        if (inTables) m_skeleton.tableForm.note(m_noted.marker);
-        if (inBlocks || m_in == InSection::Entities) m_skeleton.entityForm.note(m_noted.marker);
-        member(number, kind);
+        return std::nullopt;
     }
+    if (kind == Known::EndTable) endTable(number);
+    if (kind == Known::EndBlock) endBlock(number);
+    if (kind != Known::Table && kind != Known::Block) return std::nullopt;
+    const bool table = kind == Known::Table;
+    if (m_container != kNoContainer)
+        return table ? "a table begins inside another one, which has no ENDTAB"
+                     : "a block begins inside another one, which has no ENDBLK";
+    table ? beginTable(number) : beginBlock(number);
     return std::nullopt;
 }
 

@@ -92,6 +92,8 @@ private:
         return type < m_known.size() ? m_known[type] : Known::None;
     }
     Wrong endRecord();
+    [[nodiscard]] bool isContainerEdge(Known kind) const;
+    Wrong endEdge(RecordNumber number, Known kind);
     void endEntity();
     /// The space of an entity that is not its owner's.
     [[nodiscard]] ContainerNumber spaceOf(const Noted& noted) const {

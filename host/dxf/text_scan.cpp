@@ -313,7 +313,8 @@ bool endsAt(const Source& source, std::uint64_t offset) {
     while (offset < source.size()) {
         const std::size_t got = source.read(offset, buffer.data(), buffer.size());
         const std::string_view text(buffer.data(), got);
-        if (got == 0 || text.find_first_not_of(std::string_view(" \t\r\n\x1A\0", 6)) != text.npos)
+        if (got == 0 ||
+            text.find_first_not_of(std::string_view(" \t\r\n\x1A\0", 6)) != std::string_view::npos)
             return false;
         offset += got;
     }
