@@ -2,6 +2,7 @@
 #include "frame/module.h"
 #include "host/faults.h"
 #include "host/host.h"
+#include "tests/support/dwg_drawing.h"
 #include "tests/tool/tool_test.h"
 
 #include <gtest/gtest.h>
@@ -45,8 +46,19 @@ protected:
         ToolTest::SetUp();
         host::faults::reset();
         m_drawing = filledDrawing({{"/cfg/x", "\"old\""}});
-        m_old = readFile(m_drawing);
-        fs::copy_file(m_drawing, file("model"));
+        learn(readFile(m_drawing));
+    }
+    /// The drawing becomes a DWG that holds the same.
+    void useDwg() {
+        newDrawing("r2000.dxf", "R2000");
+        ASSERT_EQ(call("put @r2000.dxf /cfg/x \"old\"").code, 0);
+        learn(DwgDrawing(splitDxf(readFile(file("r2000.dxf")))).build().bytes);
+        restore();
+    }
+    /// The bytes are the drawing from now on.
+    void learn(std::string bytes) {
+        m_old = std::move(bytes);
+        writeFile(file("model"), m_old);
         EXPECT_TRUE(storeAndSave(file("model")));
         m_new = readFile(file("model"));
         EXPECT_NE(m_new, m_old);
@@ -90,7 +102,17 @@ private:
     std::string m_new;
 };
 
-TEST_F(Saving, LeavesTheOldOrTheNewFileWhenTheProcessDiesAtAnyCall) {
+/// The same for drawings in either form: they are saved in one way.
+class SavingBothForms : public Saving, public ::testing::WithParamInterface<const char*> {
+protected:
+    void SetUp() override {
+        Saving::SetUp();
+        if (GetParam() == std::string("DWG")) useDwg();
+    }
+};
+INSTANTIATE_TEST_SUITE_P(Forms, SavingBothForms, ::testing::Values("DXF", "DWG"));
+
+TEST_P(SavingBothForms, LeavesTheOldOrTheNewFileWhenTheProcessDiesAtAnyCall) {
     int code = 99;
     std::size_t nth = 0;
     while (code == 99) {
@@ -113,7 +135,7 @@ TEST_F(Saving, LeavesTheOldOrTheNewFileWhenTheProcessDiesAtAnyCall) {
     EXPECT_GT(nth, 10u);
 }
 
-TEST_F(Saving, FailsCleanlyWhenAnyCallFails) {
+TEST_P(SavingBothForms, FailsCleanlyWhenAnyCallFails) {
     bool struck = true;
     for (std::size_t nth = 1; struck; ++nth) {
         restore();
