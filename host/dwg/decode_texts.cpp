@@ -1,5 +1,6 @@
 #include "host/dwg/common_data.h"
 #include "host/dwg/decoders.h"
+#include "host/dwg/record_groups.h"
 
 #include <algorithm>
 
@@ -383,16 +384,7 @@ void decodeBlock(RecordReader& record) {
     static_cast<void>(record.in.text());  // often the name of another time
     GroupWriter& out = record.out;
     out.marker("AcDbBlockBegin");
-    BlockMembers block;
-    if (const auto frame = record.file.frameOf(record.owner);
-        frame && frame->type == kDwgBlockHeader) {
-        Fields fields = frame->fields(record.file.release());
-        static_cast<void>(readObjectData(fields, *frame));
-        GroupList unused;
-        GroupWriter nowhere(unused);
-        RecordReader header{record.file, fields, nowhere, frame->handle, 0, frame->type};
-        block = readBlockHeader(header);
-    }
+    const BlockMembers block = blockMembersOf(record.file, record.owner).value_or(BlockMembers());
     const std::string& name = record.file.nameOf(record.owner);
     out.text(2, name);
     out.integer(70, block.flags);

@@ -3,9 +3,9 @@
 #include "host/dwg/common_data.h"
 #include "host/dwg/encode.h"
 #include "host/dwg/record_groups.h"
+#include "host/dwg/record_names.h"
 #include "host/handles.h"
 #include "host/records.h"
-#include "host/text/ascii.h"
 #include "host/text/group_codes.h"
 
 #include <algorithm>
@@ -25,13 +25,12 @@ constexpr std::uint16_t kLayerType = 51;
 
 using Handles = std::vector<std::uint64_t>;
 
-class Planner final : public NameSource {
+class Planner {
 public:
     Planner(const DwgFile& file, const EditSet& edits)
-        : m_file(file), m_edits(edits), m_encoder(file, *this) {}
+        : m_file(file), m_edits(edits), m_names(file, edits), m_encoder(file, m_names) {}
 
     ObjectChanges run();
-    [[nodiscard]] std::uint64_t find(std::string_view table, std::string_view name) const override;
 
 private:
     /// How the members of a block change.
@@ -56,7 +55,6 @@ private:
         m_splices[handle].push_back(std::move(splice));
     }
 
-    void collectNames();
     void collectErased();
     void collectChanged();
     void changeGroups(RecordNumber number, const RecordChange& change);
@@ -78,22 +76,15 @@ private:
 
     const DwgFile& m_file;
     const EditSet& m_edits;
+    RecordNames m_names;
     ObjectEncoder m_encoder;
     ObjectChanges m_changes;
-    std::map<std::string, std::map<std::string, std::uint64_t>> m_names;  ///< by table, upper case
-    std::map<std::string, std::uint64_t> m_first;                         ///< of each table
-    std::map<std::uint64_t, std::vector<BitSplice>> m_splices;            ///< by handle
-    std::map<std::uint64_t, Members> m_members;                           ///< by block's record
+    std::map<std::uint64_t, std::vector<BitSplice>> m_splices;  ///< by handle
+    std::map<std::uint64_t, Members> m_members;                 ///< by block's record
     std::map<std::uint64_t, std::pair<std::uint64_t, std::uint64_t>> m_links;  ///< of made entities
     std::map<std::uint64_t, Handles> m_insertsMade;  ///< by block's record
     std::map<std::uint64_t, Handles> m_insertsGone;
 };
-
-std::string folded(std::string_view name) {
-    std::string upper(name);
-    std::ranges::transform(upper, upper.begin(), upperAscii);
-    return upper;
-}
 
 void Planner::note(SavedEdit::Kind kind, RecordNumber number) {
     m_changes.edits.push_back({kind, number, m_edits.typeOf(number), handleOf(number), {}});
@@ -111,36 +102,6 @@ std::uint64_t Planner::headerOf(ContainerNumber number) const {
     return m_edits.containers[number].owner;
 }
 
-// ---- names --------------------------------------------------------------------------------------
-
-std::uint64_t Planner::find(std::string_view table, std::string_view name) const {
-    const std::string key(table);
-    if (name.empty()) {
-        const auto first = m_first.find(key);
-        return first == m_first.end() ? 0 : first->second;
-    }
-    const auto names = m_names.find(key);
-    if (names == m_names.end()) return 0;
-    const auto found = names->second.find(folded(name));
-    return found == names->second.end() ? 0 : found->second;
-}
-
-void Planner::collectNames() {
-    for (const Container& table : m_edits.containers) {
-        if (table.kind != ContainerKind::Table) continue;
-        auto& names = m_names[table.name];
-        const auto learn = [&](RecordNumber number, std::string_view name) {
-            m_first.try_emplace(table.name, handleOf(number));
-            names.try_emplace(folded(name), handleOf(number));
-        };
-        for (RecordNumber at = table.first; at <= table.last; ++at)
-            if (!m_edits.records[at].has(kEdge)) learn(at, m_file.nameOf(handleOf(at)));
-        for (const RecordNumber at : table.added)
-            if (const auto made = m_edits.made.find(at); made != m_edits.made.end())
-                if (const Group* name = made->second.find(kNameCode)) learn(at, name->text());
-    }
-}
-
 // ---- records of the file ------------------------------------------------------------------------
 
 void Planner::collectErased() {
@@ -154,7 +115,7 @@ void Planner::collectErased() {
         const GroupList record = decodeRecord(m_file, frame).groups;
         const Group* name = record.find(kNameCode);
         if (name != nullptr)
-            m_insertsGone[find("BLOCK_RECORD", name->text())].push_back(entry.handle);
+            m_insertsGone[m_names.find("BLOCK_RECORD", name->text())].push_back(entry.handle);
     }
 }
 
@@ -210,7 +171,7 @@ void Planner::changeLayerFlags(std::uint64_t handle, std::int64_t flags) {
 
 void Planner::changeLayerOf(std::uint64_t handle, std::string_view layer) {
     const ObjectFrame frame = frameOf(handle);
-    const std::uint64_t wanted = find("LAYER", layer);
+    const std::uint64_t wanted = m_names.find("LAYER", layer);
     if (!frame.entity || wanted == 0) return refuse("the layer of " + handleText(handle));
     Fields fields = frame.fields(m_file.release());
     const EntityData data = readEntityData(fields, handle);
@@ -222,13 +183,9 @@ void Planner::changeLayerOf(std::uint64_t handle, std::string_view layer) {
 /// Flags and base point of a block lie in its record.
 void Planner::changeBlock(RecordNumber number, const RecordChange& change) {
     const std::uint64_t header = m_edits.containers[m_edits.records[number].container].owner;
-    const ObjectFrame frame = frameOf(header);
-    Fields fields = frame.fields(m_file.release());
-    static_cast<void>(readObjectData(fields, frame));
-    GroupList unused;
-    GroupWriter nowhere(unused);
-    RecordReader record{m_file, fields, nowhere, header, 0, frame.type};
-    BlockMembers block = readBlockHeader(record);
+    const auto read = blockMembersOf(m_file, header);
+    if (!read) return refuse("the record of the block " + handleText(header) + " is damaged");
+    BlockMembers block = *read;
     bool base = false;
     for (const auto& [code, value] : change.groups) {
         const auto* integer = std::get_if<std::int64_t>(&value);
@@ -360,15 +317,11 @@ void Planner::changeChain(const Members& members) {
 }
 
 void Planner::changeHeader(std::uint64_t header, const Members& members) {
-    const ObjectFrame frame = frameOf(header);
-    Fields fields = frame.fields(m_file.release());
-    static_cast<void>(readObjectData(fields, frame));
-    GroupList unused;
-    GroupWriter nowhere(unused);
-    RecordReader record{m_file, fields, nowhere, header, 0, frame.type};
-    const BlockMembers block = readBlockHeader(record);
-    if (fields.failed() || block.memberPlaces.empty())
-        return refuse("the record of the block " + handleText(header) + " is damaged");
+    const auto read = blockMembersOf(m_file, header);
+    if (!read) return refuse("the record of the block " + handleText(header) + " is damaged");
+    const BlockMembers& block = *read;
+    if (block.memberPlaces.empty())
+        return refuse("the block " + handleText(header) + " has no list");
     if (block.chain) {
         BitSplice ends{block.memberPlaces.front(), block.memberPlaces.back(), {}, true};
         ends.bits.handle(kSoftPointer, members.after.empty() ? 0 : members.after.front());
@@ -401,7 +354,8 @@ void Planner::changeInserts() {
     for (const auto& [number, record] : m_edits.made) {
         if (m_edits.typeOf(number) != "INSERT") continue;
         const Group* name = record.find(kNameCode);
-        const std::uint64_t header = name == nullptr ? 0 : find("BLOCK_RECORD", name->text());
+        const std::uint64_t header =
+            name == nullptr ? 0 : m_names.find("BLOCK_RECORD", name->text());
         if (header == 0) return refuse("an insert of a block that the drawing does not hold");
         m_insertsMade[header].push_back(handleOf(number));
     }
@@ -414,15 +368,11 @@ void Planner::changeInserts() {
 }
 
 void Planner::changeInsertList(std::uint64_t header, const Handles& gone, const Handles& made) {
-    const ObjectFrame frame = frameOf(header);
-    Fields fields = frame.fields(m_file.release());
-    static_cast<void>(readObjectData(fields, frame));
-    GroupList unused;
-    GroupWriter nowhere(unused);
-    RecordReader record{m_file, fields, nowhere, header, 0, frame.type};
-    const BlockMembers block = readBlockHeader(record);
-    if (fields.failed() || block.insertPlaces.empty())
-        return refuse("the record of the block " + handleText(header) + " is damaged");
+    const auto read = blockMembersOf(m_file, header);
+    if (!read) return refuse("the record of the block " + handleText(header) + " is damaged");
+    const BlockMembers& block = *read;
+    if (block.insertPlaces.empty())
+        return refuse("the block " + handleText(header) + " has no list");
     std::uint64_t marks = block.inserts.size();
     for (std::size_t i = 0; i < block.inserts.size(); ++i) {
         if (std::ranges::find(gone, block.inserts[i]) == gone.end()) continue;
@@ -509,7 +459,6 @@ void Planner::applySplices() {
 }
 
 ObjectChanges Planner::run() {
-    collectNames();
     collectErased();
     collectChanged();
     collectMembers();

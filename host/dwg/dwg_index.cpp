@@ -38,7 +38,6 @@ private:
     void addTable(std::uint64_t control);
     /// The entries of a control object as DXF orders them; 0 for erased ones.
     [[nodiscard]] std::vector<std::uint64_t> slotsOf(std::uint64_t control);
-    [[nodiscard]] BlockMembers blockOf(std::uint64_t header);
     [[nodiscard]] std::vector<std::uint64_t> listed(const std::vector<std::uint64_t>& ends,
                                                     bool chain);
     void addBlock(std::uint64_t header);
@@ -228,19 +227,6 @@ void Indexer::addTable(std::uint64_t control) {
     for (const std::uint64_t slot : slotsOf(control)) add(slot, table);
 }
 
-BlockMembers Indexer::blockOf(std::uint64_t header) {
-    const auto frame = m_file.frameOf(header);
-    if (!frame || frame->type != kDwgBlockHeader) return {};
-    Fields fields = frame->fields(m_file.release());
-    static_cast<void>(readObjectData(fields, *frame));
-    GroupList unused;
-    GroupWriter nowhere(unused);
-    RecordReader record{m_file, fields, nowhere, header, 0, frame->type};
-    BlockMembers block = readBlockHeader(record);
-    block.preview.clear();
-    return block;
-}
-
 /// Anonymous blocks and layouts have the names of their kinds alone. In DXF the number of their
 /// place in the table stands behind, erased records counted.
 void Indexer::nameBlocks() {
@@ -251,7 +237,8 @@ void Indexer::nameBlocks() {
         const std::uint64_t header = entries[i];
         if (header == 0) continue;
         m_blocks.push_back(header);
-        BlockMembers block = blockOf(header);
+        BlockMembers block = blockMembersOf(m_file, header).value_or(BlockMembers());
+        block.preview.clear();
         const bool kind = (block.name.size() == kKindLength && block.name[0] == '*') ||
                           equalsNoCaseAscii(block.name, kPaperName);
         if (kind && i >= kSpaces) m_file.setName(header, block.name + std::to_string(i - kSpaces));

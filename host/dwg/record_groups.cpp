@@ -194,6 +194,18 @@ DecodedRecord decodeRecord(const DwgFile& file, const ObjectFrame& frame, Record
     return decoded;
 }
 
+std::optional<BlockMembers> blockMembersOf(const DwgFile& file, std::uint64_t header) {
+    const auto frame = file.frameOf(header);
+    if (!frame || frame->type != kDwgBlockHeader) return std::nullopt;
+    Fields fields = frame->fields(file.release());
+    static_cast<void>(readObjectData(fields, *frame));
+    GroupList unused;
+    GroupWriter nowhere(unused);
+    RecordReader record{file, fields, nowhere, header, 0, frame->type};
+    BlockMembers block = readBlockHeader(record);
+    return fields.failed() ? std::nullopt : std::optional(std::move(block));
+}
+
 // ---- extended data ------------------------------------------------------------------------------
 
 namespace {

@@ -5,6 +5,7 @@
 #include "host/dwg/dwg_file.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace mor::host {
@@ -34,6 +35,9 @@ struct RecordPlace {
 /// All groups; of a damaged object only its type and handle.
 [[nodiscard]] DecodedRecord decodeRecord(const DwgFile& file, const ObjectFrame& frame,
                                          RecordPlace place = {});
+
+/// What the record of a block says; nothing when there is no such record, or it is damaged.
+[[nodiscard]] std::optional<BlockMembers> blockMembersOf(const DwgFile& file, std::uint64_t header);
 
 /// Adds the groups of the extended data.
 void writeExtendedData(GroupWriter& out, const DwgFile& file, const ObjectFrame& frame);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tests/support/dwg_extended.h"
 #include "tests/support/dwg_file.h"
 #include "tests/support/dxf_records.h"
 
@@ -232,45 +233,13 @@ private:
     }
     [[nodiscard]] std::uint64_t modelSpace() const { return named("BLOCK_RECORD", "*Model_Space"); }
 
-    /// The lists of extended data: applications with their items.
-    [[nodiscard]] DwgBits extended(const DxfRecord& record) const {
-        DwgBits lists;
-        std::uint64_t application = 0;
-        DwgBits items;
-        const auto close = [&] {
-            if (items.size() == 0) return;
-            lists.bitShort(static_cast<int>(items.size() / 8)).handle(5, application).add(items);
-            items = DwgBits();
-        };
-        for (const DxfTag& tag : record.tags) {
-            if (tag.code == 1001) {
-                close();
-                application = named("APPID", tag.value);
-            }
-            if (tag.code > 1001 || tag.code == 1000) addItem(items, tag);
-        }
-        close();
-        return lists.bitShort(0);
-    }
-    static void addItem(DwgBits& items, const DxfTag& tag) {
-        items.byte(static_cast<unsigned>(tag.code - 1000));
-        const char* text = tag.value.c_str();
-        if (tag.code == 1000) {
-            items.byte(tag.value.size()).byte(0).byte(30);
-            for (const char c : tag.value) items.byte(static_cast<unsigned char>(c));
-        } else if (tag.code == 1002) {
-            items.byte(withoutBlanks(tag.value) == "{" ? 0 : 1);
-        } else if (tag.code == 1005) {
-            items.bits(handleNumber(tag.value), 64);
-        } else if (tag.code == 1040) {
-            items.real(std::strtod(text, nullptr));
-        } else {
-            items.number(static_cast<std::uint64_t>(std::atoll(text)), tag.code == 1070 ? 2 : 4);
-        }
-    }
-
     void seal(const DxfRecord& record, int type, const DwgBits& data, const DwgBits& handles) {
-        DwgBits own = DwgBits().handle(0, record.handle()).add(extended(record)).add(data);
+        DwgBits own =
+            DwgBits()
+                .handle(0, record.handle())
+                .add(dwgExtendedData(record,
+                                     [&](const std::string& name) { return named("APPID", name); }))
+                .add(data);
         DwgBits bits = DwgBits().bitShort(type);
         const auto dataBits = static_cast<std::uint32_t>(bits.size() + 32 + own.size());
         const std::string body = bits.number(dataBits, 4).add(own).add(handles).bytes();
@@ -283,50 +252,14 @@ private:
     }
 
     [[nodiscard]] std::string headerVariables() const {
-        DwgBits bits;
-        bits.zeros('d', 4).zeros('t', 4).zeros('l', 2).zeros('h').zeros('b', 20).zeros('s', 27);
-        bits.zeros('d', 21)
-            .zeros('t')
-            .zeros('l', 8)
-            .zeros('s')
-            .handle(0, m_seed)
-            .zeros('h', 5)
-            .zeros('d');
-        for (int space = 0; space < 2; ++space)
-            bits.zeros('3', 3)
-                .zeros('2', 2)
-                .zeros('d')
-                .zeros('3', 3)
-                .zeros('h', 2)
-                .zeros('s')
-                .zeros('h')
-                .zeros('3', 6);
-        bits.zeros('t', 2)
-            .zeros('d', 9)
-            .zeros('b', 6)
-            .zeros('s', 3)
-            .zeros('d', 8)
-            .zeros('d')
-            .zeros('b')
-            .zeros('s')
-            .zeros('b', 4)
-            .zeros('s', 3)
-            .zeros('s', 11)
-            .zeros('b', 2)
-            .zeros('s', 4)
-            .zeros('b')
-            .zeros('s')
-            .zeros('h', 5)
-            .zeros('s', 2);
+        std::vector<std::uint64_t> tables;
         for (const char* name : {"BLOCK_RECORD", "LAYER", "STYLE", "LTYPE", "VIEW", "UCS", "VPORT",
                                  "APPID", "DIMSTYLE"})
-            bits.handle(3, table(name));
-        bits.zeros('h', 3).handle(3, m_objects.back().first == 0 ? 0 : dictionary());
-        bits.zeros('s', 2).zeros('t', 2).zeros('h', 3).zeros('l').zeros('s', 2).zeros('t', 2);
-        bits.handle(5, named("BLOCK_RECORD", "*Paper_Space")).handle(5, modelSpace());
+            tables.push_back(table(name));
+        std::vector<std::uint64_t> last = {named("BLOCK_RECORD", "*Paper_Space"), modelSpace()};
         for (const char* name : {"ByLayer", "ByBlock", "Continuous"})
-            bits.handle(5, named("LTYPE", name));
-        return bits.bytes();
+            last.push_back(named("LTYPE", name));
+        return dwgHeaderVariables(m_seed, tables, dictionary(), last);
     }
     [[nodiscard]] std::uint64_t dictionary() const {
         for (const DxfRecord& record : m_file.records)

@@ -60,6 +60,29 @@ using DwgObjects = std::vector<std::pair<std::uint64_t, std::string>>;
     }
     return dwgChunk(pairs) + dwgChunk("");
 }
+/// All header variables 0 but for $HANDSEED, the control objects of the tables, the dictionary, and
+/// the last handles: both spaces and three line types.
+[[nodiscard]] inline std::string dwgHeaderVariables(std::uint64_t seed,
+                                                    const std::vector<std::uint64_t>& tables,
+                                                    std::uint64_t dictionary,
+                                                    const std::vector<std::uint64_t>& last) {
+    DwgBits bits;
+    const auto zeros = [&bits](std::string_view kinds) {
+        for (std::size_t i = 0; i < kinds.size(); i += 3)
+            bits.zeros(kinds[i], (kinds[i + 1] - '0') * 10 + kinds[i + 2] - '0');
+    };
+    zeros("d04t04l02h01b20s27d21t01l08s01");
+    bits.handle(0, seed);
+    zeros("h05d01303202d01303h02s01h01306303202d01303h02s01h01306");
+    zeros("t02d09b06s03d08d01b01s01b04s03s11b02s04b01s01h05s02");
+    for (const std::uint64_t table : tables) bits.handle(3, table);
+    zeros("h03");
+    bits.handle(3, dictionary);
+    zeros("s02t02h03l01s02t02");
+    for (const std::uint64_t handle : last) bits.handle(5, handle);
+    return bits.bytes();
+}
+
 /// A whole file of these objects, in their order.
 [[nodiscard]] inline DwgFileBytes dwgFile(const DwgObjects& objectList,
                                           const std::string& variables) {
