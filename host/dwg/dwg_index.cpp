@@ -52,7 +52,9 @@ private:
     std::map<std::uint64_t, BlockMembers> m_members;  ///< by header
     std::vector<bool> m_numbered;                     ///< by place in the map
     std::vector<std::uint16_t> m_types;               ///< the same way: number of the DXF type
-    std::vector<std::uint8_t> m_flags;                ///< the same way
+    std::vector<std::uint32_t> m_walked;  ///< the same way: in which walk it was met last
+    std::uint32_t m_walk = 0;
+    std::vector<std::uint8_t> m_flags;  ///< the same way
 };
 
 /// What is noted of each object before it has its number.
@@ -88,6 +90,7 @@ void Indexer::readFrames() {
     m_numbered.resize(entries.size());
     m_types.resize(entries.size());
     m_flags.resize(entries.size());
+    m_walked.resize(entries.size());
     std::uint64_t first = std::numeric_limits<std::uint64_t>::max();
     std::uint64_t last = 0;
     std::uint64_t used = 0;
@@ -184,13 +187,20 @@ void Indexer::addMember(std::uint64_t handle, ContainerNumber container) {
 std::vector<std::uint64_t> Indexer::listed(const std::vector<std::uint64_t>& ends, bool chain) {
     if (!chain || ends.size() != 2) return ends;
     std::vector<std::uint64_t> members;
+    ++m_walk;
     std::uint64_t at = ends[0];
-    while (at != 0 && members.size() <= m_file.map().entries().size()) {
-        const auto frame = m_file.frameOf(at);
+    while (at != 0) {
+        const MapEntry* entry = m_file.map().find(at);
+        const std::size_t index =
+            entry == nullptr ? 0 : static_cast<std::size_t>(entry - m_file.map().entries().data());
+        // No entity stands in two lists or twice in one.
+        const bool seen = entry != nullptr && (m_numbered[index] || m_walked[index] == m_walk);
+        const auto frame = seen ? std::nullopt : m_file.frameOf(at);
         if (!frame || !frame->entity) {
             m_file.damage().note("a list of entities breaks off before " + handleText(at), 0);
             break;
         }
+        m_walked[index] = m_walk;
         members.push_back(at);
         if (at == ends[1]) break;
         Fields fields = frame->fields(m_file.release());
