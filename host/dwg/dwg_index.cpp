@@ -11,6 +11,7 @@
 #include <array>
 #include <limits>
 #include <map>
+#include <unordered_map>
 #include <utility>
 
 namespace mor::host {
@@ -29,6 +30,12 @@ public:
     Skeleton take() { return std::move(m_skeleton); }
 
 private:
+    /// A type of records.
+    struct TypeFacts {
+        std::uint16_t number = 0;  ///< of its name in DXF
+        bool decoded = false;
+    };
+    [[nodiscard]] const TypeFacts& factsOf(const ObjectFrame& frame);
     void readFrames();
     void fillFacts();
     ContainerNumber addContainer(ContainerKind kind, std::string name);
@@ -54,6 +61,7 @@ private:
     std::vector<std::uint16_t> m_types;               ///< the same way: number of the DXF type
     std::vector<std::uint32_t> m_walked;  ///< the same way: in which walk it was met last
     std::uint32_t m_walk = 0;
+    std::unordered_map<std::uint16_t, TypeFacts> m_facts;
     std::vector<std::uint8_t> m_flags;  ///< the same way
 };
 
@@ -84,6 +92,15 @@ std::string Indexer::run() {
     return {};
 }
 
+/// What all objects of the type of that one have in common.
+const Indexer::TypeFacts& Indexer::factsOf(const ObjectFrame& frame) {
+    const auto [known, added] = m_facts.try_emplace(frame.type);
+    if (added)
+        known->second = {m_skeleton.types.number(dxfTypeOf(m_file, frame)),
+                         isDecoded(m_file, frame)};
+    return known->second;
+}
+
 /// Tests every object and notes what it is.
 void Indexer::readFrames() {
     const auto& entries = m_file.map().entries();
@@ -110,11 +127,12 @@ void Indexer::readFrames() {
         if (type == kDwgInsert || type == kDwgManyInsert || type == kDwgPolyline2D ||
             type == kDwgPolyline3D || type == kDwgPolyfaceMesh || type == kDwgPolygonMesh)
             flags |= kOwning;
-        if (!isDecoded(m_file, frame)) flags |= kUnread;
+        const TypeFacts& facts = factsOf(frame);
+        if (!facts.decoded) flags |= kUnread;
         if (wrong == nullptr && frame.extendedEnd - frame.extendedBegin > 2 &&
             hasExtendedData(m_file, frame, kAttributeApplication))
             flags |= kOurs;
-        m_types[i] = m_skeleton.types.number(dxfTypeOf(m_file, frame));
+        m_types[i] = facts.number;
         m_flags[i] = flags;
         first = std::min(first, entries[i].place);
         last = std::max(last, entries[i].place + frame.whole.size());
