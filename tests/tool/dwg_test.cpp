@@ -131,6 +131,9 @@ TEST_F(DwgTool, IsLookedIntoAsAReference) {
     EXPECT_EQ(call("cat @host.dxf /a/b --in PLAN").out, "7\n");
     std::filesystem::remove(file("d.dxf"));
     EXPECT_EQ(call("cat @host.dxf /a/b --in PLAN").out, "42\n");
+    // What changed in the DWG is seen through the drawing that refers to it.
+    ASSERT_EQ(call("put --experimental-dwg @d.dwg /a/b 8").code, 0);
+    EXPECT_EQ(call("cat @host.dxf /a/b --in PLAN").out, "8\n");
 }
 
 // ---- real drawings ------------------------------------------------------------------------------
