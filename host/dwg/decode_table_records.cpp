@@ -134,14 +134,6 @@ void decodeViewportHeader(RecordReader& record) {
 
 namespace {
 
-std::int64_t viewMode(Fields& in) {
-    std::int64_t mode = 0;
-    for (const std::int64_t bit : {1, 2, 4})
-        if (in.bit()) mode |= bit;
-    if (!in.bit()) mode |= 16;
-    return mode;
-}
-
 struct ViewportRecord {
     double height = 0.0;
     double width = 0.0;

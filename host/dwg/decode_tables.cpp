@@ -18,7 +18,8 @@ void begin(RecordReader& record, const TableStart& start, const char* marker) {
     record.out.text(2, start.name);
 }
 
-/// Four bits of group 71: the last one is stored as its opposite.
+}  // namespace
+
 std::int64_t viewMode(Fields& in) {
     std::int64_t mode = 0;
     for (const std::int64_t bit : {1, 2, 4})
@@ -26,8 +27,6 @@ std::int64_t viewMode(Fields& in) {
     if (!in.bit()) mode |= 16;
     return mode;
 }
-
-}  // namespace
 
 TableStart readTableStart(RecordReader& record) {
     TableStart start;

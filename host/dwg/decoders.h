@@ -151,5 +151,7 @@ struct TableStart {
     std::int64_t flags = 0;
 };
 [[nodiscard]] TableStart readTableStart(RecordReader& record);
+/// Group 71 of views and viewports; the last of its four bits is stored as its opposite.
+[[nodiscard]] std::int64_t viewMode(Fields& in);
 
 }  // namespace mor::host

@@ -89,7 +89,7 @@ std::string DwgCodec::compare(const SavePlan& plan, const Source& written) const
             return "what was written" + place;
         at += piece.copy ? piece.size : piece.bytes.size();
     }
-    // Read anew: every sum, every object, and all sections that nobody touched.
+    // Read anew, with every sum and every object: the plan itself may be wrong.
     const std::shared_ptr<Source> again = makeBufferSource(written.read(0, written.size()));
     auto opened = DwgFile::open(again, "what was written");
     if (!opened) return opened.error().text;

@@ -6,6 +6,7 @@
 #include "host/dwg/record_names.h"
 #include "host/handles.h"
 #include "host/records.h"
+#include "host/text/ascii.h"
 #include "host/text/group_codes.h"
 
 #include <algorithm>
@@ -172,7 +173,8 @@ void Planner::changeLayerFlags(std::uint64_t handle, std::int64_t flags) {
 void Planner::changeLayerOf(std::uint64_t handle, std::string_view layer) {
     const ObjectFrame frame = frameOf(handle);
     const std::uint64_t wanted = m_names.find("LAYER", layer);
-    if (!frame.entity || wanted == 0) return refuse("the layer of " + handleText(handle));
+    if (!frame.entity || wanted == 0)
+        return refuse("the layer of " + handleText(handle) + " is not in the drawing");
     Fields fields = frame.fields(m_file.release());
     const EntityData data = readEntityData(fields, handle);
     BitSplice change{data.layerPlace.begin, data.layerPlace.end, {}, true};
@@ -224,7 +226,7 @@ void Planner::changeAttributes(std::uint64_t handle, const std::vector<NewGroup>
         if (length == 0) break;
         const std::uint64_t application = bits.handle().from(handle);
         bits.skip(std::uint64_t{length} * 8);
-        if (m_file.nameOf(application) != kAttributeApplication) {
+        if (!equalsNoCaseAscii(m_file.nameOf(application), kAttributeApplication)) {
             change.bits.copy(frame.bytes, begin, bits.position());
         } else if (!placed) {
             change.bits.append(fresh);

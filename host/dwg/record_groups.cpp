@@ -1,6 +1,7 @@
 #include "host/dwg/record_groups.h"
 
 #include "host/dwg/common_data.h"
+#include "host/text/ascii.h"
 
 #include <algorithm>
 #include <iterator>
@@ -293,7 +294,7 @@ bool hasExtendedData(const DwgFile& file, const ObjectFrame& frame, std::string_
     bool found = false;
     forEachList(frame, [&](std::uint64_t known, BitReader& bits, std::uint16_t length) {
         bits.skip(std::uint64_t{length} * 8);
-        found = found || file.nameOf(known) == application;
+        found = found || equalsNoCaseAscii(file.nameOf(known), application);
     });
     return found;
 }
