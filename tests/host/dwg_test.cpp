@@ -166,9 +166,25 @@ TEST_F(Dwg, SurvivesAnyByteBehindItsSums) {
             bytes[at] = value;
             static_cast<void>(opening(bytes));
         }
-    // A chain of entities that leads back into itself ends.
+}
+
+TEST_F(Dwg, EndsAChainThatLeadsBackIntoItself) {
+    const DxfFile twin = splitDxf(dxf());
+    const auto line = std::ranges::find_if(
+        twin.records, [](const DxfRecord& record) { return record.is("LINE"); });
+    const std::string handle = host::handleText(line->handle());
+    EXPECT_EQ(opening(DwgDrawing(twin).follow(line->handle(), line->handle()).build().bytes),
+              "damaged: a list of entities breaks off before " + handle);
+}
+
+TEST_F(Dwg, RefusesAChangeThatHasNoPlaceInItsBits) {
     open(dwg().bytes);
-    EXPECT_EQ(walk().find("LINE"), 0u);
+    ASSERT_TRUE(host::renewHandle(document(), lastEntity()));
+    const auto saved = host::saveDocument(document());
+    ASSERT_FALSE(saved);
+    EXPECT_EQ(saved.error().kind, host::ErrorKind::Unwritable);
+    EXPECT_TRUE(holds(saved.error().text, "a change of group 5 of a LINE is not written to DWG"));
+    EXPECT_EQ(readFile(file()), dwg().bytes);
 }
 
 // ---- real drawings ------------------------------------------------------------------------------
@@ -256,6 +272,14 @@ TEST_F(DwgCorpus, AValueGoesInAndNothingElseChanges) {
         if (!saved) continue;
         ++written;
         EXPECT_LT(saved.value().bytes, fs::file_size(drawing) + 40960) << drawing;
+        const auto wide = [](std::string_view text) {
+            std::string units;
+            for (const char c : text) units += {c, '\0'};
+            return units;
+        };
+        const std::string bytes = readFile(file("d.dwg"));
+        const bool tells = holds(readFile(drawing), wide("AppInfoDataList"));
+        EXPECT_TRUE(!tells || holds(bytes, wide("Written by moradmin."))) << drawing;
         ASSERT_NE(openFile(file("d.dwg")), nullptr);
         EXPECT_EQ(host::documentInfo(document()).damage, std::nullopt) << drawing;
         const auto after = shownRecords(document());

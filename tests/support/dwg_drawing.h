@@ -21,6 +21,11 @@ class DwgDrawing {
 public:
     explicit DwgDrawing(const DxfFile& file) : m_file(file) {}
 
+    /// The entity names another one than its own as the next of its block.
+    DwgDrawing& follow(std::uint64_t entity, std::uint64_t next) {
+        m_next[entity] = next;
+        return *this;
+    }
     DwgFileBytes build() {
         for (const DxfRecord& record : m_file.records) note(record);
         for (const DxfRecord& record : m_file.records) add(record);
@@ -217,7 +222,9 @@ private:
         const auto at = std::ranges::find(members, record.handle());
         const bool linked = at != members.end();
         handles.handle(4, linked && at != members.begin() ? *(at - 1) : 0);
-        handles.handle(4, linked && at + 1 != members.end() ? *(at + 1) : 0);
+        const auto other = m_next.find(record.handle());
+        const bool more = linked && at + 1 != members.end();
+        handles.handle(4, other != m_next.end() ? other->second : more ? *(at + 1) : 0);
         return handles.handle(5, named("LAYER", record.first(8).value_or("0")));
     }
     [[nodiscard]] static DwgBits start(const DxfRecord& record) {
@@ -267,6 +274,7 @@ private:
         return 0;
     }
     const DxfFile& m_file;
+    std::map<std::uint64_t, std::uint64_t> m_next;
     std::map<std::uint64_t, Block> m_blocks;  // by their records' handles
     DwgObjects m_objects;
     std::uint64_t m_seed = 0;

@@ -18,14 +18,6 @@ struct DwgFileBytes {
     std::string bytes;
     std::map<std::uint64_t, std::size_t> places;  ///< of the objects, by handle
     std::size_t map = 0;                          ///< where the object map begins
-
-    /// Changes a byte of an object and makes its sum right again.
-    void change(std::uint64_t handle, std::size_t at, unsigned char value) {
-        const std::size_t begin = places.at(handle);
-        const std::size_t size = static_cast<unsigned char>(bytes[begin]) + 2;
-        bytes[begin + at] = static_cast<char>(value);
-        bytes.replace(begin, size + 2, dwgSealed(bytes.substr(begin, size)));
-    }
 };
 
 /// Objects by handle, sealed, in the order in which they lie in the file.
