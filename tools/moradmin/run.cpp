@@ -120,7 +120,8 @@ void runLine(Session& session, const ScriptReader::Line& line) {
     if (!options.inside.empty())
         throw Failure(kUsage, "--in cannot stand in a script, which works on one drawing");
     const int code = command->run(session, options);
-    if (command->run == &runPut)  // the store is not walked again for each of many lines
+    // The store is not walked again for each of many lines.
+    if (command->run == &runPut || command->run == &runRm)
         session.noteStored();
     else if (changing)
         session.forget();
