@@ -44,6 +44,12 @@ TEST_F(DwgTool, ReadsAStoreAsInItsDxfTwin) {
         EXPECT_EQ(answer(command, "d.dwg"), answer(command, "d.dxf")) << command;
     EXPECT_TRUE(holds(answer("info", "d.dwg"), "text      CP1252, DWG"));
     EXPECT_TRUE(holds(answer("info --json", "d.dwg"), "\"form\":\"DWG\""));
+    // Names of applications are the same in any case.
+    std::string other = readFile(file("d.dxf"));
+    for (std::size_t at = 0; (at = other.find("MOR_ATTRIBUTES")) != std::string::npos;)
+        other.replace(at, 14, "Mor_Attributes");
+    writeFile(file("other.dwg"), DwgDrawing(splitDxf(other)).build().bytes);
+    EXPECT_EQ(answer("dump", "other.dwg"), answer("dump", "d.dxf"));
 }
 
 // After every change the DWG shows what its DXF twin shows.
