@@ -8,7 +8,6 @@ namespace mor::host {
 
 namespace {
 
-constexpr std::size_t kCodeWord = 255;
 constexpr unsigned kEndOfStream = 0x11;
 constexpr std::size_t kFarOffset = 0x3FFF;
 constexpr std::size_t kWide = 16;
@@ -126,16 +125,6 @@ void repeat(char* to, std::size_t distance, std::size_t count, std::size_t room)
 
 bool unpack(std::string_view packed, char* out, std::size_t size) {
     return Unpacker(packed, out, size).run();
-}
-
-std::string deinterleaved(std::string_view coded, std::size_t words, std::size_t perWord) {
-    std::string data;
-    if (words == 0 || words > coded.size() / kCodeWord) return data;
-    data.resize(words * perWord);
-    for (std::size_t word = 0; word < words; ++word)
-        for (std::size_t i = 0; i < perWord; ++i)
-            data[word * perWord + i] = coded[i * words + word];
-    return data;
 }
 
 }  // namespace mor::host

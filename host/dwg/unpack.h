@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <string>
 #include <string_view>
 
 /// The two ways in which pages are packed.
@@ -17,10 +16,5 @@ namespace mor::host {
 /// Repeats at `to` the `count` bytes that begin `distance` before it, which it may run into. `room`
 /// bytes, at least `count`, may be overwritten.
 void repeat(char* to, std::size_t distance, std::size_t count, std::size_t room);
-
-/// The data of interleaved code words of 255 bytes, `perWord` of them data, without correcting
-/// errors: code word i has its byte j at j * `words` + i. Empty when `coded` is too short.
-[[nodiscard]] std::string deinterleaved(std::string_view coded, std::size_t words,
-                                        std::size_t perWord);
 
 }  // namespace mor::host

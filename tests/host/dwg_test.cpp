@@ -1,4 +1,5 @@
 #include "host/dwg/checksums.h"
+#include "host/dwg/code_words.h"
 #include "tests/host/host_fixture.h"
 #include "tests/support/dwg_drawing.h"
 
@@ -6,6 +7,7 @@
 #include <array>
 #include <cstdlib>
 #include <map>
+#include <random>
 #include <set>
 
 namespace mor::test {
@@ -82,6 +84,25 @@ TEST(DwgSums, AreTheSameHoweverManyBytesAreTakenAtOnce) {
                   byBytes(start, std::string_view(swapped).substr(0, eights)))
             << eights;
     }
+}
+
+// Multiples of the generator of four bytes of parity, which stand for any data.
+TEST(DwgSums, ParityTellsEveryDamagedByteOfACodeWord) {
+    constexpr std::size_t words = 70;
+    const std::string generator = "\x74\xE7\xD8\x1E\x01";
+    std::string coded(words * host::kCodeWordBytes, '\0');
+    for (std::size_t word = 0; word < words; ++word)
+        for (std::size_t i = 0; i < generator.size(); ++i)
+            coded[(word + i) * words + word] = generator[i];
+    EXPECT_TRUE(host::parityHolds(coded, words, host::kPageData));
+    EXPECT_FALSE(host::parityHolds(coded, words, host::kSystemData));
+    EXPECT_FALSE(host::parityHolds(coded, words + 1, host::kPageData));
+    for (std::size_t at = 3; at < coded.size(); at += 997) {
+        coded[at] = static_cast<char>(coded[at] ^ 0x40);
+        EXPECT_FALSE(host::parityHolds(coded, words, host::kPageData)) << at;
+        coded[at] = static_cast<char>(coded[at] ^ 0x40);
+    }
+    EXPECT_EQ(host::deinterleaved(coded, words, host::kPageData).substr(0, 5), generator);
 }
 
 TEST_F(Dwg, ShowsTheGroupsOfItsDxfTwin) {
@@ -265,6 +286,27 @@ TEST_F(DwgCorpus, EverySumAndEveryBitOfWhatIsDecodedIsRight) {
     for (const char* type : {"LINE", "INSERT", "ATTRIB", "DIMENSION", "HATCH", "SPLINE", "LAYOUT",
                              "VIEWPORT", "MTEXT", "LWPOLYLINE", "VERTEX", "XRECORD", "DIMSTYLE"})
         EXPECT_GT(types[type], 9) << type;
+}
+
+// But for bytes in gaps, in what fills pages up, and in copies.
+TEST_F(DwgCorpus, DamagedPagesOfR2007AreTold) {
+    const auto found = std::ranges::find_if(drawings(), [](const fs::path& drawing) {
+        return readFile(drawing).starts_with("AC1021") && fs::file_size(drawing) > 500000;
+    });
+    ASSERT_NE(found, drawings().end());
+    const std::string whole = readFile(*found);
+    std::mt19937 random(7);
+    int told = 0;
+    for (int i = 0; i < 20; ++i) {
+        std::string bytes = whole;
+        char& c = bytes[0x80 + random() % (bytes.size() - 0x80)];
+        c = static_cast<char>(c ^ 0x24);
+        writeFile(file("d.dwg"), bytes);
+        auto opened = host::openDocument(file("d.dwg"));
+        if (!opened || host::documentInfo(opened.value()).damage) ++told;
+        if (opened) host::closeDocument(opened.value());
+    }
+    EXPECT_GE(told, 18);
 }
 
 /// By handle, every record with all its groups.
