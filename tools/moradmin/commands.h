@@ -89,6 +89,7 @@ int runMatrix(Session& session, const Options& options);
 
 // The picture: picture/.
 int runDraw(Session& session, const Options& options);
+int runLayouts(Session& session, const Options& options);
 
 // Several drawings: `check` in damage/, `xrefs` in references/, the others in store/.
 /// These two take any number; one that cannot be read does not stop the others.
