@@ -136,7 +136,7 @@ TEST_F(DwgTool, IsLookedIntoAsAReference) {
     refer("d.dwg");
     EXPECT_EQ(call("cat @host.dxf /a/b --in PLAN").out, "42\n");
     EXPECT_TRUE(holds(call("xrefs @host.dxf").out, "d.dwg"));
-    EXPECT_TRUE(holds(call("layers @host.dxf --in PLAN").out, "MOR_CONTROL_LAYER"));
+    EXPECT_TRUE(holds(call("layers @host.dxf --in PLAN --all").out, "MOR_CONTROL_LAYER"));
     // The ending that was saved comes first, the twin after it.
     ASSERT_EQ(call("put D /a/b 7").code, 0);
     refer("d.dxf");

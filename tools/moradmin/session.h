@@ -5,6 +5,7 @@
 #include "space/view.h"
 #include "tools/moradmin/damage/store_state.h"
 #include "tools/moradmin/options.h"
+#include "tools/moradmin/output.h"
 #include "tools/moradmin/references/passage.h"
 #include "tools/moradmin/store/store.h"
 
@@ -66,9 +67,12 @@ public:
     void activate() const;
     /// A file system object that has seen nothing yet.
     [[nodiscard]] static std::unique_ptr<Store> freshStore();
-    /// Saves what changed, or says what would be saved. `backup`: the old file that was kept, or
-    /// empty.
-    std::string save(const Options& options);
+    /// Saves what changed, or finds out what would be saved.
+    host::SaveReport save(const Options& options);
+    /// What tells an edited record apart: the path of a directory, else what the host says.
+    [[nodiscard]] std::string placeOf(const host::SavedEdit& edit) const;
+    /// What a command that changes the drawing has to tell of it as JSON besides the changes.
+    [[nodiscard]] Json& facts() { return m_facts; }
 
     /// "FILE: TEXT", for messages.
     [[nodiscard]] std::string message(const std::string& text) const {
@@ -90,11 +94,12 @@ private:
     bool m_outdated = false;  ///< the state, by what was stored or removed
     std::optional<host::DocumentInfo> m_info;
     std::unique_ptr<Store> m_store;
+    Json m_facts = Json::object();
 };
 
-/// Whether a drawing that was opened could only be read up to a place: whatever a command found is
-/// not all, and its exit code says so.
-[[nodiscard]] bool sawDamagedDrawing();
+/// Whether a drawing that was opened since the last call could only be read up to a place: whatever
+/// a command found is not all, and its exit code says so.
+[[nodiscard]] bool takeSawDamage();
 /// Where a damaged drawing is damaged, and what is wrong there.
 [[nodiscard]] std::string damagePlace(const host::Damage& damage);
 
