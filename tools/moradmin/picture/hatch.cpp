@@ -322,8 +322,10 @@ private:
         while (at < to)
             for (const double dash : dashes) {
                 const double end = at + std::fabs(dash) * m_unit;
-                if (dash >= 0.0 && end >= from && at <= to) {
-                    line(std::max(at, from), std::min(end, to), y, path);
+                const double first = std::max(at, from);
+                const double last = std::min(end, to);
+                if (dash > 0.0 ? first < last : dash == 0.0 && first <= last) {
+                    line(first, last, y, path);
                     if (++m_drawn >= kMostDashes) return false;
                 }
                 at = end;
