@@ -2,7 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <numbers>
 #include <string>
+#include <vector>
 
 namespace mor::test {
 namespace {
@@ -282,6 +287,44 @@ TEST_F(DrawnEntity, TolerancesStandInCells) {
     EXPECT_EQ(withoutPlaces(texts(svg, "A1")), "\u2316 0.5 A \u27C2 0.1");
     const std::string cells = paths(svg, "A1");
     EXPECT_EQ(std::ranges::count(cells, 'Z'), 5);
+}
+
+/// A thing in a preview: its length, its kind, then words and reals.
+std::string previewed(std::uint32_t kind, const std::vector<std::uint32_t>& words,
+                      const std::vector<double>& reals, const std::string& text = "") {
+    std::string bytes(8, '\0');
+    for (const std::uint32_t word : words) bytes.append(reinterpret_cast<const char*>(&word), 4);
+    for (const double real : reals) bytes.append(reinterpret_cast<const char*>(&real), 8);
+    bytes += text;
+    const auto size = static_cast<std::uint32_t>(bytes.size());
+    std::memcpy(bytes.data(), &size, 4);
+    std::memcpy(bytes.data() + 4, &kind, 4);
+    std::string hex;
+    for (const unsigned char c : bytes)
+        for (const unsigned digit : {c / 16U, c % 16U}) hex += "0123456789ABCDEF"[digit];
+    return hex;
+}
+
+TEST_F(DrawnEntity, UnknownOnesShowTheirPreview) {
+    const std::string square = previewed(7, {4}, {0, 0, 0, 2, 0, 0, 2, 2, 0, 0, 2, 0});
+    const std::string things =
+        previewed(14, {1}, {}) + square + previewed(22, {0xC20000FF}, {}) + previewed(20, {1}, {}) +
+        square + previewed(29, {}, {1, 0, 0, 5, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}) +
+        previewed(2, {}, {0, 0, 0, 1, 0, 0, 1}) + previewed(31, {}, {}) +
+        previewed(4, {}, {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, std::numbers::pi / 2}) +
+        previewed(36, {}, {1, 1, 0, 0, 0, 1, 1, 0, 0, 2, 1, 0}, std::string("h\0i\0\0\0\0\0", 8)) +
+        previewed(9, {1}, {0, 0, 0});  // ends too early
+    std::string chunks;
+    const std::string all = std::string(16, '0') + things;
+    for (std::size_t at = 0; at < all.size(); at += 254)
+        chunks += "310 " + all.substr(at, 254) + "|";
+    const std::string svg = drawn("0 NEW_THING|5 A1|100 AcDbEntity|8 0|160 " +
+                                  std::to_string(all.size() / 2) + "|" + chunks + "100 AcDbNew|");
+    EXPECT_TRUE(holds(svg, "stroke=\"#ff0000\" d=\"M0 0L2 0L2 2L0 2Z\""));
+    EXPECT_TRUE(holds(svg, "fill=\"#0000ff\" fill-rule=\"evenodd\" d=\"M0 0L2 0L2 2L0 2Z\""));
+    EXPECT_TRUE(holds(paths(svg, "A1"), "M6 0A1 1 ") && holds(paths(svg, "A1"), "M1 0A1 1 0 0 1 "));
+    EXPECT_EQ(texts(svg, "A1"), "1,1:hi");
+    EXPECT_FALSE(noted("not drawn"));
 }
 
 TEST_F(DrawnEntity, WhatIsNotDrawnIsNamedWithItsReason) {
