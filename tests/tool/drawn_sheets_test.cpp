@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <vector>
 
 namespace mor::test {
 namespace {
@@ -129,6 +131,26 @@ TEST_F(DrawnSheet, InsertsAreClipped) {
     EXPECT_TRUE(std::regex_search(svg, std::regex("viewBox=\"4.99\\S* \\S+ 0.5")));  // what shows
     const std::string inverted = clipped("102 {ACAD_XDICTIONARY|360 E4|102 }|");
     EXPECT_TRUE(std::regex_search(inverted, std::regex("d=\"M-1e\\+?09 [^\"]*ZM5.2 -1L5.3 -1")));
+}
+
+TEST_F(DrawnSheet, TwinsOfBothFormsLookTheSame) {
+    const char* folder = std::getenv("MORADMIN_CORPUS_DWG");
+    if (folder == nullptr) GTEST_SKIP() << "MORADMIN_CORPUS_DWG names no folder";
+    const std::filesystem::path root = folder;
+    for (const char* name :
+         {"acadsharp/BLOCKALIGNMENTPARAMETER", "acadsharp/BLOCKBASEPOINTPARAMETER",
+          "acadsharp/BLOCKLINEARPARAMETER", "acadsharp/BLOCKPOINTPARAMETER",
+          "acadsharp/BLOCKROTATIONPARAMETER", "aspose/Line"}) {
+        std::vector<std::string> pictures;
+        for (const char* ending : {".dwg", ".dxf"}) {
+            const std::string output = file("twin.png");
+            ASSERT_EQ(
+                run({"draw", (root / (name + std::string(ending))).string(), "-o", output}).code,
+                0);
+            pictures.push_back(readFile(output));
+        }
+        EXPECT_TRUE(pictures[0] == pictures[1]) << name;
+    }
 }
 
 TEST_F(DrawnSheet, PicturesHaveFormsAndSizes) {
