@@ -177,6 +177,7 @@ void Painter::paintOwnBlock(const Insert& entity, const Inserted& where) {
     if (where.reference != nullptr) name = wide(*where.reference) + L"|" + name;
     Block& block = findBlock(name);
     lookUp(block);
+    if (block.found && !block.first && !name.empty()) return;  // it shows nothing
     if (!block.first || whyNotWithin(where, block) != nullptr) return paintShape(entity, where);
     Inserted inner{where.placement, where.reference, entity.layer.name, entity.look, where.blocks};
     if (entity.origin.type == "ACAD_TABLE") {
@@ -195,11 +196,9 @@ void Painter::paintOwnBlock(const Insert& entity, const Inserted& where) {
         inner.placement = product(where.placement, matrix);
     }
     inner.blocks.push_back(block.key);
-    const std::size_t before = m_scene.offered();
     const Scene::Group group = m_scene.open(entity.origin, utf8(name));
     paintBlock(block, inner);
     m_scene.close(group);
-    if (m_scene.strokes() == before) paintShape(entity, where);
 }
 
 bool Painter::paintPart(const Pencil& pen, const std::string& blockName,

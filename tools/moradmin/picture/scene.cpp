@@ -224,7 +224,7 @@ void Scene::drawRay(const Deferred& ray, const Extent& all) {
             if (at < least || at > most) to = from - 1.0;
             return;
         }
-        const auto [first, last] = std::minmax((least - at) / step, (most - at) / step);
+        const auto [first, last] = std::minmax({(least - at) / step, (most - at) / step});
         from = std::max(from, first);
         to = std::min(to, last);
     };
