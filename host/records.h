@@ -77,6 +77,9 @@ void forEachRecord(const AcApDocument* document,
 /// All groups with pending edits applied, group 0 first.
 [[nodiscard]] std::vector<RecordGroup> recordGroups(const AcApDocument* document,
                                                     mor::EntityName name);
+/// The bytes of a record whose own data no groups tell; empty for all others. For telling whether
+/// it changed.
+[[nodiscard]] std::string undecodedBytes(const AcApDocument* document, mor::EntityName name);
 /// The first group with that code before the extended data, decoded to UTF-8; empty when there is
 /// none.
 [[nodiscard]] std::optional<std::string> recordGroup(const AcApDocument* document,
@@ -164,5 +167,9 @@ void forEachBlock(AcApDocument* document, std::wstring_view reference,
 /// Whether the drawing behind a reference holds a block; `reference` as in `forEachSymbol`.
 [[nodiscard]] bool hasBlock(AcApDocument* document, std::wstring_view reference,
                             std::wstring_view block);
+
+/// Takes a block with its record, or a record of another symbol table, out of the drawing. Nothing
+/// may use it any more. False when there is none or the form of the drawing does not allow it.
+bool purgeSymbol(AcApDocument* document, std::string_view table, std::wstring_view name);
 
 }  // namespace mor::host

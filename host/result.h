@@ -13,7 +13,8 @@ namespace mor::host {
 enum class ErrorKind {
     Unreadable,  ///< the file cannot be opened, is no drawing, or of a form that is not read
     Damaged,     ///< the drawing ends or breaks off where it must not
-    Unwritable,  ///< the drawing cannot be written: permissions, space, release, changed meanwhile
+    Unwritable,  ///< the drawing cannot be written: permissions, space, release
+    Busy,        ///< another process is saving it or has just saved it: doing it all again may work
     Invalid      ///< the argument of a call makes no sense
 };
 

@@ -104,6 +104,12 @@ std::vector<RecordGroup> recordGroups(const AcApDocument* document, EntityName n
     return groups;
 }
 
+std::string undecodedBytes(const AcApDocument* document, EntityName name) {
+    const Located found = locate(*document, name);
+    if (!found || found.drawing->isMade(found.number)) return {};
+    return found.drawing->codec().undecoded(found.number);
+}
+
 std::optional<std::string> recordGroup(const AcApDocument* document, EntityName name, int code) {
     const Located found = locate(*document, name);
     if (!found) return std::nullopt;
@@ -129,6 +135,29 @@ std::optional<EntityName> findSymbol(const AcApDocument* document, std::string_v
     Drawing& drawing = drawingOf(document);
     const RecordNumber number = drawing.names().findSymbol(table, name);
     return number == 0 ? std::nullopt : std::optional(drawing.nameOf(number));
+}
+
+bool purgeSymbol(AcApDocument* document, std::string_view table, std::wstring_view name) {
+    Drawing& drawing = *document->drawing;
+    if (drawing.form() == "DWG") return false;
+    std::vector<RecordNumber> records;
+    if (table == "BLOCK") {
+        const ContainerNumber number = drawing.names().findBlock(name);
+        if (number == kNoContainer) return false;
+        const Container& block = drawing.container(number);
+        records = {block.head, block.end, drawing.names().findSymbol("BLOCK_RECORD", name)};
+        for (RecordNumber at = block.first; at <= block.last; ++at) records.push_back(at);
+        records.insert(records.end(), block.added.begin(), block.added.end());
+    } else {
+        records = {drawing.names().findSymbol(table, name)};
+    }
+    bool found = false;
+    for (const RecordNumber number : records) {
+        if (number == 0 || drawing.entry(number).has(kErased | kGone)) continue;
+        drawing.toggleErased(number);
+        found = true;
+    }
+    return found;
 }
 
 std::optional<EntityName> firstEntityOfBlock(const AcApDocument* document,

@@ -24,7 +24,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::string_view kNotRead = "the drawing could not be read to its end; load it again";
+constexpr std::string_view kNotRead =
+    "the drawing could not be read to its end; nothing was saved, run again";
 
 /// The absolute path of the file that is meant, also behind links that lead to none yet.
 fs::path followLinks(const fs::path& named, std::error_code& code) {
@@ -84,8 +85,11 @@ private:
     void dropBackup(const fs::path& backup);
     void flushFolder(SaveReport& report);
     [[nodiscard]] bool copyToBackup();
+    [[nodiscard]] Error busy(const std::string& what) const {
+        return {ErrorKind::Busy, m_target.string(), 0, what + "; it is unchanged, run again"};
+    }
     [[nodiscard]] Error changedMeanwhile() const {
-        return failure("was changed by another program while it was being saved; load it again");
+        return busy("was changed by another program while it was being saved");
     }
 
     AcApDocument& m_document;
@@ -142,7 +146,7 @@ bool SaveRun::othersMayNotReplace() const {
 
 /// A name that is not there yet is locked by the temporary file of the save that began first.
 std::optional<Error> SaveRun::lockFreeName() {
-    if (clearLeftNames(m_target, -1)) return failure("another process is saving it");
+    if (clearLeftNames(m_target, -1)) return busy("another process is saving it");
     return std::nullopt;
 }
 
@@ -151,7 +155,7 @@ std::optional<Error> SaveRun::lockTarget() {
     m_lock.reset(guarded("open", [&] { return ::open(m_target.c_str(), O_RDONLY | O_CLOEXEC); }));
     if (!m_lock.valid()) return systemFailure("cannot be opened");
     if (guarded("flock", [&] { return ::flock(m_lock.get(), LOCK_EX | LOCK_NB); }) != 0)
-        return errno == EWOULDBLOCK ? failure("another process is saving it")
+        return errno == EWOULDBLOCK ? busy("another process is saving it")
                                     : systemFailure("cannot be locked");
     // Looked at again under the lock: another process may have replaced it just now.
     struct stat status {};
@@ -162,7 +166,7 @@ std::optional<Error> SaveRun::lockTarget() {
                           m_held.device != static_cast<std::uint64_t>(status.st_dev);
     if (replaced || (m_inPlace && m_held != m_document.stamp) ||
         (!m_inPlace && m_options.before && *m_options.before != stateOf(status)))
-        return failure("was changed by another program since it was loaded; load it again");
+        return busy("was changed by another program since it was loaded");
     // Not tested: who saves a name that was free then will find it taken.
     static_cast<void>(clearLeftNames(m_target, m_lock.get()));
     return std::nullopt;

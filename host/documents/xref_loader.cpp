@@ -17,6 +17,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t kLongestPath = PATH_MAX - 1;
+constexpr std::size_t kMostTails = 6;
 
 struct Places {
     std::vector<fs::path> folders;
@@ -76,6 +77,27 @@ std::vector<fs::path> forms(const fs::path& path) {
     return all;
 }
 
+/// The last parts of a saved path, the longest end first, the bare name of the file last: a tree of
+/// folders often comes along whole, to another place.
+std::vector<fs::path> tails(const std::string& saved) {
+    std::vector<fs::path> all;
+    fs::path tail;
+    std::string_view rest = saved;
+    while (all.size() < kMostTails) {
+        const std::size_t cut = rest.find_last_of("/:");
+        const std::string_view part = cut == std::string_view::npos ? rest : rest.substr(cut + 1);
+        if (part == "..") break;
+        if (!part.empty() && part != ".") {
+            tail = tail.empty() ? fs::path(part) : fs::path(part) / tail;
+            all.push_back(tail);
+        }
+        if (cut == std::string_view::npos || rest[cut] == ':') break;
+        rest = rest.substr(0, cut);
+    }
+    std::ranges::reverse(all);
+    return all;
+}
+
 std::vector<fs::path> candidates(const SavedPath& saved, const fs::path& folder) {
     std::vector<fs::path> all;
     const auto add = [&all](const fs::path& path) {
@@ -84,11 +106,11 @@ std::vector<fs::path> candidates(const SavedPath& saved, const fs::path& folder)
     };
     const fs::path path = saved.text;
     if (!saved.isElsewhere()) add(folder / path);  // an absolute path stays as it is
-    const fs::path bare = saved.text.substr(saved.text.find_last_of("/:") + 1);
-    add(folder / bare);
+    const std::vector<fs::path> ends = tails(saved.text);
+    for (const fs::path& end : ends) add(folder / end);
     for (const fs::path& extra : places().folders) {
         if (!saved.isElsewhere() && path.is_relative()) add(extra / path);
-        add(extra / bare);
+        for (const fs::path& end : ends) add(extra / end);
     }
     return all;
 }

@@ -54,6 +54,11 @@ std::uint16_t DwgCodec::layerNumberOf(RecordNumber number) const {
     return known->second;
 }
 
+std::string DwgCodec::undecoded(RecordNumber number) const {
+    const DecodedRecord record = decoded(number);
+    return record.known && record.exact ? std::string() : std::string(frameOf(number).bytes);
+}
+
 std::string DwgCodec::oddityOf(RecordNumber number) const {
     const ObjectFrame frame = frameOf(number);
     if (frame.wrong != nullptr) return frame.wrong;

@@ -71,13 +71,22 @@ TEST_F(ReferenceSearch, FindsSavedPathsWithEitherSlashThenTheBareName) {
     put("other/plan.dxf", "A2");
     expectFound({"sub/plan.dxf", "sub\\plan.dxf", ".\\sub\\plan.dxf"}, "A1");
     expectFound({"..\\other\\plan.dxf", file("other/plan.dxf").string()}, "A2");
-    expectFound({"C:\\proj\\sub\\plan.dxf", "\\\\server\\share\\plan.dxf", ""}, "not found");
+    expectFound({"C:\\proj\\sub\\no.dxf", "\\\\server\\share\\plan.dxf", ""}, "not found");
     put("home/plan.dxf", "A3");
     expectFound({"gone/plan.dxf", "C:\\proj\\plan.dxf", "D:plan.dxf", "\\\\server\\share\\plan.dxf",
                  "/nowhere/plan.dxf"},
                 "A3");
     fs::create_directory(file("home/folder.dxf"));
     EXPECT_EQ(found("folder.dxf"), "not found");
+}
+
+TEST_F(ReferenceSearch, TakesTheLongestEndOfASavedPathThatIsThere) {
+    put("home/plans/arch/plan.dxf", "A1");
+    put("home/arch/plan.dxf", "A2");
+    put("home/plan.dxf", "A3");
+    expectFound({"C:\\Projects\\Job 42\\plans\\arch\\plan.dwg", "/srv/plans/arch/plan.dxf"}, "A1");
+    expectFound({"C:\\other\\arch\\plan.dwg", "\\\\server\\share\\arch\\plan.dxf"}, "A2");
+    expectFound({"C:\\plans\\..\\plan.dwg", "gone\\..\\plan.dxf"}, "A3");  // ".." is no end
 }
 
 TEST_F(ReferenceSearch, LooksIntoExtraFoldersInTheirOrder) {

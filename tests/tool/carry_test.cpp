@@ -58,10 +58,10 @@ TEST_F(Carry, LoadAddsOrReplaces) {
     const std::string dump = call("dump @a.dxf").out;
     const std::string b = filledDrawing({{"/a/x", "9"}, {"/b/y", "2"}}, "b.dxf");
     EXPECT_EQ(call("load @b.dxf", dump).code, 0);
-    EXPECT_EQ(list(b), "a/\na/x\nb/\nb/y\n");
+    EXPECT_EQ(list(b), "/a/\n/a/x\n/b/\n/b/y\n");
     EXPECT_EQ(call("cat @b.dxf /a/x").out, "1\n");
     EXPECT_EQ(call("load --replace @b.dxf", dump).code, 0);
-    EXPECT_EQ(list(b), "a/\na/x\n");
+    EXPECT_EQ(list(b), "/a/\n/a/x\n");
 }
 
 TEST_F(Carry, LoadRefusesWhatIsNoDump) {
@@ -101,10 +101,10 @@ TEST_F(Carry, CopiesAndMovesWithinAndBetweenDrawings) {
     const std::string a = filledDrawing({{"/a/x", "1"}, {"/a/s/y", "2"}}, "a.dxf");
     const std::string b = newDrawing("b.dxf");
     EXPECT_EQ(call("cp @a.dxf /a /k").code, 0);
-    EXPECT_EQ(list(a), "a/\na/x\na/s/\na/s/y\nk/\nk/x\nk/s/\nk/s/y\n");
+    EXPECT_EQ(list(a), "/a/\n/a/x\n/a/s/\n/a/s/y\n/k/\n/k/x\n/k/s/\n/k/s/y\n");
     EXPECT_EQ(run({"mv", a + ":/k", b + ":/"}).code, 0);
-    EXPECT_EQ(list(a), "a/\na/x\na/s/\na/s/y\n");
-    EXPECT_EQ(list(b), "k/\nk/x\nk/s/\nk/s/y\n");
+    EXPECT_EQ(list(a), "/a/\n/a/x\n/a/s/\n/a/s/y\n");
+    EXPECT_EQ(list(b), "/k/\n/k/x\n/k/s/\n/k/s/y\n");
     EXPECT_EQ(call("mv @b.dxf /k/x /k/renamed").code, 0);
     EXPECT_EQ(call("cat @b.dxf /k/renamed").out, "1\n");
     EXPECT_EQ(call("cp @a.dxf /a /a/s").code, 6);
@@ -123,7 +123,7 @@ TEST_F(Carry, ScriptsSaveAllOrNothing) {
                               "/a/y\nrm -r /a\nput /b/n -7\n");
     EXPECT_EQ(done.code, 0) << done.err;
     EXPECT_EQ(done.out, "(1 2)\n");
-    EXPECT_EQ(list(a), "b/\nb/n\n");
+    EXPECT_EQ(list(a), "/b/\n/b/n\n");
     EXPECT_EQ(run({"run", a, "-c", "run -c 'ls'"}).code, 2);
 }
 

@@ -108,7 +108,7 @@ public:
         EXPECT_EQ(call("cat D /a/g").code, 6);
         EXPECT_EQ(call("find D /*/*").code, 1);
         EXPECT_EQ(call("put D /n/n 9").code, 0);
-        EXPECT_EQ(call("ls D -R").out + call("cat D /n/n").out, "n/\nn/n\n9\n");
+        EXPECT_EQ(call("ls D -R").out + call("cat D /n/n").out, "/n/\n/n/n\n9\n");
     }
 
 private:
@@ -231,7 +231,7 @@ TEST_F(DamagedStore, WhoseFilesLieDeeperThanAPathCanNameIsLeftAlone) {
 
 TEST_F(DamagedStore, WithACircleIsShownUpToTheDirectoryThatHoldsItself) {
     damage("1000 h|1071 3", link("h", handle("/")));
-    EXPECT_EQ(call("ls D -R").out, "a/\na/b/\na/b/f\na/g\nc/\nc/h/\n");
+    EXPECT_EQ(call("ls D -R").out, "/a/\n/a/b/\n/a/b/f\n/a/g\n/c/\n/c/h/\n");
     EXPECT_EQ(
         call("tree D /c").out,
         "/c\n└── h/\n    ├── a/\n    │   ├── b/\n    │   │   └── f\n    │   └── g\n    └── c/\n");
@@ -245,20 +245,21 @@ TEST_F(DamagedStore, WithACircleIsShownUpToTheDirectoryThatHoldsItself) {
     EXPECT_EQ(root.code, 6);
     EXPECT_TRUE(holds(root.err, "files lie in directories"));
     EXPECT_EQ(call("cp D /c /d").code, 0);
-    EXPECT_EQ(call("ls D -R /d").out, "h/\nh/a/\nh/a/b/\nh/a/b/f\nh/a/g\nh/c/\n");
+    EXPECT_EQ(call("ls D -R /d").out, "/d/h/\n/d/h/a/\n/d/h/a/b/\n/d/h/a/b/f\n/d/h/a/g\n/d/h/c/\n");
 }
 
 TEST_F(DamagedStore, WithADirectoryLinkedTwiceShowsWhatItHoldsOnce) {
     damage("1000 h|1071 3", link("h", handle("/a")));
     const std::string bytes = readFile(drawing());
     const Outcome list = call("ls D -R");
-    EXPECT_EQ(list.out, "a/\na/b/\na/b/f\na/g\nc/\nc/h/\n");
+    EXPECT_EQ(list.out, "/a/\n/a/b/\n/a/b/f\n/a/g\n/c/\n/c/h/\n");
     EXPECT_TRUE(holds(list.err, "/c/h is /a, linked twice"));
     EXPECT_EQ(call("tree D").out,
               "/\n├── a/\n│   ├── b/\n│   │   └── f\n│   └── g\n└── c/\n    └── h/\n");
     // What /c/h reaches would be gone with /a.
     expectCode(4, "dump D; diff D D; cp D / /copy; rm -r D /a; mv D /a /z; rm -r D /c",
                "(link-doubled)");
+    EXPECT_EQ(run({"run", drawing(), "-c", "put /b/x 1; rm /b/x; rm -r /a"}).code, 4);
     EXPECT_EQ(readFile(drawing()), bytes);
     EXPECT_EQ(call("cat D /c/h/g").out, "2\n");
     EXPECT_EQ(call("rm D /c/h/g").code, 0);
@@ -280,7 +281,7 @@ TEST_F(DamagedStore, InPaperSpaceOrOnAnOpenLayerWorksAndIsMovedBackAndLocked) {
     damage("2 MOR_CONTROL_LAYER|70 5", "2 MOR_CONTROL_LAYER|70 0");
     EXPECT_EQ(call("cat D /a/g").out, "2\n");
     EXPECT_EQ(call("put D /a/g 9").code, 0);
-    EXPECT_EQ(call("ls D -R").out, "a/\na/b/\na/b/f\na/g\nc/\nc/h\n");
+    EXPECT_EQ(call("ls D -R").out, "/a/\n/a/b/\n/a/b/f\n/a/g\n/c/\n/c/h\n");
     EXPECT_EQ(values(), "1 3 9 ");
     const DxfFile file = splitDxf(readFile(drawing()));
     EXPECT_EQ(file.named("LAYER", "MOR_CONTROL_LAYER")->first(70), "5");
@@ -294,9 +295,9 @@ TEST_F(DamagedStore, OfADrawingThatBreaksOffIsShownAsFarAsItGoes) {
         const char* list;
         const char* cat;
         const char* said;
-    } cases[] = {{"0 ENDSEC|0 SECTION|2 OBJECTS", "a/\na/b/\na/b/f\na/g\n", "2\n",
+    } cases[] = {{"0 ENDSEC|0 SECTION|2 OBJECTS", "/a/\n/a/b/\n/a/b/f\n/a/g\n", "2\n",
                   "/c: the link names the handle 29, which does not exist (link-dead)"},
-                 {"0 INSERT|5 " + handle("/c"), "a/\na/g\n", "2\n", "/a/b: the link names"},
+                 {"0 INSERT|5 " + handle("/c"), "/a/\n/a/g\n", "2\n", "/a/b: the link names"},
                  {"0 INSERT|5 " + handle("/a"), "", "", "the file ends inside the section"}};
     for (const auto& c : cases) {
         const std::string text = dxfText(c.cut);

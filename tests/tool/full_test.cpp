@@ -59,7 +59,7 @@ TEST_F(FullStore, TakesAValueThatJustFits) {
     EXPECT_EQ(call("ls D /a").out, "");
     EXPECT_EQ(putText(d, "/a/x", most).code, 0);
     EXPECT_EQ(freeIn(d, "/a"), free - cost(most));
-    EXPECT_EQ(call("cat -r D /a/x").out.size(), static_cast<std::size_t>(most) + 1);
+    EXPECT_EQ(call("cat -r D /a/x").out.size(), static_cast<std::size_t>(most));
     EXPECT_EQ(putText(d, "/a/x", most - 1).code, 0);  // in the room of the former value
     EXPECT_EQ(putText(d, "/a/x", most + 1).code, 6);
     EXPECT_EQ(call("rm D /a/x --no-backup").code, 0);
@@ -97,7 +97,7 @@ TEST_F(FullStore, MakesTheLinkThatJustFitsAndNotTheNext) {
     EXPECT_EQ(readFile(d), before);
     EXPECT_EQ(call("put D /a/s/x 2").code, 0);
     EXPECT_EQ(freeIn(d, "/a"), 0);
-    EXPECT_EQ(call("ls -R D").out, "a/\na/x\na/f\na/s/\na/s/x\nb/\nb/x\nb/f\n");
+    EXPECT_EQ(call("ls -R D").out, "/a/\n/a/x\n/a/f\n/a/s/\n/a/s/x\n/b/\n/b/x\n/b/f\n");
 }
 
 TEST_F(FullStore, CountsTheExtendedDataOfOtherApplications) {

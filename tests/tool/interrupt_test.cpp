@@ -90,5 +90,13 @@ TEST_F(Interrupts, EndAListingBeforeItsNextEntry) {
     }
 }
 
+TEST_F(Interrupts, EndWorkOnManyDrawings) {
+    const std::string drawing = bigStore();
+    Running listing({"ls", "-R", "-j", "2", drawing, drawing, drawing});
+    listing.interrupt();
+    std::string out;
+    EXPECT_EQ(listing.finish(out), 130);
+}
+
 }  // namespace
 }  // namespace mor::test

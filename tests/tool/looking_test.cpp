@@ -219,7 +219,7 @@ TEST_F(Looking, OneRecordShowsGroupsAndAttributes) {
     EXPECT_TRUE(holds(out("entity A2"), "1\ta^Jb\n"));
     EXPECT_EQ(json::parse(out("entity A1 --json"))["layer"], "WALLS");
     EXPECT_TRUE(holds(out("entity FF", 6), "no record has the handle FF"));
-    const std::string rows = run({"entities", m_plan, "--layer", "MOR*"}).out;
+    const std::string rows = run({"entities", m_plan, "--layer", "MOR*", "--all"}).out;
     const std::string directory = rows.substr(rows.find('\n') + 1, 2);
     EXPECT_TRUE(holds(run({"entity", m_plan, directory}).out, "attribute\tx\t(1 2)\n")) << rows;
 }

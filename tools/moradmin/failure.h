@@ -27,10 +27,15 @@ public:
     Failure(ExitCode code, const std::string& message, std::string path = {})
         : std::runtime_error(message), m_code(code), m_path(std::move(path)) {}
     explicit Failure(const host::Error& error)
-        : Failure(codeOf(error.kind), error.message(), error.file) {}
+        : Failure(codeOf(error.kind), error.message(), error.file) {
+        m_busy = error.kind == host::ErrorKind::Busy;
+    }
 
     [[nodiscard]] ExitCode code() const { return m_code; }
     [[nodiscard]] const std::string& path() const { return m_path; }
+    /// Whether another process saves the drawing or has just saved it: the whole command may work
+    /// when it is run again.
+    [[nodiscard]] bool busy() const { return m_busy; }
 
 private:
     static ExitCode codeOf(host::ErrorKind kind) {
@@ -39,6 +44,7 @@ private:
             case host::ErrorKind::Damaged:
                 return kUnreadable;
             case host::ErrorKind::Unwritable:
+            case host::ErrorKind::Busy:
                 return kUnwritable;
             case host::ErrorKind::Invalid:
                 break;
@@ -48,6 +54,7 @@ private:
 
     ExitCode m_code;
     std::string m_path;
+    bool m_busy = false;
 };
 
 /// Throws Failure when a drawing could not be read and nobody has said so yet.

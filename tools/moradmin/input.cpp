@@ -29,10 +29,19 @@ std::string readAll(std::istream& stream, const std::string& name) {
     return text;
 }
 
+bool s_drawingOnStdin = false;
+
 }  // namespace
 
+void noteDrawingOnStdin() { s_drawingOnStdin = true; }
+
 std::string readInput(const std::string& name) {
-    if (name == "-") return readAll(std::cin, kStdin);
+    if (name == "-") {
+        if (s_drawingOnStdin)
+            throw Failure(kUsage, "stdin is the drawing; a value or script comes from a file then");
+        static const std::string kept = readAll(std::cin, kStdin);  // a command may be run again
+        return kept;
+    }
     if (name.empty()) throw Failure(kUsage, "the name of a file is wanted, or - for stdin");
     std::error_code code;
     if (std::filesystem::is_directory(name, code))

@@ -20,15 +20,24 @@ host::Release releaseNamed(const std::string& name) {
 }  // namespace
 
 int runNew(const Options& options) {
-    AcApDocument* document =
-        host::createDocument(releaseNamed(options.release), options.crlf ? "\r\n" : "\n");
+    const host::Release release = releaseNamed(options.release);
+    AcApDocument* document = host::createDocument(release, options.crlf ? "\r\n" : "\n");
     host::SaveOptions how;
     how.output = options.drawing;
     how.overwrite = false;
     how.backup = false;
+    how.dryRun = options.dryRun;
     const auto saved = host::saveDocument(document, how);
     host::closeDocument(document);
     if (!saved) throw Failure(saved.error());
+    if (options.json) {
+        Json object = jsonHead(options);
+        object["dryRun"] = options.dryRun;
+        object["output"] = options.drawing;
+        object["release"] = host::releaseName(release);
+        object["bytes"] = saved.value().bytes;
+        printJson(object);
+    }
     if (!saved.value().warning.empty()) printNote(options.drawing + ": " + saved.value().warning);
     return kDone;
 }

@@ -23,12 +23,23 @@ struct PictureOptions {
 /// What the command line says.
 struct Options {
     std::string command;
-    std::string drawing;
-    std::vector<std::string> arguments;  ///< behind the drawing: paths, a pattern, a value
+    std::string drawing;                 ///< the one that is worked on; "-" is stdin
+    std::vector<std::string> drawings;   ///< all that are named, folders too
+    std::vector<std::string> arguments;  ///< the other words: paths, a pattern, a value
+    bool inScript = false;               ///< of a line of a script, or of the shell
 
     bool json = false;
+    bool header = false;  ///< --header: headings also where the output is no terminal
+    bool quiet = false;
+    bool all = false;      ///< --all: what is the store's own too
+    bool folders = false;  ///< -r: drawings in folders and below
+    std::string extensions = "dxf,dwg";
+    bool withFilename = false;
+    int jobs = 1;
     bool dryRun = false;
     bool noBackup = false;
+    bool force = false;            ///< --force: -o may take the place of another file
+    double wait = 0.0;             ///< --wait: seconds
     bool experimentalDwg = false;  ///< --experimental-dwg: no need to be told, nor to be kept safe
     std::string output;
     std::optional<host::FileState> outputBefore;  ///< what stood there when the command began
@@ -38,7 +49,13 @@ struct Options {
     bool longListing = false;
     bool recursive = false;
     bool values = false;
+    std::string kind;  ///< find --type: "f" or "d"
     bool raw = false;
+    bool line = false;      ///< --line: a line end that belongs to no value
+    bool keep = false;      ///< -n: what stands at the target stays
+    bool text = false;      ///< dump --text
+    bool textconv = false;  ///< dump --textconv: the same, for git
+    bool git = false;       ///< diff --git
     bool yes = false;       ///< --yes: really wipe or reset
     bool extended = false;  ///< wipe: entities on the control layer inside blocks too
     bool salvage = false;
@@ -57,12 +74,15 @@ struct Options {
     std::vector<std::string> types;   ///< --type: patterns
     bool world = false;
     bool count = false;
+    bool deep = false;  ///< --deep: what lies in blocks and references too
     bool blockDump = false;
     bool noReferences = false;
     PictureOptions picture;
     std::optional<std::string> script;  ///< run: the commands themselves
     bool asString = false;
     std::optional<std::string> fileValue;
+    std::string application;  ///< xdata --app
+    bool ignoreCase = false;
 
     /// The first argument, or `otherwise` when there is none.
     [[nodiscard]] std::string argument(const std::string& otherwise = {}) const {

@@ -62,6 +62,21 @@ Json closeList(OpenList list) {
     return Json{{"list", std::move(list.done)}, {"tail", std::move(tail)}};
 }
 
+bool s_prefixed = false;
+bool s_headings = false;     ///< wanted before the next table
+bool s_headingLine = false;  ///< is being printed
+
+/// The headings of a plain table.
+void printHeadings(const std::vector<std::string>& headings) {
+    s_headingLine = true;
+    bool first = true;
+    for (const std::string& heading : headings)
+        std::cout << (std::exchange(first, false) ? "" : "\t")
+                  << (heading.starts_with('>') ? heading.substr(1) : heading);
+    std::cout << "\n";
+    s_headingLine = false;
+}
+
 void printRow(const std::vector<std::string>& headings, const std::vector<std::size_t>& widths,
               const std::vector<std::string>& cells, bool isHeading) {
     for (std::size_t i = 0; i < cells.size(); ++i) {
@@ -81,10 +96,14 @@ void printRow(const std::vector<std::string>& headings, const std::vector<std::s
 }  // namespace
 
 Json jsonHead(const Options& options) {
-    return Json{{"moradmin", 1}, {"command", options.command}};
+    Json head{{"moradmin", kJsonVersion}, {"command", textOrNull(options.command)}};
+    head["drawing"] = textOrNull(options.drawing);
+    return head;
 }
 
-static std::string jsonText(const Json& object) {
+Json textOrNull(const std::string& text) { return text.empty() ? Json(nullptr) : Json(text); }
+
+std::string jsonText(const Json& object) {
     return object.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
@@ -167,11 +186,67 @@ std::string pointText(const std::array<double, 3>& point) {
     return text;
 }
 
-bool onTerminal() { return ::isatty(STDOUT_FILENO) == 1; }
+bool onTerminal() { return !s_prefixed && ::isatty(STDOUT_FILENO) == 1; }
+
+bool onDumbTerminal() {
+    const char* terminal = std::getenv("TERM");
+    return terminal == nullptr || *terminal == '\0' || std::string_view(terminal) == "dumb";
+}
+
+bool isPrefixed() { return s_prefixed; }
+
+void wantHeadings(bool wanted) { s_headings = wanted; }
+
+/// Passes what it gets on to another buffer, a prefix before every line.
+class PrefixedLines::Buffer : public std::streambuf {
+public:
+    Buffer(std::streambuf& target, std::string prefix)
+        : m_target(target), m_prefix(std::move(prefix)) {}
+
+protected:
+    int_type overflow(int_type c) override {
+        if (traits_type::eq_int_type(c, traits_type::eof())) return traits_type::not_eof(c);
+        const char letter = traits_type::to_char_type(c);
+        return xsputn(&letter, 1) == 1 ? c : traits_type::eof();
+    }
+    std::streamsize xsputn(const char* text, std::streamsize count) override {
+        std::string_view rest(text, static_cast<std::size_t>(count));
+        while (!rest.empty()) {
+            if (m_begins) put(s_headingLine ? "DRAWING\t" : m_prefix);
+            const std::size_t end = rest.find('\n');
+            m_begins = end != std::string_view::npos;
+            const std::size_t length = m_begins ? end + 1 : rest.size();
+            put(rest.substr(0, length));
+            rest.remove_prefix(length);
+        }
+        return count;
+    }
+    int sync() override { return m_target.pubsync(); }
+
+private:
+    void put(std::string_view text) {
+        m_target.sputn(text.data(), static_cast<std::streamsize>(text.size()));
+    }
+    std::streambuf& m_target;
+    std::string m_prefix;
+    bool m_begins = true;
+};
+
+PrefixedLines::PrefixedLines(const std::string& prefix)
+    : m_buffer(std::make_unique<Buffer>(*std::cout.rdbuf(), oneLine(prefix) + "\t")),
+      m_former(std::cout.rdbuf(m_buffer.get())) {
+    s_prefixed = true;
+}
+
+PrefixedLines::~PrefixedLines() {
+    s_prefixed = false;
+    std::cout.rdbuf(m_former);
+}
 
 std::string coloured(const std::string& text, bool directory) {
     const char* refused = std::getenv("NO_COLOR");
-    if (!directory || !onTerminal() || (refused != nullptr && *refused != '\0')) return text;
+    if (!directory || !onTerminal() || onDumbTerminal() || (refused != nullptr && *refused != '\0'))
+        return text;
     return "\033[1;34m" + text + "\033[0m";
 }
 
@@ -183,6 +258,7 @@ void printTable(const std::vector<std::string>& headings, std::size_t count,
         return cells;
     };
     if (!onTerminal()) {
+        if (std::exchange(s_headings, false)) printHeadings(headings);
         for (std::size_t i = 0; i < count; ++i) {
             bool first = true;
             for (const std::string& cell : shown(i))
@@ -216,7 +292,7 @@ void printFailure(const Options& options, const Failure& failure) {
     }
     Json object = jsonHead(options);
     object["error"] = Json{{"code", static_cast<int>(failure.code())}, {"message", failure.what()}};
-    object["error"]["path"] = failure.path();
+    object["error"]["path"] = textOrNull(failure.path());
     std::cerr << jsonText(object) << "\n";
 }
 

@@ -7,7 +7,9 @@
 #include <array>
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <nlohmann/json.hpp>
+#include <streambuf>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,8 +19,13 @@ namespace mor::tool {
 /// Keys in the order in which they are put.
 using Json = nlohmann::ordered_json;
 
-/// An object that names this tool and the command.
+/// The version of the shapes of what is printed as JSON.
+inline constexpr int kJsonVersion = 2;
+/// An object that names this tool, the command and the drawing.
 [[nodiscard]] Json jsonHead(const Options& options);
+/// A text, or null where there is none.
+[[nodiscard]] Json textOrNull(const std::string& text);
+[[nodiscard]] std::string jsonText(const Json& object);
 /// One object, one line.
 void printJson(const Json& object);
 
@@ -54,8 +61,30 @@ void addValue(Json& object, const CMORAdsLispVar& value);
 
 /// Whether stdout is a terminal: columns and headings there, plain lines elsewhere.
 [[nodiscard]] bool onTerminal();
+/// Whether the terminal knows no escapes.
+[[nodiscard]] bool onDumbTerminal();
 /// A directory's name in its colour, where colour is wanted.
 [[nodiscard]] std::string coloured(const std::string& text, bool directory);
+
+/// Whether the next table begins with headings where stdout is no terminal.
+void wantHeadings(bool wanted);
+
+/// While it lives, every line on stdout begins with a text and a tab, and tables are plain.
+class PrefixedLines {
+public:
+    explicit PrefixedLines(const std::string& prefix);
+    ~PrefixedLines();
+    PrefixedLines(const PrefixedLines&) = delete;
+    PrefixedLines& operator=(const PrefixedLines&) = delete;
+
+private:
+    class Buffer;
+    std::unique_ptr<Buffer> m_buffer;
+    std::streambuf* m_former;
+};
+
+/// Whether such a text stands before each line: several drawings are listed.
+[[nodiscard]] bool isPrefixed();
 
 /// Rows of cells, each on one line: aligned under headings on a terminal, separated by tabs
 /// elsewhere. A heading that begins with ">" aligns its column to the right.

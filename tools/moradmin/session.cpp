@@ -7,14 +7,15 @@
 #include "tools/moradmin/damage/salvage_plan.h"
 #include "tools/moradmin/damage/store_walk.h"
 #include "tools/moradmin/failure.h"
+#include "tools/moradmin/line/suggest.h"
 #include "tools/moradmin/output.h"
-#include "tools/moradmin/shown_text.h"
+#include "tools/moradmin/running/private_files.h"
 
 #include <cstdlib>
 #include <filesystem>
-#include <iostream>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 namespace mor::tool {
 
@@ -28,14 +29,28 @@ std::string damagePlace(const host::Damage& damage) {
 
 namespace {
 
-/// What tells an edited record apart: the path of a directory, else what the host says.
-std::string placeOf(const AcApDocument* document, const host::SavedEdit& edit) {
-    for (const host::RecordAttribute& item : host::recordAttributes(document, edit.name).items)
-        if (item.name == kInfoAttribute) return utf8(host::stringOf(item.value));
-    return edit.what;
-}
+constexpr std::size_t kMostNeighbours = 10000;
 
 bool s_sawDamage = false;
+
+/// What may have been meant by the name of a file that is not there.
+std::string otherFileHint(const std::string& file) {
+    std::error_code code;
+    if (std::filesystem::exists(file + ".bak", code))
+        return "; " + file + ".bak is there, what was saved over last";
+    const std::filesystem::path path(file);
+    const std::filesystem::path folder = path.has_parent_path() ? path.parent_path() : ".";
+    std::vector<std::string> names;
+    for (std::filesystem::directory_iterator at(folder, code), end; !code && at != end;
+         at.increment(code)) {
+        if (names.size() == kMostNeighbours) break;
+        names.push_back(at->path().filename().string());
+    }
+    const std::string near = nearest(path.filename().string(), names);
+    if (near.empty()) return {};
+    const std::string shown = path.has_parent_path() ? (folder / near).string() : near;
+    return "; did you mean \"" + shown + "\"?";
+}
 
 /// What of a damaged drawing cannot be read, and what else there is.
 std::string damageOf(const std::string& file, const host::Damage& damage) {
@@ -50,10 +65,19 @@ std::string damageOf(const std::string& file, const host::Damage& damage) {
 /// A damaged drawing is told about, and read as far as it goes.
 AcApDocument* opened(const std::string& file, host::Opening opening = host::Opening::AsItIs) {
     std::error_code code;
-    if (std::filesystem::status(file, code).type() == std::filesystem::file_type::not_found)
-        throw Failure(kUnreadable, file + ": there is no such file", file);
-    const auto document = host::openDocument(file, opening);
-    if (!document) throw Failure(document.error());
+    const std::string real = drawingFile(file);
+    if (std::filesystem::status(real, code).type() == std::filesystem::file_type::not_found)
+        throw Failure(kUnreadable, file + ": there is no such file" + otherFileHint(file), file);
+    const auto document = host::openDocument(real, opening);
+    if (!document) {
+        host::Error error = document.error();
+        if (error.file == real) error.file = file;
+        if (std::filesystem::is_directory(real, code))
+            error.text += "; -r takes the drawings in it, where a command takes several";
+        else if (std::filesystem::exists(file + ".bak", code))
+            error.text += "; " + file + ".bak is what was there before its last save";
+        throw Failure(error);
+    }
     if (const auto damage = host::documentInfo(document.value()).damage) {
         s_sawDamage = true;
         printNote(damageOf(file, *damage) + (damage->places != 0
@@ -65,7 +89,13 @@ AcApDocument* opened(const std::string& file, host::Opening opening = host::Open
 
 }  // namespace
 
-bool sawDamagedDrawing() { return s_sawDamage; }
+bool takeSawDamage() { return std::exchange(s_sawDamage, false); }
+
+std::string Session::placeOf(const host::SavedEdit& edit) const {
+    for (const host::RecordAttribute& item : host::recordAttributes(m_document, edit.name).items)
+        if (item.name == kInfoAttribute) return utf8(host::stringOf(item.value));
+    return edit.what;
+}
 
 Session::Session(const std::string& file, host::Opening opening)
     : m_file(file), m_document(opened(file, opening)), m_passage(m_document, file) {
@@ -208,7 +238,7 @@ bool Session::isUnacknowledgedDwg(const Options& options) const {
            (known == nullptr || *known == '\0');
 }
 
-std::string Session::save(const Options& options) {
+host::SaveReport Session::save(const Options& options) {
     if (isUnacknowledgedDwg(options) && !options.dryRun)
         printNote(
             message("writing DWG was tested with open readers only, no strict judge of the "
@@ -220,20 +250,10 @@ std::string Session::save(const Options& options) {
     how.backup = !options.noBackup || isUnacknowledgedDwg(options);
     how.dryRun = options.dryRun;
     refuseLostReadings();
-    const auto saved = host::saveDocument(m_document, how);
+    auto saved = host::saveDocument(m_document, how);
     if (!saved) throw Failure(saved.error());
     if (!saved.value().warning.empty()) printNote(message(saved.value().warning));
-    if (!options.dryRun) return saved.value().backup.string();
-    using Kind = host::SavedEdit::Kind;
-    for (const host::SavedEdit& edit : saved.value().edits) {
-        const char* what = edit.kind == Kind::Made     ? "made"
-                           : edit.kind == Kind::Erased ? "erased"
-                                                       : "changed";
-        std::cout << what << "\t" << oneLine(edit.type) << "\t"
-                  << (edit.handle.empty() ? "-" : edit.handle) << "\t"
-                  << oneLine(placeOf(m_document, edit)) << "\n";
-    }
-    return {};
+    return std::move(saved.value());
 }
 
 }  // namespace mor::tool

@@ -5,6 +5,7 @@
 #include "space/view.h"
 #include "tools/moradmin/damage/store_state.h"
 #include "tools/moradmin/options.h"
+#include "tools/moradmin/output.h"
 #include "tools/moradmin/references/passage.h"
 #include "tools/moradmin/store/store.h"
 
@@ -56,16 +57,22 @@ public:
     void noteMade() { m_made = true; }
     /// To be called after a change: what was learnt of the drawing before does not hold any more.
     void forget();
-    /// To be called instead when a value was stored and nothing else done: what was learnt of the
-    /// records does not hold any more, but the store is as sound as it was, and has directories.
+    /// To be called instead when values or directories were stored or removed and nothing else
+    /// done: what was learnt of the records does not hold any more, but the store is as sound as it
+    /// was, and has directories.
     void noteStored();
+    /// The state as it was learnt last; what was stored or removed since then may be missing.
+    [[nodiscard]] const StoreState& lastState() { return m_state ? *m_state : state(); }
     /// Current and active again, where several drawings are open.
     void activate() const;
     /// A file system object that has seen nothing yet.
     [[nodiscard]] static std::unique_ptr<Store> freshStore();
-    /// Saves what changed, or says what would be saved. `backup`: the old file that was kept, or
-    /// empty.
-    std::string save(const Options& options);
+    /// Saves what changed, or finds out what would be saved.
+    host::SaveReport save(const Options& options);
+    /// What tells an edited record apart: the path of a directory, else what the host says.
+    [[nodiscard]] std::string placeOf(const host::SavedEdit& edit) const;
+    /// What a command that changes the drawing has to tell of it as JSON besides the changes.
+    [[nodiscard]] Json& facts() { return m_facts; }
 
     /// "FILE: TEXT", for messages.
     [[nodiscard]] std::string message(const std::string& text) const {
@@ -84,14 +91,15 @@ private:
     Passage m_passage;
     std::optional<StoreState> m_state;
     bool m_made = false;
-    bool m_outdated = false;  ///< the state, by values that were stored
+    bool m_outdated = false;  ///< the state, by what was stored or removed
     std::optional<host::DocumentInfo> m_info;
     std::unique_ptr<Store> m_store;
+    Json m_facts = Json::object();
 };
 
-/// Whether a drawing that was opened could only be read up to a place: whatever a command found is
-/// not all, and its exit code says so.
-[[nodiscard]] bool sawDamagedDrawing();
+/// Whether a drawing that was opened since the last call could only be read up to a place: whatever
+/// a command found is not all, and its exit code says so.
+[[nodiscard]] bool takeSawDamage();
 /// Where a damaged drawing is damaged, and what is wrong there.
 [[nodiscard]] std::string damagePlace(const host::Damage& damage);
 

@@ -4,7 +4,6 @@
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
-#include "tools/moradmin/several.h"
 #include "tools/moradmin/shown_text.h"
 
 #include <algorithm>
@@ -31,12 +30,6 @@ const char* severityName(Severity severity) {
             return "error";
     }
     return "note";
-}
-
-Json findingJson(const Finding& finding) {
-    return Json{{"code", finding.code},       {"severity", severityName(finding.severity)},
-                {"path", utf8(finding.path)}, {"handle", finding.handle},
-                {"fix", finding.mends},       {"message", finding.message}};
 }
 
 /// Faults of the file itself that are none of the store's.
@@ -108,22 +101,17 @@ void printReport(const Options& options, const std::string& file, const StoreSta
         printJson(object);
         return;
     }
-    for (const Finding& finding : findings) printFinding(file, finding);
+    for (const Finding& finding : findings) printFinding(isPrefixed() ? "" : file, finding);
     const auto errors = std::ranges::count(findings, Severity::Error, &Finding::severity);
     const auto warnings = std::ranges::count(findings, Severity::Warning, &Finding::severity);
-    const std::string shown = oneLine(file);
-    std::cout << shown << ": " << errors << " errors, " << warnings << " warnings; "
-              << state.reachable << " directories are reachable\n"
-              << shown << ": on opening it the library would do this: " << answer << "\n";
-}
-
-int checkOne(const Options& options, const std::string& file) {
-    Session session(file);
-    const StoreState& state = session.state();
-    std::vector<Finding> findings = state.findings;
-    for (Finding& note : fileNotes(session.document(), state)) findings.push_back(std::move(note));
-    printReport(options, file, state, findings);
-    return exitOf(findings);
+    const std::string shown = isPrefixed() ? "" : oneLine(file) + ": ";
+    if (findings.empty()) {
+        if (!options.quiet) std::cout << shown << "clean; " << state.reachable << " directories\n";
+        return;
+    }
+    std::cout << shown << errors << " errors, " << warnings << " warnings; " << state.reachable
+              << " directories are reachable\n"
+              << shown << "on opening it the library would do this: " << answer << "\n";
 }
 
 }  // namespace
@@ -143,17 +131,30 @@ std::string libraryAnswer(const StoreState& state) {
     }
 }
 
+Json findingJson(const Finding& finding) {
+    return Json{{"code", finding.code},
+                {"severity", severityName(finding.severity)},
+                {"path", textOrNull(utf8(finding.path))},
+                {"handle", textOrNull(finding.handle)},
+                {"fix", finding.mends},
+                {"message", finding.message}};
+}
+
 void printFinding(const std::string& file, const Finding& finding) {
-    std::string line = file + ": " + severityName(finding.severity) + ": " + finding.code + ": ";
+    std::string line = (file.empty() ? "" : file + ": ") + severityName(finding.severity) + ": " +
+                       finding.code + ": ";
     if (!finding.path.empty()) line += utf8(finding.path) + ": ";
     line += finding.message;
     if (!finding.handle.empty()) line += " [" + finding.handle + "]";
     std::cout << oneLine(line) << (finding.mends ? " (repair mends it)" : "") << "\n";
 }
 
-int runCheck(const Options& options) {
-    return overDrawings(options,
-                        [&options](const std::string& file) { return checkOne(options, file); });
+int runCheck(Session& session, const Options& options) {
+    const StoreState& state = session.state();
+    std::vector<Finding> findings = state.findings;
+    for (Finding& note : fileNotes(session.document(), state)) findings.push_back(std::move(note));
+    printReport(options, session.file(), state, findings);
+    return exitOf(findings);
 }
 
 }  // namespace mor::tool

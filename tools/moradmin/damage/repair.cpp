@@ -22,11 +22,15 @@ void sendCheck() {
         MOR_AdsMsgSystemClass::CheckDwgFileSystem);
 }
 
-void salvage(Session& session) {
+void salvage(Session& session, bool json) {
     const StoreState before = session.takeState();
     if (before.findings.empty()) return;
     const SalvagePlan plan = planSalvage(session, before);
-    for (const std::string& line : applySalvage(session, before, plan)) std::cout << line << "\n";
+    session.facts()["done"] = Json::array();
+    for (const std::string& line : applySalvage(session, before, plan)) {
+        session.facts()["done"].push_back(line);
+        if (!json) std::cout << line << "\n";
+    }
 }
 
 }  // namespace
@@ -42,21 +46,20 @@ int runRepair(Session& session, const Options& options) {
     else if (options.reset)
         removeStore(session, true);
     else
-        salvage(session);
+        salvage(session, options.json);
     session.forget();
     const StoreState& after = session.state();
     int left = 0;
+    session.facts()["findings"] = Json::array();
     for (const Finding& finding : after.findings) {
         if (finding.severity == Finding::Severity::Note) continue;
-        printFinding(session.file(), finding);
+        session.facts()["findings"].push_back(findingJson(finding));
+        if (!options.json) printFinding(session.file(), finding);
         left += finding.severity == Finding::Severity::Error ? 1 : 0;
     }
     if (left == 0) return kDone;
-    // What could be mended is saved all the same.
-    session.save(options);
-    std::cout.flush();
     printNote(session.message(std::to_string(left) + " errors are left"));
-    return kDamaged;
+    return kDamaged;  // what could be mended is saved all the same
 }
 
 }  // namespace mor::tool

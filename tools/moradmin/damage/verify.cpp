@@ -2,7 +2,6 @@
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
-#include "tools/moradmin/several.h"
 #include "tools/moradmin/shown_text.h"
 
 #include <iostream>
@@ -11,10 +10,9 @@
 
 namespace mor::tool {
 
-namespace {
-
-int verifyOne(const Options& options, const std::string& file) {
-    Session session(file);
+int runVerify(Session& session, const Options& options) {
+    const std::string& file = session.file();
+    const std::string shown = isPrefixed() ? "" : oneLine(file) + ": ";
     const host::DocumentInfo info = host::documentInfo(session.document());
     std::vector<std::string> lost = host::verifySave(session.document());
     if (info.damage) lost.insert(lost.begin(), "it cannot be saved over: " + info.damage->text);
@@ -27,21 +25,13 @@ int verifyOne(const Options& options, const std::string& file) {
         object["lost"] = lost;
         printJson(object);
     } else {
-        for (const std::string& text : lost)
-            std::cout << oneLine(file) << ": " << oneLine(text) << "\n";
+        for (const std::string& text : lost) std::cout << shown << oneLine(text) << "\n";
         if (lost.empty())
-            std::cout << oneLine(file) << ": a save keeps all " << info.bytes << " bytes of "
-                      << info.records << " records"
-                      << (info.unwritable.empty() ? "" : "; but " + info.unwritable) << "\n";
+            std::cout << shown << "a save keeps all " << info.bytes << " bytes of " << info.records
+                      << " records" << (info.unwritable.empty() ? "" : "; but " + info.unwritable)
+                      << "\n";
     }
     return lost.empty() ? kDone : kDamaged;
-}
-
-}  // namespace
-
-int runVerify(const Options& options) {
-    return overDrawings(options,
-                        [&options](const std::string& file) { return verifyOne(options, file); });
 }
 
 }  // namespace mor::tool

@@ -2,6 +2,7 @@
 #include "platform/runtime.h"
 #include "platform/table_calls.h"
 #include "space/record_flags.h"
+#include "tools/moradmin/changes/own_records.h"
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
@@ -111,7 +112,7 @@ Json blockJson(const Session& session, const BlockRow& row) {
     object["base"] = block.base;
     object["entities"] = block.entities;
     object["inserts"] = block.inserts;
-    object["path"] = utf8(block.path);
+    object["path"] = textOrNull(utf8(block.path));
     object["host"] = nullptr;
     if (row.host) object["host"] = {{"flags", row.host->flags}, {"base", row.host->base}};
     return object;
@@ -161,7 +162,13 @@ int runBlocks(Session& session, const Options& options) {
             throw Failure(kUsage, "--dump prints the library's own listing; leave out --json");
         return dumpBlocks(session);
     }
-    const std::vector<BlockRow> rows = blockRows(session);
+    std::vector<BlockRow> rows = blockRows(session);
+    if (!options.all)
+        tellOwn(session, options,
+                std::erase_if(
+                    rows, [](const BlockRow& row) { return isOwnBlock(row.block.symbol.symbol); }),
+                "blocks");
+    tellMissing(session, options);
     if (!options.json) {
         printTable({"NAME", "FLAGS", ">ENTITIES", ">INSERTS", "BASE", "PATH", "HOST"}, rows.size(),
                    [&](std::size_t at) -> std::vector<std::string> {

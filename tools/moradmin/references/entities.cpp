@@ -1,15 +1,21 @@
+#include "dwgfs/names.h"
 #include "platform/entity.h"
+#include "platform/runtime.h"
+#include "tools/moradmin/changes/own_records.h"
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
+#include "tools/moradmin/references/deep.h"
 #include "tools/moradmin/references/entity_record.h"
 #include "tools/moradmin/references/listed_entity.h"
 #include "tools/moradmin/references/patterns.h"
+#include "tools/moradmin/references/references.h"
 #include "xref/space_iterator.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <iostream>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -25,25 +31,20 @@ std::vector<mor::EntityName> entitiesOn(const Session& session, const CMORString
     return names;
 }
 
-/// How many there are: they need not be held for that.
-std::size_t countEntitiesOn(const Session& session, const CMORStringList& layers) {
-    std::size_t count = 0;
-    MOR_SpaceIterator next(session.view(), layers);
-    while (next() != nullptr) ++count;
-    return count;
-}
-
 /// Prints entities one by one; on a terminal, in columns at the end.
 class Printer {
 public:
     Printer(Session& session, const Options& options) : m_session(session), m_options(options) {
-        if (options.world) m_placement = session.placement();
+        if (hasPoints()) m_placement = session.placement();
     }
-    void print(const ListedEntity& entity, mor::EntityName name) {
+    /// What carries points of the session's own entities into the drawing.
+    [[nodiscard]] const CMORMathTransMatrix& placement() const { return m_placement; }
+    void print(const ListedEntity& entity, mor::EntityName name,
+               const CMORMathTransMatrix& placement) {
         std::vector<Point> points;
-        if (m_options.world)
+        if (hasPoints())
             for (const Point& point : pointsOf(m_session.document(), name))
-                if (const Point placed = transformed(m_placement, point); isFinite(placed))
+                if (const Point placed = transformed(placement, point); isFinite(placed))
                     points.push_back(placed);
         if (m_options.json)
             printAsJson(entity, points);
@@ -55,20 +56,21 @@ public:
     }
 
 private:
+    [[nodiscard]] bool hasPoints() const { return m_options.world || m_options.deep; }
     [[nodiscard]] std::vector<std::string> headings() const {
         std::vector<std::string> all = {"HANDLE", "TYPE", "LAYER", "SPACE"};
-        if (m_options.world) all.emplace_back("POINTS");
+        if (hasPoints()) all.emplace_back("POINTS");
         return all;
     }
     void printAsJson(const ListedEntity& entity, const std::vector<Point>& points) const {
         Json object = entityJson(m_options, entity);
-        if (m_options.world) object["points"] = points;
+        object["points"] = hasPoints() ? Json(points) : Json(nullptr);
         printJson(object);
     }
     void printAsRow(const ListedEntity& entity, const std::vector<Point>& points) {
         std::vector<std::string> row = {entity.handle.empty() ? "-" : entity.handle, entity.type,
                                         entity.layer, entity.space};
-        if (m_options.world) {
+        if (hasPoints()) {
             for (const Point& point : points) row.push_back(pointText(point));
             if (points.empty()) row.emplace_back();
         }
@@ -86,37 +88,112 @@ private:
     std::vector<std::vector<std::string>> m_rows;
 };
 
+/// Patterns as the walk wants them: it puts the name of the reference in front of each, which
+/// people may have written already.
+CMORStringList layersMeant(const Session& session, const std::vector<std::string>& patterns) {
+    CMORStringList layers;
+    const std::wstring prefix = upperCase(session.reference() + L"|");
+    for (const std::string& pattern : patterns) {
+        const std::wstring text = wide(pattern);
+        const bool full = !session.reference().empty() && upperCase(text).starts_with(prefix);
+        layers.Append(full ? text.substr(prefix.size()).c_str() : text.c_str());
+    }
+    if (patterns.empty()) layers.Append(L"*");
+    return layers;
+}
+
+/// Whether an insert is a directory of the store.
+bool isOwnInsert(mor::EntityName name) {
+    const auto block = insertedBlock(name);
+    if (!block) return false;
+    const std::size_t bar = block->rfind(L'|');
+    return isOwnBlock(bar == std::wstring::npos ? *block : block->substr(bar + 1));
+}
+
+/// Takes the store's own entities out; answers how many they were.
+std::size_t dropOwn(Session& session, std::vector<mor::EntityName>& names) {
+    std::set<mor::EntityName> own;
+    const bool known = session.reference().empty();
+    if (known)
+        host::forEachInsert(session.document(), kFileSystemBlock,
+                            [&own](const host::RecordInfo& info) { own.insert(info.name); });
+    return std::erase_if(names, [&](const mor::EntityName& name) {
+        return known ? own.contains(name) : isOwnInsert(name);
+    });
+}
+
+/// What the listing has gone through.
+struct Tally {
+    std::size_t listed = 0;
+    std::set<std::string> types;  ///< of all that were looked at
+};
+
+/// Says what was asked for and is nowhere.
+void tellUnknownTypes(const Session& session, const Options& options, const Tally& tally) {
+    if (options.quiet || tally.listed != 0 || options.types.empty() || tally.types.empty()) return;
+    std::string known;
+    for (const std::string& type : tally.types) known += " " + type;
+    printNote(session.message("no entity is of the type " + options.types.front() + "; there are" +
+                              known));
+}
+
+/// What lies in blocks and references, where it is asked for; else how many inserts there are.
+void listDeep(Session& session, const Options& options, const std::vector<mor::EntityName>& names,
+              const TextPatterns& types, Printer& printer, Tally& tally) {
+    const TextPatterns layers(options.layers);
+    CMOREntity entity;
+    const bool whole = forEachDeepEntity(session, names, [&](const DeepEntity& deep) {
+        ListedEntity found = describe(session, deep.name, entity);
+        found.space = deep.way;
+        tally.types.insert(found.type);
+        if (!types.match(found.type) || !layers.match(found.layer)) return;
+        ++tally.listed;
+        if (!options.count) printer.print(found, deep.name, deep.placement);
+    });
+    if (!whole) printNote(session.message("more than a million entities lie in blocks; cut short"));
+}
+
 }  // namespace
 
 int runEntities(Session& session, const Options& options) {
     const std::vector<std::string> patterns = splitPatterns(options.layers);
     const TextPatterns types(options.types);
-    CMORStringList layers;
-    for (const std::string& pattern : patterns) layers.Append(wide(pattern).c_str());
-    if (patterns.empty()) layers.Append(L"*");
     Printer printer(session, options);
-    const bool allTypes = options.count && types.empty();
-    std::size_t count = allTypes ? countEntitiesOn(session, layers) : 0;
-    std::vector<mor::EntityName> names;
-    if (!allTypes) names = entitiesOn(session, layers);
-    CMOREntity entity;
+    std::vector<mor::EntityName> names = entitiesOn(session, layersMeant(session, patterns));
+    const std::size_t own = options.all ? 0 : dropOwn(session, names);
     std::ranges::sort(names);  // a selection comes in an order of its own
-    for (const mor::EntityName& name : names) {
-        const ListedEntity found = describe(session, name, entity);
-        if (!types.match(found.type)) continue;
-        ++count;
-        if (!options.count) printer.print(found, name);
+    Tally tally;
+    CMOREntity entity;
+    if (options.count && types.empty()) {
+        tally.listed = names.size();
+    } else {
+        for (const mor::EntityName& name : names) {
+            const ListedEntity found = describe(session, name, entity);
+            tally.types.insert(found.type);
+            if (!types.match(found.type)) continue;
+            ++tally.listed;
+            if (!options.count) printer.print(found, name, printer.placement());
+        }
+    }
+    if (options.deep) {
+        // Whatever layer an insert lies on, what it brings has layers of its own.
+        std::vector<mor::EntityName> all = entitiesOn(session, layersMeant(session, {}));
+        std::ranges::sort(all);
+        listDeep(session, options, all, types, printer, tally);
+        tellMissing(session, options);
     }
     printer.end();
     if (options.count && options.json) {
         Json object = jsonHead(options);
-        object["count"] = count;
+        object["count"] = tally.listed;
         printJson(object);
     } else if (options.count) {
-        std::cout << count << "\n";
+        std::cout << tally.listed << "\n";
     }
+    tellUnknownTypes(session, options, tally);
+    tellOwn(session, options, own, "entities");
     const bool filtered = !patterns.empty() || !types.empty();
-    return count == 0 && filtered ? kNo : kDone;
+    return tally.listed == 0 && filtered ? kNo : kDone;
 }
 
 }  // namespace mor::tool

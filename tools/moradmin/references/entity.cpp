@@ -49,7 +49,12 @@ mor::EntityName findEntity(const Session& session, const std::string& word) {
     ads_name name{};
     if (session.view().handEnt(wide(word).c_str(), name)) return mor::EntityName(name);
     const std::string where = session.reference().empty() ? "" : " in " + utf8(session.reference());
-    throw Failure(kRefused, session.message("no record has the handle " + word + where), word);
+    const bool prefixed = word.starts_with("0x") || word.starts_with("0X");
+    throw Failure(kRefused,
+                  session.message("no record has the handle " + word + where +
+                                  (prefixed ? "; handles are written without 0x: " + word.substr(2)
+                                            : "; \"moradmin entities\" lists them")),
+                  word);
 }
 
 }  // namespace

@@ -1,7 +1,9 @@
 #include "platform/runtime.h"
+#include "tools/moradmin/changes/own_records.h"
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/references/layer_state.h"
+#include "tools/moradmin/references/patterns.h"
 #include "tools/moradmin/references/references.h"
 
 #include <algorithm>
@@ -117,7 +119,22 @@ Json stateJson(const std::optional<LayerState>& state) {
 }  // namespace
 
 int runLayers(Session& session, const Options& options) {
-    const std::vector<Listed> layers = listLayers(session);
+    std::vector<Listed> layers = listLayers(session);
+    const TextPatterns patterns(options.layers);
+    std::size_t own = 0;
+    std::erase_if(layers, [&](const Listed& layer) {
+        const host::SymbolInfo symbol = host::symbolInfo(session.document(), "LAYER", layer.name);
+        const bool hidden = !options.all && isOwnLayer(symbol.symbol);
+        own += hidden ? 1 : 0;
+        // By the name as it is shown, or as the drawing knows it.
+        return hidden || !(patterns.match(nameWithin(session, symbol.qualified)) ||
+                           patterns.match(utf8(symbol.qualified)));
+    });
+    tellOwn(session, options, own, "layers");
+    tellMissing(session, options);
+    const auto exitOf = [&options](std::size_t count) {
+        return count == 0 && !options.layers.empty() ? kNo : kDone;
+    };
     const auto rowAt = [&](std::size_t at) {
         const Listed& layer = layers[at];
         return rowOf(session, host::symbolInfo(session.document(), "LAYER", layer.name),
@@ -134,7 +151,7 @@ int runLayers(Session& session, const Options& options) {
                                stateText(row.host),
                                stateText(row.reference)};
                    });
-        return kDone;
+        return exitOf(layers.size());
     }
     JsonList list(jsonHead(options), "layers");
     for (std::size_t at = 0; at < layers.size(); ++at) {
@@ -147,7 +164,7 @@ int runLayers(Session& session, const Options& options) {
         list.add(object);
     }
     list.end();
-    return kDone;
+    return exitOf(layers.size());
 }
 
 }  // namespace mor::tool

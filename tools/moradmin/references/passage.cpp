@@ -4,6 +4,7 @@
 #include "platform/runtime.h"
 #include "space/global_view.h"
 #include "tools/moradmin/failure.h"
+#include "tools/moradmin/line/suggest.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/picture/geometry.h"
 #include "tools/moradmin/references/references.h"
@@ -18,11 +19,21 @@ namespace mor::tool {
 namespace {
 
 constexpr char kBar = '|';
+constexpr std::size_t kMostChoices = 20;
+
+/// The references of the drawing itself; reads no file.
+std::vector<std::string> referenceNames(AcApDocument* document) {
+    std::vector<std::string> names;
+    host::forEachBlock(document, L"", [&names](const host::BlockInfo& block) {
+        if (block.reference) names.push_back(utf8(block.symbol.symbol));
+    });
+    return names;
+}
 
 std::string whyNotLoaded(const host::ReferenceInfo& info) {
     std::string why = "the reference " + utf8(info.name) + " is not loaded";
     for (const host::ReferenceTry& attempt : info.tries) why += "; " + whyNot(attempt);
-    return why;
+    return why + "; " + kWhereReferencesLie;
 }
 
 /// Why a view does not find its insert again, where the handle leads to another record; or empty.
@@ -45,9 +56,12 @@ void Passage::refuse(const std::string& text, const std::string& word) const {
 mor::EntityName Passage::findInsert(const std::string& word) {
     const std::wstring name = wide(word);
     mor::EntityName found;
+    std::vector<std::string> handles;
     host::forEachInsert(m_document, name, [&](const host::RecordInfo& info) {
         if (found.isNone()) found = info.name;
+        handles.push_back(host::handleText(info.handle));
     });
+    noteChoices(word, handles);
     if (!found.isNone()) return found;
     if (host::hasBlock(m_document, name)) {
         const auto info = host::findReference(m_document, name);
@@ -59,20 +73,39 @@ mor::EntityName Passage::findInsert(const std::string& word) {
     }
     const auto record = host::findHandle(m_document, name);
     if (!record || host::recordInfo(m_document, *record)->type != "INSERT")
-        refuse("there is no reference \"" + word +
-                   "\" and no insert of that handle; \"moradmin xrefs\" lists the references",
+        refuse("there is no reference \"" + word + "\" and no insert of that handle" +
+                   hintFor(word, referenceNames(m_document)) +
+                   "; \"moradmin xrefs\" lists the references",
                word);
     const auto info = host::recordInfo(m_document, *record);
     if (info->place == host::Place::BlockDefinition) m_placedIn = info->container;
     return *record;
 }
 
-mor::EntityName Passage::findInsertBelow(const std::string& word) const {
+void Passage::noteChoices(const std::string& word, const std::vector<std::string>& handles) {
+    if (handles.size() < 2 || !m_choices.empty()) return;
+    m_choices = word + " is inserted " + std::to_string(handles.size()) + " times, by";
+    for (std::size_t i = 0; i < handles.size() && i < kMostChoices; ++i)
+        m_choices += " " + handles[i];
+    if (handles.size() > kMostChoices) m_choices += " ...";
+    m_choices += "; --in " + handles.front() + " says which one is meant";
+}
+
+mor::EntityName Passage::findInsertBelow(const std::string& word) {
     const std::wstring block = m_reference + L"|" + wide(word);
     MOR_SpaceIterator entities(*CMORCadView::getTheGlobalObject());
+    std::vector<mor::EntityName> all;
     while (const ads_name* name = entities()) {
         const auto inserted = insertedBlock(mor::EntityName(*name));
-        if (inserted && equalNoCase(*inserted, block)) return mor::EntityName(*name);
+        if (inserted && equalNoCase(*inserted, block)) all.emplace_back(*name);
+    }
+    if (!all.empty()) {
+        std::vector<std::string> handles;
+        for (const mor::EntityName& name : all)
+            handles.push_back(utf8(m_reference) + "|" +
+                              host::handleText(host::recordInfo(m_document, name)->handle));
+        noteChoices(word, handles);
+        return all.front();
     }
     ads_name found{};
     if (CMORCadView::getTheGlobalObject()->handEnt(wide(word).c_str(), found) &&
@@ -117,6 +150,7 @@ void Passage::enter(const std::string& words) {
 }
 
 CMORMathTransMatrix Passage::placement() const {
+    if (!m_choices.empty()) refuse(m_choices);
     CMORMathTransMatrix result;
     for (const mor::EntityName& insert : m_inserts) {
         const mor::EntityName words = insert;

@@ -29,7 +29,8 @@ public:
     /// The block definition in which the first insert on the way stands; empty for a space.
     [[nodiscard]] const std::string& placedIn() const { return m_placedIn; }
     /// What carries coordinates of the reference into the drawing: the view's transformation,
-    /// behind those of the references on the way.
+    /// behind those of the references on the way. Refuses where a name on the way stands for
+    /// several inserts: they lie in several places.
     [[nodiscard]] CMORMathTransMatrix placement() const;
 
 private:
@@ -37,7 +38,9 @@ private:
     /// that handle.
     [[nodiscard]] mor::EntityName findInsert(const std::string& word);
     /// The same among the entities of the reference that is looked through so far.
-    [[nodiscard]] mor::EntityName findInsertBelow(const std::string& word) const;
+    [[nodiscard]] mor::EntityName findInsertBelow(const std::string& word);
+    /// Remembers that a name stands for several inserts.
+    void noteChoices(const std::string& word, const std::vector<std::string>& handles);
     void goThrough(mor::EntityName insert, const std::string& word);
     [[noreturn]] void refuse(const std::string& text, const std::string& word = {}) const;
 
@@ -46,6 +49,7 @@ private:
     std::wstring m_reference;
     std::string m_file;
     std::string m_placedIn;
+    std::string m_choices;  ///< why the placement is not known: a name stands for several inserts
     std::vector<mor::EntityName> m_inserts;  ///< on the way, from the drawing's own on
 };
 

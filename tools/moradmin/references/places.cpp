@@ -3,16 +3,54 @@
 #include "host/host.h"
 #include "tools/moradmin/failure.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <filesystem>
 #include <string>
+#include <string_view>
+#include <system_error>
 #include <utility>
 #include <vector>
 
 namespace mor::tool {
 
+namespace {
+
+constexpr std::string_view kAnyDepth = "/**";
+constexpr std::size_t kMostFolders = 10000;
+
+/// A folder; behind DIR/** all folders below it too.
+void addFolders(const std::string& word, std::vector<std::filesystem::path>& folders) {
+    if (!word.ends_with(kAnyDepth)) {
+        folders.emplace_back(word);
+        return;
+    }
+    const std::filesystem::path top = word.substr(0, word.size() - kAnyDepth.size());
+    std::vector<std::filesystem::path> below = {top.empty() ? "/" : top};
+    std::error_code code;
+    const auto skip = std::filesystem::directory_options::skip_permission_denied;
+    for (std::filesystem::recursive_directory_iterator at(below.front(), skip, code), end;
+         !code && at != end; at.increment(code)) {
+        std::error_code unknown;
+        if (!at->is_directory(unknown)) continue;
+        if (below.size() == kMostFolders)
+            throw Failure(kUsage, "--xref-path " + word + ": there are more than " +
+                                      std::to_string(kMostFolders) + " folders");
+        below.push_back(at->path());
+    }
+    if (code) throw Failure(kUsage, "--xref-path " + word + ": " + code.message());
+    std::ranges::sort(below);
+    folders.insert(folders.end(), below.begin(), below.end());
+}
+
+}  // namespace
+
 void setReferencePlaces(const Options& options) {
-    std::vector<std::filesystem::path> folders(options.referenceFolders.begin(),
-                                               options.referenceFolders.end());
+    std::vector<std::filesystem::path> folders;
+    for (const std::string& word : options.referenceFolders) addFolders(word, folders);
+    // What comes from stdin lies nowhere; it is seen from the folder that the tool runs in.
+    if (std::ranges::find(options.drawings, "-") != options.drawings.end())
+        folders.emplace_back(".");
     std::vector<std::pair<std::string, std::string>> mappings;
     for (const std::string& word : options.referenceMappings) {
         const std::size_t equals = word.find('=');

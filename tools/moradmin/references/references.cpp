@@ -14,6 +14,29 @@ std::vector<std::wstring> loadedReferences(const Session& session) {
     return names;
 }
 
+void tellMissing(const Session& session, const Options& options) {
+    if (options.quiet || options.json) return;
+    std::size_t count = 0;
+    std::string names;
+    for (const host::ReferenceInfo& info : host::references(session.document())) {
+        if (info.status != host::ReferenceStatus::NotFound &&
+            info.status != host::ReferenceStatus::Unresolved)
+            continue;
+        ++count;
+        names += (names.empty() ? "" : ", ") + utf8(info.name) + " (" + utf8(info.saved) + ")";
+    }
+    if (count != 0)
+        printNote(
+            session.message((count == 1 ? "a reference is missing: " : "references are missing: ") +
+                            names + "; " + kWhereReferencesLie));
+}
+
+void tellOwn(const Session& session, const Options& options, std::size_t count, const char* what) {
+    if (options.verbose && count != 0)
+        printNote(session.message(std::to_string(count) + " " + what +
+                                  " of the store are not listed; --all lists them"));
+}
+
 std::string whyNot(const host::ReferenceTry& attempt) {
     const std::string file = attempt.path.string();
     // What is wrong with a file that was opened names it already.

@@ -3,6 +3,7 @@
 #include "platform/entity_name.h"
 #include "tools/moradmin/session.h"
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -14,6 +15,14 @@ namespace mor::tool {
 [[nodiscard]] std::vector<std::wstring> loadedReferences(const Session& session);
 /// Why a reference was not taken from there, or not at all.
 [[nodiscard]] std::string whyNot(const host::ReferenceTry& attempt);
+/// What would help where references are not found.
+inline constexpr const char* kWhereReferencesLie =
+    "--xref-path DIR and --map FROM=TO say where else references lie";
+/// Tells on stderr which references are missing, unless --quiet says not to: what they hold is not
+/// listed.
+void tellMissing(const Session& session, const Options& options);
+/// Tells on stderr, with -v, how many things of the store were not listed.
+void tellOwn(const Session& session, const Options& options, std::size_t count, const char* what);
 /// A qualified name as the drawing has it that the session looks at.
 [[nodiscard]] std::string nameWithin(const Session& session, const std::wstring& qualified);
 

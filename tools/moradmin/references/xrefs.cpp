@@ -4,7 +4,6 @@
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/references/references.h"
-#include "tools/moradmin/several.h"
 #include "tools/moradmin/shown_text.h"
 
 #include <algorithm>
@@ -46,14 +45,15 @@ Json referenceJson(AcApDocument* document, const host::ReferenceInfo& reference)
     Json object{{"name", utf8(reference.name)}};
     object["kind"] = reference.overlay ? "overlay" : "attach";
     object["status"] = statusName(reference.status);
-    object["saved"] = utf8(reference.saved);
-    object["found"] = reference.found.string();
+    object["saved"] = textOrNull(utf8(reference.saved));
+    object["found"] = textOrNull(reference.found.string());
     object["inserts"] = reference.inserts;
     object["entities"] = reference.entities;
     object["store"] = hasStore(document, reference);
     object["tries"] = Json::array();
     for (const host::ReferenceTry& attempt : reference.tries)
-        object["tries"].push_back({{"path", attempt.path.string()}, {"why", attempt.why}});
+        object["tries"].push_back(
+            {{"path", textOrNull(attempt.path.string())}, {"why", attempt.why}});
     return object;
 }
 
@@ -84,36 +84,26 @@ void printRows(AcApDocument* document, const std::vector<host::ReferenceInfo>& r
             printNote(utf8(reference.name) + ": " + whyNot(attempt));
 }
 
-/// Whether a reference is missing.
-bool listOne(const Options& options, const std::string& file) {
-    Session session(file);
+}  // namespace
+
+int runXrefs(Session& session, const Options& options) {
     std::vector<host::ReferenceInfo> references = host::references(session.document());
     const bool missing = std::ranges::any_of(references, isMissing);
     if (options.missing)
         std::erase_if(references, [](const auto& reference) { return !isMissing(reference); });
     if (options.json) {
         Json object = jsonHead(options);
-        object["path"] = file;
+        object["path"] = session.file();
         object["references"] = Json::array();
         for (const host::ReferenceInfo& reference : references)
             object["references"].push_back(referenceJson(session.document(), reference));
         printJson(object);
-        return missing;
-    }
-    if (!options.arguments.empty()) std::cout << oneLine(file) << ":\n";
-    if (options.tree)
+    } else if (options.tree) {
         printTree(references);
-    else
+    } else {
         printRows(session.document(), references, options.verbose);
-    return missing;
-}
-
-}  // namespace
-
-int runXrefs(const Options& options) {
-    return overDrawings(options, [&options](const std::string& file) {
-        return listOne(options, file) && options.missing ? kNo : kDone;
-    });
+    }
+    return missing && options.missing ? kNo : kDone;
 }
 
 }  // namespace mor::tool

@@ -1,6 +1,7 @@
 #include "dwgfs/names.h"
 #include "dwgfs/path_rules.h"
 #include "host/host.h"
+#include "tools/moradmin/changes/report.h"
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
@@ -38,6 +39,13 @@ struct Transfer {
     std::wstring to;
     bool file = false;
 };
+
+/// The path that an item has afterwards.
+std::wstring moved(const Transfer& transfer, const std::wstring& path) {
+    if (transfer.file) return transfer.to;
+    const std::wstring rest = transfer.from == L"/" ? path : path.substr(transfer.from.size());
+    return (transfer.to == L"/" ? L"" : transfer.to) + rest;
+}
 
 bool sameFile(const std::string& a, const std::string& b) {
     std::error_code code;
@@ -78,9 +86,19 @@ void chooseTarget(Session& target, const std::string& word, Transfer& transfer) 
         transfer.to = directoryPath(target, utf8(transfer.to));
 }
 
+/// Takes what stands at the target already out of the transfer.
+void keepTarget(Session& target, Transfer& transfer) {
+    target.activate();
+    std::erase_if(transfer.items, [&](const Stored& item) {
+        const std::wstring path = moved(transfer, item.path);
+        return isStoredFile(target, path) || (transfer.file && isStoredDirectory(target, path));
+    });
+}
+
 void storeTarget(Session& target, const Transfer& transfer) {
     target.activate();
     target.refuseDamagedStore();
+    if (transfer.items.empty() && transfer.file) return;
     if (transfer.file) {
         putValue(target, transfer.to, transfer.items.front().value);
         confirmValue(target, *Session::freshStore(), transfer.to, transfer.items.front().value);
@@ -122,35 +140,66 @@ void refuseIntoItself(const Session& session, const Transfer& transfer) {
                       utf8(transfer.from));
 }
 
-int transferWithin(const std::string& drawing, const Spot& from, const Spot& to,
-                   const Options& options, bool move) {
-    Session session(drawing);
+/// Whether a move is to leave everything as it is, because something stands at its target.
+bool isKept(Session& target, const Options& options, const Transfer& transfer, bool move) {
+    return options.keep && move &&
+           (isStoredFile(target, transfer.to) || isStoredDirectory(target, transfer.to));
+}
+
+void transferIn(Session& session, const Spot& from, const Spot& to, const Options& options,
+                bool move) {
     Transfer transfer = readSource(session, from.path);
     chooseTarget(session, to.path, transfer);
     refuseIntoItself(session, transfer);
+    if (isKept(session, options, transfer, move)) return;
+    if (options.keep) keepTarget(session, transfer);
     storeTarget(session, transfer);
     if (move) removeSource(session, transfer);
-    session.save(options);
+}
+
+int transferWithin(const std::string& drawing, const Spot& from, const Spot& to,
+                   const Options& options, bool move) {
+    Session session(drawing);
+    Options own = options;
+    own.drawing = drawing;
+    const ChangeReport report(session, own);
+    transferIn(session, from, to, own, move);
+    saveAndTell(session, own, report);
+    return kDone;
+}
+
+int transferInScript(Session& session, const Options& options, bool move) {
+    if (options.arguments.size() != 2)
+        throw Failure(kUsage, options.command + ": two paths, please: FROM TO");
+    transferIn(session, {session.file(), options.arguments[0]},
+               {session.file(), options.arguments[1]}, options, move);
     return kDone;
 }
 
 int transferBetween(const Spot& from, const Spot& to, const Options& options, bool move) {
     Session source(from.drawing);
+    Options sourceOptions = options;
+    sourceOptions.drawing = from.drawing;
+    sourceOptions.output.clear();
+    const ChangeReport sourceReport(source, sourceOptions);
     Session target(to.drawing);
+    Options targetOptions = options;
+    targetOptions.drawing = to.drawing;
+    const ChangeReport targetReport(target, targetOptions);
     Transfer transfer = readSource(source, from.path);
     refuseNames(source, transfer);
     target.activate();
     chooseTarget(target, to.path, transfer);
+    if (isKept(target, options, transfer, move)) return kDone;
+    if (options.keep) keepTarget(target, transfer);
     storeTarget(target, transfer);
     if (move) removeSource(source, transfer);
     target.activate();
-    target.save(options);
+    saveAndTell(target, targetOptions, targetReport);
     if (!move) return kDone;
-    Options sourceOptions = options;
-    sourceOptions.output.clear();
     try {
         source.activate();
-        source.save(sourceOptions);
+        saveAndTell(source, sourceOptions, sourceReport);
     } catch (const Failure& failure) {
         throw Failure(kUnwritable,
                       std::string(failure.what()) + "; the values stand in both drawings now, " +
@@ -186,5 +235,11 @@ int transfer(const Options& options, bool move) {
 
 int runCp(const Options& options) { return transfer(options, false); }
 int runMv(const Options& options) { return transfer(options, true); }
+int runCpWithin(Session& session, const Options& options) {
+    return transferInScript(session, options, false);
+}
+int runMvWithin(Session& session, const Options& options) {
+    return transferInScript(session, options, true);
+}
 
 }  // namespace mor::tool

@@ -1,4 +1,7 @@
+#include "dwgfs/path_rules.h"
 #include "host/host.h"
+#include "tools/moradmin/changes/contents.h"
+#include "tools/moradmin/changes/git.h"
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
@@ -6,82 +9,75 @@
 #include "tools/moradmin/store/subtree.h"
 
 #include <iostream>
-#include <map>
 #include <string>
+#include <vector>
 
 namespace mor::tool {
 
 namespace {
 
-/// What stands under one path: how it prints, and its bits.
-struct Shown {
-    bool directory = false;
-    std::string lisp;
-};
+/// No drawing, as git names the side on which a file is absent: an empty store.
+constexpr const char* kAbsent = "/dev/null";
 
-std::map<std::wstring, Shown> contents(Session& session, const std::wstring& path) {
+Contents contentsBelow(Session& session, const std::wstring& path) {
     session.activate();
-    std::map<std::wstring, Shown> result;
+    Contents result;
     if (!isStoredDirectory(session, path)) return result;
     for (const Stored& item : everythingBelow(session, path))
         result[item.path] = {item.directory, item.directory ? "" : host::lispText(item.value)};
     return result;
 }
 
-class Report {
-public:
-    explicit Report(const Options& options) : m_options(options) {}
+Contents contentsOfFile(const std::string& file, const std::wstring& path) {
+    if (file == kAbsent) return {};
+    Session session(file);
+    return contentsBelow(session, path);
+}
 
-    /// `directory`: what stands there, afterwards if anything does; null stands for nothing.
-    void add(const char* mark, const char* kind, const std::wstring& path, bool directory,
-             const Shown* before, const Shown* after) {
-        ++m_count;
-        const std::string name = utf8(path) + (directory ? "/" : "");
-        if (m_options.json) {
-            Json object = jsonHead(m_options);
-            object["change"] = kind;
-            object["path"] = utf8(path);
-            object["before"] =
-                before == nullptr || before->directory ? Json(nullptr) : Json(before->lisp);
-            object["after"] =
-                after == nullptr || after->directory ? Json(nullptr) : Json(after->lisp);
-            printJson(object);
-            return;
+int tell(const Options& options, const Contents& before, const Contents& after) {
+    const std::vector<Difference> all = differences(before, after);
+    for (const Difference& difference : all) {
+        if (!options.json) {
+            printDifference(std::cout, difference);
+            continue;
         }
-        std::cout << mark << " " << name;
-        if (before != nullptr && !before->directory) std::cout << "\t" << before->lisp;
-        if (before != nullptr && after != nullptr) std::cout << "\t->";
-        if (after != nullptr && !after->directory) std::cout << "\t" << after->lisp;
-        std::cout << "\n";
+        Json object = jsonHead(options);
+        addDifference(object, difference);
+        printJson(object);
     }
-    [[nodiscard]] std::size_t count() const { return m_count; }
+    return all.empty() ? kDone : kNo;
+}
 
-private:
-    const Options& m_options;
-    std::size_t m_count = 0;
-};
+std::wstring pathOf(const std::string& drawing, const std::string& word) {
+    std::wstring path = wide(word);
+    if (path.size() > 1 && path.ends_with(L'/')) path.pop_back();
+    if (isDirPath(path)) return path;
+    throw Failure(
+        kRefused,
+        drawing + ": \"" + word + "\" is no directory path; one begins with /, as in /cfg", word);
+}
 
 }  // namespace
 
 int runDiff(const Options& options) {
-    Session first(options.drawing);
-    Session second(options.argument());
-    const std::string word = options.arguments.size() > 1 ? options.arguments[1] : "/";
-    const std::wstring path = directoryPath(first, word);
-    const auto before = contents(first, path);
-    const auto after = contents(second, path);
-    Report report(options);
-    for (const auto& [name, shown] : before) {
-        const auto other = after.find(name);
-        if (other == after.end())
-            report.add("-", "removed", name, shown.directory, &shown, nullptr);
-        else if (other->second.lisp != shown.lisp || other->second.directory != shown.directory)
-            report.add("~", "changed", name, other->second.directory, &shown, &other->second);
-    }
-    for (const auto& [name, shown] : after)
-        if (!before.contains(name))
-            report.add("+", "added", name, shown.directory, nullptr, &shown);
-    return report.count() == 0 ? kDone : kNo;
+    if (options.git) return diffForGit(options);
+    if (options.arguments.size() > 2)
+        throw Failure(kUsage, "two drawings, please, and perhaps a directory");
+    const std::wstring path =
+        pathOf(options.drawing, options.arguments.size() > 1 ? options.arguments[1] : "/");
+    const Contents before = contentsOfFile(options.drawing, path);
+    return tell(options, before, contentsOfFile(options.argument(), path));
+}
+
+int runDiffWithin(Session& session, const Options& options) {
+    const std::string word = options.argument();
+    const bool other = !word.empty() && !word.starts_with('/');
+    const std::string file = other ? word : session.file();
+    const std::size_t at = other ? 1 : 0;
+    const std::wstring path =
+        pathOf(session.file(), options.arguments.size() > at ? options.arguments[at] : "/");
+    const Contents before = contentsOfFile(file, path);
+    return tell(options, before, contentsBelow(session, path));
 }
 
 }  // namespace mor::tool

@@ -6,6 +6,7 @@
 
 #include <csignal>
 #include <iostream>
+#include <sstream>
 #include <string>
 
 namespace mor::tool {
@@ -19,11 +20,11 @@ void onInterrupt(int /*signal*/) {
     host::pressBreakKey();
 }
 
-/// While it lives, what the library prints goes to stdout and Ctrl-C is its break key.
+/// While it lives, what the library prints goes to a stream and Ctrl-C is its break key.
 class CommandLine {
 public:
-    CommandLine() : m_former(std::signal(SIGINT, onInterrupt)) {
-        host::setPrinter([](std::wstring_view text) { std::cout << utf8(text); });
+    explicit CommandLine(std::ostream& out) : m_former(std::signal(SIGINT, onInterrupt)) {
+        host::setPrinter([&out](std::wstring_view text) { out << utf8(text); });
     }
     ~CommandLine() {
         host::setPrinter({});
@@ -47,9 +48,17 @@ int runDir(Session& session, const Options& options) {
         refuse(session, path,
                utf8(path) + " is no directory path; it ends without /, as " + utf8(bare));
     }
-    const CommandLine commandLine;
+    std::ostringstream text;
+    std::ostream& out = options.json ? static_cast<std::ostream&>(text) : std::cout;
+    const CommandLine commandLine(out);
     const bool listed = session.store().dir(path.c_str(), options.recursive);
     std::cout.flush();
+    if (options.json && interrupted == 0) {
+        Json object = jsonHead(options);
+        object["path"] = utf8(path);
+        object["listing"] = text.str();
+        printJson(object);
+    }
     if (interrupted != 0) return kInterrupted;
     return listed || (!stored && path == L"/") ? kDone : kRefused;
 }

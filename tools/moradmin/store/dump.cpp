@@ -1,3 +1,5 @@
+#include "tools/moradmin/changes/fingerprint.h"
+#include "tools/moradmin/changes/text_dump.h"
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
@@ -35,13 +37,29 @@ Json entriesJson(Session& session, const std::wstring& directory, Way& way) {
     return entries;
 }
 
+int dumpText(Session& session, const Options& options, const std::wstring& path) {
+    if (options.json) throw Failure(kUsage, "--text or --json, please");
+    TextDump dump;
+    dump.contents = contentsOf(session.safeState());
+    if (path != L"/")
+        std::erase_if(dump.contents,
+                      [&](const auto& item) { return !item.first.starts_with(path + L"/"); });
+    // Of a reference the store alone: what is open is the drawing that refers to it.
+    if (session.reference().empty()) dump.outside = outsideOf(session.document());
+    printTextDump(dump);
+    return kDone;
+}
+
 }  // namespace
 
 int runDump(Session& session, const Options& options) {
     const std::wstring path = directoryPath(session, options.argument("/"));
     const bool stored = session.hasDirectories();
     if (!isStoredDirectory(session, path)) refuseMissing(session, path);
+    if (options.text) return dumpText(session, options, path);
     Json object = jsonHead(options);
+    // Of one drawing it says nothing but what is stored: equal stores have equal dumps.
+    if (options.drawings.size() < 2 && !options.folders) object.erase("drawing");
     object["schema"] = kDumpSchema;
     object["path"] = utf8(path);
     Way way(session);

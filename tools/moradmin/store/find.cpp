@@ -1,4 +1,3 @@
-#include "dwgfs/path_rules.h"
 #include "host/host.h"
 #include "platform/output_calls.h"
 #include "platform/types.h"
@@ -6,6 +5,7 @@
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/store/paths.h"
+#include "tools/moradmin/store/patterns.h"
 #include "tools/moradmin/store/values.h"
 
 #include <iostream>
@@ -48,16 +48,51 @@ void nameSkipped(Session& session, const std::wstring& pattern) {
     }
 }
 
+void printFile(const Options& options, const std::wstring& path, const CMORAdsLispVar& value) {
+    if (options.json)
+        printJson(valueJson(options, path, value));
+    else if (options.values)
+        std::cout << utf8(path) << "\t" << host::lispText(value) << "\n";
+    else
+        std::cout << utf8(path) << "\n";
+}
+
+int findDirectories(Session& session, const Options& options, const std::wstring& pattern) {
+    bool found = false;
+    for (const Match& match : pathsMatching(session, pattern)) {
+        if (!match.directory) continue;
+        found = true;
+        if (!options.json) {
+            std::cout << utf8(match.path) << "\n";
+            continue;
+        }
+        Json object = jsonHead(options);
+        object["path"] = utf8(match.path);
+        object["kind"] = "directory";
+        for (const char* key : {"type", "lisp", "value"}) object[key] = nullptr;
+        printJson(object);
+    }
+    return found ? kDone : kNo;
+}
+
+/// A pattern that the library's walk does not know.
+int findDeep(Session& session, const Options& options, const std::wstring& pattern) {
+    bool found = false;
+    for (const Match& match : pathsMatching(session, pattern)) {
+        if (match.directory) continue;
+        found = true;
+        printFile(options, match.path, valueOf(session, match.path));
+    }
+    return found ? kDone : kNo;
+}
+
 }  // namespace
 
 int runFind(Session& session, const Options& options) {
     const std::wstring pattern = wide(options.argument());
-    if (!pattern.starts_with(L'/'))
-        throw Failure(kRefused, session.message("a pattern begins with /, as in /cfg/*/x"),
-                      options.argument());
-    if (pattern.size() > kMaxPathLength)
-        throw Failure(kRefused, session.message("a pattern has at most 1023 characters"),
-                      options.argument());
+    refuseBadPattern(session, options.argument());
+    if (options.kind == "d") return findDirectories(session, options, pattern);
+    if (pattern.find(L"**") != std::wstring::npos) return findDeep(session, options, pattern);
     CMORAdsLispVar found;
     if (session.hasDirectories()) {
         if (!session.store().readAllMatchingFiles(pattern.c_str(), found))
@@ -72,12 +107,7 @@ int runFind(Session& session, const Options& options) {
     for (const CMORAdsLispVar& match : matches) {
         const std::wstring path = host::stringOf(CMORAdsLisp::Nth(0, match));
         const CMORAdsLispVar value = CMORAdsLisp::Nth(1, match);
-        if (options.json)
-            printJson(valueJson(options, path, value));
-        else if (options.values)
-            std::cout << utf8(path) << "\t" << host::lispText(value) << "\n";
-        else
-            std::cout << utf8(path) << "\n";
+        printFile(options, path, value);
     }
     return matches.empty() ? kNo : kDone;
 }

@@ -42,25 +42,24 @@ const char* stateName(StoreState::Kind kind) {
     return "none";
 }
 
-}  // namespace
-
-int runInfo(Session& session, const Options& options) {
+Json infoJson(Session& session, const Options& options) {
     const StoreState& state = session.state();
     const host::DocumentInfo& info = session.info();
-    const std::string path = session.reference().empty() ? session.file() : info.path.string();
+    const bool own = session.reference().empty();
     const StoreTotals totals = totalsOf(state);
     Json object = jsonHead(options);
-    object["path"] = path;
-    if (!session.reference().empty()) object["reference"] = utf8(session.reference());
+    object["path"] = own ? session.file() : info.path.string();
+    object["reference"] = textOrNull(utf8(session.reference()));
     object["release"] = host::releaseName(info.release);
-    object["version"] = info.version;
-    object["codePage"] = info.codePage;
-    object["encoding"] = info.encoding;
+    object["version"] = textOrNull(info.version);
+    object["codePage"] = textOrNull(info.codePage);
+    object["encoding"] = textOrNull(info.encoding);
     object["form"] = info.form;
-    object["lineEnd"] = info.lineEnd;
+    object["lineEnd"] = textOrNull(info.lineEnd);
     object["bytes"] = info.bytes;
     object["records"] = info.records;
-    if (info.form == "DWG") object["deadBytes"] = info.deadBytes;
+    object["deadBytes"] = info.form == "DWG" ? Json(info.deadBytes) : Json(nullptr);
+    object["damage"] = nullptr;
     if (info.damage)
         object["damage"] = {{"line", info.damage->line},
                             {"byte", info.damage->offset},
@@ -71,19 +70,33 @@ int runInfo(Session& session, const Options& options) {
                        {"files", totals.files},
                        {"used", totals.bytes},
                        {"findings", state.findings.size()}};
-    if (options.json) {
-        printJson(object);
-        return kDone;
-    }
-    std::cout << "drawing   " << oneLine(path) << "\n"
+    return object;
+}
+
+/// One row of a table of several drawings.
+void printInfoRow(const Json& facts) {
+    const Json& store = facts["store"];
+    const auto number = [](const Json& value) { return std::to_string(value.get<long>()); };
+    printTable(
+        {"RELEASE", "FORM", ">BYTES", ">RECORDS", "STORE", ">DIRECTORIES", ">FILES", ">USED"},
+        {{facts["release"].get<std::string>(), facts["form"].get<std::string>(),
+          number(facts["bytes"]), number(facts["records"]), store["state"].get<std::string>(),
+          number(store["directories"]), number(store["files"]), number(store["used"])}});
+}
+
+void printInfo(Session& session, const Json& facts) {
+    const StoreState& state = session.state();
+    const host::DocumentInfo& info = session.info();
+    const Json& store = facts["store"];
+    std::cout << "drawing   " << oneLine(facts["path"].get<std::string>()) << "\n"
               << "release   " << host::releaseName(info.release) << " ("
               << (info.version.empty() ? "no $ACADVER" : oneLine(info.version)) << ")\n"
               << "text      " << info.encoding << ", "
               << (info.lineEnd.empty() ? info.form : info.lineEnd) << "\n"
               << "size      " << info.bytes << " bytes, " << info.records << " records\n"
               << "store     " << stateName(state.kind) << ", " << state.reachable
-              << " directories, " << totals.files << " files, " << totals.bytes
-              << " bytes in files\n";
+              << " directories, " << store["files"].get<long>() << " files, "
+              << store["used"].get<long>() << " bytes in files\n";
     if (info.deadBytes != 0)
         std::cout << "dead      " << info.deadBytes
                   << " bytes of older versions of objects; what stands in them can be read from "
@@ -92,6 +105,18 @@ int runInfo(Session& session, const Options& options) {
     for (const Finding& finding : state.findings)
         std::cout << "finding   " << finding.code << " " << oneLine(utf8(finding.path)) << ": "
                   << oneLine(finding.message) << "\n";
+}
+
+}  // namespace
+
+int runInfo(Session& session, const Options& options) {
+    const Json facts = infoJson(session, options);
+    if (options.json)
+        printJson(facts);
+    else if (isPrefixed())
+        printInfoRow(facts);
+    else
+        printInfo(session, facts);
     return kDone;
 }
 

@@ -10,8 +10,10 @@
 #include "tools/moradmin/store/storing.h"
 #include "tools/moradmin/store/subtree.h"
 
+#include <algorithm>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace mor::tool {
@@ -95,16 +97,30 @@ void collectJson(const Json& entries, const std::wstring& directory, std::vector
 /// the machine's stack.
 constexpr int kDeepestDump = 2000;
 
+/// "line 3, column 7" of a byte, counted from 1.
+std::string placeIn(const std::string& text, std::size_t byte) {
+    const std::string_view before = std::string_view(text).substr(0, byte == 0 ? 0 : byte - 1);
+    const std::size_t begin = before.rfind('\n');
+    return "line " + std::to_string(std::ranges::count(before, '\n') + 1) + ", column " +
+           std::to_string(before.size() - (begin == std::string_view::npos ? 0 : begin + 1) + 1);
+}
+
 Json parseDump(const std::string& text) {
     const Json::parser_callback_t limit = [](int depth, Json::parse_event_t, Json&) {
         if (depth > kDeepestDump) refuseJson("it is nested too deeply");
         return true;
     };
-    Json object = Json::parse(text, limit, false);
-    if (object.is_discarded()) refuseJson("it is no JSON");
+    Json object;
+    try {
+        object = Json::parse(text, limit);
+    } catch (const Json::parse_error& error) {
+        refuseJson(placeIn(text, error.byte) +
+                   " is no JSON; \"moradmin dump DRAWING > FILE\" makes one");
+    }
     if (!object.is_object() || !object.contains("schema") || object["schema"] != kDumpSchema ||
         textIn(object, "command") != "dump")
-        refuseJson("\"command\": \"dump\" and \"schema\": 1 are missing");
+        refuseJson(
+            "\"command\": \"dump\" and \"schema\": 1 are missing; \"moradmin dump\" prints them");
     return object;
 }
 

@@ -3,6 +3,7 @@
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/store/paths.h"
+#include "tools/moradmin/store/patterns.h"
 #include "tools/moradmin/store/values.h"
 #include "tools/moradmin/store/way.h"
 
@@ -37,10 +38,12 @@ Json listedJson(Session& session, const Listed& item) {
     Json object{{"path", utf8(item.path)}, {"name", utf8(nameOf(item.path))}};
     object["kind"] = item.directory ? "directory" : "file";
     if (item.directory) {
+        object["type"] = nullptr;
         object["free"] = session.store().getFreeMem(item.path.c_str());
         object["used"] = host::kRoomPerRecord - object["free"].get<long>();
     } else {
         object["type"] = typeName(valueOf(session, item.path));
+        object["free"] = nullptr;
         object["used"] = session.store().getUsedMem(item.path.c_str());
     }
     return object;
@@ -71,24 +74,39 @@ void printListed(Session& session, const Options& options, const std::vector<Lis
     if (options.longListing) printTable({"TYPE", ">USED", ">FREE", "NAME"}, rows);
 }
 
-}  // namespace
-
-int runLs(Session& session, const Options& options) {
-    const std::string word = options.argument("/");
-    const bool stored = session.hasDirectories();
+/// A directory's entries, or the file itself.
+void listPath(Session& session, const Options& options, const std::wstring& path) {
     std::vector<Listed> listed;
-    std::wstring path = wide(word);
     if (isStoredFile(session, path)) {
         listed.push_back({path, path, false});
     } else {
-        path = directoryPath(session, word);
-        const bool there = path == L"/" || (stored && session.store().isDirectory(path.c_str()));
-        if (!there)
-            throw Failure(kRefused, session.message(utf8(path) + " is not there"), utf8(path));
+        if (!isStoredDirectory(session, path)) refuseMissing(session, path);
         Way way(session);
-        if (stored && way.show(path)) collect(session, path, L"", options.recursive, way, listed);
+        const std::wstring prefix = options.recursive && path != L"/" ? path + L"/" : L"/";
+        if (session.hasDirectories() && way.show(path))
+            collect(session, path, options.recursive ? prefix : L"", options.recursive, way,
+                    listed);
     }
     printListed(session, options, listed, path);
+}
+
+}  // namespace
+
+int runLs(Session& session, const Options& options) {
+    std::vector<std::string> words = options.arguments;
+    if (words.empty()) words.emplace_back("/");
+    for (const std::string& word : words) {
+        if (isPathPattern(word)) {
+            std::vector<Listed> listed;
+            for (const Match& match : pathsMeant(session, word))
+                listed.push_back({match.path, match.path, match.directory});
+            printListed(session, options, listed, wide(word));
+            continue;
+        }
+        const std::wstring path = wide(word);
+        listPath(session, options,
+                 isStoredFile(session, path) ? path : directoryPath(session, word));
+    }
     return kDone;
 }
 

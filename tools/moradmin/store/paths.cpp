@@ -2,6 +2,7 @@
 
 #include "dwgfs/path_rules.h"
 #include "tools/moradmin/failure.h"
+#include "tools/moradmin/line/suggest.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/shown_text.h"
 
@@ -14,6 +15,35 @@ static_assert(kMaxPathLength == 1023 && kMaxFileNameLength == 127);  // as the t
 constexpr const char* kNameRule =
     "names begin with a letter or digit, go on with letters, digits, blanks, - and _, and hold a "
     "letter";
+
+/// The names in a directory, a slash behind those of directories.
+std::vector<std::string> namesIn(Session& session, const std::wstring& directory) {
+    std::vector<std::string> names;
+    if (!session.hasDirectories()) return names;
+    for (const Store::Entry& entry : session.store().entries(directory))
+        names.push_back(utf8(entry.name) + (entry.directory ? "/" : ""));
+    return names;
+}
+
+/// What is near a path that is not there, or what there is.
+std::string missingHint(Session& session, const std::wstring& path) {
+    std::wstring missing = path;
+    while (missing != L"/" && !isStoredDirectory(session, parentOf(missing)))
+        missing = parentOf(missing);
+    const std::wstring directory = parentOf(missing);
+    const std::vector<std::string> names = namesIn(session, directory);
+    if (names.empty())
+        return directory == L"/" ? "; the store holds nothing"
+                                 : "; " + utf8(directory) + " holds nothing";
+    std::vector<std::string> paths;
+    std::vector<std::string> bare;
+    for (const std::string& name : names) {
+        paths.push_back((directory == L"/" ? "" : utf8(directory)) + "/" + name);
+        bare.push_back(name.ends_with('/') ? paths.back().substr(0, paths.back().size() - 1)
+                                           : paths.back());
+    }
+    return hintFor(utf8(missing), nearest(utf8(missing), bare).empty() ? paths : bare);
+}
 
 }  // namespace
 
@@ -74,9 +104,14 @@ void refuse(const Session& session, const std::wstring& path, const std::string&
 
 void refuseMissing(Session& session, const std::wstring& path) {
     const std::string shown = utf8(path);
-    if (session.hasDirectories() && session.store().isDirectory(path.c_str()))
-        throw Failure(kRefused, session.message(shown + " is a directory, not a file"), shown);
-    throw Failure(kRefused, session.message(shown + " is not there"), shown);
+    if (path == L"/" || (session.hasDirectories() && session.store().isDirectory(path.c_str())))
+        throw Failure(kRefused,
+                      session.message(shown + " is a directory, not a file" +
+                                      hintFor("", namesIn(session, path)) +
+                                      "; \"moradmin ls\" lists it, \"moradmin dump\" prints all"),
+                      shown);
+    throw Failure(kRefused, session.message(shown + " is not there" + missingHint(session, path)),
+                  shown);
 }
 
 }  // namespace mor::tool

@@ -29,7 +29,10 @@ CMORAdsLispVar wantedValue(const Options& options) {
     if (!given && !options.fileValue)
         throw Failure(kUsage, "a value is missing: LISP text, - for stdin or --file FILE");
     std::string text = given ? options.arguments[1] : readText(*options.fileValue);
-    if (given && text == "-") text = readText("-");
+    const bool read = !given || text == "-";
+    if (given && read) text = readText("-");
+    if (options.line && !options.asString) throw Failure(kUsage, "--line belongs to --string");
+    if (options.line && read && text.ends_with('\n')) text.pop_back();
     return options.asString ? host::makeString(wide(text)) : parsedValue(text);
 }
 

@@ -4,6 +4,7 @@
 #include "dwgfs/names.h"
 #include "host/host.h"
 #include "platform/entity.h"
+#include "tools/moradmin/changes/own_records.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/store/paths.h"
@@ -18,6 +19,8 @@
 namespace mor::tool {
 
 namespace {
+
+constexpr int kLayerCode = 8;
 
 /// Follows the links of the records as the removal does.
 class Links {
@@ -69,7 +72,8 @@ bool hasLinkTwice(const StoreState& state) {
 }
 
 void refuseLinksFromElsewhere(Session& session, const std::wstring& path) {
-    if (!hasLinkTwice(session.safeState())) return;
+    session.refuseDamagedStore();
+    if (!hasLinkTwice(session.lastState())) return;  // nor has one come since
     const Links links(session.document(), session.state());
     std::set<mor::EntityName> above;
     for (std::wstring upper = path; upper != kRootPath;) {
@@ -122,6 +126,29 @@ void removeStore(Session& session, bool extended) {
     CMOREntity entity;
     if (!anchor || !entity.Connect(*anchor)) return;
     if (entity.DeleteAttribute(kRootLink)) entity.Flush();
+}
+
+void removeTraces(Session& session) {
+    AcApDocument* document = session.document();
+    session.forget();
+    bool layerUsed = false;
+    OwnRecords own(document);
+    host::forEachRecord(document, [&](const host::RecordInfo& record) {
+        if (record.erased || own.isOwn(record) || layerUsed) return;
+        const auto layer = host::recordGroup(document, record.name, kLayerCode);
+        layerUsed = layer && isOwnLayer(wide(*layer));
+    });
+    const auto purge = [&](const char* table, std::wstring_view name) {
+        if (!host::purgeSymbol(document, table, name))
+            printNote(session.message(utf8(name) + " stays: only a DXF can lose it"));
+    };
+    if (host::hasBlock(document, kFileSystemBlock)) purge("BLOCK", kFileSystemBlock);
+    if (!host::findSymbol(document, "LAYER", kControlLayer)) return;
+    if (layerUsed)
+        printNote(session.message("the layer " + utf8(kControlLayer) +
+                                  " stays: something else lies on it"));
+    else
+        purge("LAYER", kControlLayer);
 }
 
 }  // namespace mor::tool

@@ -17,4 +17,8 @@ void removeDirectory(Session& session, const std::wstring& path);
 /// entities on the control layer inside blocks go to layer 0 too.
 void removeStore(Session& session, bool extended);
 
+/// Removes what an empty store leaves behind: its block, its layer and its application's name,
+/// where nothing else uses them; a note tells what stays and why.
+void removeTraces(Session& session);
+
 }  // namespace mor::tool

@@ -18,11 +18,38 @@ struct Branch {
     std::size_t next = 0;
 };
 
+/// What lies in a directory that was entered.
+Json treeJson(Session& session, const std::wstring& directory, Way& way) {
+    Json entries = Json::array();
+    for (const Store::Entry& entry : session.store().entries(directory)) {
+        Json object{{"name", utf8(entry.name)}, {"kind", entry.directory ? "directory" : "file"}};
+        const std::wstring path = joined(directory, entry.name);
+        if (entry.directory) object["entries"] = Json::array();
+        if (entry.directory && way.show(path)) {
+            object["entries"] = treeJson(session, path, way);
+            way.leave();
+        }
+        entries.push_back(std::move(object));
+    }
+    return entries;
+}
+
+int printTreeJson(Session& session, const Options& options, const std::wstring& top) {
+    Json object = jsonHead(options);
+    object["path"] = utf8(top);
+    Way way(session);
+    const bool entered = session.hasDirectories() && way.show(top);
+    object["entries"] = entered ? treeJson(session, top, way) : Json::array();
+    printJson(object);
+    return kDone;
+}
+
 }  // namespace
 
 int runTree(Session& session, const Options& options) {
     const std::wstring top = directoryPath(session, options.argument("/"));
     if (!isStoredDirectory(session, top)) refuseMissing(session, top);
+    if (options.json) return printTreeJson(session, options, top);
     std::cout << coloured(utf8(top), true) << "\n";
     if (!session.hasDirectories()) return kDone;
     Way way(session);

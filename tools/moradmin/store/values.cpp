@@ -14,6 +14,7 @@ CMORAdsLispVar valueOf(Session& session, const std::wstring& path) {
 Json valueJson(const Options& options, const std::wstring& path, const CMORAdsLispVar& value) {
     Json object = jsonHead(options);
     object["path"] = utf8(path);
+    object["kind"] = "file";
     addValue(object, value);
     return object;
 }

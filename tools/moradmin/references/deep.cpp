@@ -1,0 +1,119 @@
+#include "tools/moradmin/references/deep.h"
+
+#include "platform/entity_calls.h"
+#include "platform/owned.h"
+#include "platform/runtime.h"
+#include "platform/table_calls.h"
+#include "space/record_flags.h"
+#include "tools/moradmin/changes/own_records.h"
+#include "tools/moradmin/picture/geometry.h"
+#include "tools/moradmin/references/entity_record.h"
+#include "tools/moradmin/references/references.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <optional>
+#include <vector>
+
+namespace mor::tool {
+
+namespace {
+
+constexpr std::size_t kMost = 1'000'000;
+constexpr std::size_t kDeepest = 256;
+constexpr int kPaperCode = 67;
+
+/// The members of a block, by qualified name; read once.
+using Members = std::vector<mor::EntityName>;
+
+bool isSubEntity(const std::string& type) {
+    return type == "ATTRIB" || type == "VERTEX" || type == "SEQEND";
+}
+
+class Walk {
+public:
+    Walk(const Session& session, const std::function<void(const DeepEntity&)>& visit)
+        : m_document(session.document()), m_visit(visit) {}
+
+    /// The insert's block with all that lies in it, in each of its rows and columns.
+    void insert(mor::EntityName name, const CMORMathTransMatrix& owner, const std::string& way) {
+        const std::wstring block = insertedBlock(name).value_or(L"");
+        const std::wstring key = upperCase(block);
+        const std::size_t bar = key.rfind(L'|');
+        if (isOwnBlock(bar == std::wstring::npos ? key : key.substr(bar + 1)) ||
+            m_open.size() >= kDeepest || std::ranges::find(m_open, key) != m_open.end())
+            return;
+        const mor::EntityName words = name;
+        CMORAdsTransformation own;
+        if (!own.loadFromEntity(words)) return;
+        const EntityRecord record(m_document, name);
+        const host::PlaneAxes axes = record.plane();
+        const auto [sine, cosine] = host::sineAndCosine(record.real(50));
+        const Point along = fromPlane(axes, {cosine, sine, 0.0});
+        const Point upwards = fromPlane(axes, {-sine, cosine, 0.0});
+        const int columns = std::max(record.integer(70, 1), 1);
+        const int rows = std::max(record.integer(71, 1), 1);
+        m_open.push_back(key);
+        for (int row = 0; row < rows && m_count < kMost; ++row)
+            for (int column = 0; column < columns && m_count < kMost; ++column) {
+                const Point by = column * record.real(44) * along + row * record.real(45) * upwards;
+                CMORMathTransMatrix moved = owner;
+                const Point step = turned(owner, by);
+                for (std::size_t i = 0; i < 3; ++i) moved.rows[i][3] += step[i];
+                members(block, product(moved, own.matrix),
+                        (way.empty() ? "" : way + "/") + utf8(block));
+            }
+        m_open.pop_back();
+    }
+    [[nodiscard]] bool whole() const { return m_count < kMost; }
+
+private:
+    void members(const std::wstring& block, const CMORMathTransMatrix& placement,
+                 const std::string& way) {
+        for (const mor::EntityName& name : membersOf(block)) {
+            if (++m_count >= kMost) return;
+            m_visit({name, placement, way});
+            insertIfOne(name, placement, way);
+        }
+    }
+    void insertIfOne(mor::EntityName name, const CMORMathTransMatrix& placement,
+                     const std::string& way) {
+        if (insertedBlock(name)) insert(name, placement, way);
+    }
+    const Members& membersOf(const std::wstring& block) {
+        const auto [known, added] = m_blocks.try_emplace(upperCase(block));
+        if (!added) return known->second;
+        const mor::ResbufList record{acdbTblSearch(L"BLOCK", block.c_str(), 0)};
+        const resbuf* first = mor::findGroup(record, mor::kGroupFirstEntity);
+        if (first == nullptr) return known->second;
+        ads_name at{};
+        mor::EntityName(first->resval.rlname).copyTo(at);
+        CMOREntity entity;
+        do {
+            short paper = 0;
+            if (!entity.Connect(at) || isSubEntity(utf8(entity.Type().GetString()))) continue;
+            if (entity.GetGroupShort(kPaperCode, &paper) && paper != 0) continue;
+            known->second.emplace_back(at);
+        } while (acdbEntNext(at, at) == RTNORM);
+        return known->second;
+    }
+
+    AcApDocument* m_document;
+    const std::function<void(const DeepEntity&)>& m_visit;
+    std::map<std::wstring, Members> m_blocks;
+    std::vector<std::wstring> m_open;
+    std::size_t m_count = 0;
+};
+
+}  // namespace
+
+bool forEachDeepEntity(const Session& session, const std::vector<mor::EntityName>& inserts,
+                       const std::function<void(const DeepEntity&)>& visit) {
+    Walk walk(session, visit);
+    const CMORMathTransMatrix top = session.placement();
+    for (const mor::EntityName& name : inserts) walk.insert(name, top, "");
+    return walk.whole();
+}
+
+}  // namespace mor::tool
