@@ -1,5 +1,4 @@
-#include "tests/support/dxf_drawing.h"
-#include "tests/tool/tool_test.h"
+#include "tests/tool/drawing_fixture.h"
 
 #include <gtest/gtest.h>
 
@@ -11,39 +10,6 @@
 
 namespace mor::test {
 namespace {
-
-class Drawing : public ToolTest {
-protected:
-    /// The drawing's picture, of the form `draw` prints.
-    [[nodiscard]] std::string picture(const DxfDrawing& drawing,
-                                      std::vector<std::string> words = {}) {
-        words.insert(words.begin(), {"draw", drawing.save("host.dxf")});
-        const Outcome outcome = run(words);
-        EXPECT_EQ(outcome.code, 0) << outcome.err;
-        m_notes = outcome.err;
-        return outcome.out;
-    }
-    /// The data of the paths in the picture that come from that record, one a line.
-    static std::string paths(const std::string& svg, const std::string& handle) {
-        const std::regex path("<path data-handle=\"" + handle + "\"[^>]* d=\"([^\"]*)\"");
-        std::string all;
-        for (std::sregex_iterator at(svg.begin(), svg.end(), path), end; at != end; ++at)
-            all += (*at)[1].str() + "\n";
-        return all;
-    }
-    static std::string colour(const std::string& svg, const std::string& handle) {
-        std::smatch found;
-        const std::regex pattern("data-handle=\"" + handle +
-                                 "\"[^>]* (?:stroke|fill)=\"([^\"]*)\"");
-        return std::regex_search(svg, found, pattern) ? found[1].str() : "none";
-    }
-    [[nodiscard]] bool noted(const std::string& text) const {
-        return m_notes.find(text) != std::string::npos;
-    }
-
-private:
-    std::string m_notes;
-};
 
 const std::string kPolyline = "0 POLYLINE|5 C4|8 0|66 1|70 1|10 0.0|20 0.0|30 0.0|";
 
@@ -159,6 +125,29 @@ TEST_F(Drawing, BlocksAndReferencesAreDrawnWhereTheyAreInserted) {
     EXPECT_EQ(paths(inside, "F1"), "");
     EXPECT_EQ(paths(picture(host, {"--in", "PLAN", "--no-xrefs"}), "F1"), "");
     EXPECT_TRUE(noted("2 references (--no-xrefs)"));
+}
+
+TEST_F(Drawing, AMissingReferenceSaysWhatIsWrong) {
+    writeFile(file("bad.dxf"), "no drawing at all");
+    const DxfDrawing host{
+        .layers = {"0", "MOR_CONTROL_LAYER|70 1"},
+        .blocks = referenceDefinition("BAD", "bad.dxf") + referenceDefinition("GONE", "gone.dxf"),
+        .entities = insertEntity("A1", "0", "BAD") + insertEntity("A2", "0", "GONE") +
+                    lineEntity("A3", "MOR_CONTROL_LAYER")};
+    static_cast<void>(picture(host));
+    EXPECT_TRUE(noted("bad.dxf: ") && noted("gone.dxf (not there)"));
+    EXPECT_FALSE(noted("bad.dxf (not there)"));
+    EXPECT_FALSE(noted("off or frozen"));  // the store's own records are no part of the picture
+}
+
+TEST_F(Drawing, AnEmptyPictureSaysSo) {
+    const std::string host =
+        DxfDrawing{.layers = {"0", "OFF|70 0|62 -1"}, .entities = lineEntity("A1", "OFF")}.save(
+            "host.dxf");
+    const std::string other =
+        DxfDrawing{.layers = {"0"}, .entities = lineEntity("A1", "0")}.save("other.dxf");
+    expectCode(1, {{"draw", host}, {"draw", other, "--layer", "NONE"}}, "there is nothing to draw");
+    expectCode(1, {{"draw", other, "--window=50,50,60,60"}}, "nothing lies within the --window");
 }
 
 TEST_F(Drawing, CirclesInOtherPlanesAreEllipsesOrLines) {

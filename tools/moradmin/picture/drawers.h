@@ -46,6 +46,9 @@ bool drawWipeout(Pencil& pen);
 bool drawUnderlay(Pencil& pen);
 bool drawOleFrame(Pencil& pen);
 
+/// The preview that a record keeps for programs that do not know its kind.
+bool drawPreview(Pencil& pen);
+
 /// The points of a spline's record along its curve; empty when it has no usable ones.
 [[nodiscard]] std::vector<Point> splinePoints(int degree, const std::vector<double>& knots,
                                               const std::vector<Point>& controls,

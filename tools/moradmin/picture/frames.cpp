@@ -9,6 +9,7 @@ namespace mor::tool {
 namespace {
 
 constexpr double kSmallest = 1e-9;
+constexpr double kUnderlayShare = 0.3;  ///< of the box of a missing reference
 
 /// Points of a group that stands several times, in two dimensions.
 std::vector<Spot> spotsOf(const EntityRecord& record, int code) {
@@ -101,7 +102,7 @@ bool drawUnderlay(Pencil& pen) {
     const std::vector<Spot> spots = cornersOf(spotsOf(record, 11));
     const host::PlaneAxes axes = record.plane();
     if (spots.size() < 3) {  // how large it is stands in the other file alone
-        pen.desk().scene.missing(pen.place(fromPlane(axes, *at)), path);
+        pen.desk().scene.missing(pen.place(fromPlane(axes, *at)), path, kUnderlayShare);
         return true;
     }
     const auto [sine, cosine] = host::sineAndCosine(record.real(50));

@@ -17,8 +17,9 @@ constexpr int kOutermost = 16;
 constexpr int kOuterOnly = 1;
 constexpr int kIgnored = 2;
 /// A pattern of more lines is shown as a light area: one could not tell them apart.
-constexpr std::size_t kMostLines = 4000;
-constexpr std::size_t kMostDashes = 60'000;
+constexpr std::size_t kMostLines = 2000;
+constexpr std::size_t kMostDashes = 20'000;
+constexpr double kMostCuts = 5e7;  ///< lines by sides of the area
 constexpr float kLight = 0.35F;
 constexpr double kWhole = 2 * std::numbers::pi;
 
@@ -278,6 +279,9 @@ private:
         const double begin = std::min(least / pitch, most / pitch);
         const double end = std::max(least / pitch, most / pitch);
         if (!(end - begin < static_cast<double>(kMostLines))) return false;
+        std::size_t sides = 0;
+        for (const auto& part : parts) sides += part.size();
+        if ((end - begin) * static_cast<double>(sides) > kMostCuts) return false;
         for (double number = std::ceil(begin); number <= end; number += 1.0)
             if (!drawRow(parts, number * pitch, number * slide, line.dashes, path)) return false;
         return true;
@@ -322,8 +326,10 @@ private:
         while (at < to)
             for (const double dash : dashes) {
                 const double end = at + std::fabs(dash) * m_unit;
-                if (dash >= 0.0 && end >= from && at <= to) {
-                    line(std::max(at, from), std::min(end, to), y, path);
+                const double first = std::max(at, from);
+                const double last = std::min(end, to);
+                if (dash > 0.0 ? first < last : dash == 0.0 && first <= last) {
+                    line(first, last, y, path);
                     if (++m_drawn >= kMostDashes) return false;
                 }
                 at = end;

@@ -1,7 +1,9 @@
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/output.h"
+#include "tools/moradmin/picture/forms.h"
 #include "tools/moradmin/picture/views.h"
 
+#include <cmath>
 #include <string>
 #include <vector>
 
@@ -15,8 +17,10 @@ constexpr double kInch = 25.4;
 std::string paperText(const Layout& layout) {
     if (layout.model || !(layout.width > 0.0) || !(layout.height > 0.0)) return "-";
     const double unit = layout.unit == "in" ? kInch : 1.0;
-    return realText(layout.width / unit) + " x " + realText(layout.height / unit) + " " +
-           layout.unit;
+    const auto rounded = [unit](double length) {
+        return numberText(std::round(length / unit * 100.0) / 100.0);
+    };
+    return rounded(layout.width) + " x " + rounded(layout.height) + " " + layout.unit;
 }
 
 }  // namespace

@@ -42,6 +42,11 @@ float opacityOf(int transparency) {
     return static_cast<float>(static_cast<unsigned>(transparency) & 0xFFU) / 255.0F;
 }
 
+bool isOwnTransparency(std::int64_t transparency) {
+    constexpr int kOwn = 2;
+    return transparency / 0x1000000 == kOwn;
+}
+
 }  // namespace
 
 std::string Looks::qualified(const std::string& reference, const std::string& name) {
@@ -80,7 +85,7 @@ const LayerLook& Looks::layer(const std::string& name) {
     const std::string reference = bar == std::string::npos ? "" : name.substr(0, bar);
     look.lineType = qualified(reference, record.text(6));
     for (const host::RecordGroup& group : extendedData(m_document, *id, "AcCmTransparency"))
-        if (group.code == 1071)
+        if (group.code == 1071 && isOwnTransparency(readInteger(group.value).value_or(0)))
             look.opacity = opacityOf(static_cast<int>(readInteger(group.value).value_or(0xFF)));
     return found;
 }

@@ -120,7 +120,7 @@ private:
             readFormats(context.text(304), first, m_pen.look().colour, colour);
         if (text.pieces.empty()) return;
         TextBox box;
-        box.width = std::max(context.real(43), 0.0);
+        box.width = std::max(context.real(43), 0.0) * m_scale;
         box.height = first.height;
         box.spacing = context.real(45, 1.0);
         box.exactly = context.integer(170, 1) == 2;

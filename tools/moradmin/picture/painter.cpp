@@ -260,9 +260,10 @@ void Painter::paintShape(const Insert& entity, const Inserted& where) {
     Pencil pen(m_desk, entity.name, entity.record, where.placement, entity.look,
                where.reference == nullptr ? std::string() : *where.reference);
     const std::size_t before = m_scene.offered();
-    const bool drawn = draw != nullptr && draw(pen);
+    const bool drawn =
+        (draw != nullptr && draw(pen)) || m_scene.offered() > before || drawPreview(pen);
     m_where = outer;
-    if (drawn || m_scene.offered() > before) return;
+    if (drawn) return;
     const auto info = host::recordInfo(m_session.document(), entity.name);
     leaveOut(entity.origin.type + whyNotDrawn(entity.origin.type, info && info->opaque));
 }

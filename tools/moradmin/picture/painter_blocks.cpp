@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <functional>
 #include <numbers>
 #include <system_error>
 #include <utility>
@@ -66,16 +67,30 @@ void Painter::paintInsert(const Insert& insert, const Inserted& where) {
     if (!isFinite(transformed(*own, {})) || !isFinite(turned(*own, {1.0, 1.0, 1.0})))
         return leaveOut("INSERT with numbers out of range");
     if (const char* why = whyNotWithin(where, block)) return leaveOut(why);
-    paintAttributes(insert, where);
-    if (!block.first) return;
+    if (!block.first) return paintAttributes(insert, where);
     Inserted inner{{}, where.reference, insert.layer.name, insert.look, where.blocks};
     if (reference) inner.reference = &block.path;
     inner.blocks.push_back(block.key);
     const Scene::Group group = m_scene.open(insert.origin, utf8(blockName));
     const auto clipped = clipBlock(insert, product(where.placement, *own));
-    paintCells(block, insert, *own, where.placement, inner);
+    bool whole = true;
+    forEachCell(insert, where, [&](const CMORMathTransMatrix& owner) {
+        if (isFull()) return whole = false;
+        inner.placement = product(owner, *own);
+        const std::size_t before = m_scene.offered();
+        paintBlock(block, inner);
+        return m_scene.offered() > before;
+    });
+    if (!whole) leaveOut(kTooMany);
     if (clipped) m_scene.close(*clipped);
     m_scene.close(group);
+    forEachCell(insert, where, [&](const CMORMathTransMatrix& owner) {
+        Inserted cell = where;
+        cell.placement = owner;
+        const std::size_t before = m_scene.offered();
+        paintAttributes(insert, cell);
+        return m_scene.offered() > before && !isFull();
+    });
 }
 
 std::optional<Scene::Group> Painter::clipBlock(const Insert& insert,
@@ -107,8 +122,8 @@ const char* Painter::whyNotWithin(const Inserted& where, const Block& block) {
     return where.blocks.size() >= kDeepest ? "INSERT within 256 others" : nullptr;
 }
 
-void Painter::paintCells(const Block& block, const Insert& insert, const CMORMathTransMatrix& own,
-                         const CMORMathTransMatrix& owner, Inserted& inner) {
+void Painter::forEachCell(const Insert& insert, const Inserted& where,
+                          const std::function<bool(const CMORMathTransMatrix& owner)>& paintCell) {
     const EntityRecord& record = insert.record;
     const host::PlaneAxes axes = record.plane();
     const auto [sine, cosine] = host::sineAndCosine(record.real(50));
@@ -120,12 +135,7 @@ void Painter::paintCells(const Block& block, const Insert& insert, const CMORMat
         for (int column = 0; column < columns; ++column) {
             // The cells lie along the turned axes; the first one is the insert itself.
             const Point by = column * record.real(44) * along + row * record.real(45) * upwards;
-            inner.placement = product(moved(owner, by), own);
-            const std::size_t before = m_scene.offered();
-            paintBlock(block, inner);
-            if (m_scene.offered() == before) return;
-            const bool last = row + 1 == rows && column + 1 == columns;
-            if (isFull() && !last) return leaveOut(kTooMany);
+            if (!paintCell(moved(where.placement, by))) return;
         }
 }
 
@@ -167,6 +177,7 @@ void Painter::paintOwnBlock(const Insert& entity, const Inserted& where) {
     if (where.reference != nullptr) name = wide(*where.reference) + L"|" + name;
     Block& block = findBlock(name);
     lookUp(block);
+    if (block.found && !block.first && !name.empty()) return;  // it shows nothing
     if (!block.first || whyNotWithin(where, block) != nullptr) return paintShape(entity, where);
     Inserted inner{where.placement, where.reference, entity.layer.name, entity.look, where.blocks};
     if (entity.origin.type == "ACAD_TABLE") {
@@ -185,11 +196,9 @@ void Painter::paintOwnBlock(const Insert& entity, const Inserted& where) {
         inner.placement = product(where.placement, matrix);
     }
     inner.blocks.push_back(block.key);
-    const std::size_t before = m_scene.offered();
     const Scene::Group group = m_scene.open(entity.origin, utf8(name));
     paintBlock(block, inner);
     m_scene.close(group);
-    if (m_scene.strokes() == before) paintShape(entity, where);
 }
 
 bool Painter::paintPart(const Pencil& pen, const std::string& blockName,

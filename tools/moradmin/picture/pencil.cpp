@@ -65,6 +65,14 @@ Style Pencil::line(int colour, const std::string& lineType) const {
     return style;
 }
 
+Style Pencil::ruled(int colour, double height) const {
+    constexpr double kThick = 0.06;  // of the letters
+    Style style = line(colour, "");
+    style.weight = 0.0F;
+    if (height < kFarthest) style.width = static_cast<float>(kThick * height);
+    return style;
+}
+
 Style Pencil::area(int colour) const {
     Style style;
     style.rgb = m_desk.palette.area(colour);
@@ -110,7 +118,9 @@ void Pencil::letters(const Sheet& sheet, double x, double y, const FormattedText
         Path path = this->path();
         path.moveTo(sheet.spot(x + one.x1, y + one.y1));
         path.lineTo(sheet.spot(x + one.x2, y + one.y2));
-        stroke(path, line(text.formats[one.format].colour.value_or(m_look.colour), ""));
+        const TextFormat& format = text.formats[one.format];
+        const double unit = std::hypot(sheet.up[0], sheet.up[1], sheet.up[2]);
+        stroke(path, ruled(format.colour.value_or(m_look.colour), format.height * unit));
     }
 }
 

@@ -76,6 +76,8 @@ public:
 
     [[nodiscard]] Style line() const { return line(m_look.colour, m_look.lineType); }
     [[nodiscard]] Style line(int colour, const std::string& lineType) const;
+    /// A line that belongs to letters of that height on the picture.
+    [[nodiscard]] Style ruled(int colour, double height) const;
     [[nodiscard]] Style area() const { return area(m_look.colour); }
     [[nodiscard]] Style area(int colour) const;
 

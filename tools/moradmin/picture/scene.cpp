@@ -153,10 +153,10 @@ void Scene::mark(const Point& at, const Point& right, const Point& up, const Sty
     defer({Deferred::Kind::Mark, 0, at - m_shift, right, up, style, {}, {}});
 }
 
-void Scene::missing(const Point& place, const std::string& text) {
+void Scene::missing(const Point& place, const std::string& text, double share) {
     Style grey;
     grey.rgb = kGrey;
-    defer({Deferred::Kind::Box, 0, place - m_shift, {}, {}, grey, text, {}});
+    defer({Deferred::Kind::Box, 0, place - m_shift, {share, 0.0, 0.0}, {}, grey, text, {}});
 }
 
 Scene::Group Scene::open(const Origin& origin, const std::string& block) {
@@ -198,7 +198,7 @@ void Scene::finish(const Marks& marks, const std::optional<Extent>& window) {
     for (const Deferred& one : m_deferred) {
         m_owners.push_back(m_owners[one.origin]);
         if (one.kind == Deferred::Kind::Mark) drawMark(one, marks, size);
-        if (one.kind == Deferred::Kind::Box) drawBox(one, longerSide(drawn) * kBox);
+        if (one.kind == Deferred::Kind::Box) drawBox(one, longerSide(drawn) * kBox * one.first[0]);
     }
     // Rays last: they go to the edge of all that is not endless.
     Extent all = window.value_or(m_extent);
@@ -224,7 +224,7 @@ void Scene::drawRay(const Deferred& ray, const Extent& all) {
             if (at < least || at > most) to = from - 1.0;
             return;
         }
-        const auto [first, last] = std::minmax((least - at) / step, (most - at) / step);
+        const auto [first, last] = std::minmax({(least - at) / step, (most - at) / step});
         from = std::max(from, first);
         to = std::min(to, last);
     };

@@ -89,7 +89,8 @@ public:
     /// A mark for a point, by $PDMODE and $PDSIZE.
     void mark(const Point& at, const Point& right, const Point& up, const Style& style);
     /// A dashed box at a place where something is missing, with a text in it.
-    void missing(const Point& place, const std::string& text);
+    /// `share`: how large the box is, of the usual size.
+    void missing(const Point& place, const std::string& text, double share = 1.0);
 
     /// What follows, up to `close`, belongs to that record. Leaves no trace when nothing follows.
     /// With a path only what lies within it shows.

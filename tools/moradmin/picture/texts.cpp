@@ -3,7 +3,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <tuple>
+#include <utility>
 
 namespace mor::tool {
 
@@ -20,6 +22,7 @@ constexpr int kBottom = 1;
 constexpr int kMiddle = 2;
 constexpr int kTop = 3;
 constexpr double kBelow = 0.3;        ///< how far letters reach below, in heights
+constexpr double kMostBelow = 0.28;   ///< the same, of texts of many lines
 constexpr double kLine = 0.2;         ///< of lines above and below
 constexpr double kStackPitch = 1.35;  ///< from letter to letter of a vertical text
 constexpr double kSmallest = 1e-9;    ///< a length that counts as none
@@ -119,7 +122,7 @@ private:
         Path path = m_pen.path();
         path.moveTo(m_sheet.spot(x, y));
         path.lineTo(m_sheet.spot(x + width, y));
-        m_pen.stroke(path, m_pen.line(m_pen.look().colour, ""));
+        m_pen.stroke(path, m_pen.ruled(m_pen.look().colour, m_format.height * m_pen.scale()));
     }
     /// Letter below letter, each in the middle.
     void drawVertical() {
@@ -175,6 +178,33 @@ void readColumns(const EntityRecord& record, TextBox& box) {
         std::clamp(count > 0 ? static_cast<double>(count) : fitting, 1.0, 1000.0));
 }
 
+/// The same, from the extended data of older ones: codes and values by turns.
+void readOldColumns(const std::vector<host::RecordGroup>& data, TextBox& box) {
+    constexpr int kMarker = 1000;
+    std::map<int, double> values;
+    std::vector<double> heights;
+    int code = 0;
+    for (const host::RecordGroup& group : data) {
+        const double value = readReal(group.value).value_or(0.0);
+        if (group.code == kMarker)
+            code = 0;
+        else if (code == 0)
+            code = static_cast<int>(value);
+        else if (code == 50 && group.code == 1070)
+            continue;  // how many heights follow
+        else if (code == 50)
+            heights.push_back(value);
+        else
+            values[std::exchange(code, 0)] = value;
+    }
+    if (values[75] == 0.0 || !(values[48] > 0.0) || values[76] < 2.0) return;
+    box.width = values[48];
+    box.gutter = values[49];
+    box.columns = static_cast<std::size_t>(std::min(values[76], 1000.0));
+    if (values[46] > 0.0) heights = {values[46]};
+    box.columnHeights = heights;
+}
+
 class LongText {
 public:
     LongText(Pencil& pen, const EntityRecord& record) : m_pen(pen), m_record(record) {}
@@ -201,10 +231,13 @@ public:
         box.exactly = m_record.integer(73, 1) == 2;
         box.across = attached % 3;
         readColumns(m_record, box);
+        if (m_record.embedded().empty() && m_record.type() == "MTEXT")
+            readOldColumns(extendedData(m_pen.desk().document, m_pen.name(), "ACAD"), box);
         const TextLayout layout = layOut(text, box, m_pen.desk().fonts);
         const double whole = box.columns > 1 || box.width <= 0.0 ? layout.width : box.width;
         const double x = -whole * (attached % 3) / 2;
-        const double y = layout.height * (attached / 3) / 2;
+        const int down = attached / 3;  // by the lowest part of letters, not by their base line
+        const double y = layout.height * down / 2 + (down == 2 ? kMostBelow * first.height : 0.0);
         const Sheet sheet = sheetAt(*at);
         drawBackground(sheet, x, y, whole, layout.height, first.height);
         m_pen.letters(sheet, x, y, text, layout);
@@ -214,13 +247,9 @@ public:
 private:
     [[nodiscard]] Sheet sheetAt(const Point& at) const {
         const host::PlaneAxes axes = m_record.plane();
-        Point right;
-        if (const auto way = m_record.point(11)) {
-            right = *way;
-        } else {
-            const auto [sine, cosine] = host::sineAndCosine(m_record.real(50));
-            right = fromPlane(axes, {cosine, sine, 0.0});
-        }
+        // Directions are those of the owner, also where the text is seen from behind.
+        const auto [sine, cosine] = host::sineAndCosine(m_record.real(50));
+        Point right = m_record.point(11, Point{cosine, sine, 0.0});
         const double length =
             std::sqrt(right[0] * right[0] + right[1] * right[1] + right[2] * right[2]);
         right = length > kSmallest ? (1.0 / length) * right : axes[0];

@@ -232,6 +232,27 @@ std::optional<mor::EntityName> extensionEntry(const AcApDocument* document, mor:
     return at;
 }
 
+namespace {
+
+/// The boundary of what an inverted filter cuts out. The filter itself holds a boundary around the
+/// rest, for programs that know no inverted ones.
+std::vector<Point> cutOut(const AcApDocument* document, mor::EntityName name,
+                          const EntityRecord& filter) {
+    std::vector<Point> corners;
+    const auto id = extensionEntry(document, name, filter, {"ACAD_XREC_ROUNDTRIP"});
+    if (!id) return corners;
+    bool within = false;
+    for (const host::RecordGroup& group : host::recordGroups(document, *id)) {
+        const double value = readReal(group.value).value_or(0.0);
+        if (group.code == 102) within = group.value == "ACAD_INVERTEDCLIP_ROUNDTRIP";
+        if (within && group.code == 10) corners.push_back({value, 0.0, 0.0});
+        if (within && group.code == 20 && !corners.empty()) corners.back()[1] = value;
+    }
+    return corners;
+}
+
+}  // namespace
+
 std::optional<BlockClip> clipOf(const AcApDocument* document, mor::EntityName name,
                                 const EntityRecord& insert) {
     const auto id = extensionEntry(document, name, insert, {"ACAD_FILTER", "SPATIAL"});
@@ -251,6 +272,11 @@ std::optional<BlockClip> clipOf(const AcApDocument* document, mor::EntityName na
         else if (group.code == 40)
             numbers.push_back(value);
     }
+    BlockClip clip;
+    if (const auto cut = cutOut(document, *id, filter); cut.size() > 1) {
+        corners = cut;
+        clip.inverted = true;
+    }
     if (corners.size() < 2 || numbers.size() < 24) return std::nullopt;
     if (corners.size() == 2)
         corners = {corners[0],
@@ -260,7 +286,6 @@ std::optional<BlockClip> clipOf(const AcApDocument* document, mor::EntityName na
     // From the boundary's own plane into the space, and from there into the block.
     const CMORMathTransMatrix intoBlock = readMatrix(numbers, 0);
     const CMORMathTransMatrix intoPlane = readMatrix(numbers, 12);
-    BlockClip clip;
     for (const Point& corner : corners) {
         // The second matrix turns and moves only: its inverse is its transposed one.
         Point back{};
@@ -269,8 +294,6 @@ std::optional<BlockClip> clipOf(const AcApDocument* document, mor::EntityName na
                 back[i] += intoPlane.rows[row][i] * (corner[row] - intoPlane.rows[row][3]);
         clip.corners.push_back(transformed(intoBlock, back));
     }
-    const auto inverted = extensionEntry(document, *id, filter, {"ACAD_INVERTEDCLIP_ROUNDTRIP"});
-    clip.inverted = inverted.has_value();
     return clip;
 }
 
