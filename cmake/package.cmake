@@ -46,10 +46,13 @@ set(CPACK_PACKAGE_DESCRIPTION_SUMMARY
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION utils)
+# The fonts that stand for those of drawings.
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "fonts-dejavu-core, fonts-liberation")
 find_program(DPKG_SHLIBDEPS dpkg-shlibdeps)
 if(DPKG_SHLIBDEPS)
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 else()
-  set(CPACK_DEBIAN_PACKAGE_DEPENDS "libc6, libstdc++6")
+  string(APPEND CPACK_DEBIAN_PACKAGE_DEPENDS
+         ", libc6, libstdc++6, libcairo2, libfreetype6, libfontconfig1")
 endif()
 include(CPack)

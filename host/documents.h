@@ -50,6 +50,16 @@ struct Damage {
     std::size_t places = 0;    ///< how many cannot be read when all else is, `text` is of the first
 };
 
+/// Variables of the header that say how the drawing shows; as a new drawing has them where the
+/// header does not say.
+struct DrawingSettings {
+    double lineTypeScale = 1.0;  ///< $LTSCALE
+    int pointMode = 0;           ///< $PDMODE
+    double pointSize = 0.0;      ///< $PDSIZE
+    bool filled = true;          ///< $FILLMODE
+    int insertionUnits = 0;      ///< $INSUNITS
+};
+
 struct DocumentInfo {
     std::filesystem::path path;  ///< empty for one that was never opened from or saved to a file
     Release release = Release::R12;
@@ -65,6 +75,7 @@ struct DocumentInfo {
     std::size_t records = 0;  ///< group-0 records of the file, structure included
     std::uint64_t handleSeed = 0;
     std::optional<Damage> damage;  ///< of a drawing that is read as far as it goes
+    DrawingSettings settings;
 };
 [[nodiscard]] DocumentInfo documentInfo(const AcApDocument* document);
 

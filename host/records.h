@@ -70,6 +70,10 @@ void forEachRecord(const AcApDocument* document,
 /// The record that a handle look-up finds, erased ones included.
 [[nodiscard]] std::optional<mor::EntityName> findHandle(const AcApDocument* document,
                                                         std::wstring_view handle);
+/// The same in the drawing that holds the record `beside`, which may be a reference.
+[[nodiscard]] std::optional<mor::EntityName> findHandleBeside(const AcApDocument* document,
+                                                              mor::EntityName beside,
+                                                              std::wstring_view handle);
 /// All groups with pending edits applied, group 0 first.
 [[nodiscard]] std::vector<RecordGroup> recordGroups(const AcApDocument* document,
                                                     mor::EntityName name);

@@ -65,6 +65,14 @@ std::optional<EntityName> findHandle(const AcApDocument* document, std::wstring_
     return number == 0 ? std::nullopt : std::optional(drawing.nameOf(number));
 }
 
+std::optional<EntityName> findHandleBeside(const AcApDocument* document, EntityName beside,
+                                           std::wstring_view handle) {
+    const Located found = locate(*document, beside);
+    if (!found) return std::nullopt;
+    const RecordNumber number = found.drawing->handles().find(handleOfText(handle));
+    return number == 0 ? std::nullopt : std::optional(found.nameOf(number));
+}
+
 }  // namespace mor::host
 
 using mor::host::RecordNumber;

@@ -51,15 +51,17 @@ private:
 };
 
 /// Whether the character stands for itself wherever it stands.
-bool Matcher::isLiteral(wchar_t c) {
+bool Matcher::isLiteral(wchar_t wide) {
     constexpr auto bits = [] {
         std::array<std::uint64_t, 2> special{};
-        for (const unsigned char each : std::string_view("#@.*?[`,"))
-            special[each / 64] |= std::uint64_t{1} << (each % 64);
+        for (const char c : std::string_view("#@.*?[`,")) {
+            const auto code = static_cast<unsigned char>(c);
+            special[code / 64] |= std::uint64_t{1} << (code % 64);
+        }
         return special;
     }();
     const auto code =
-        static_cast<std::uint32_t>(c);  // NOLINT(bugprone-signed-char-misuse): no char
+        static_cast<std::uint32_t>(wide);  // NOLINT(bugprone-signed-char-misuse): no char
     return code >= 128 || (bits[code / 64] >> (code % 64) & 1U) == 0;
 }
 

@@ -130,6 +130,7 @@ DocumentInfo documentInfo(const AcApDocument* document) {
     info.records = drawing.lastFileRecord();
     info.handleSeed = drawing.seed();
     info.damage = drawing.damage();
+    info.settings = drawing.settings();
     return info;
 }
 

@@ -74,15 +74,31 @@ std::optional<RecordInfo> recordInfo(const AcApDocument* document, EntityName na
     return found ? std::optional(infoOf(found)) : std::nullopt;
 }
 
+namespace {
+
+/// Whether bytes mean the same in every encoding: letters and digits, nothing that begins a code.
+bool isPlain(std::string_view bytes) {
+    return std::ranges::all_of(
+        bytes, [](char c) { return c >= ' ' && c < 0x7F && c != '\\' && c != '^'; });
+}
+
+}  // namespace
+
 std::vector<RecordGroup> recordGroups(const AcApDocument* document, EntityName name) {
     std::vector<RecordGroup> groups;
     const Located found = locate(*document, name);
     if (!found) return groups;
     Drawing& drawing = *found.drawing;
-    for (const GroupList record = drawing.groupsOf(found.number); const Group& group : record) {
+    const GroupList record = drawing.groupsOf(found.number);
+    groups.reserve(record.size());
+    for (const Group& group : record) {
         const bool padded = codeKind(group.code()) != CodeKind::Text && group.isText();
-        const std::wstring value =
-            padded ? drawing.text().decode(group.bare()) : drawing.decoded(group);
+        const std::string_view bytes = padded ? group.bare() : group.text();
+        if (group.isText() && isPlain(bytes)) {
+            groups.push_back({group.code(), std::string(bytes)});
+            continue;
+        }
+        const std::wstring value = padded ? drawing.text().decode(bytes) : drawing.decoded(group);
         groups.push_back({group.code(), toUtf8(value)});
     }
     return groups;

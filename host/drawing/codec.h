@@ -36,7 +36,8 @@ struct Skeleton {
     std::string codePage;  ///< $DWGCODEPAGE as the file has it; empty when it has none
     std::uint64_t seed = 0;
     std::optional<std::array<double, 3>> insertionBase;  ///< $INSBASE
-    std::string form = "DXF";                            ///< "DXF", "binary DXF" or "DWG"
+    DrawingSettings settings;
+    std::string form = "DXF";          ///< "DXF", "binary DXF" or "DWG"
     std::string unwritable;            ///< why it cannot be written at all; empty when it can
     std::uint64_t deadBytes = 0;       ///< among the records, of older versions of them
     std::string lineEnd;               ///< "LF" or "CRLF"; empty where there are no lines

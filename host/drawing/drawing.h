@@ -48,6 +48,7 @@ public:
     [[nodiscard]] const std::optional<std::array<double, 3>>& insertionBase() const {
         return m_skeleton.insertionBase;
     }
+    [[nodiscard]] const DrawingSettings& settings() const { return m_skeleton.settings; }
     [[nodiscard]] const TextCoding& text() const { return m_text; }
     /// How a new record of that type looks: as the file's own ones, else as its table records or
     /// its entities do. From R13 on all have markers.

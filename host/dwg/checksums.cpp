@@ -1,5 +1,6 @@
 #include "host/dwg/checksums.h"
 
+#include "host/dwg/wide_sums.h"
 #include "host/faults.h"
 
 #include <algorithm>
@@ -13,7 +14,6 @@ constexpr std::size_t kStride = 8;
 constexpr std::uint32_t kModulus = 65521;
 /// After so many bytes the running sums have to be reduced.
 constexpr std::size_t kSafeBytes = 0x15B0;
-constexpr std::uint32_t kBlock = 64;
 
 template <typename Word>
 constexpr std::array<std::array<Word, 256>, kStride> crcTables(Word polynomial) {
@@ -39,32 +39,24 @@ unsigned char at(std::string_view bytes, std::size_t index) {
     return static_cast<unsigned char>(bytes[index]);
 }
 
-struct Adler {
-    std::uint32_t first;
-    std::uint32_t second;
+void addByte(RunningSums& sums, char c) {
+    sums.first += static_cast<unsigned char>(c);
+    sums.second += sums.first;
+}
 
-    void add(unsigned char byte) {
-        first += byte;
-        second += first;
-    }
-    /// A block at once: what each byte adds to the second sum is known by its place.
-    void addBlock(const char* bytes) {
-        std::uint32_t sum = 0;
-        std::uint32_t weighted = 0;
-        for (std::uint32_t i = 0; i < kBlock; ++i) {
-            const std::uint32_t byte = static_cast<unsigned char>(bytes[i]);
-            sum += byte;
-            weighted += (kBlock - i) * byte;
-        }
-        second += kBlock * first + weighted;
-        first += sum;
-    }
-    void reduce() {
-        first %= kModulus;
-        second %= kModulus;
-    }
-    [[nodiscard]] std::uint32_t sum() const { return second << 16U | first; }
-};
+void reduce(RunningSums& sums) {
+    sums.first %= kModulus;
+    sums.second %= kModulus;
+}
+
+std::uint32_t joined(const RunningSums& sums) { return sums.second << 16U | sums.first; }
+
+/// Adds a stretch that is short enough; the rest of less than a block byte by byte.
+void addStretch(RunningSums& sums, std::string_view part) {
+    const std::size_t blocks = part.size() / kSumBlock;
+    addBlocks(sums, part.data(), blocks, false);
+    for (const char c : part.substr(blocks * kSumBlock)) addByte(sums, c);
+}
 
 /// In which order the last bytes of a stretch are taken, of a rest of 4 to 7.
 constexpr std::array<std::array<std::uint8_t, 7>, 4> kRests = {
@@ -73,6 +65,9 @@ constexpr std::array<std::array<std::uint8_t, 7>, 4> kRests = {
 }  // namespace
 
 std::uint16_t crc16(std::uint16_t seed, std::string_view bytes) {
+    std::array<char, kFoldBytes> folded{};
+    if (const std::size_t taken = foldCrc16(seed, bytes, folded.data()); taken != 0)
+        return crc16(crc16(0, {folded.data(), folded.size()}), bytes.substr(taken));
     unsigned crc = seed;
     std::size_t i = 0;
     for (; i + kStride <= bytes.size(); i += kStride) {
@@ -97,33 +92,33 @@ std::uint32_t crc32(std::string_view bytes) {
 }
 
 std::uint32_t pageSum(std::uint32_t seed, std::string_view bytes) {
-    Adler adler{seed & 0xFFFFU, seed >> 16U};
+    RunningSums sums{seed & 0xFFFFU, seed >> 16U};
     while (!bytes.empty()) {
         const std::string_view part = bytes.substr(0, kSafeBytes);
-        std::size_t i = 0;
-        for (; i + kBlock <= part.size(); i += kBlock) adler.addBlock(part.data() + i);
-        for (; i < part.size(); ++i) adler.add(at(part, i));
-        adler.reduce();
+        addStretch(sums, part);
+        reduce(sums);
         bytes.remove_prefix(part.size());
     }
-    return adler.sum();
+    return joined(sums);
 }
 
 std::uint32_t pageSum2007(std::string_view bytes) {
     const auto start = static_cast<std::uint32_t>(bytes.size()) * 0x343FDU + 0x269EC3U;
-    Adler adler{start & 0xFFFFU, start >> 16U};
+    RunningSums sums{start & 0xFFFFU, start >> 16U};
     while (!bytes.empty()) {
         const std::string_view part = bytes.substr(0, kSafeBytes);
-        std::size_t i = 0;
+        const std::size_t blocks = part.size() / kSumBlock;
+        addBlocks(sums, part.data(), blocks, true);
+        std::size_t i = blocks * kSumBlock;
         for (; i + 8 <= part.size(); i += 8)
-            for (const std::size_t place : {6, 7, 4, 5, 2, 3, 0, 1}) adler.add(at(part, i + place));
+            for (std::size_t k = 0; k < 8; ++k) addByte(sums, part[i + (k ^ 6U)]);
         const std::size_t rest = part.size() - i;
         for (std::size_t k = 0; k < rest; ++k)
-            adler.add(at(part, i + (rest < 4 ? k : kRests[rest - 4][k])));
-        adler.reduce();
+            addByte(sums, part[i + (rest < 4 ? k : kRests[rest - 4][k])]);
+        reduce(sums);
         bytes.remove_prefix(part.size());
     }
-    return adler.sum();
+    return joined(sums);
 }
 
 std::string byteSequence(std::size_t count) {

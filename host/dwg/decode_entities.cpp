@@ -30,7 +30,7 @@ void decodeLine(RecordReader& record) {
         end = in.bitPoint3();
     } else {
         const bool flat = in.bit();
-        for (const std::size_t i : {0, 1, 2}) {
+        for (const std::size_t i : {0U, 1U, 2U}) {
             if (i == 2 && flat) break;
             start[i] = in.real();
             end[i] = in.data().differingReal(start[i]);

@@ -17,10 +17,16 @@ Result<std::unique_ptr<DwgFile>> DwgFile::open(std::shared_ptr<Source> source,
     return opened;
 }
 
-std::string DwgFile::readContents() {
-    auto classes = readClasses(m_sections);
-    if (!classes) return "its classes cannot be read";
-    m_classes = std::move(*classes);
+std::unique_ptr<DwgFile> DwgFile::withoutObjects(Release release, std::vector<DwgClass> classes) {
+    DwgSections sections;
+    sections.start.release = release;
+    std::unique_ptr<DwgFile> file(new DwgFile(makeBufferSource({}), std::move(sections)));
+    file->keepClasses(std::move(classes));
+    return file;
+}
+
+void DwgFile::keepClasses(std::vector<DwgClass> classes) {
+    m_classes = std::move(classes);
     for (const DwgClass& known : m_classes) {
         if (known.number < kDwgFirstClass) continue;
         const std::size_t index = known.number - std::size_t{kDwgFirstClass};
@@ -29,6 +35,12 @@ std::string DwgFile::readContents() {
         m_entityClasses[index] = known.entity;
         m_classesByNumber[index] = &known;
     }
+}
+
+std::string DwgFile::readContents() {
+    auto classes = readClasses(m_sections);
+    if (!classes) return "its classes cannot be read";
+    keepClasses(std::move(*classes));
     const auto header = readHeaderVariables(m_sections);
     if (!header) return "its header variables cannot be read";
     m_header = *header;

@@ -22,6 +22,8 @@ public:
     /// Errors: those of `readSections`, and damage of what leads to the objects.
     static Result<std::unique_ptr<DwgFile>> open(std::shared_ptr<Source> source,
                                                  const std::string& file);
+    /// One without objects, which decodes those of others.
+    static std::unique_ptr<DwgFile> withoutObjects(Release release, std::vector<DwgClass> classes);
 
     [[nodiscard]] const Source& source() const { return *m_source; }
     [[nodiscard]] Release release() const { return m_sections.start.release; }
@@ -35,6 +37,7 @@ public:
     [[nodiscard]] ObjectFrame frame(std::uint64_t place, bool testSum = false) const {
         return frameAt(m_sections.objects, place, release(), m_entityClasses, testSum);
     }
+    [[nodiscard]] const std::vector<bool>& entityClasses() const { return m_entityClasses; }
     /// Nothing when there is no such object, or it is damaged or another one.
     [[nodiscard]] std::optional<ObjectFrame> frameOf(std::uint64_t handle) const;
     /// The type as DXF names it; null for a class that is not known.
@@ -56,6 +59,7 @@ private:
     DwgFile(std::shared_ptr<Source> source, DwgSections sections)
         : m_source(std::move(source)), m_sections(std::move(sections)) {}
     [[nodiscard]] std::string readContents();
+    void keepClasses(std::vector<DwgClass> classes);
     [[nodiscard]] std::string readName(std::uint64_t handle) const;
 
     std::shared_ptr<Source> m_source;

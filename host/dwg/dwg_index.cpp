@@ -149,6 +149,8 @@ void Indexer::fillFacts() {
     m_skeleton.codePage = codePageName(start.codePage);
     m_skeleton.seed = m_file.header().seed;
     m_skeleton.insertionBase = m_file.header().insertionBase;
+    m_skeleton.settings = m_file.header().settings;
+    m_skeleton.settings.insertionUnits = m_file.header().insertionUnits;
     m_skeleton.sawOwners = true;
     m_skeleton.sawEof = true;
     m_skeleton.carets = false;

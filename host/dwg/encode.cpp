@@ -409,7 +409,7 @@ void ObjectEncoder::addInsert(Making& making, const GroupList& record) const {
     data.bits(usual ? 3 : 0, 2);
     if (!usual) {
         data.real(scale[0]);
-        for (const std::size_t i : {1, 2}) {
+        for (const std::size_t i : {1U, 2U}) {
             data.bits(3, 2);
             data.real(scale[i]);
         }
@@ -442,7 +442,7 @@ void ObjectEncoder::addText(Making& making, const GroupList& record) const {
     data.real(point[0]);
     data.real(point[1]);
     if (aligned)
-        for (const std::size_t i : {0, 1}) {
+        for (const std::size_t i : {0U, 1U}) {
             data.bits(3, 2);
             data.real(alignment[i]);
         }

@@ -113,7 +113,9 @@ void HeaderReader::readSettings() {
     if (m_fields.upTo(Release::R2000)) pass("h");
     pass("b:2");
     passOld("b");
-    pass("b:7");
+    pass("b:3");
+    m_header.settings.filled = m_fields.bit();
+    pass("b:3");
     passOld("b");
     passSince(Release::R2004, "b");
     pass("b:4");
@@ -129,11 +131,14 @@ void HeaderReader::readSettings() {
     passOld("s");
     pass("s");
     passOld("s");
-    pass("s");
+    m_header.settings.pointMode = m_fields.bitShort();
     passOld("s");
     passSince(Release::R2004, "l:3");
     pass("s:19");
-    pass("d:21");
+    m_header.settings.lineTypeScale = m_fields.bitReal();
+    pass("d:6");
+    m_header.settings.pointSize = m_fields.bitReal();
+    pass("d:13");
     if (m_fields.upTo(Release::R2004)) pass("t");
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/documents.h"
 #include "host/dwg/fields.h"
 #include "host/dwg/sections.h"
 
@@ -18,6 +19,7 @@ struct DwgHeader {
     Point3 paperInsertionBase{};
     bool tileMode = false;
     std::int16_t insertionUnits = 0;
+    DrawingSettings settings;  ///< but for the units
     // Control objects of the tables.
     std::uint64_t blocks = 0;
     std::uint64_t layers = 0;

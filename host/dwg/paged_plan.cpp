@@ -192,7 +192,7 @@ std::string PagedPlanner::systemPage(std::uint32_t type, const std::string& map)
 std::string PagedPlanner::sectionMap() const {
     std::string map;
     const std::size_t count = m_layout.sections.size();
-    for (const std::size_t value : {count, std::size_t{2}, kPageBytes, std::size_t{0}, count})
+    for (const std::size_t value : {count, std::size_t{2U}, kPageBytes, std::size_t{0}, count})
         appendNumber(map, value, 4);
     for (const PagedSection& section : m_layout.sections) {
         appendNumber(map, section.size, 8);
@@ -246,7 +246,7 @@ void PagedPlanner::writeHead() {
         bytes.replace(at, count, number);
     };
     // Preview and properties follow their pages: the address of the page, mostly and 0x20.
-    for (const std::size_t at : {0x0D, 0x20, 0x24, 0x2C}) {
+    for (const std::size_t at : {0x0DU, 0x20U, 0x24U, 0x2CU}) {
         const std::uint64_t old = ByteReader(std::string_view(head).substr(at)).longWord();
         for (const Page& page : m_layout.pages) {
             if (page.number < 0 || old < page.address || old >= page.address + page.size) continue;
@@ -257,7 +257,7 @@ void PagedPlanner::writeHead() {
     std::string block = m_layout.block;
     const std::uint64_t copyAt = m_layout.pageMapAddress + m_pageMapPage.size();
     const std::uint64_t sizes = m_pages.back().address + m_pages.back().size - kFirstPageAt;
-    for (const std::size_t at : {0x18, 0x1C, 0x20, 0x3C, 0x64}) set(block, at, 0, 4);
+    for (const std::size_t at : {0x18U, 0x1CU, 0x20U, 0x3CU, 0x64U}) set(block, at, 0, 4);
     set(block, 0x28, static_cast<std::uint32_t>(m_layout.pageMapNumber), 4);
     set(block, 0x2C, sizes, 8);
     set(block, 0x34, copyAt, 8);

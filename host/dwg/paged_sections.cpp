@@ -191,10 +191,13 @@ std::string placePage(const Source& source, const PageLayout& layout, const Page
         payload.copy(out->data() + start, std::min(payload.size(), room));
         return {};
     }
-    std::string unpacked(kPackedPageBytes, '\0');
-    if (!unpack(payload, unpacked.data(), unpacked.size())) return "it cannot be unpacked";
-    unpacked.copy(out->data() + start, std::min(unpacked.size(), room));
-    return {};
+    // The last page has room for more than its section.
+    std::string last(room < kPackedPageBytes ? kPackedPageBytes : 0, '\0');
+    char* const to = last.empty() ? out->data() + start : last.data();
+    const bool fits = unpack(payload, to, kPackedPageBytes);
+    if (fits) last.copy(out->data() + start, room);
+    if (!fits && last.empty()) std::fill_n(to, kPackedPageBytes, '\0');
+    return fits ? "" : "it cannot be unpacked";
 }
 
 }  // namespace

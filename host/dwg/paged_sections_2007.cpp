@@ -1,5 +1,6 @@
 #include "host/dwg/bits.h"
 #include "host/dwg/checksums.h"
+#include "host/dwg/code_words.h"
 #include "host/dwg/sections.h"
 #include "host/dwg/unpack.h"
 
@@ -15,9 +16,6 @@ namespace {
 
 constexpr std::uint64_t kHeaderAt = 0x80;
 constexpr std::size_t kHeaderWords = 3;
-constexpr std::size_t kCodeWord = 255;
-constexpr std::size_t kSystemData = 239;
-constexpr std::size_t kPageData = 251;
 constexpr std::size_t kHeaderBytes = 0x110;
 constexpr std::uint64_t kPagesAt = 0x480;
 constexpr std::uint64_t kLargestSystemPage = std::uint64_t{64} << 20U;
@@ -54,8 +52,9 @@ std::optional<std::string> unpacked(std::string_view packed, std::uint64_t size)
 }
 
 std::optional<Header> readHeader2007(const Source& source) {
-    const std::string coded = source.read(kHeaderAt, kHeaderWords * kCodeWord);
+    const std::string coded = source.read(kHeaderAt, kHeaderWords * kCodeWordBytes);
     const std::string data = deinterleaved(coded, kHeaderWords, kSystemData);
+    if (!parityHolds(coded, kHeaderWords, kSystemData)) return std::nullopt;
     ByteReader reader(data);
     static_cast<void>(reader.bytes(24));
     const auto length = static_cast<std::int32_t>(reader.longWord());
@@ -83,10 +82,11 @@ std::optional<std::string> systemPage(const Source& source, std::uint64_t addres
         return std::nullopt;
     const std::uint64_t coded = roundedUp(packed, 8) * repeats;
     const std::uint64_t words = (coded + kSystemData - 1) / kSystemData;
-    if (words > source.size() / kCodeWord) return std::nullopt;
-    const std::string data = deinterleaved(source.read(address, words * kCodeWord),
-                                           static_cast<std::size_t>(words), kSystemData);
-    if (data.size() < packed) return std::nullopt;
+    if (words > source.size() / kCodeWordBytes) return std::nullopt;
+    const std::string bytes = source.read(address, words * kCodeWordBytes);
+    const std::string data = deinterleaved(bytes, static_cast<std::size_t>(words), kSystemData);
+    if (data.size() < packed || !parityHolds(bytes, static_cast<std::size_t>(words), kSystemData))
+        return std::nullopt;
     return unpacked(std::string_view(data).substr(0, static_cast<std::size_t>(packed)), size);
 }
 
@@ -113,15 +113,16 @@ public:
 
     std::string open();
     [[nodiscard]] const std::vector<Section2007>& sections() const { return m_sections; }
-    /// Reads a section into `out`; answers what is wrong with its first damaged page.
-    std::string read(const Section2007& section, std::string& out) const;
+    /// Reads a section into `out`; answers what is wrong with its first damaged page. Damage that
+    /// leaves its data as they were is noted.
+    std::string read(const Section2007& section, std::string& out, DamageNotes& notes) const;
 
 private:
     bool readPageMap(std::string_view map);
     bool readSectionMap(std::string_view map);
     /// Nothing when the page is damaged.
-    [[nodiscard]] std::optional<std::string> page(const Section2007& section,
-                                                  const Part& part) const;
+    [[nodiscard]] std::optional<std::string> page(const Section2007& section, const Part& part,
+                                                  DamageNotes& notes) const;
 
     const Source& m_source;
     std::map<std::int64_t, std::pair<std::uint64_t, std::uint64_t>> m_pages;  ///< address, size
@@ -192,17 +193,20 @@ bool File2007::readSectionMap(std::string_view map) {
     return !reader.failed();
 }
 
-std::optional<std::string> File2007::page(const Section2007& section, const Part& part) const {
+std::optional<std::string> File2007::page(const Section2007& section, const Part& part,
+                                          DamageNotes& notes) const {
     const auto found = m_pages.find(part.page);
     if (found == m_pages.end() || part.packed > m_source.size() || part.size > kLargestPage)
         return std::nullopt;
     const auto& [address, size] = found->second;
     std::string data;
+    bool parity = true;
     if (section.coding == kInterleaved) {
         const std::uint64_t words = (roundedUp(part.packed, 8) + kPageData - 1) / kPageData;
-        if (words * kCodeWord > size) return std::nullopt;
-        data = deinterleaved(m_source.read(address, words * kCodeWord),
-                             static_cast<std::size_t>(words), kPageData);
+        if (words * kCodeWordBytes > size) return std::nullopt;
+        const std::string coded = m_source.read(address, words * kCodeWordBytes);
+        data = deinterleaved(coded, static_cast<std::size_t>(words), kPageData);
+        parity = parityHolds(coded, static_cast<std::size_t>(words), kPageData);
     } else {
         data = m_source.read(address, std::min(size, part.packed));
     }
@@ -210,17 +214,21 @@ std::optional<std::string> File2007::page(const Section2007& section, const Part
     auto plain = unpacked(std::string_view(data).substr(0, static_cast<std::size_t>(part.packed)),
                           part.size);
     if (!plain || !sumsAgree(pageSum2007(*plain), part.sum)) return std::nullopt;
+    if (!parity)
+        notes.note("page " + std::to_string(part.page) + " of " + section.name +
+                       ": its parity is wrong, its checksum right",
+                   address);
     return plain;
 }
 
-std::string File2007::read(const Section2007& section, std::string& out) const {
+std::string File2007::read(const Section2007& section, std::string& out, DamageNotes& notes) const {
     if (section.size > kLargestSection || section.size > kMostGrowth * m_source.size())
         return "the section " + section.name + " is said to have " + std::to_string(section.size) +
                " bytes";
     out.assign(static_cast<std::size_t>(section.size), '\0');
     std::string first;
     for (const Part& part : section.parts) {
-        const auto bytes = part.start <= section.size ? page(section, part) : std::nullopt;
+        const auto bytes = part.start <= section.size ? page(section, part, notes) : std::nullopt;
         if (!bytes) {
             if (first.empty())
                 first = "page " + std::to_string(part.page) + " of " + section.name +
@@ -252,7 +260,7 @@ std::string readPaged2007(const Source& source, DwgSections& sections) {
                                                &std::pair<std::string_view, std::string*>::first);
         std::string other;
         std::string* out = target == std::end(wanted) ? &other : target->second;
-        std::string wrong = file.read(section, *out);
+        std::string wrong = file.read(section, *out, sections.damage);
         if (out != &other && out != &measurement) ++found;
         if (wrong.empty()) continue;
         const bool confined =

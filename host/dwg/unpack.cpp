@@ -8,9 +8,9 @@ namespace mor::host {
 
 namespace {
 
-constexpr std::size_t kCodeWord = 255;
 constexpr unsigned kEndOfStream = 0x11;
 constexpr std::size_t kFarOffset = 0x3FFF;
+constexpr std::size_t kWide = 16;
 
 /// Reads packed bytes, writes unpacked ones; anything outside of either fails.
 class Unpacker {
@@ -23,6 +23,7 @@ public:
         copyLiterals(literalRun());
         if (m_step == 0) m_step = next();
         while (!m_failed && m_step != kEndOfStream) takeStep();
+        std::memset(m_out + m_done, 0, std::min(kWide, m_size - m_done));
         return !m_failed;
     }
 
@@ -55,7 +56,11 @@ private:
             m_failed = true;
             return;
         }
-        std::memcpy(m_out + m_done, m_packed.data() + m_at, count);
+        // Most runs are short: sixteen bytes are copied at once where there is room for them.
+        if (count <= kWide && kWide <= m_packed.size() - m_at && kWide <= m_size - m_done)
+            std::memcpy(m_out + m_done, m_packed.data() + m_at, kWide);
+        else
+            std::memcpy(m_out + m_done, m_packed.data() + m_at, count);
         m_at += count;
         m_done += count;
     }
@@ -64,7 +69,8 @@ private:
             m_failed = true;
             return;
         }
-        for (; count > 0; --count, ++m_done) m_out[m_done] = m_out[m_done - distance - 1];
+        repeat(m_out + m_done, distance + 1, count, m_size - m_done);
+        m_done += count;
     }
     void takeStep() {
         const unsigned step = m_step;
@@ -105,18 +111,20 @@ private:
 
 }  // namespace
 
-bool unpack(std::string_view packed, char* out, std::size_t size) {
-    return Unpacker(packed, out, size).run();
+void repeat(char* to, std::size_t distance, std::size_t count, std::size_t room) {
+    // What lies behind is written over later, as long as it lies within the room.
+    if (distance >= kWide && count + kWide <= room) {
+        for (std::size_t i = 0; i < count; i += kWide)
+            std::memcpy(to + i, to + i - distance, kWide);
+    } else if (distance == 1) {
+        std::memset(to, static_cast<unsigned char>(to[-1]), count);
+    } else {
+        for (std::size_t i = 0; i < count; ++i) to[i] = *(to + i - distance);
+    }
 }
 
-std::string deinterleaved(std::string_view coded, std::size_t words, std::size_t perWord) {
-    std::string data;
-    if (words == 0 || words > coded.size() / kCodeWord) return data;
-    data.resize(words * perWord);
-    for (std::size_t word = 0; word < words; ++word)
-        for (std::size_t i = 0; i < perWord; ++i)
-            data[word * perWord + i] = coded[i * words + word];
-    return data;
+bool unpack(std::string_view packed, char* out, std::size_t size) {
+    return Unpacker(packed, out, size).run();
 }
 
 }  // namespace mor::host

@@ -1,5 +1,6 @@
 #include "host/dwg/unpack.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
@@ -72,6 +73,7 @@ public:
             m_code = next();
             copySteps();
         }
+        std::memset(m_out + m_done, 0, std::min(kRun, m_size - m_done));
         return !m_failed;
     }
 
@@ -106,7 +108,7 @@ private:
         }
         const char* from = m_packed.data() + m_at;
         for (; count >= kRun; count -= kRun, from += kRun)
-            for (const std::size_t eight : {24, 16, 8, 0}) put(from + eight, 8);
+            for (const std::size_t eight : {24U, 16U, 8U, 0U}) put(from + eight, 8);
         for (const Piece& piece : kPieces[count]) layPiece(from + piece.from, piece.size);
         m_at = static_cast<std::size_t>(from - m_packed.data()) + count;
     }
@@ -172,7 +174,8 @@ private:
             m_failed = true;
             return;
         }
-        for (; count > 0; --count, ++m_done) m_out[m_done] = m_out[m_done - distance];
+        repeat(m_out + m_done, distance, count, m_size - m_done);
+        m_done += count;
     }
 
     std::string_view m_packed;

@@ -37,6 +37,19 @@ Result<Release> releaseOf(const std::string& version, const std::string& file, s
                      "; save the drawing as one of R2.5 (AC1002) to R2018 (AC1032)"};
 }
 
+void readSetting(std::string_view variable, const Group& group, DrawingSettings& settings) {
+    if (variable == "$LTSCALE" && group.code() == 40)
+        settings.lineTypeScale = group.real().value_or(settings.lineTypeScale);
+    else if (variable == "$PDSIZE" && group.code() == 40)
+        settings.pointSize = group.real().value_or(settings.pointSize);
+    else if (variable == "$PDMODE" && group.code() == kFlagsCode)
+        settings.pointMode = static_cast<int>(group.integer().value_or(settings.pointMode));
+    else if (variable == "$FILLMODE" && group.code() == kFlagsCode)
+        settings.filled = group.integer().value_or(1) != 0;
+    else if (variable == "$INSUNITS" && group.code() == kFlagsCode)
+        settings.insertionUnits = static_cast<int>(group.integer().value_or(0));
+}
+
 }  // namespace
 
 std::string versionOf(Release release) {
@@ -69,6 +82,8 @@ std::optional<Error> readHeader(const DxfIndex& index, Skeleton& skeleton,
                 group.real().value_or(0.0);
         } else if (code == kHandleCode && variable == "$HANDSEED")
             skeleton.seed = group.handle();
+        else
+            readSetting(variable, group, skeleton.settings);
     }
     if (skeleton.version.empty()) return std::nullopt;
     const std::uint64_t line = index.form.isText() ? lineAt(*index.source, versionAt) : 0;

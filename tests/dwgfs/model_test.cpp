@@ -1,10 +1,16 @@
 #include "tests/dwgfs/store_fixture.h"
+#include "tests/support/process.h"
+#include "tests/support/test_folder.h"
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <filesystem>
 #include <map>
 #include <random>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace mor::test {
@@ -24,6 +30,14 @@ public:
     bool del(const std::string& path) {
         if (!m_dirs.contains(parent(path)) || m_dirs.contains(path)) return false;
         m_files.erase(path);
+        return true;
+    }
+    bool delDir(const std::string& path) {
+        if (m_dirs.erase(path) == 0) return false;
+        std::erase_if(m_dirs,
+                      [&](const auto& entry) { return entry.first.starts_with(path + "/"); });
+        std::erase_if(m_files,
+                      [&](const auto& entry) { return entry.first.starts_with(path + "/"); });
         return true;
     }
     [[nodiscard]] std::string read(const std::string& path) const {
@@ -49,8 +63,46 @@ private:
     std::map<std::string, std::string> m_files;
 };
 
-class StoreModel : public StoreTest, public ::testing::WithParamInterface<unsigned> {
+/// A store that goes through random operations beside the model.
+class ModelledStore : public StoreTest {
 protected:
+    void seed(unsigned seed) {
+        m_random.seed(seed);
+        m_trace = "seed " + std::to_string(seed);
+    }
+    void operate(int steps) {
+        for (; steps > 0; --steps) {
+            const std::string path = anyPath();
+            const std::string lisp = anyValue();
+            const std::string what =
+                m_trace + " step " + std::to_string(++m_step) + " " + path + " " + lisp;
+            switch (pick(20)) {
+                case 0:
+                    ASSERT_EQ(fs().delDir(wide(path).c_str()), m_model.delDir(path)) << what;
+                    break;
+                case 1:
+                case 2:
+                case 3:
+                    ASSERT_EQ(del(path), m_model.del(path)) << what;
+                    break;
+                case 4:
+                case 5:
+                case 6:
+                    ASSERT_EQ(read(path), m_model.read(path)) << what;
+                    break;
+                case 7:
+                case 8:
+                    ASSERT_EQ(fs().isDirectory(wide(path).c_str()), m_model.isDirectory(path))
+                        << what;
+                    break;
+                default:
+                    ASSERT_EQ(write(path, lisp), m_model.write(path, lisp)) << what;
+                    break;
+            }
+        }
+    }
+
+private:
     std::string anyPath() {
         std::string path;
         for (std::size_t depth = 2 + pick(3); depth > 0; --depth)
@@ -64,38 +116,57 @@ protected:
     }
     std::size_t pick(std::size_t count) { return m_random() % count; }
 
-    std::mt19937 m_random{GetParam()};
+    Model m_model;
+    std::mt19937 m_random;
+    std::string m_trace;
+    int m_step = 0;
 };
 
+class StoreModel : public ModelledStore, public ::testing::WithParamInterface<unsigned> {};
+
 TEST_P(StoreModel, BehavesLikeAMap) {
-    Model model;
-    for (int step = 0; step < 300; ++step) {
-        const std::string path = anyPath();
-        const std::string lisp = anyValue();
-        const std::string what =
-            "seed " + std::to_string(GetParam()) + " step " + std::to_string(step) + " " + path;
-        switch (pick(6)) {
-            case 0:
-            case 1:
-            case 2:
-                ASSERT_EQ(write(path, lisp), model.write(path, lisp)) << what << " = " << lisp;
-                break;
-            case 3:
-                ASSERT_EQ(del(path), model.del(path)) << what;
-                break;
-            case 4:
-                ASSERT_EQ(fs().isDirectory(wide(path).c_str()), model.isDirectory(path)) << what;
-                break;
-            default:
-                ASSERT_EQ(read(path), model.read(path)) << what;
-        }
-    }
+    seed(GetParam());
+    ASSERT_NO_FATAL_FAILURE(operate(300));
     const std::string before = tree();
     reopen();
     EXPECT_EQ(tree(), before);
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, StoreModel, ::testing::Range(1U, 9U));
+
+/// In the smallest real DWG drawing of a release, which is saved and opened again and again.
+class DwgStoreModel : public ModelledStore, public ::testing::WithParamInterface<const char*> {
+protected:
+    void SetUp() override {
+        ModelledStore::SetUp();
+        const char* corpus = std::getenv("MORADMIN_CORPUS_DWG");
+        if (corpus == nullptr) GTEST_SKIP() << "MORADMIN_CORPUS_DWG names no folder of drawings";
+        std::string smallest;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(corpus)) {
+            if (entry.path().extension() != ".dwg") continue;
+            std::string bytes = readFile(entry.path());
+            if (bytes.starts_with(GetParam()) &&
+                (smallest.empty() || bytes.size() < smallest.size()))
+                smallest = std::move(bytes);
+        }
+        writeFile(testFolder() / "model.dwg", smallest);
+        open(testFolder() / "model.dwg");
+    }
+};
+
+TEST_P(DwgStoreModel, BehavesLikeAMap) {
+    seed(static_cast<unsigned>(std::string_view(GetParam()).back()));
+    for (int round = 0; round < 6; ++round) {
+        ASSERT_NO_FATAL_FAILURE(operate(80));
+        const std::string before = tree();
+        ASSERT_NO_FATAL_FAILURE(reopen());
+        ASSERT_EQ(host::documentInfo(document()).damage, std::nullopt);
+        EXPECT_EQ(tree(), before);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Releases, DwgStoreModel,
+                         ::testing::Values("AC1015", "AC1018", "AC1024", "AC1027", "AC1032"));
 
 }  // namespace
 }  // namespace mor::test

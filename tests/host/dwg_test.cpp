@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdlib>
 #include <map>
+#include <random>
 #include <set>
 
 namespace mor::test {
@@ -238,6 +239,27 @@ TEST_F(DwgCorpus, EverySumAndEveryBitOfWhatIsDecodedIsRight) {
     for (const char* type : {"LINE", "INSERT", "ATTRIB", "DIMENSION", "HATCH", "SPLINE", "LAYOUT",
                              "VIEWPORT", "MTEXT", "LWPOLYLINE", "VERTEX", "XRECORD", "DIMSTYLE"})
         EXPECT_GT(types[type], 9) << type;
+}
+
+// But for bytes in gaps, in what fills pages up, and in copies.
+TEST_F(DwgCorpus, DamagedPagesOfR2007AreTold) {
+    const auto found = std::ranges::find_if(drawings(), [](const fs::path& drawing) {
+        return readFile(drawing).starts_with("AC1021") && fs::file_size(drawing) > 500000;
+    });
+    ASSERT_NE(found, drawings().end());
+    const std::string whole = readFile(*found);
+    std::mt19937 random(7);
+    int told = 0;
+    for (int i = 0; i < 20; ++i) {
+        std::string bytes = whole;
+        char& c = bytes[0x80 + random() % (bytes.size() - 0x80)];
+        c = static_cast<char>(c ^ 0x24);
+        writeFile(file("d.dwg"), bytes);
+        auto opened = host::openDocument(file("d.dwg"));
+        if (!opened || host::documentInfo(opened.value()).damage) ++told;
+        if (opened) host::closeDocument(opened.value());
+    }
+    EXPECT_GE(told, 18);
 }
 
 /// By handle, every record with all its groups.

@@ -70,6 +70,9 @@ xdata floor_plan.dxf --app MOR_ATTRIBUTES
 point floor_plan.dxf --in SITE 1 2
 matrix floor_plan.dxf --in SITE
 draw floor_plan.dxf -o floor_plan.svg
+draw lost.dxf -o lost.svg
+layouts floor_plan.dxf site_plan.dxf
+view floor_plan.dxf -o floor_plan.html
 wipe fresh.dxf --yes --all
 """
 

@@ -259,6 +259,7 @@ TEST_F(DamagedStore, WithADirectoryLinkedTwiceShowsWhatItHoldsOnce) {
     // What /c/h reaches would be gone with /a.
     expectCode(4, "dump D; diff D D; cp D / /copy; rm -r D /a; mv D /a /z; rm -r D /c",
                "(link-doubled)");
+    EXPECT_EQ(run({"run", drawing(), "-c", "put /b/x 1; rm /b/x; rm -r /a"}).code, 4);
     EXPECT_EQ(readFile(drawing()), bytes);
     EXPECT_EQ(call("cat D /c/h/g").out, "2\n");
     EXPECT_EQ(call("rm D /c/h/g").code, 0);

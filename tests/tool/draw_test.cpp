@@ -1,5 +1,4 @@
-#include "tests/support/dxf_drawing.h"
-#include "tests/tool/tool_test.h"
+#include "tests/tool/drawing_fixture.h"
 
 #include <gtest/gtest.h>
 
@@ -11,39 +10,6 @@
 
 namespace mor::test {
 namespace {
-
-class Drawing : public ToolTest {
-protected:
-    /// The drawing's picture, of the form `draw` prints.
-    [[nodiscard]] std::string picture(const DxfDrawing& drawing,
-                                      std::vector<std::string> words = {}) {
-        words.insert(words.begin(), {"draw", drawing.save("host.dxf")});
-        const Outcome outcome = run(words);
-        EXPECT_EQ(outcome.code, 0) << outcome.err;
-        m_notes = outcome.err;
-        return outcome.out;
-    }
-    /// The data of the paths in the picture that come from that record, one a line.
-    static std::string paths(const std::string& svg, const std::string& handle) {
-        const std::regex path("<path data-handle=\"" + handle + "\"[^>]* d=\"([^\"]*)\"");
-        std::string all;
-        for (std::sregex_iterator at(svg.begin(), svg.end(), path), end; at != end; ++at)
-            all += (*at)[1].str() + "\n";
-        return all;
-    }
-    static std::string colour(const std::string& svg, const std::string& handle) {
-        std::smatch found;
-        const std::regex pattern("data-handle=\"" + handle +
-                                 "\"[^>]* (?:stroke|fill)=\"([^\"]*)\"");
-        return std::regex_search(svg, found, pattern) ? found[1].str() : "none";
-    }
-    [[nodiscard]] bool noted(const std::string& text) const {
-        return m_notes.find(text) != std::string::npos;
-    }
-
-private:
-    std::string m_notes;
-};
 
 const std::string kPolyline = "0 POLYLINE|5 C4|8 0|66 1|70 1|10 0.0|20 0.0|30 0.0|";
 
@@ -88,9 +54,13 @@ TEST_F(Drawing, TextsStandUprightAndAreEscaped) {
                  .entities = "0 TEXT|5 A1|8 0|10 1.0|20 2.0|40 0.7|1 <45%%d & \xC3\xA4>|50 90.0|"
                              "0 TEXT|5 A2|8 0|10 0.0|20 0.0|11 5.0|21 6.0|40 0.7|1 mid|72 4|"});
     EXPECT_TRUE(holds(svg, "&lt;45\xC2\xB0 &amp; "));
-    EXPECT_TRUE(holds(svg, "matrix(0 1 1 0 1 2)\" y=\"0\" font-size=\"1\""));
-    EXPECT_TRUE(holds(svg, "matrix(1 0 0 -1 5 6)\" y=\"0.35\""));
-    EXPECT_TRUE(holds(svg, "text-anchor=\"middle\""));
+    EXPECT_TRUE(holds(svg, "matrix(0 1 1 0 1 2)\" font-size=\"0.9"));
+    // In the middle of its point, and as wide as its letters are.
+    std::smatch place;
+    const std::regex middle("matrix\\(1 0 0 -1 (\\S+) (\\S+)\\)[^>]* textLength=\"([^\"]*)\"");
+    ASSERT_TRUE(std::regex_search(svg, place, middle));
+    EXPECT_NEAR(std::stod(place[1]) + std::stod(place[3]) / 2, 5.0, 1e-9);
+    EXPECT_NEAR(std::stod(place[2]), 6.0 - 0.35, 1e-9);
 }
 
 TEST_F(Drawing, HoldNothingThatXmlHasNoPlaceFor) {
@@ -126,7 +96,7 @@ TEST_F(Drawing, BlocksAndReferencesAreDrawnWhereTheyAreInserted) {
             insertEntity("11", "BLUE", "ROW", "10 0.0|20 0.0|70 2|71 1|44 3.0|50 90.0|41 2.0|") +
             insertEntity("12", "0", "LOOP") + insertEntity("13", "0", "LOST", "10 1.0|20 1.0|") +
             lineEntity("14", "0|67 1")};
-    const std::string svg = picture(host);
+    const std::string svg = picture(host, {"--exact-colours"});
     EXPECT_EQ(paths(svg, "A1"), "M10 20L10 22\n");
     EXPECT_EQ(paths(svg, "F1"), "M10 30L10 32\n");
     EXPECT_TRUE(holds(svg, "data-handle=\"A1\" data-layer=\"PLAN|WALLS\" data-type=\"LINE\""));
@@ -157,6 +127,29 @@ TEST_F(Drawing, BlocksAndReferencesAreDrawnWhereTheyAreInserted) {
     EXPECT_TRUE(noted("2 references (--no-xrefs)"));
 }
 
+TEST_F(Drawing, AMissingReferenceSaysWhatIsWrong) {
+    writeFile(file("bad.dxf"), "no drawing at all");
+    const DxfDrawing host{
+        .layers = {"0", "MOR_CONTROL_LAYER|70 1"},
+        .blocks = referenceDefinition("BAD", "bad.dxf") + referenceDefinition("GONE", "gone.dxf"),
+        .entities = insertEntity("A1", "0", "BAD") + insertEntity("A2", "0", "GONE") +
+                    lineEntity("A3", "MOR_CONTROL_LAYER")};
+    static_cast<void>(picture(host));
+    EXPECT_TRUE(noted("bad.dxf: ") && noted("gone.dxf (not there)"));
+    EXPECT_FALSE(noted("bad.dxf (not there)"));
+    EXPECT_FALSE(noted("off or frozen"));  // the store's own records are no part of the picture
+}
+
+TEST_F(Drawing, AnEmptyPictureSaysSo) {
+    const std::string host =
+        DxfDrawing{.layers = {"0", "OFF|70 0|62 -1"}, .entities = lineEntity("A1", "OFF")}.save(
+            "host.dxf");
+    const std::string other =
+        DxfDrawing{.layers = {"0"}, .entities = lineEntity("A1", "0")}.save("other.dxf");
+    expectCode(1, {{"draw", host}, {"draw", other, "--layer", "NONE"}}, "there is nothing to draw");
+    expectCode(1, {{"draw", other, "--window=50,50,60,60"}}, "nothing lies within the --window");
+}
+
 TEST_F(Drawing, CirclesInOtherPlanesAreEllipsesOrLines) {
     const std::string svg = picture(
         {.layers = {"0"},
@@ -182,7 +175,7 @@ TEST_F(Drawing, WhatCannotBeDrawnIsCounted) {
                      insertEntity("A4", "0", "*D1", "10 0.0|20 0.0|41 1e308|42 1e308|") +
                      insertEntity("A5", "0", "NONE")});
     EXPECT_EQ(paths(svg, "B2"), "M0 0L1 0\n");
-    EXPECT_TRUE(noted("2 DIMENSION") && noted("2 LINE") &&
+    EXPECT_TRUE(noted("2 DIMENSION: its record") && noted("2 LINE: its record") &&
                 noted("1 INSERT of a block that is not there"));
     EXPECT_EQ(svg.find("inf"), std::string::npos);
     EXPECT_EQ(svg.find("nan"), std::string::npos);

@@ -2,6 +2,12 @@
 #include "tests/tool/tool_test.h"
 
 #include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <set>
+#include <sstream>
+#include <string>
 
 namespace mor::test {
 namespace {
@@ -44,6 +50,12 @@ TEST_F(DwgTool, ReadsAStoreAsInItsDxfTwin) {
         EXPECT_EQ(answer(command, "d.dwg"), answer(command, "d.dxf")) << command;
     EXPECT_TRUE(holds(answer("info", "d.dwg"), "text      CP1252, DWG"));
     EXPECT_TRUE(holds(answer("info --json", "d.dwg"), "\"form\":\"DWG\""));
+    // Names of applications are the same in any case.
+    std::string other = readFile(file("d.dxf"));
+    for (std::size_t at = 0; (at = other.find("MOR_ATTRIBUTES")) != std::string::npos;)
+        other.replace(at, 14, "Mor_Attributes");
+    writeFile(file("other.dwg"), DwgDrawing(splitDxf(other)).build().bytes);
+    EXPECT_EQ(answer("dump", "other.dwg"), answer("dump", "d.dxf"));
 }
 
 // After every change the DWG shows what its DXF twin shows.
@@ -170,6 +182,50 @@ TEST_F(DwgTool, KeepsAStoreInEveryDrawingThatIsWritten) {
         EXPECT_EQ(call("verify @c.dwg").code, 0) << entry.path();
     }
     EXPECT_GT(written, 30u);
+}
+
+/// By layer, how many entities model space has; none for layers with others than plain ones, of
+/// which the other reader makes more or none.
+std::map<std::string, int> plainEntities(const std::string& json) {
+    static const std::set<std::string> plain = {"LINE",   "ARC",        "CIRCLE", "ELLIPSE",
+                                                "SPLINE", "LWPOLYLINE", "TEXT",   "SOLID"};
+    std::map<std::string, int> counts;
+    std::set<std::string> others;
+    std::istringstream lines{json};
+    for (std::string line; std::getline(lines, line);) {
+        const auto entity = nlohmann::json::parse(line);
+        const std::string layer = entity["layer"];
+        if (!std::string(entity["space"]).starts_with("Model")) continue;
+        if (!plain.contains(entity["type"])) others.insert(layer);
+        ++counts[layer];
+    }
+    std::erase_if(counts, [&](const auto& count) { return others.contains(count.first); });
+    return counts;
+}
+
+// GDAL reads DWG of R2000 alone, on its own.
+TEST_F(DwgTool, CountsEntitiesAsAnotherReaderDoes) {
+    const char* corpus = std::getenv("MORADMIN_CORPUS_DWG");
+    if (corpus == nullptr) GTEST_SKIP() << "MORADMIN_CORPUS_DWG names no folder of drawings";
+    const std::string reader = "/usr/bin/ogrinfo";
+    if (!std::filesystem::exists(reader)) GTEST_SKIP() << "no ogrinfo (gdal-bin)";
+    int layers = 0;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(corpus)) {
+        if (entry.path().extension() != ".dwg" || !readFile(entry.path()).starts_with("AC1015"))
+            continue;
+        const auto ours = plainEntities(run({"entities", "--json", entry.path().string()}).out);
+        std::istringstream lines{
+            runProgram({reader, "-ro", "-so", "-al", entry.path().string()}, folder()).out};
+        std::string layer;
+        for (std::string line; std::getline(lines, line);) {
+            if (line.starts_with("Layer name: ")) layer = line.substr(12);
+            const auto known = ours.find(layer);
+            if (!line.starts_with("Feature Count: ") || known == ours.end()) continue;
+            EXPECT_EQ(std::stoi(line.substr(15)), known->second) << entry.path() << " " << layer;
+            ++layers;
+        }
+    }
+    EXPECT_GT(layers, 5);
 }
 
 }  // namespace

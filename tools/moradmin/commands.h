@@ -51,7 +51,8 @@ enum Option : std::uint64_t {
     kSpot = std::uint64_t{1} << 46U,             ///< DRAWING may be DRAWING:/PATH
     kFolderFirst = std::uint64_t{1} << 47U,      ///< a folder in front of the drawing
     kManual = std::uint64_t{1} << 48U,           ///< --man
-    kHidden = std::uint64_t{1} << 49U            ///< not listed: for other programs
+    kHidden = std::uint64_t{1} << 49U,           ///< not listed: for other programs
+    kViewing = std::uint64_t{1} << 50U           ///< -o, --no-xrefs, of a page
 };
 
 /// As many arguments as anybody gives.
@@ -152,5 +153,7 @@ int runXdata(Session& session, const Options& options);
 
 // The picture: picture/.
 int runDraw(Session& session, const Options& options);
+int runView(Session& session, const Options& options);
+int runLayouts(Session& session, const Options& options);
 
 }  // namespace mor::tool

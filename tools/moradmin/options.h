@@ -8,6 +8,18 @@
 
 namespace mor::tool {
 
+/// How a picture is to be; texts as they were given.
+struct PictureOptions {
+    std::string form;
+    std::string size;
+    std::string scale;
+    std::string background = "white";
+    std::string window;
+    std::string layout;
+    bool exactColours = false;
+    bool all = false;  ///< what is not plotted too
+};
+
 /// What the command line says.
 struct Options {
     std::string command;
@@ -65,6 +77,7 @@ struct Options {
     bool deep = false;  ///< --deep: what lies in blocks and references too
     bool blockDump = false;
     bool noReferences = false;
+    PictureOptions picture;
     std::optional<std::string> script;  ///< run: the commands themselves
     bool asString = false;
     std::optional<std::string> fileValue;

@@ -53,7 +53,8 @@ Options scriptLine(const Session& session, const std::vector<std::string>& words
 int runScriptLine(Session& session, const Options& options) {
     const Command* command = commandNamed(options.command);
     const int code = command->run(session, options);
-    if (command->run == &runPut)  // the store is not walked again for each of many lines
+    // The store is not walked again for each of many lines.
+    if (command->run == &runPut || command->run == &runRm)
         session.noteStored();
     else if ((command->options & kChanging) != 0)
         session.forget();

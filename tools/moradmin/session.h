@@ -57,9 +57,12 @@ public:
     void noteMade() { m_made = true; }
     /// To be called after a change: what was learnt of the drawing before does not hold any more.
     void forget();
-    /// To be called instead when a value was stored and nothing else done: what was learnt of the
-    /// records does not hold any more, but the store is as sound as it was, and has directories.
+    /// To be called instead when values or directories were stored or removed and nothing else
+    /// done: what was learnt of the records does not hold any more, but the store is as sound as it
+    /// was, and has directories.
     void noteStored();
+    /// The state as it was learnt last; what was stored or removed since then may be missing.
+    [[nodiscard]] const StoreState& lastState() { return m_state ? *m_state : state(); }
     /// Current and active again, where several drawings are open.
     void activate() const;
     /// A file system object that has seen nothing yet.
@@ -88,7 +91,7 @@ private:
     Passage m_passage;
     std::optional<StoreState> m_state;
     bool m_made = false;
-    bool m_outdated = false;  ///< the state, by values that were stored
+    bool m_outdated = false;  ///< the state, by what was stored or removed
     std::optional<host::DocumentInfo> m_info;
     std::unique_ptr<Store> m_store;
     Json m_facts = Json::object();

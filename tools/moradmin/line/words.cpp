@@ -63,8 +63,9 @@ void unmarkAll(Options& options) {
     for (std::vector<std::string>* words : {&options.arguments, &options.layers, &options.types,
                                             &options.referenceFolders, &options.referenceMappings})
         std::ranges::for_each(*words, unmark);
-    for (std::string* word : {&options.drawing, &options.output, &options.release, &options.inside,
-                              &options.extensions, &options.kind, &options.application})
+    for (std::string* word :
+         {&options.drawing, &options.output, &options.release, &options.inside, &options.extensions,
+          &options.kind, &options.application, &options.picture.window, &options.picture.layout})
         unmark(*word);
     for (std::optional<std::string>* word :
          {&options.fileValue, &options.script, &options.referenceRoot})

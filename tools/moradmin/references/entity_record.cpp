@@ -14,6 +14,8 @@ namespace {
 
 constexpr int kApplication = 1001;
 constexpr int kControl = 102;
+constexpr int kEmbedded = 101;
+constexpr int kExtension = 360;
 // Flags of a polyline.
 constexpr int kClosed = 1;
 constexpr int kSpatial = 8;
@@ -85,15 +87,21 @@ GroupKind groupKind(int code) {
 EntityRecord::EntityRecord(const AcApDocument* document, mor::EntityName name) {
     bool inGroup = false;
     bool extended = false;
+    bool embedded = false;
     for (host::RecordGroup& group : host::recordGroups(document, name)) {
         m_bytes += sizeof group + group.value.size();
         extended = extended || group.code == kApplication;
         if (extended) continue;
         if (group.code == 0 && m_type.empty()) m_type = group.value;
-        if (group.code == kControl)
+        embedded = embedded || group.code == kEmbedded;
+        if (embedded)
+            m_embedded.push_back(std::move(group));
+        else if (group.code == kControl)
             inGroup = group.value.starts_with("{");
         else if (!inGroup)
             m_groups.push_back(std::move(group));
+        else if (group.code == kExtension)
+            m_extension = std::move(group.value);
     }
 }
 
@@ -124,15 +132,20 @@ std::optional<Point> EntityRecord::point(int code) const {
 
 std::vector<Vertex> verticesOf(const EntityRecord& polyline) {
     const double elevation = polyline.real(38);
+    const double width = polyline.real(43);
     std::vector<Vertex> vertices;
     for (const host::RecordGroup& group : polyline.groups()) {
         const double value = readReal(group.value).value_or(0.0);
         if (group.code == 10)
-            vertices.push_back({{value, 0.0, elevation}, 0.0});
+            vertices.push_back({{value, 0.0, elevation}, 0.0, width, width});
         else if (group.code == 20 && !vertices.empty())
             vertices.back().at[1] = value;
         else if (group.code == 30 && !vertices.empty())
             vertices.back().at[2] = value;
+        else if (group.code == 40 && !vertices.empty())
+            vertices.back().startWidth = value;
+        else if (group.code == 41 && !vertices.empty())
+            vertices.back().endWidth = value;
         else if (group.code == 42 && !vertices.empty())
             vertices.back().bulge = value;
     }
@@ -153,7 +166,9 @@ std::vector<Vertex> verticesBehind(const AcApDocument* document, mor::EntityName
         const int flags = vertex.integer(kGroupFlags);
         const bool face = (flags & kFace) != 0 && (flags & kMeshVertex) == 0;  // names vertices
         if ((flags & kSplineFrame) != 0 || face) continue;
-        vertices.push_back({vertex.point(10, {}), vertex.real(42)});
+        vertices.push_back({vertex.point(10, {}), vertex.real(42),
+                            vertex.real(40, polyline.real(40)),
+                            vertex.real(41, polyline.real(41))});
         if (elevation != 0.0) vertices.back().at[2] = elevation;
     }
     return vertices;

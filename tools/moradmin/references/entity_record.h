@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace mor::tool {
@@ -26,12 +27,19 @@ enum class GroupKind { Text, Integer, Real };
 class EntityRecord {
 public:
     EntityRecord(const AcApDocument* document, mor::EntityName name);
+    /// A part of a record, read as if it were one.
+    EntityRecord(std::string type, std::vector<host::RecordGroup> groups)
+        : m_type(std::move(type)), m_groups(std::move(groups)) {}
 
     [[nodiscard]] const std::string& type() const { return m_type; }
     /// How much was read for it, extended data included; about.
     [[nodiscard]] std::size_t bytes() const { return m_bytes; }
     /// In the order of the file; those between `102 {` and `102 }` left out.
     [[nodiscard]] const std::vector<host::RecordGroup>& groups() const { return m_groups; }
+    /// The groups of the object embedded behind them, whose codes mean other things.
+    [[nodiscard]] const std::vector<host::RecordGroup>& embedded() const { return m_embedded; }
+    /// The handle of the dictionary that extends the record; empty when there is none.
+    [[nodiscard]] const std::string& extension() const { return m_extension; }
     /// The first group with that code.
     [[nodiscard]] const std::string* find(int code) const;
     [[nodiscard]] std::string text(int code) const;  ///< empty when there is none
@@ -52,6 +60,8 @@ private:
     std::string m_type;
     std::size_t m_bytes = 0;
     std::vector<host::RecordGroup> m_groups;
+    std::vector<host::RecordGroup> m_embedded;
+    std::string m_extension;
 };
 
 /// Coordinates in a plane as coordinates of the space that holds it.
@@ -64,6 +74,8 @@ private:
 struct Vertex {
     Point at{};
     double bulge = 0.0;
+    double startWidth = 0.0;  ///< of the line to the next one
+    double endWidth = 0.0;
 };
 /// The vertices of a lightweight polyline, in its plane; of a leader.
 [[nodiscard]] std::vector<Vertex> verticesOf(const EntityRecord& polyline);

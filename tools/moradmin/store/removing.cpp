@@ -72,7 +72,8 @@ bool hasLinkTwice(const StoreState& state) {
 }
 
 void refuseLinksFromElsewhere(Session& session, const std::wstring& path) {
-    if (!hasLinkTwice(session.safeState())) return;
+    session.refuseDamagedStore();
+    if (!hasLinkTwice(session.lastState())) return;  // nor has one come since
     const Links links(session.document(), session.state());
     std::set<mor::EntityName> above;
     for (std::wstring upper = path; upper != kRootPath;) {

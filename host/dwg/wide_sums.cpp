@@ -1,0 +1,159 @@
+#include "host/dwg/wide_sums.h"
+
+#include <cstring>
+
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
+
+namespace mor::host {
+
+namespace {
+
+using AddBlocks = void (*)(RunningSums& sums, const char* bytes, std::size_t blocks, bool swapped);
+
+/// What each byte adds to the second sum is known by its place.
+[[maybe_unused]] void addPlainly(RunningSums& sums, const char* bytes, std::size_t blocks,
+                                 bool swapped) {
+    for (; blocks > 0; --blocks, bytes += kSumBlock) {
+        std::uint32_t sum = 0;
+        std::uint32_t weighted = 0;
+        for (std::uint32_t i = 0; i < kSumBlock; ++i) {
+            const std::uint32_t byte = static_cast<unsigned char>(bytes[swapped ? i ^ 6U : i]);
+            sum += byte;
+            weighted += (static_cast<std::uint32_t>(kSumBlock) - i) * byte;
+        }
+        sums.second += static_cast<std::uint32_t>(kSumBlock) * sums.first + weighted;
+        sums.first += sum;
+    }
+}
+
+#if defined(__x86_64__)
+
+#define MOR_AVX2 __attribute__((target("avx2")))
+#define MOR_CLMUL __attribute__((target("sse4.1,pclmul")))
+
+MOR_AVX2 inline std::uint32_t total(__m256i lanes) {
+    const __m128i four =
+        _mm_add_epi32(_mm256_castsi256_si128(lanes), _mm256_extracti128_si256(lanes, 1));
+    const __m128i two = _mm_add_epi32(four, _mm_shuffle_epi32(four, 0x4E));
+    return static_cast<std::uint32_t>(
+        _mm_cvtsi128_si32(_mm_add_epi32(two, _mm_shuffle_epi32(two, 0xB1))));
+}
+
+MOR_AVX2 void addWithAvx2(RunningSums& sums, const char* bytes, std::size_t blocks, bool swapped) {
+    const __m256i order =
+        swapped ? _mm256_setr_epi8(6, 7, 4, 5, 2, 3, 0, 1, 14, 15, 12, 13, 10, 11, 8, 9, 6, 7, 4, 5,
+                                   2, 3, 0, 1, 14, 15, 12, 13, 10, 11, 8, 9)
+                : _mm256_setr_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 0, 1, 2, 3,
+                                   4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15);
+    const __m256i low =
+        _mm256_setr_epi8(64, 63, 62, 61, 60, 59, 58, 57, 56, 55, 54, 53, 52, 51, 50, 49, 48, 47, 46,
+                         45, 44, 43, 42, 41, 40, 39, 38, 37, 36, 35, 34, 33);
+    const __m256i high = _mm256_sub_epi8(low, _mm256_set1_epi8(32));
+    const __m256i ones = _mm256_set1_epi16(1);
+    const __m256i zero = _mm256_setzero_si256();
+    __m256i sum = zero;
+    __m256i before = zero;  // of all blocks before each one
+    __m256i weighted = zero;
+    const auto count = static_cast<std::uint32_t>(blocks);
+    for (; blocks > 0; --blocks, bytes += kSumBlock) {
+        const auto* const at = reinterpret_cast<const __m256i*>(bytes);
+        const __m256i a = _mm256_shuffle_epi8(_mm256_loadu_si256(at), order);
+        const __m256i b = _mm256_shuffle_epi8(_mm256_loadu_si256(at + 1), order);
+        before = _mm256_add_epi32(before, sum);
+        sum = _mm256_add_epi32(
+            sum, _mm256_add_epi32(_mm256_sad_epu8(a, zero), _mm256_sad_epu8(b, zero)));
+        weighted =
+            _mm256_add_epi32(weighted, _mm256_madd_epi16(_mm256_maddubs_epi16(a, low), ones));
+        weighted =
+            _mm256_add_epi32(weighted, _mm256_madd_epi16(_mm256_maddubs_epi16(b, high), ones));
+    }
+    constexpr auto kBlock = static_cast<std::uint32_t>(kSumBlock);
+    sums.second += kBlock * (count * sums.first + total(before)) + total(weighted);
+    sums.first += total(sum);
+}
+
+AddBlocks bestAdd() { return __builtin_cpu_supports("avx2") ? addWithAvx2 : addPlainly; }
+
+/// The remainder of x^power by the polynomial of the sum, its highest power in the highest bit.
+constexpr std::uint64_t remainder(unsigned power) {
+    std::uint32_t value = 1;  // the lowest power in the lowest bit
+    for (; power > 0; --power) {
+        value <<= 1U;
+        if ((value & 0x10000U) != 0) value ^= 0x18005U;
+    }
+    std::uint64_t turned = 0;
+    for (unsigned bit = 0; bit < 16; ++bit)
+        turned |= std::uint64_t{value >> bit & 1U} << (63U - bit);
+    return turned;
+}
+
+/// What carries 16 bytes over `bytes` of others. A product of two such numbers has one place more.
+template <unsigned bytes>
+MOR_CLMUL inline __m128i carrier() {
+    constexpr std::uint64_t high = remainder(8 * bytes + 63);
+    constexpr std::uint64_t low = remainder(8 * bytes - 1);
+    return _mm_set_epi64x(static_cast<long long>(low), static_cast<long long>(high));
+}
+
+MOR_CLMUL inline __m128i carried(__m128i value, __m128i by, __m128i onto) {
+    return _mm_xor_si128(onto, _mm_xor_si128(_mm_clmulepi64_si128(value, by, 0x00),
+                                             _mm_clmulepi64_si128(value, by, 0x11)));
+}
+
+MOR_CLMUL std::size_t foldWithClmul(std::uint16_t seed, std::string_view bytes, char* folded) {
+    constexpr std::size_t kLanes = 4;
+    if (bytes.size() < kLanes * kFoldBytes) return 0;
+    const char* at = bytes.data();
+    const auto load = [&at](std::size_t lane) {
+        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at + lane * kFoldBytes));
+    };
+    __m128i lanes[kLanes] = {load(0), load(1), load(2), load(3)};
+    lanes[0] = _mm_xor_si128(lanes[0], _mm_cvtsi32_si128(seed));
+    const std::size_t rounds = bytes.size() / (kLanes * kFoldBytes);
+    const __m128i far = carrier<kLanes * kFoldBytes>();
+    for (std::size_t i = 1; i < rounds; ++i) {
+        at += kLanes * kFoldBytes;
+        for (std::size_t lane = 0; lane < kLanes; ++lane)
+            lanes[lane] = carried(lanes[lane], far, load(lane));
+    }
+    const __m128i near = carrier<kFoldBytes>();
+    __m128i all = lanes[0];
+    for (std::size_t lane = 1; lane < kLanes; ++lane) all = carried(all, near, lanes[lane]);
+    std::memcpy(folded, &all, kFoldBytes);
+    return rounds * kLanes * kFoldBytes;
+}
+
+std::size_t foldNothing(std::uint16_t /*seed*/, std::string_view /*bytes*/, char* /*folded*/) {
+    return 0;
+}
+
+using Fold = std::size_t (*)(std::uint16_t seed, std::string_view bytes, char* folded);
+Fold bestFold() { return __builtin_cpu_supports("pclmul") ? foldWithClmul : foldNothing; }
+
+#endif
+
+}  // namespace
+
+#if defined(__x86_64__)
+std::size_t foldCrc16(std::uint16_t seed, std::string_view bytes, char* folded) {
+    static const Fold fold = bestFold();
+    return fold(seed, bytes, folded);
+}
+
+void addBlocks(RunningSums& sums, const char* bytes, std::size_t blocks, bool swapped) {
+    static const AddBlocks add = bestAdd();
+    add(sums, bytes, blocks, swapped);
+}
+#else
+std::size_t foldCrc16(std::uint16_t /*seed*/, std::string_view /*bytes*/, char* /*folded*/) {
+    return 0;
+}
+
+void addBlocks(RunningSums& sums, const char* bytes, std::size_t blocks, bool swapped) {
+    addPlainly(sums, bytes, blocks, swapped);
+}
+#endif
+
+}  // namespace mor::host

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "tools/moradmin/picture/fonts.h"
+#include "tools/moradmin/picture/scene.h"
+
+#include <iosfwd>
+#include <string>
+
+/// Forms in which a scene is written.
+namespace mor::tool {
+
+/// The part of a scene that a picture shows, and how large.
+struct Canvas {
+    Extent area;
+    double unitsPerMillimetre = 1.0;  ///< for weights of lines, and paper
+    double pixels = 1000.0;           ///< of the longer side
+    int background = 0xFFFFFF;        ///< -1 for none
+    std::string title;
+};
+
+/// The picture with every element's handle, layer, type and reference.
+void writeSvg(std::ostream& out, const Scene& scene, const Fonts& fonts, const Canvas& canvas);
+/// Throw Failure when there is no memory for it.
+void writePng(std::ostream& out, const Scene& scene, Fonts& fonts, const Canvas& canvas);
+/// One page, as large as the area is on paper.
+void writePdf(std::ostream& out, const Scene& scene, Fonts& fonts, const Canvas& canvas);
+
+/// How wide a line is drawn, in units of the scene.
+[[nodiscard]] double lineWidth(const Style& style, const Canvas& canvas);
+/// Dashes as they are drawn: none where they are too short to be seen.
+[[nodiscard]] const std::vector<float>* shownDashes(const Scene& scene, const Style& style,
+                                                    const Canvas& canvas);
+/// A number with the shortest digits that read back to the same bits, without a needless ".0".
+[[nodiscard]] std::string numberText(double value);
+
+}  // namespace mor::tool

@@ -1,0 +1,321 @@
+#include "platform/entity_calls.h"
+#include "platform/owned.h"
+#include "platform/runtime.h"
+#include "platform/table_calls.h"
+#include "space/record_flags.h"
+#include "tools/moradmin/output.h"
+#include "tools/moradmin/picture/drawers.h"
+#include "tools/moradmin/picture/painter.h"
+#include "tools/moradmin/references/references.h"
+#include "xref/xref_view.h"
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <functional>
+#include <numbers>
+#include <system_error>
+#include <utility>
+
+namespace mor::tool {
+
+namespace {
+
+constexpr int kInvisibleAttribute = 1;
+constexpr std::size_t kDeepest = 256;
+constexpr const char* kTooMany = "beyond a million elements, 250000 inserts or 256 MB";
+constexpr double kBeyond = 1e9;  ///< half the side of the area around what is cut out
+
+CMORMathTransMatrix moved(const CMORMathTransMatrix& placement, const Point& by) {
+    CMORMathTransMatrix result = placement;
+    const Point step = turned(placement, by);
+    for (std::size_t row = 0; row < 3; ++row) result.rows[row][3] += step[row];
+    return result;
+}
+
+/// Why a reference is not loaded: what was wrong with its file, where there is one.
+std::string whyMissing(const host::ReferenceInfo& reference) {
+    for (const host::ReferenceTry& attempt : reference.tries) {
+        std::error_code code;
+        if (!attempt.path.empty() && std::filesystem::is_regular_file(attempt.path, code))
+            return attempt.path.string() + ": " + attempt.why;
+    }
+    return reference.tries.empty() ? "not found" : reference.tries.back().why;
+}
+
+}  // namespace
+
+void Painter::paintInsert(const Insert& insert, const Inserted& where) {
+    const std::wstring blockName = insertedBlock(insert.name).value_or(L"");
+    ++m_inserts;
+    // Those of the drawing itself are told by their flags: their files need not be read.
+    if (!m_choice.references && host::isReference(m_session.document(), blockName))
+        return hide("references (--no-xrefs)");
+    Block& block = findBlock(blockName);
+    const auto& reference = block.reference;
+    if (!m_choice.references && reference) return hide("references (--no-xrefs)");
+    if (reference && reference->overlay && reference->status == host::ReferenceStatus::Orphaned)
+        return hide("overlays below a reference");
+    if (reference && !reference->loaded) {
+        if (wanted(*insert.layer.name)) paintMissing(insert, *reference, where);
+        return;
+    }
+    const bool nested = where.reference != nullptr || !where.blocks.empty();
+    const auto own = placementOf(insert.name, reference.has_value(), nested);
+    lookUp(block);
+    if (!block.found || !own) return leaveOut("INSERT of a block that is not there");
+    if (!isFinite(transformed(*own, {})) || !isFinite(turned(*own, {1.0, 1.0, 1.0})))
+        return leaveOut("INSERT with numbers out of range");
+    if (const char* why = whyNotWithin(where, block)) return leaveOut(why);
+    if (!block.first) return paintAttributes(insert, where);
+    Inserted inner{{}, where.reference, insert.layer.name, insert.look, where.blocks};
+    if (reference) inner.reference = &block.path;
+    inner.blocks.push_back(block.key);
+    const Scene::Group group = m_scene.open(insert.origin, utf8(blockName));
+    const auto clipped = clipBlock(insert, product(where.placement, *own));
+    bool whole = true;
+    forEachCell(insert, where, [&](const CMORMathTransMatrix& owner) {
+        if (isFull()) return whole = false;
+        inner.placement = product(owner, *own);
+        const std::size_t before = m_scene.offered();
+        paintBlock(block, inner);
+        return m_scene.offered() > before;
+    });
+    if (!whole) leaveOut(kTooMany);
+    if (clipped) m_scene.close(*clipped);
+    m_scene.close(group);
+    forEachCell(insert, where, [&](const CMORMathTransMatrix& owner) {
+        Inserted cell = where;
+        cell.placement = owner;
+        const std::size_t before = m_scene.offered();
+        paintAttributes(insert, cell);
+        return m_scene.offered() > before && !isFull();
+    });
+}
+
+std::optional<Scene::Group> Painter::clipBlock(const Insert& insert,
+                                               const CMORMathTransMatrix& placement) {
+    const auto clip = clipOf(m_session.document(), insert.name, insert.record);
+    if (!clip) return std::nullopt;
+    Path path = m_scene.path();
+    if (clip->inverted) {
+        const Point at = m_scene.shift();
+        for (const auto& [x, y] :
+             {std::pair(-1, -1), std::pair(1, -1), std::pair(1, 1), std::pair(-1, 1)})
+            path.join({at[0] + x * kBeyond, at[1] + y * kBeyond, 0.0});
+        path.close();
+    }
+    bool first = true;
+    for (const Point& corner : clip->corners) {
+        const Point placed = transformed(placement, corner);
+        first ? path.moveTo(placed) : path.lineTo(placed);
+        first = false;
+    }
+    path.close();
+    if (!path.isFinite()) return std::nullopt;
+    return m_scene.clip(path);
+}
+
+const char* Painter::whyNotWithin(const Inserted& where, const Block& block) {
+    if (std::ranges::find(where.blocks, block.key) != where.blocks.end())
+        return "INSERT of a block within itself";
+    return where.blocks.size() >= kDeepest ? "INSERT within 256 others" : nullptr;
+}
+
+void Painter::forEachCell(const Insert& insert, const Inserted& where,
+                          const std::function<bool(const CMORMathTransMatrix& owner)>& paintCell) {
+    const EntityRecord& record = insert.record;
+    const host::PlaneAxes axes = record.plane();
+    const auto [sine, cosine] = host::sineAndCosine(record.real(50));
+    const Point along = fromPlane(axes, {cosine, sine, 0.0});
+    const Point upwards = fromPlane(axes, {-sine, cosine, 0.0});
+    const int columns = std::max(record.integer(70, 1), 1);
+    const int rows = std::max(record.integer(71, 1), 1);
+    for (int row = 0; row < rows; ++row)
+        for (int column = 0; column < columns; ++column) {
+            // The cells lie along the turned axes; the first one is the insert itself.
+            const Point by = column * record.real(44) * along + row * record.real(45) * upwards;
+            if (!paintCell(moved(where.placement, by))) return;
+        }
+}
+
+void Painter::paintBlock(const Block& block, const Inserted& inner) {
+    for (const mor::EntityName& name : block.ordered) paintEntity(name, inner);
+    if (!block.ordered.empty()) return;
+    ads_name at{};
+    block.first->copyTo(at);
+    do {
+        paintEntity(mor::EntityName(at), inner);
+    } while (acdbEntNext(at, at) == RTNORM);
+}
+
+/// The texts behind an insert, in the coordinates of its owner.
+void Painter::paintAttributes(const Insert& insert, const Inserted& where) {
+    ads_name at{};
+    insert.name.copyTo(at);
+    CMOREntity entity;
+    while (acdbEntNext(at, at) == RTNORM && entity.Connect(at) &&
+           entity.Type().CompareNoCase(L"ATTRIB") == 0) {
+        if (isFull()) return leaveOut(kTooMany);
+        ++m_visited;
+        const EntityRecord record(m_session.document(), mor::EntityName(at));
+        m_desk.read += record.bytes();
+        const Origin origin = originOf(entity, where);
+        const LayerLook& layer = layerOf(origin, where);
+        const bool invisible =
+            (record.integer(kGroupFlags) & kInvisibleAttribute) != 0 || record.integer(60) != 0;
+        if (invisible || !isShown(layer, false)) continue;
+        if (textParts(record.text(1)).empty() && record.embedded().empty()) continue;
+        const Look look = m_looks.lookOf(record, layer, insert.look,
+                                         where.reference == nullptr ? "" : *where.reference);
+        paintShape({mor::EntityName(at), record, origin, layer, look}, where);
+    }
+}
+
+void Painter::paintOwnBlock(const Insert& entity, const Inserted& where) {
+    std::wstring name = wide(entity.record.text(2));
+    if (where.reference != nullptr) name = wide(*where.reference) + L"|" + name;
+    Block& block = findBlock(name);
+    lookUp(block);
+    if (block.found && !block.first && !name.empty()) return;  // it shows nothing
+    if (!block.first || whyNotWithin(where, block) != nullptr) return paintShape(entity, where);
+    Inserted inner{where.placement, where.reference, entity.layer.name, entity.look, where.blocks};
+    if (entity.origin.type == "ACAD_TABLE") {
+        const host::PlaneAxes axes = entity.record.plane();
+        const Point at = entity.record.point(10, {});
+        const Point right = entity.record.point(11, Point{1.0, 0.0, 0.0});
+        const double length = std::hypot(right[0], right[1], right[2]);
+        const Point x = length > 0.0 ? (1.0 / length) * right : axes[0];
+        const std::array<Point, 3> own = {x, cross(axes[2], x), axes[2]};
+        CMORMathTransMatrix matrix;
+        for (std::size_t row = 0; row < 3; ++row) {
+            for (std::size_t column = 0; column < 3; ++column)
+                matrix.rows[row][column] = own[column][row];
+            matrix.rows[row][3] = at[row];
+        }
+        inner.placement = product(where.placement, matrix);
+    }
+    inner.blocks.push_back(block.key);
+    const Scene::Group group = m_scene.open(entity.origin, utf8(name));
+    paintBlock(block, inner);
+    m_scene.close(group);
+}
+
+bool Painter::paintPart(const Pencil& pen, const std::string& blockName,
+                        const CMORMathTransMatrix& own) {
+    if (m_where == nullptr || blockName.empty()) return false;
+    const Inserted& where = *m_where;
+    Block& block = findBlock(wide(pen.qualified(blockName)));
+    lookUp(block);
+    if (!block.first || whyNotWithin(where, block) != nullptr || isFull()) return false;
+    const std::string layer = pen.record().text(8);
+    const LayerLook& own0 = m_looks.layer(pen.qualified(layer.empty() ? "0" : layer));
+    Inserted inner{product(pen.placement(), own), where.reference, own0.name, pen.look(),
+                   where.blocks};
+    inner.blocks.push_back(block.key);
+    ++m_inserts;
+    paintBlock(block, inner);
+    return true;
+}
+
+void Painter::paintMissing(const Insert& insert, const host::ReferenceInfo& reference,
+                           const Inserted& where) {
+    const std::string saved = utf8(reference.saved.empty() ? reference.name : reference.saved);
+    Missing& missing = m_missing[saved];
+    ++missing.count;
+    missing.why = whyMissing(reference);
+    m_scene.setOrigin(insert.origin);
+    m_scene.missing(transformed(where.placement,
+                                fromPlane(insert.record.plane(), insert.record.point(10, Point{}))),
+                    saved);
+}
+
+Path Painter::clipPath(const EntityRecord& viewport, mor::EntityName name, const View& view) const {
+    Path path = m_scene.path();
+    const auto boundary =
+        host::findHandleBeside(m_session.document(), name, wide(viewport.text(340)));
+    if (boundary) {
+        const EntityRecord record(m_session.document(), *boundary);
+        if (record.type() == "CIRCLE" && record.point(10)) {
+            const host::PlaneAxes axes = record.plane();
+            path.along({fromPlane(axes, *record.point(10)), record.real(40) * axes[0],
+                        record.real(40) * axes[1]},
+                       0.0, 2 * std::numbers::pi);
+        }
+        if (record.type() == "LWPOLYLINE")
+            for (const Vertex& vertex : verticesOf(record))
+                path.join(fromPlane(record.plane(), vertex.at));
+        if (!path.empty()) {
+            path.close();
+            return path;
+        }
+    }
+    const Extent& frame = view.frame;
+    for (const auto& [x, y] :
+         {std::pair(frame.left, frame.bottom), std::pair(frame.right, frame.bottom),
+          std::pair(frame.right, frame.top), std::pair(frame.left, frame.top)})
+        path.join({x, y, 0.0});
+    path.close();
+    return path;
+}
+
+void Painter::paintViewport(const Insert& viewport, const Inserted& where) {
+    if (m_choice.layout.model || m_frozen != nullptr) return;
+    const View view = viewOf(m_session.document(), viewport.name, viewport.record, m_viewports++);
+    if (!view.shown) return;
+    if (view.perspective) leaveOut("perspective of a viewport, drawn without it");
+    const Path frame = clipPath(viewport.record, viewport.name, view);
+    const Scene::Group group = m_scene.open(viewport.origin, m_choice.layout.block);
+    const Scene::Group clip = m_scene.clip(frame);
+    Inserted inner{product(where.placement, view.matrix), where.reference, nullptr, Look{}, {}};
+    m_frozen = &view.frozen;
+    for (const mor::EntityName& name : m_model) paintEntity(name, inner);
+    m_frozen = nullptr;
+    m_scene.close(clip);
+    m_scene.close(group);
+    if (!viewport.layer.off && !viewport.layer.frozen && (viewport.layer.plotted || m_choice.all) &&
+        wanted(*viewport.layer.name)) {
+        m_scene.setOrigin(viewport.origin);
+        Pencil pen(m_desk, viewport.name, viewport.record, where.placement, viewport.look, "");
+        pen.stroke(frame);
+    }
+}
+
+std::optional<CMORMathTransMatrix> Painter::placementOf(mor::EntityName insert, bool reference,
+                                                        bool nested) {
+    const mor::EntityName words = insert;
+    CMORAdsTransformation own;
+    MOR_XRefView view;
+    if (reference && !nested && view.connect(words) && view.getMat(own)) return own.matrix;
+    return own.loadFromEntity(words) ? std::optional(own.matrix) : std::nullopt;
+}
+
+Painter::Block& Painter::findBlock(const std::wstring& name) {
+    const auto [known, added] = m_blocks.try_emplace(upperCase(name));
+    Block& block = known->second;
+    if (!added) return block;
+    block.key = &known->first;
+    block.reference = host::findReference(m_session.document(), name);
+    if (block.reference) block.path = utf8(block.reference->name);
+    return block;
+}
+
+void Painter::lookUp(Block& block) const {
+    if (block.looked) return;
+    block.looked = true;
+    const mor::ResbufList record{acdbTblSearch(L"BLOCK", block.key->c_str(), 0)};
+    block.found = static_cast<bool>(record);
+    const resbuf* first = mor::findGroup(record, mor::kGroupFirstEntity);
+    if (first == nullptr) return;
+    block.first = mor::EntityName(first->resval.rlname);
+    const auto table = host::resolveSymbol(m_session.document(), "BLOCK_RECORD", *block.key);
+    if (!table || drawOrder(m_session.document(), *table).empty()) return;
+    ads_name at{};
+    block.first->copyTo(at);
+    do {
+        block.ordered.emplace_back(at);
+    } while (acdbEntNext(at, at) == RTNORM);
+    putInOrder(block.ordered, *table);
+}
+
+}  // namespace mor::tool

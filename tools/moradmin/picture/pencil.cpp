@@ -1,0 +1,127 @@
+#include "tools/moradmin/picture/pencil.h"
+
+#include "tools/moradmin/output.h"
+
+#include <cmath>
+#include <numbers>
+
+namespace mor::tool {
+
+namespace {
+
+/// Dashes and gaps by turns, a dash first; empty where there are none.
+std::vector<float> alternating(const std::vector<double>& lengths, double scale) {
+    std::vector<double> merged;  // neighbours of one kind are one
+    for (const double length : lengths) {
+        const bool gap = length < 0.0;
+        if (merged.size() % 2 == (gap ? 1 : 0))
+            merged.push_back(std::fabs(length));
+        else if (!merged.empty())
+            merged.back() += std::fabs(length);
+        else
+            merged = {0.0, std::fabs(length)};  // begins with a gap
+    }
+    if (merged.size() % 2 != 0) {
+        if (merged.size() == 1) return {};
+        merged.front() += merged.back();
+        merged.pop_back();
+    }
+    std::vector<float> result;
+    double whole = 0.0;
+    for (const double length : merged) {
+        result.push_back(static_cast<float>(length * scale));
+        whole += length * scale;
+    }
+    const bool gaps = merged.size() > 1 && whole > 0.0 && std::isfinite(whole);
+    return gaps ? result : std::vector<float>();
+}
+
+}  // namespace
+
+std::optional<EntityRecord> Pencil::recordOf(const std::string& handle) const {
+    const auto found = host::findHandleBeside(m_desk.document, m_name, wide(handle));
+    if (!found) return std::nullopt;
+    EntityRecord record(m_desk.document, *found);
+    m_desk.read += record.bytes();
+    return record;
+}
+
+double Pencil::scale() const {
+    const Point x = turn({1.0, 0.0, 0.0});
+    const Point y = turn({0.0, 1.0, 0.0});
+    return std::sqrt(std::fabs(x[0] * y[1] - x[1] * y[0]));
+}
+
+Style Pencil::line(int colour, const std::string& lineType) const {
+    Style style;
+    style.rgb = m_desk.palette.line(colour);
+    style.opacity = m_look.opacity;
+    style.weight = m_look.weight;
+    const std::vector<double>& lengths = m_desk.looks.lineType(lineType);
+    if (lengths.empty()) return style;
+    const double scale = std::fabs(m_desk.settings.lineTypeScale * m_look.lineTypeScale);
+    const std::vector<float> dashes = alternating(lengths, scale);
+    if (!dashes.empty()) style.dash = m_desk.scene.dash(dashes);
+    return style;
+}
+
+Style Pencil::ruled(int colour, double height) const {
+    constexpr double kThick = 0.06;  // of the letters
+    Style style = line(colour, "");
+    style.weight = 0.0F;
+    if (height < kFarthest) style.width = static_cast<float>(kThick * height);
+    return style;
+}
+
+Style Pencil::area(int colour) const {
+    Style style;
+    style.rgb = m_desk.palette.area(colour);
+    style.opacity = m_look.opacity;
+    style.weight = m_look.weight;
+    return style;
+}
+
+void Pencil::polyline(const std::vector<Point>& points, bool closed) {
+    Path path = this->path();
+    for (const Point& point : points) path.join(place(point));
+    if (closed) path.close();
+    stroke(path);
+}
+
+void Pencil::letters(const Sheet& sheet, double x, double y, const std::string& text,
+                     const TextFormat& format) {
+    const std::uint32_t font = m_desk.fonts.find(format.font);
+    const double capital = m_desk.fonts.capitalHeight(font);
+    const double slant = std::tan(format.oblique * (std::numbers::pi / 180.0));
+    TextRun run;
+    run.text = text;
+    run.font = font;
+    run.right = format.widened * sheet.right;
+    run.down = -1.0 * (sheet.up + slant * sheet.right);
+    run.at = sheet.spot(x, y) - m_desk.scene.shift();
+    run.size = format.height / capital;
+    run.width = m_desk.fonts.width(font, text) * run.size * format.tracking;
+    run.spaced = format.tracking != 1.0;
+    run.rise = format.height;
+    run.fall = 0.3 * format.height;
+    Style style;
+    style.rgb = m_desk.palette.line(format.colour.value_or(m_look.colour));
+    style.opacity = m_look.opacity;
+    m_desk.scene.text(std::move(run), style);
+}
+
+void Pencil::letters(const Sheet& sheet, double x, double y, const FormattedText& text,
+                     const TextLayout& layout) {
+    for (const TextLayout::Part& part : layout.parts)
+        letters(sheet, x + part.x, y + part.y, part.text, text.formats[part.format]);
+    for (const TextLayout::Line& one : layout.lines) {
+        Path path = this->path();
+        path.moveTo(sheet.spot(x + one.x1, y + one.y1));
+        path.lineTo(sheet.spot(x + one.x2, y + one.y2));
+        const TextFormat& format = text.formats[one.format];
+        const double unit = std::hypot(sheet.up[0], sheet.up[1], sheet.up[2]);
+        stroke(path, ruled(format.colour.value_or(m_look.colour), format.height * unit));
+    }
+}
+
+}  // namespace mor::tool
