@@ -82,7 +82,9 @@ struct Options {
     bool asString = false;
     std::optional<std::string> fileValue;
     std::string application;  ///< xdata --app
+    std::string manual;       ///< help --man: a folder
     bool ignoreCase = false;
+    bool fixed = false;  ///< --fixed-strings
 
     /// The first argument, or `otherwise` when there is none.
     [[nodiscard]] std::string argument(const std::string& otherwise = {}) const {
