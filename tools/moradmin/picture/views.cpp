@@ -162,6 +162,17 @@ Extent Layout::paper() const {
             false};
 }
 
+std::string layoutName(const AcApDocument* document, const std::string& block) {
+    const auto record = host::findSymbol(document, "BLOCK_RECORD", wide(block));
+    const auto handle = record ? host::recordGroup(document, *record, 340) : std::nullopt;
+    const auto id = handle ? host::findHandle(document, wide(*handle)) : std::nullopt;
+    if (!id) return {};
+    const EntityRecord layout(document, *id);
+    Layout found;
+    if (layout.type() == "LAYOUT") readLayout(layout, found);
+    return found.name;
+}
+
 std::vector<Layout> layoutsOf(AcApDocument* document) {
     std::vector<Layout> layouts;
     host::forEachSymbol(document, L"", "BLOCK_RECORD", [&](const host::SymbolInfo& symbol) {
