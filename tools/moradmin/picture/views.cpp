@@ -37,7 +37,8 @@ void readLayout(const EntityRecord& record, Layout& layout) {
                                      record.real(43)};
     const int quarters = record.integer(73);
     if (quarters % 2 != 0) std::swap(layout.width, layout.height);
-    for (int i = 0; i < quarters % 4; ++i) std::ranges::rotate(margins, margins.begin() + 1);
+    for (int i = 0; i < quarters % 4; ++i)
+        std::rotate(margins.begin(), margins.begin() + 1, margins.end());
     layout.left = -margins[0];
     layout.bottom = -margins[1];
     const double paper = record.real(142, 1.0);
