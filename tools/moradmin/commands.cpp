@@ -77,6 +77,8 @@ constexpr std::array kCommands = {
     Command{"layouts", "list model space and the sheets of paper", "", "", 0, 0, kJson, runLayouts},
     Command{"draw", "draw the plan view as SVG, PNG or PDF, references in their places", "", "", 0,
             0, kJson | kInside | kLayers | kDrawing, runDraw},
+    Command{"view", "one page to look at a drawing in a browser: picture, layers, store, findings",
+            "", "", 0, 0, kJson | kInside | kLayers | kViewing, runView},
     Command{"repair", "mend a damaged store without losing a value", "", "", 0, 0,
             kJson | kChanging | kRepairing | kYes | kInside, runRepair},
     Command{"wipe", "remove the store: all directories and files", "", "", 0, 0,

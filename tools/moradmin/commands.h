@@ -44,7 +44,8 @@ enum Option : std::uint64_t {
     kOwnRecords = std::uint64_t{1} << 39U,  ///< --all
     kCopying = std::uint64_t{1} << 40U,     ///< -n
     kDumping = std::uint64_t{1} << 41U,     ///< --text
-    kComparing = std::uint64_t{1} << 42U    ///< --git
+    kComparing = std::uint64_t{1} << 42U,   ///< --git
+    kViewing = std::uint64_t{1} << 43U      ///< -o, --no-xrefs, of a page
 };
 
 /// As many arguments as anybody gives.
@@ -130,6 +131,7 @@ int runMatrix(Session& session, const Options& options);
 
 // The picture: picture/.
 int runDraw(Session& session, const Options& options);
+int runView(Session& session, const Options& options);
 int runLayouts(Session& session, const Options& options);
 
 }  // namespace mor::tool

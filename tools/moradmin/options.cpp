@@ -108,21 +108,26 @@ void addStoreOptions(CLI::App& app, const Command& command, Options& options) {
     }
 }
 
-void addDrawingOptions(CLI::App& app, Options& options) {
+void addDrawingOptions(CLI::App& app, Options& options, bool page) {
     PictureOptions& picture = options.picture;
     const auto add = [&app](const char* name, std::string& value, const char* help,
                             const char* type) {
         app.add_option(name, value, help)->type_name(type)->check(notEmpty(type));
     };
     add("-o,--output", options.output,
-        "write the picture to FILE, whose name says in which form; - is stdout", "FILE");
-    add("--form", picture.form, "svg, png or pdf, where the name does not say", "FORM");
+        page ? "write the page to FILE; - is stdout"
+             : "write the picture to FILE, whose name says in which form; - is stdout",
+        "FILE");
     add("--layout", picture.layout, "draw that sheet instead of model space", "NAME");
-    add("--size", picture.size, "pixels of the longer side, 1000 when left out", "PIXELS");
-    add("--scale", picture.scale, "of the paper to the drawing: 1:100 (PDF)", "SCALE");
-    add("--window", picture.window, "only that part, in coordinates of the drawing", "X1,Y1,X2,Y2");
-    add("--background", picture.background, "white, black, grey, transparent, or #rrggbb",
-        "COLOUR");
+    if (!page) {
+        add("--form", picture.form, "svg, png or pdf, where the name does not say", "FORM");
+        add("--size", picture.size, "pixels of the longer side, 1000 when left out", "PIXELS");
+        add("--scale", picture.scale, "of the paper to the drawing: 1:100 (PDF)", "SCALE");
+        add("--window", picture.window, "only that part, in coordinates of the drawing",
+            "X1,Y1,X2,Y2");
+        add("--background", picture.background, "white, black, grey, transparent, or #rrggbb",
+            "COLOUR");
+    }
     app.add_flag("--exact-colours", picture.exactColours,
                  "as the drawing has them, whether they can be seen or not");
     app.add_flag("--all", picture.all, "what is not plotted too");
@@ -151,8 +156,7 @@ void addLookingOptions(CLI::App& app, const Command& command, Options& options) 
     if (has(kBlocks))
         app.add_flag("--dump", options.blockDump,
                      "the library's own listing of the blocks of references");
-    if (!has(kDrawing)) return;
-    addDrawingOptions(app, options);
+    if (has(kDrawing) || has(kViewing)) addDrawingOptions(app, options, has(kViewing));
 }
 
 void addReferenceOptions(CLI::App& app, const Command& command, Options& options) {

@@ -36,6 +36,7 @@ constexpr auto kExamples = std::to_array<std::pair<std::string_view, std::string
     {"point", "moradmin point floor_plan.dxf --in SITE 1 2"},
     {"matrix", "moradmin matrix floor_plan.dxf --in SITE"},
     {"draw", "moradmin draw floor_plan.dxf -o floor_plan.svg"},
+    {"view", "moradmin view floor_plan.dxf -o floor_plan.html"},
     {"repair", "moradmin repair floor_plan.dxf --dry-run"},
     {"wipe", "moradmin wipe floor_plan.dxf --yes"},
     {"run", "moradmin run floor_plan.dxf -c 'put /cfg/a 1; put /cfg/b (1 2)'"},

@@ -1,44 +1,18 @@
 #include "tools/moradmin/picture/draw.h"
 
-#include "platform/runtime.h"
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
+#include "tools/moradmin/picture/output_file.h"
 #include "tools/moradmin/references/entity_record.h"
 
-#include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <string>
-#include <system_error>
 #include <utility>
 
 namespace mor::tool {
 
 namespace {
-
-/// Whether a file begins like a drawing, as text, binary or in the other format.
-bool beginsLikeDrawing(const std::filesystem::path& path) {
-    std::error_code ignored;
-    if (!std::filesystem::is_regular_file(path, ignored)) return false;
-    std::ifstream file(path, std::ios::binary);
-    std::string line;
-    std::getline(file, line);
-    if (line.starts_with("\xEF\xBB\xBF")) line.erase(0, 3);
-    const auto code = readReal(line.substr(0, line.find('\r')));
-    return line.starts_with("AC10") || line.starts_with("AutoCAD") || code == 0.0 || code == 999.0;
-}
-
-/// A picture must not take the place of a drawing, this or another one, under whatever name.
-void refuseDrawings(const std::string& output) {
-    const std::filesystem::path path = output;
-    const auto named = [&path](std::wstring_view extension) {
-        return equalNoCase(wide(path.extension().string()), extension);
-    };
-    if (named(L".dxf") || named(L".dwg") || beginsLikeDrawing(path))
-        throw Failure(kUsage, output + " is a drawing; name another file for the picture, as -o " +
-                                  path.stem().string() + ".svg");
-}
 
 void write(std::ostream& out, Drawn& drawn) {
     const Scene& scene = drawn.painter.scene();
@@ -50,27 +24,6 @@ void write(std::ostream& out, Drawn& drawn) {
         case Form::Pdf:
             return writePdf(out, scene, drawn.painter.fonts(), drawn.canvas);
     }
-}
-
-/// A regular file is replaced when the whole picture is written; devices and pipes are written to.
-void writeTo(const std::string& output, Drawn& drawn) {
-    std::error_code code;
-    const bool straight =
-        std::filesystem::exists(output, code) && !std::filesystem::is_regular_file(output, code);
-    const std::string written = straight ? output : output + ".part";
-    std::ofstream file(written, std::ios::binary | std::ios::trunc);
-    write(file, drawn);
-    file.close();
-    bool done = file.good();
-    if (done && !straight) {
-        std::filesystem::rename(written, output, code);
-        done = !code;
-    }
-    if (done) return;
-    if (!straight) std::filesystem::remove(written, code);
-    throw Failure(
-        kUnwritable,
-        output + ": the picture cannot be written; is there such a folder, and room in it?");
 }
 
 void printSummary(const Options& options, const Drawn& drawn) {
@@ -164,7 +117,7 @@ int runDraw(Session& session, const Options& given) {
     if (options.output.empty())
         write(std::cout, drawn);
     else
-        writeTo(options.output, drawn);
+        writeTo(options.output, [&](std::ostream& out) { write(out, drawn); });
     tellLeftOut(session, options, drawn);
     const bool nothing = scene.strokes() == 0;
     const bool outside = !nothing && scene.extent().within(drawn.canvas.area).empty;

@@ -13,6 +13,8 @@ namespace mor::tool {
 /// The references that are loaded, nested ones behind their referring one, by the path of
 /// references; only those below the reference that the session looks through.
 [[nodiscard]] std::vector<std::wstring> loadedReferences(const Session& session);
+/// "loaded", "not found" and so on.
+[[nodiscard]] const char* statusName(host::ReferenceStatus status);
 /// Why a reference was not taken from there, or not at all.
 [[nodiscard]] std::string whyNot(const host::ReferenceTry& attempt);
 /// What would help where references are not found.

@@ -15,22 +15,6 @@ namespace mor::tool {
 
 namespace {
 
-const char* statusName(host::ReferenceStatus status) {
-    switch (status) {
-        case host::ReferenceStatus::Loaded:
-            return "loaded";
-        case host::ReferenceStatus::NotFound:
-            return "not found";
-        case host::ReferenceStatus::Unresolved:
-            return "unresolved";
-        case host::ReferenceStatus::Orphaned:
-            return "orphaned";
-        case host::ReferenceStatus::Unreferenced:
-            return "unreferenced";
-    }
-    return "unresolved";
-}
-
 bool isMissing(const host::ReferenceInfo& reference) {
     return reference.status == host::ReferenceStatus::NotFound ||
            reference.status == host::ReferenceStatus::Unresolved;
@@ -85,6 +69,22 @@ void printRows(AcApDocument* document, const std::vector<host::ReferenceInfo>& r
 }
 
 }  // namespace
+
+const char* statusName(host::ReferenceStatus status) {
+    switch (status) {
+        case host::ReferenceStatus::Loaded:
+            return "loaded";
+        case host::ReferenceStatus::NotFound:
+            return "not found";
+        case host::ReferenceStatus::Unresolved:
+            return "unresolved";
+        case host::ReferenceStatus::Orphaned:
+            return "orphaned";
+        case host::ReferenceStatus::Unreferenced:
+            return "unreferenced";
+    }
+    return "unresolved";
+}
 
 int runXrefs(Session& session, const Options& options) {
     std::vector<host::ReferenceInfo> references = host::references(session.document());
