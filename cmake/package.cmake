@@ -28,26 +28,15 @@ install(FILES ${PROJECT_BINARY_DIR}/moradminConfig.cmake
         DESTINATION ${config_folder} COMPONENT development)
 
 install(TARGETS moradmin RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tool)
-install(FILES README.md docs/damage.md docs/json.md docs/dump.schema.json
+install(FILES README.md docs/damage.md docs/json.md docs/dump.schema.json docs/tour.md
         DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT tool)
 
-# mor_install_if_there(FILE FOLDER [NAME]): the manual page and completions, which come with the
-# checkout or not.
-function(mor_install_if_there file folder)
-  if(EXISTS ${PROJECT_SOURCE_DIR}/${file})
-    set(name ${ARGN})
-    if(NOT name)
-      cmake_path(GET file FILENAME name)
-    endif()
-    install(FILES ${file} DESTINATION ${folder} RENAME ${name} COMPONENT tool)
-  endif()
-endfunction()
-mor_install_if_there(docs/moradmin.1 ${CMAKE_INSTALL_MANDIR}/man1)
-mor_install_if_there(docs/completion/moradmin.bash
-                     ${CMAKE_INSTALL_DATADIR}/bash-completion/completions moradmin)
-mor_install_if_there(docs/completion/_moradmin ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
-mor_install_if_there(docs/completion/moradmin.fish
-                     ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
+install(DIRECTORY docs/schemas DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT tool)
+install(DIRECTORY ${PROJECT_BINARY_DIR}/man/man1/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
+        COMPONENT tool FILES_MATCHING PATTERN "*.1")
+install(FILES docs/completion/moradmin.bash
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME moradmin
+        COMPONENT tool)
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME moradmin)

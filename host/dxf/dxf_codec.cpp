@@ -30,6 +30,18 @@ std::vector<std::string> closersOf(const DxfIndex& index, const Skeleton& skelet
     return types;
 }
 
+/// Lines that a carriage return alone ends get another end.
+std::string withoutLoneReturns(std::string_view bytes, std::string_view lineEnd) {
+    std::string result;
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        if (bytes[i] != '\r' || bytes.substr(i + 1, 1) == "\n")
+            result += bytes[i];
+        else
+            result += lineEnd;
+    }
+    return result;
+}
+
 }  // namespace
 
 std::string_view DxfCodec::bytesOf(RecordNumber number) const {
@@ -79,9 +91,13 @@ std::string DxfCodec::oddityOf(RecordNumber number) const {
 }
 
 std::string DxfCodec::salvaged() const {
+    const DxfForm& form = m_index.form;
     std::string bytes = m_index.source->read(0, m_index.end);
-    bytes += m_index.form.missingLineEnd(bytes);
-    for (const std::string& type : m_open) bytes += m_index.form.bytes(kTypeCode, type);
+    bytes += form.missingLineEnd(bytes);
+    // Whole, it might be read without regard to carriage returns, which then were part of texts.
+    if (form.isText() && form.anyLineEnd && form.lineEnd != "\r")
+        bytes = withoutLoneReturns(bytes, form.lineEnd);
+    for (const std::string& type : m_open) bytes += form.bytes(kTypeCode, type);
     return bytes;
 }
 

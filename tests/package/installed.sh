@@ -17,7 +17,16 @@ cmake --build "$folder/build" >/dev/null
 "$folder/build/store_value" "$folder/d.dxf"
 [ "$("$folder/prefix/bin/moradmin" cat "$folder/d.dxf" /sample/answer)" = 42 ]
 
+man="$folder/prefix/share/man/man1"
+for page in moradmin moradmin-put moradmin-shell; do
+    [ -s "$man/$page.1" ]
+    ! command -v man >/dev/null || LC_ALL=C.UTF-8 man --warnings -l "$man/$page.1" 2>&1 >/dev/null | { ! grep .; }
+done
+bash -c '. "$1" && complete -p moradmin' bash "$folder/prefix/share/bash-completion/completions/moradmin" >/dev/null
+[[ "$("$folder/prefix/bin/moradmin" --version)" == moradmin\ *\(*\) ]]
+
 command -v dpkg-deb >/dev/null || exit 0
 (cd "$folder" && cpack --config "$build/CPackConfig.cmake" -G DEB -B "$folder/deb" >/dev/null)
 dpkg-deb -x "$folder"/deb/*.deb "$folder/unpacked"
+[ -e "$folder/unpacked/usr/share/man/man1/moradmin-cat.1" ]
 [ "$("$folder/unpacked/usr/bin/moradmin" cat "$folder/d.dxf" /sample/answer)" = 42 ]

@@ -53,6 +53,29 @@ TEST_F(Carry, DumpAndLoadAreInverseForRandomTrees) {
     }
 }
 
+TEST_F(Carry, ExportAndImportAreInverseForRandomTrees) {
+    for (unsigned seed = 11; seed <= 13; ++seed) {
+        newDrawing("a.dxf");
+        newDrawing("b.dxf");
+        EXPECT_EQ(call("run @a.dxf -", randomScript(seed)).code, 0);
+        EXPECT_EQ(call("put @a.dxf '/x/>arrow' --string -", "two\r\nlines\n").code, 0);
+        EXPECT_EQ(call("export @a.dxf @out").code, 0);
+        EXPECT_EQ(readFile(file("out/x/%3Earrow.txt")), "two\r\nlines\n");
+        EXPECT_EQ(call("import @out @b.dxf").code, 0);
+        EXPECT_EQ(call("diff @a.dxf @b.dxf").out, "");
+        for (const char* name : {"out", "a.dxf", "b.dxf"}) std::filesystem::remove_all(file(name));
+    }
+    writeFile(file("a.dxf"), readFile(filledDrawing({{"/k/s/v", "(1 2)"}}, "c.dxf")));
+    EXPECT_EQ(run({"export", file("a.dxf") + ":/k/s", file("out")}).code, 0);
+    EXPECT_EQ(readFile(file("out/v.lisp")), "(1 2)\n");
+    expectCode(5, "export @a.dxf @out", "is not empty");
+    expectCode(2, "import @out @a.dxf", "files lie in directories");
+    EXPECT_EQ(run({"import", file("out"), file("a.dxf") + ":/z", "--replace"}).code, 0);
+    writeFile(file("out/v.txt"), "doubled");
+    expectCode(2, {{"import", file("out"), file("a.dxf") + ":/z"}}, "a value of that name");
+    EXPECT_EQ(call("cat @a.dxf /z/v").out, "(1 2)\n");
+}
+
 TEST_F(Carry, LoadAddsOrReplaces) {
     const std::string a = filledDrawing({{"/a/x", "1"}}, "a.dxf");
     const std::string dump = call("dump @a.dxf").out;

@@ -102,6 +102,17 @@ TEST_F(Git, IsToldThatOnlyTheStoreChangedWhateverTheRelease) {
         EXPECT_EQ(call("dump --text d.dxf").out, "/a/b/c\t1\n" + before) << release;
         std::filesystem::remove("d.dxf");
     }
+    // Without handles, without a header at all: both are made.
+    DxfDrawing{.entities = lineEntity("", "0")}.save("old.dxf");
+    writeFile("none.dxf",
+              dxfText("0 SECTION|2 ENTITIES|" + lineEntity("", "0") + "0 ENDSEC|0 EOF|"));
+    for (const std::string name : {"old.dxf", "none.dxf"}) {
+        const std::string before = call("dump --text " + name).out;
+        EXPECT_EQ(call("put --no-backup " + name + " /a/b 1").code, 0);
+        EXPECT_EQ(call("dump --text " + name).out, "/a/b\t1\n" + before);
+        exchange(name, "11 1.0", "11 1.5");
+        EXPECT_NE(call("dump --text " + name).out, "/a/b\t1\n" + before);
+    }
     EXPECT_EQ(call("mkdir a.dxf /e").code, 0);
     EXPECT_TRUE(holds(call("dump --text a.dxf").out, "\n/e/\t\n"));
 }

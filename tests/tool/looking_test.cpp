@@ -295,6 +295,106 @@ TEST_F(Looking, TextsOfDrawingsReachNoTerminal) {
               "1m\xE2\x80\xA8\xE2\x80\xAE\x7F");
 }
 
+TEST_F(Looking, ANameThatStandsForSeveralInsertsPlacesNothing) {
+    exchange(file("d.dxf"), "0 INSERT|5 13|8 0|2 LOST",
+             "0 INSERT|5 14|8 0|2 PLAN|10 5.0|0 INSERT|5 13|8 0|2 LOST");
+    for (const char* line :
+         {"point --in PLAN 1 2", "matrix --in PLAN", "entities --world --in PLAN"})
+        EXPECT_TRUE(holds(out(line, 6), "PLAN is inserted 2 times, by 10 14; --in 10 says"))
+            << line;
+    EXPECT_EQ(out("point --in 14 1 2"), "6.0 2.0 0.0\n");
+    EXPECT_EQ(handles("entities --in PLAN --layer WALLS"), "A1");
+}
+
+TEST_F(Looking, MissingReferencesAreToldWithWhatHelps) {
+    for (const char* line : {"layers D", "blocks D", "entities D --deep"})
+        EXPECT_TRUE(
+            holds(call(line).err,
+                  "a reference is missing: LOST (gone\\lost.dwg); --xref-path DIR and --map"))
+            << line;
+    EXPECT_TRUE(holds(out("entities --in LOST", 6), "--xref-path DIR and --map"));
+    EXPECT_TRUE(holds(out("entities --in PLAM", 6), "did you mean \"PLAN\"?"));
+    std::filesystem::create_directories(file("some/where"));
+    std::filesystem::rename(m_plan, file("some/where/plan.dxf"));
+    EXPECT_EQ(call("entities D --in PLAN --count --xref-path @some").code, 6);
+    EXPECT_EQ(call("entities D --in PLAN --count --xref-path @some/**").out, "5\n");
+}
+
+TEST_F(Looking, LayersAreMeantByTheirNamesAsPrinted) {
+    EXPECT_EQ(handles("entities --in PLAN --layer plan|walls,Doors"), "A1 A2 A3");
+    EXPECT_EQ(handles("layers --layer PLAN|W*,WALLS"), "WALLS PLAN|WALLS");
+    EXPECT_EQ(handles("layers --in PLAN --layer PLAN|WALLS"), "WALLS");
+    EXPECT_EQ(handles("layers --in PLAN --layer WALLS"), "WALLS");
+    EXPECT_EQ(out("layers --layer NONE", 1), "");
+}
+
+TEST_F(Looking, WhatLiesInBlocksAndReferencesHasItsPlaceInTheDrawing) {
+    EXPECT_EQ(out("entities --deep --type LINE"),
+              "A1\tLINE\tWALLS\tModelSpace\t0.0 0.0 0.0\t1.0 0.0 0.0\n"
+              "A1\tLINE\tPLAN|WALLS\tPLAN\t100.0 200.0 0.0\t100.0 202.0 0.0\n"
+              "A2\tLINE\tPLAN|Doors\tPLAN\t100.0 200.0 0.0\t100.0 202.0 0.0\n"
+              "B1\tLINE\t0\tPLAN/PLAN|DOOR\t100.0 200.0 0.0\t100.0 202.0 0.0\n"
+              "F1\tLINE\tPLAN|CORE|SHAFT\tPLAN/PLAN|CORE\t100.0 210.0 2.0\t100.0 212.0 2.0\n"
+              "A1\tLINE\t0\tPLAN/PLAN|CORE\t100.0 210.0 2.0\t100.0 212.0 2.0\n"
+              "D1\tLINE\t0\tGATE\t0.0 0.0 0.0\t1.0 0.0 0.0\n");
+    EXPECT_EQ(out("entities --deep --count --layer *SHAFT"), "1\n");
+    EXPECT_TRUE(holds(call("entities D -v").err, "9 more lie in blocks and references"));
+    EXPECT_TRUE(holds(call("entities D --type lines").err, "there are INSERT LINE TEXT"));
+}
+
+TEST_F(Looking, TheStoresOwnRecordsAreListedOnRequestOnly) {
+    const auto all = [&] { return out("entities") + out("layers") + out("blocks"); };
+    const std::string before = all();
+    EXPECT_EQ(call("put D /a/x 1").code, 0);
+    EXPECT_EQ(all(), before);
+    EXPECT_TRUE(holds(call("entities D -v").err, "2 entities of the store are not listed"));
+    EXPECT_EQ(out("entities --count"), "5\n");
+    EXPECT_EQ(out("entities --count --all"), "7\n");
+    EXPECT_TRUE(holds(out("layers --all"), "MOR_CONTROL_LAYER"));
+}
+
+TEST_F(Looking, TextsAreFoundWhereverTheyStand) {
+    EXPECT_EQ(call("put D /cfg/note '\"see plan\"'").code, 0);
+    EXPECT_EQ(call("put @plan.dxf /in/x '\"deep note\"'").code, 0);
+    const auto grep = [&](const std::string& line) { return call("grep " + line).out; };
+    EXPECT_EQ(grep("-i DOOR D"),
+              "PLAN|DOOR\t-\tBLOCK\tPLAN|DOOR\nPLAN|LAYER\t-\tLAYER\tDoors\n"
+              "PLAN|DOOR\t-\tBLOCK\tDOOR\n");
+    EXPECT_EQ(grep("note D"),
+              "/cfg/note\t-\tfile\t\"see plan\"\nPLAN|/in/x\t-\tfile\t\"deep note\"\n");
+    EXPECT_EQ(grep("a.b D"), "*Paper_Space\tA2\tTEXT\ta^Jb\n");
+    EXPECT_EQ(call("grep -F a.b D").code, 1);
+    EXPECT_EQ(call("grep -F a.b D @plan.dxf @core.dxf").code, 1);
+    EXPECT_EQ(call("grep SHAFT D @core.dxf -q").code, 0);
+    expectCode(2, "grep ( D", "is no regular expression");
+}
+
+TEST_F(Looking, WhatOtherProgramsKeepIsShown) {
+    DxfDrawing{
+        .entities = lineEntity("A1", "0") + "1001 ACME|1000 label|1070 7|1001 OTHER|1040 1.5|",
+        .header = "9 $INSUNITS|70 4|9 $EXTMIN|10 0.0|20 1.0|30 0.0|9 $EXTMAX|10 5.0|20 6.0|30 0.0|",
+        .version = "AC1015",
+        .objects =
+            "0 DICTIONARY|5 C|330 0|3 ACME_DICT|350 D|0 DICTIONARY|5 D|330 C|3 one/two|350 E|"
+            "0 XRECORD|5 E|330 D|1 hello|70 3|"}
+        .save("o.dxf");
+    EXPECT_EQ(call("header @o.dxf INSUNITS").out, "$INSUNITS\t4\n");
+    EXPECT_EQ(call("header @o.dxf $EXT*").out, "$EXTMIN\t0.0 1.0 0.0\n$EXTMAX\t5.0 6.0 0.0\n");
+    EXPECT_EQ(call("dict @o.dxf").out, "D\tDICTIONARY\tACME_DICT/\n");
+    EXPECT_TRUE(holds(call("dict @o.dxf /ACME_DICT/one/two").out, "1\thello\n70\t3\n"));
+    EXPECT_EQ(call("xdata @o.dxf A1").out,
+              "A1\tLINE\tACME\t1000\tlabel\nA1\tLINE\tACME\t1070\t7\nA1\tLINE\tOTHER\t1040\t1.5\n");
+    EXPECT_EQ(call("xdata @o.dxf --app other").out, "A1\tLINE\tOTHER\t1040\t1.5\n");
+    EXPECT_EQ(call("grep label @o.dxf").out, "ModelSpace\tA1\tACME\tlabel\n");
+    const std::string info = call("info @o.dxf").out;
+    for (const char* line :
+         {"units     millimetres\n", "extents   0.0 1.0 0.0 to 5.0 6.0 0.0\n", "entities  1 LINE\n",
+          "xdata     1 ACME, 1 OTHER\n", "dicts     ACME_DICT\n"})
+        EXPECT_TRUE(holds(info, line));
+    expectCode(6, "header @o.dxf INSUNIT; dict @o.dxf /ACME_DIC", "did you mean");
+    expectCode(2, "xdata @o.dxf; xdata @o.dxf A1 --app ACME", "a HANDLE or --app NAME");
+}
+
 TEST_F(Looking, WrongCallsSayWhatWouldWork) {
     EXPECT_EQ(call("put D /a/x 1 --in ''").code, 2);
     EXPECT_TRUE(holds(out("point 1 2", 2), "--in NAME"));

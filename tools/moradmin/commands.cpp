@@ -12,6 +12,8 @@ constexpr std::string_view kDirectoryHelp = "a directory, / when left out";
 /// What commands have in common that list something of any number of drawings.
 constexpr std::uint64_t kLists = kJson | kSeveral | kTabular;
 
+constexpr std::uint64_t kShell = kReferencePlaces | kNotInScripts;
+
 constexpr std::array kCommands = {
     Command{"new", "make the smallest valid drawing", "", "", 0, 0, kJson | kNew | kNotInScripts,
             nullptr, runNew},
@@ -53,6 +55,12 @@ constexpr std::array kCommands = {
             kDirectoryHelp, 0, 1, kJson | kSeveral | kInside | kStorePaths | kDumping, runDump},
     Command{"load", "store what dump printed", "[FILE]", "the JSON; - or nothing is stdin", 0, 1,
             kJson | kChanging | kReplace | kInside, runLoad},
+    Command{"export", "write each value into a file of its own: NAME.txt or NAME.lisp", "FOLDER",
+            "a folder that is not there yet; DRAWING:/PATH exports a directory", 1, 1,
+            kJson | kInside | kSpot, runExport},
+    Command{"import", "store what export wrote, FOLDER first: import FOLDER DRAWING[:PATH]",
+            "FOLDER", "a folder of such files; DRAWING:/PATH imports into a directory", 1, 1,
+            kJson | kChanging | kReplace | kInside | kSpot | kFolderFirst, runImport},
     Command{"diff", "what the second drawing's store has added, removed and changed",
             "DRAWING [PATH]", "the other drawing, and a directory", 1, 8, kJson | kComparing,
             runDiffWithin, runDiff},
@@ -70,11 +78,23 @@ constexpr std::array kCommands = {
             kLists | kInside | kLayers | kWalking | kOwnRecords, runEntities},
     Command{"entity", "print the groups and attributes of one record", "HANDLE",
             "its handle, such as 1A2F", 1, 1, kJson | kInside, runEntity},
+    Command{"grep",
+            "search texts, attributes, names, extended data, dictionaries and stored values",
+            "PATTERN", "an extended regular expression, with -F a text as it stands", 1, 1,
+            kLists | kPatternFirst | kSearching | kReferencePlaces, runGrep},
+    Command{"header", "print the variables of the drawing's header", "[NAME...]",
+            "names or patterns such as '$EXT*'; all when left out", 0, kMany, kJson, runHeader},
+    Command{"dict", "what other programs keep in dictionaries: list one, print an object", "[PATH]",
+            "names such as /ACAD_LAYOUT/Layout1, / when left out", 0, 1, kJson, runDict},
+    Command{"xdata", "extended data that other programs keep with records", "[HANDLE...]",
+            "handles of records, or --app NAME for all records", 0, kMany, kJson | kApplication,
+            runXdata},
     Command{"point", "carry a point of a reference into the drawing", "X Y [Z]",
             "coordinates in the referenced drawing", 2, 3, kJson | kInside, runPoint},
     Command{"matrix", "how a reference is placed: four rows, column vectors, translation last", "",
             "", 0, 0, kJson | kInside, runMatrix},
-    Command{"layouts", "list model space and the sheets of paper", "", "", 0, 0, kJson, runLayouts},
+    Command{"layouts", "list model space and the sheets of paper", "", "", 0, 0, kLists,
+            runLayouts},
     Command{"draw", "draw the plan view as SVG, PNG or PDF, references in their places", "", "", 0,
             0, kJson | kInside | kLayers | kDrawing, runDraw},
     Command{"view", "one page to look at a drawing in a browser: picture, layers, store, findings",
@@ -86,8 +106,13 @@ constexpr std::array kCommands = {
     Command{"run", "many commands on one drawing: one load, one save, all or nothing", "[FILE]",
             "a script, one command a line without the drawing; - is stdin", 0, 1,
             kJson | kChanging | kScript | kInside | kNotInScripts, runRun},
+    Command{"shell", "type commands on one drawing; saves with commit, or not at all", "", "", 0, 0,
+            kShell, nullptr, runShell},
     Command{"help", "what there is, or all about one command", "[COMMAND]", "its name", 0, 1,
-            kNoDrawing | kNotInScripts, nullptr, runHelp},
+            kNoDrawing | kNotInScripts | kManual, nullptr, runHelp},
+    Command{"complete", "what the last of the words may go on as", "[WORD...]",
+            "the words behind moradmin", 0, kMany, kNoDrawing | kNotInScripts | kHidden, nullptr,
+            runComplete},
 };
 
 }  // namespace

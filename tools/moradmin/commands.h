@@ -40,12 +40,19 @@ enum Option : std::uint64_t {
     kStorePaths = std::uint64_t{1} << 35U,    ///< words behind them that begin with / are paths
     kNoDrawing = std::uint64_t{1} << 36U,
     kNotInScripts = std::uint64_t{1} << 37U,
-    kTabular = std::uint64_t{1} << 38U,     ///< --header
-    kOwnRecords = std::uint64_t{1} << 39U,  ///< --all
-    kCopying = std::uint64_t{1} << 40U,     ///< -n
-    kDumping = std::uint64_t{1} << 41U,     ///< --text
-    kComparing = std::uint64_t{1} << 42U,   ///< --git
-    kViewing = std::uint64_t{1} << 43U      ///< -o, --no-xrefs, of a page
+    kTabular = std::uint64_t{1} << 38U,          ///< --header
+    kOwnRecords = std::uint64_t{1} << 39U,       ///< --all
+    kCopying = std::uint64_t{1} << 40U,          ///< -n
+    kDumping = std::uint64_t{1} << 41U,          ///< --text
+    kComparing = std::uint64_t{1} << 42U,        ///< --git
+    kSearching = std::uint64_t{1} << 43U,        ///< -i, -F
+    kApplication = std::uint64_t{1} << 44U,      ///< --app
+    kReferencePlaces = std::uint64_t{1} << 45U,  ///< where references are looked for
+    kSpot = std::uint64_t{1} << 46U,             ///< DRAWING may be DRAWING:/PATH
+    kFolderFirst = std::uint64_t{1} << 47U,      ///< a folder in front of the drawing
+    kManual = std::uint64_t{1} << 48U,           ///< --man
+    kHidden = std::uint64_t{1} << 49U,           ///< not listed: for other programs
+    kViewing = std::uint64_t{1} << 50U           ///< -o, --no-xrefs, of a page
 };
 
 /// As many arguments as anybody gives.
@@ -81,9 +88,14 @@ int runNew(const Options& options);
 /// line that fails ends it with that line's exit code, and nothing is saved.
 int runRun(Session& session, const Options& options);
 int runHelp(const Options& options);
-/// Runs one line of a script on what the ones before it have done; answers its exit code, throws
-/// Failure. `json`: as if it stood there.
-int runScriptLine(Session& session, const std::vector<std::string>& words, bool json);
+/// Prints what the last of the words may go on as, for completion.
+int runComplete(const Options& options);
+/// Runs what people type, line by line, on one drawing; saves when they say so.
+int runShell(const Options& options);
+/// One line of a script as options; throws Failure for what cannot stand there.
+[[nodiscard]] Options scriptLine(const Session& session, const std::vector<std::string>& words);
+/// Runs it on what the ones before it have done; answers its exit code, throws Failure.
+int runScriptLine(Session& session, const Options& options);
 
 // The store: store/.
 /// Tells of the drawing itself too.
@@ -100,6 +112,9 @@ int runMkdir(Session& session, const Options& options);
 int runRmdir(Session& session, const Options& options);
 int runDump(Session& session, const Options& options);
 int runLoad(Session& session, const Options& options);
+/// A file for each value, in a folder that is not there yet, and back.
+int runExport(Session& session, const Options& options);
+int runImport(Session& session, const Options& options);
 int runWipe(Session& session, const Options& options);
 /// These save themselves. From one drawing to another the target is saved first, so that a value is
 /// never in neither.
@@ -128,6 +143,13 @@ int runEntities(Session& session, const Options& options);
 int runEntity(Session& session, const Options& options);
 int runPoint(Session& session, const Options& options);
 int runMatrix(Session& session, const Options& options);
+
+// What other programs keep in a drawing: looking/.
+/// Texts of all kinds, in references too.
+int runGrep(Session& session, const Options& options);
+int runHeader(Session& session, const Options& options);
+int runDict(Session& session, const Options& options);
+int runXdata(Session& session, const Options& options);
 
 // The picture: picture/.
 int runDraw(Session& session, const Options& options);

@@ -36,7 +36,7 @@ void addArguments(CLI::App& app, const Command& command, Options& options) {
     app.add_option(std::string(kArgumentWords), options.arguments,
                    std::string(command.argumentHelp))
         ->expected(least, several ? kMany : command.most)
-        ->check([putting = (command.options & kPutting) != 0](const std::string& word) {
+        ->check([putting = (command.options & (kPutting | kHidden)) != 0](const std::string& word) {
             return std::string(word.empty() && !putting ? "an empty word names nothing" : "");
         })
         ->required(least > 0);
@@ -61,6 +61,10 @@ void addOptions(CLI::App& app, const Command& command, Options& options) {
                      "move entities on the control layer inside blocks to layer 0 too");
         app.add_flag("--all", options.all, "the store's layer and block go too");
     }
+    if (has(kManual))
+        app.add_option("--man", options.manual, "write the manual pages into a folder")
+            ->type_name("FOLDER")
+            ->check(notEmpty("the name of a folder"));
     if (has(kScript))
         app.add_option("-c,--command", options.script,
                        "the commands themselves, split by line ends or ;")
@@ -137,6 +141,14 @@ void addDrawingOptions(CLI::App& app, Options& options, bool page) {
 
 void addLookingOptions(CLI::App& app, const Command& command, Options& options) {
     const auto has = [&command](Option option) { return (command.options & option) != 0; };
+    if (has(kSearching)) {
+        app.add_flag("-i,--ignore-case", options.ignoreCase, "capitals and small letters alike");
+        app.add_flag("-F,--fixed-strings", options.fixed, "the pattern is a text as it stands");
+    }
+    if (has(kApplication))
+        app.add_option("--app", options.application, "of all records, those of one application")
+            ->type_name("NAME")
+            ->check(notEmpty("the name of an application"));
     if (has(kLayers))
         app.add_option("--layer", options.layers,
                        "only on layers that match a wildcard pattern (repeatable; a comma splits)")
@@ -243,7 +255,7 @@ std::unique_ptr<CLI::App> rulesFor(const Command& command, Options& options) {
     addStoreOptions(*app, command, options);
     addLookingOptions(*app, command, options);
     addSeveralOptions(*app, command, options);
-    if ((command.options & (kInside | kReferences)) != 0)
+    if ((command.options & (kInside | kReferences | kReferencePlaces)) != 0)
         addReferenceOptions(*app, command, options);
     if ((command.options & kRepairing) != 0) addRepairOptions(*app, options);
     return app;

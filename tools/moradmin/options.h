@@ -76,6 +76,7 @@ struct Options {
     std::optional<std::string> script;  ///< run: the commands themselves
     std::optional<std::string> fileValue;
     std::string application;  ///< xdata --app
+    std::string manual;       ///< help --man: a folder
     bool world = false;
     bool count = false;
     bool deep = false;  ///< --deep: what lies in blocks and references too
@@ -83,6 +84,7 @@ struct Options {
     bool noReferences = false;
     bool asString = false;
     bool ignoreCase = false;
+    bool fixed = false;  ///< --fixed-strings
 
     /// The first argument, or `otherwise` when there is none.
     [[nodiscard]] std::string argument(const std::string& otherwise = {}) const {

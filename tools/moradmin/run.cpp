@@ -39,21 +39,24 @@ void refuseRunsOptions(const Options& options, bool changing) {
 
 }  // namespace
 
-int runScriptLine(Session& session, const std::vector<std::string>& words, bool json) {
+Options scriptLine(const Session& session, const std::vector<std::string>& words) {
     const Command* command = commandNamed(words.front());
     const std::string word = "\"" + words.front() + "\"";
     if (command == nullptr) throw Failure(kUsage, noCommand(words.front()));
     if (command->run == nullptr || (command->options & kNotInScripts) != 0)
         throw Failure(kUsage, word + " cannot stand in a script, which works on one drawing");
     Options options = parseScriptLine(words, session.file());
-    options.json = options.json || json;
-    const bool changing = (command->options & kChanging) != 0;
-    refuseRunsOptions(options, changing);
+    refuseRunsOptions(options, (command->options & kChanging) != 0);
+    return options;
+}
+
+int runScriptLine(Session& session, const Options& options) {
+    const Command* command = commandNamed(options.command);
     const int code = command->run(session, options);
     // The store is not walked again for each of many lines.
     if (command->run == &runPut || command->run == &runRm)
         session.noteStored();
-    else if (changing)
+    else if ((command->options & kChanging) != 0)
         session.forget();
     return code;
 }
@@ -64,7 +67,9 @@ int runRun(Session& session, const Options& options) {
             "line " + std::to_string(line.number) +
             (line.command == 1 ? "" : ", command " + std::to_string(line.command)) + ": ";
         try {
-            const int code = runScriptLine(session, line.words, options.json);
+            Options own = scriptLine(session, line.words);
+            own.json = own.json || options.json;
+            const int code = runScriptLine(session, own);
             if (code != kDone && code != kNo)
                 throw Failure(
                     static_cast<ExitCode>(code),

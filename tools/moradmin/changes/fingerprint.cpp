@@ -3,6 +3,7 @@
 #include "host/host.h"
 #include "tools/moradmin/changes/own_records.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -13,6 +14,7 @@ namespace mor::tool {
 
 namespace {
 
+constexpr int kVariableCode = 9;
 constexpr std::uint64_t kPrime = 0x100000001B3;
 
 /// Two running sums of the kind that tells texts apart.
@@ -41,20 +43,37 @@ private:
     std::uint64_t m_second = 0x84222325CBF29CE4;
 };
 
-/// Frames of sections and tables say nothing but counts, which change with the store.
-bool isFrame(const host::RecordInfo& record, std::size_t groups) {
-    return record.type == "TABLE" || record.type == "ENDTAB" || record.type == "ENDSEC" ||
-           record.type == "EOF" || (record.type == "SECTION" && groups <= 2);
+/// Whether a save that stores something may make or change the header variable.
+bool isOwnVariable(const std::string& name) { return name == "$HANDSEED" || name == "$HANDLING"; }
+
+/// Frames of sections and tables say nothing but counts, which change with the store; so does the
+/// name of an application that every drawing has.
+bool isFrame(const std::vector<host::RecordGroup>& kept) {
+    const std::string& type = kept.front().value;
+    if (type == "SECTION") return kept.size() <= 2;
+    if (type == "APPID")
+        return std::ranges::any_of(kept, [](const host::RecordGroup& group) {
+            return group.code == 2 && group.value == "ACAD";
+        });
+    return type == "TABLE" || type == "ENDTAB" || type == "ENDSEC" || type == "EOF";
+}
+
+/// The groups of a record without variables of the store.
+std::vector<host::RecordGroup> keptGroups(const AcApDocument* document, mor::EntityName name) {
+    std::vector<host::RecordGroup> kept = host::recordGroups(document, name);
+    bool own = false;
+    std::erase_if(kept, [&own](const host::RecordGroup& group) {
+        if (group.code == kVariableCode) own = isOwnVariable(group.value);
+        return own;
+    });
+    return kept;
 }
 
 /// False for a record that only frames others.
 bool addRecord(Sum& sum, const AcApDocument* document, const host::RecordInfo& record) {
-    const std::vector<host::RecordGroup> groups = host::recordGroups(document, record.name);
-    if (isFrame(record, groups.size())) return false;
-    bool seed = false;  // the next free handle
-    for (const host::RecordGroup& group : groups) {
-        if (group.code == 9) seed = group.value == "$HANDSEED";
-        if (seed) continue;
+    const std::vector<host::RecordGroup> kept = keptGroups(document, record.name);
+    if (kept.empty() || isFrame(kept)) return false;
+    for (const host::RecordGroup& group : kept) {
         sum.add(std::to_string(group.code));
         sum.end();
         sum.add(group.value);

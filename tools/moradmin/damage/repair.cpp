@@ -26,7 +26,6 @@ void salvage(Session& session, bool json) {
     const StoreState before = session.takeState();
     if (before.findings.empty()) return;
     const SalvagePlan plan = planSalvage(session, before);
-    session.facts()["done"] = Json::array();
     for (const std::string& line : applySalvage(session, before, plan)) {
         session.facts()["done"].push_back(line);
         if (!json) std::cout << line << "\n";
@@ -41,6 +40,7 @@ int runRepair(Session& session, const Options& options) {
         throw Failure(kUsage, "one of --salvage, --library and --reset, please");
     if (options.reset && !options.yes)
         throw Failure(kUsage, "--reset erases every stored value; say --yes when that is meant");
+    session.facts()["done"] = Json::array();
     if (options.library)
         sendCheck();
     else if (options.reset)

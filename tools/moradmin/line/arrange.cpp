@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <iterator>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 namespace mor::tool {
@@ -25,6 +26,14 @@ bool isStorePath(const std::string& word, const Options& options) {
     return word.starts_with('/') && !isOnDisk(word, options.folders);
 }
 
+/// DRAWING:/PATH; the path goes behind the other words.
+void splitSpot(Options& options) {
+    const std::size_t colon = options.drawing.rfind(":/");
+    if (colon == std::string::npos || colon == 0 || isOnDisk(options.drawing, false)) return;
+    options.arguments.push_back(options.drawing.substr(colon + 1));
+    options.drawing.erase(colon);
+}
+
 /// A path in front of the drawing, where a drawing stands behind it.
 void refusePathFirst(const Options& options) {
     if (options.inScript || !options.drawing.starts_with('/') || options.arguments.empty()) return;
@@ -40,6 +49,8 @@ void refusePathFirst(const Options& options) {
 void arrangeWords(Options& options, const Command& command) {
     const auto has = [&command](Option option) { return (command.options & option) != 0; };
     if (has(kNoDrawing)) return;
+    if (has(kFolderFirst) && !options.inScript) std::swap(options.drawing, options.arguments[0]);
+    if (has(kSpot) && !options.inScript) splitSpot(options);
     refusePathFirst(options);
     options.drawings = {options.drawing};
     if (!has(kSeveral) || options.inScript) return;

@@ -1,6 +1,7 @@
 #include "tools/moradmin/line/help.h"
 
 #include "tools/moradmin/failure.h"
+#include "tools/moradmin/line/manual.h"
 #include "tools/moradmin/line/rules.h"
 #include "tools/moradmin/options.h"
 
@@ -59,11 +60,14 @@ const Command* commandNamed(std::string_view name) {
 
 std::string usageOf(const Command& command) {
     const auto has = [&command](Option option) { return (command.options & option) != 0; };
-    const std::string drawing = has(kNoDrawing) ? "" : has(kSeveral) ? " DRAWING..." : " DRAWING";
+    const std::string name = "moradmin " + std::string(command.name);
     const std::string others =
         command.arguments.empty() ? "" : " " + std::string(command.arguments);
-    return "moradmin " + std::string(command.name) +
-           (has(kPatternFirst) ? others + drawing : drawing + others);
+    if (has(kNoDrawing)) return name + others;
+    const std::string drawing = std::string(" DRAWING") + (has(kSeveral) ? "..."
+                                                           : has(kSpot)  ? "[:PATH]"
+                                                                         : "");
+    return name + (has(kPatternFirst) || has(kFolderFirst) ? others + drawing : drawing + others);
 }
 
 std::vector<WordHelp> wordsOf(const Command& command) {
@@ -75,11 +79,13 @@ std::vector<WordHelp> wordsOf(const Command& command) {
         words.push_back({"DRAWING", "the drawing, DXF or DWG; - is stdin"});
     if (!command.arguments.empty())
         words.push_back({std::string(command.arguments), std::string(command.argumentHelp)});
-    if (has(kPatternFirst)) std::swap(words.front(), words.back());
+    if (has(kPatternFirst) || has(kFolderFirst)) std::swap(words.front(), words.back());
     return words;
 }
 
-void printVersion() { std::cout << "moradmin " << MORADMIN_VERSION << "\n"; }
+void printVersion() {
+    std::cout << "moradmin " << MORADMIN_VERSION << " (" << MORADMIN_COMMIT << ")\n";
+}
 
 void printOverview() {
     std::size_t widest = 0;
@@ -88,7 +94,8 @@ void printOverview() {
                  "tells\nwhat else they hold (DXF and DWG).\n\n"
                  "  moradmin COMMAND DRAWING... [OPTION...]\n\nCommands\n";
     for (const Command& command : commands())
-        printEntry(std::string(command.name), std::string(command.help), widest + 4);
+        if ((command.options & kHidden) == 0)
+            printEntry(std::string(command.name), std::string(command.help), widest + 4);
     std::cout << "\n\"moradmin help COMMAND\" says more and gives an example. Options may stand "
                  "anywhere;\n-- ends them. --json prints JSON, --version the version.\n\nExit "
                  "codes\n";
@@ -112,6 +119,10 @@ void printPage(const Command& command) {
 }
 
 int runHelp(const Options& options) {
+    if (!options.manual.empty()) {
+        writeManual(options.manual);
+        return kDone;
+    }
     if (options.arguments.empty()) {
         printOverview();
         return kDone;

@@ -190,6 +190,12 @@ int runEntities(Session& session, const Options& options) {
     } else if (options.count) {
         std::cout << tally.listed << "\n";
     }
+    if (options.verbose && !options.deep) {
+        std::size_t deep = 0;
+        forEachDeepEntity(session, names, [&deep](const DeepEntity& /*entity*/) { ++deep; });
+        printNote(session.message(std::to_string(deep) +
+                                  " more lie in blocks and references; --deep lists them"));
+    }
     tellUnknownTypes(session, options, tally);
     tellOwn(session, options, own, "entities");
     const bool filtered = !patterns.empty() || !types.empty();

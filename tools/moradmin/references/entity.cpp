@@ -2,6 +2,7 @@
 
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
+#include "tools/moradmin/looking/foreign.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/references/entity_record.h"
 #include "tools/moradmin/references/listed_entity.h"
@@ -14,25 +15,6 @@
 namespace mor::tool {
 
 namespace {
-
-Json groupJson(const host::RecordGroup& group) {
-    Json value = group.value;
-    switch (groupKind(group.code)) {
-        case GroupKind::Real:
-            if (const auto real = readReal(group.value)) value = *real;
-            break;
-        case GroupKind::Integer:
-            // What is no integer stays the real or the text that it is.
-            if (const auto integer = readInteger(group.value))
-                value = *integer;
-            else if (group.value.find_first_of(".eE") != std::string::npos)
-                if (const auto real = readReal(group.value)) value = *real;
-            break;
-        case GroupKind::Text:
-            break;
-    }
-    return {{"code", group.code}, {"value", std::move(value)}};
-}
 
 Json attributesJson(const host::RecordAttributes& attributes) {
     Json items = Json::array();

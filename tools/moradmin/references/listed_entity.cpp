@@ -26,7 +26,7 @@ ListedEntity describe(const Session& session, mor::EntityName name, CMOREntity& 
 
 Json entityJson(const Options& options, const ListedEntity& entity) {
     Json object = jsonHead(options);
-    object["handle"] = entity.handle;
+    object["handle"] = textOrNull(entity.handle);
     object["type"] = entity.type;
     object["layer"] = entity.layer;
     object["space"] = entity.space;

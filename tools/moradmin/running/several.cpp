@@ -1,6 +1,7 @@
 #include "tools/moradmin/running/several.h"
 
 #include "tools/moradmin/failure.h"
+#include "tools/moradmin/line/rules.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/running/drawings.h"
 #include "tools/moradmin/running/guarded.h"
@@ -52,6 +53,12 @@ bool hasLines(const Options& options) {
     return !options.json && (options.command != "dump" || options.text || options.textconv);
 }
 
+/// Whether the command asks for something that may lie in any of the drawings: it is found when one
+/// has it.
+bool isSearch(const Options& options) {
+    return (commandNamed(options.command)->options & (kPatternFirst | kPatternLast)) != 0;
+}
+
 int visitOne(const Options& options, const Visit& visit, bool named) {
     std::optional<PrefixedLines> prefix;
     if (named) prefix.emplace(options.drawing);
@@ -69,9 +76,12 @@ int overDrawings(const Options& options, const Visit& visit) {
     Progress progress(files, !options.quiet && several);
     Summary summary;
     int worst = kDone;
+    bool found = false;
+    const bool searches = isSearch(options);
     const auto done = [&](int code) {
         summary.note(code);
-        worst = moreSerious(worst, code);
+        found = found || code == kDone;
+        if (!searches || code != kNo) worst = moreSerious(worst, code);
     };
     const auto visitFile = [&](std::size_t i) {
         Options own = options;
@@ -89,7 +99,7 @@ int overDrawings(const Options& options, const Visit& visit) {
     }
     progress.end();
     if (several && !options.quiet && !options.json) printNote(summary.text(files.size()));
-    return worst;
+    return searches && !found ? moreSerious(worst, kNo) : worst;
 }
 
 }  // namespace mor::tool

@@ -2,6 +2,7 @@
 #include "host/host.h"
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
+#include "tools/moradmin/looking/facts.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/shown_text.h"
 
@@ -70,6 +71,10 @@ Json infoJson(Session& session, const Options& options) {
                        {"files", totals.files},
                        {"used", totals.bytes},
                        {"findings", state.findings.size()}};
+    if (own && (options.json || !isPrefixed()))
+        addDrawingFacts(object, session.document());
+    else
+        addNoFacts(object);
     return object;
 }
 
@@ -97,6 +102,7 @@ void printInfo(Session& session, const Json& facts) {
               << "store     " << stateName(state.kind) << ", " << state.reachable
               << " directories, " << store["files"].get<long>() << " files, "
               << store["used"].get<long>() << " bytes in files\n";
+    if (session.reference().empty()) printFacts(std::cout, facts);
     if (info.deadBytes != 0)
         std::cout << "dead      " << info.deadBytes
                   << " bytes of older versions of objects; what stands in them can be read from "

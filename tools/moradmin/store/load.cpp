@@ -124,16 +124,6 @@ Json parseDump(const std::string& text) {
     return object;
 }
 
-void removeEverything(Session& session, const std::wstring& directory) {
-    for (const Store::Entry& entry : session.store().entries(directory)) {
-        const std::wstring path = joined(directory, entry.name);
-        if (entry.directory)
-            removeDirectory(session, path);
-        else
-            removeFile(session, path);
-    }
-}
-
 }  // namespace
 
 int runLoad(Session& session, const Options& options) {

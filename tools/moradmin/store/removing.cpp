@@ -116,6 +116,16 @@ void removeDirectory(Session& session, const std::wstring& path) {
         refuse(session, path, utf8(path) + " cannot be removed");
 }
 
+void removeEverything(Session& session, const std::wstring& directory) {
+    for (const Store::Entry& entry : session.store().entries(directory)) {
+        const std::wstring path = joined(directory, entry.name);
+        if (entry.directory)
+            removeDirectory(session, path);
+        else
+            removeFile(session, path);
+    }
+}
+
 void removeStore(Session& session, bool extended) {
     Store& store = session.store();
     if (extended)

@@ -13,6 +13,9 @@ void removeFile(Session& session, const std::wstring& path);
 /// leads into it: what that link reaches would be gone too, and the link dead.
 void removeDirectory(Session& session, const std::wstring& path);
 
+/// Removes what lies in a directory, and leaves the directory.
+void removeEverything(Session& session, const std::wstring& directory);
+
 /// Removes the store: no directory is left, and no root link that would name one. `extended`:
 /// entities on the control layer inside blocks go to layer 0 too.
 void removeStore(Session& session, bool extended);

@@ -1,0 +1,104 @@
+#include "tools/moradmin/looking/foreign.h"
+
+#include "tools/moradmin/references/entity_record.h"
+
+#include <algorithm>
+
+namespace mor::tool {
+
+namespace {
+
+constexpr int kNameCode = 9;        // of a header variable
+constexpr int kApplication = 1001;  // the beginning of its extended data
+constexpr int kEntryName = 3;
+
+bool isEntryHandle(int code) { return code == 350 || code == 360; }
+
+}  // namespace
+
+std::vector<HeaderVariable> headerVariables(const AcApDocument* document) {
+    std::vector<HeaderVariable> all;
+    host::forEachRecord(document, [&](const host::RecordInfo& record) {
+        if (record.type != "SECTION") return;
+        const std::vector<host::RecordGroup> groups = host::recordGroups(document, record.name);
+        if (groups.size() < 2 || groups[1].value != "HEADER") return;
+        for (std::size_t i = 2; i < groups.size(); ++i) {
+            if (groups[i].code == kNameCode)
+                all.push_back({groups[i].value, {}});
+            else if (!all.empty())
+                all.back().groups.push_back(groups[i]);
+        }
+    });
+    return all;
+}
+
+std::string valuesText(const std::vector<host::RecordGroup>& groups) {
+    std::string text;
+    for (const host::RecordGroup& group : groups) text += (text.empty() ? "" : " ") + group.value;
+    return text;
+}
+
+Json groupJson(const host::RecordGroup& group) {
+    Json value = group.value;
+    switch (groupKind(group.code)) {
+        case GroupKind::Real:
+            if (const auto real = readReal(group.value)) value = *real;
+            break;
+        case GroupKind::Integer:
+            // What is no integer stays the real or the text that it is.
+            if (const auto integer = readInteger(group.value))
+                value = *integer;
+            else if (group.value.find_first_of(".eE") != std::string::npos)
+                if (const auto real = readReal(group.value)) value = *real;
+            break;
+        case GroupKind::Text:
+            break;
+    }
+    return {{"code", group.code}, {"value", std::move(value)}};
+}
+
+Json valuesJson(const std::vector<host::RecordGroup>& groups) {
+    if (groups.size() == 1) return groupJson(groups.front())["value"];
+    Json values = Json::array();
+    for (const host::RecordGroup& group : groups) values.push_back(groupJson(group)["value"]);
+    return values;
+}
+
+std::vector<ExtendedData> extendedData(const std::vector<host::RecordGroup>& groups) {
+    std::vector<ExtendedData> all;
+    for (const host::RecordGroup& group : groups) {
+        if (group.code == kApplication)
+            all.push_back({group.value, {}});
+        else if (group.code >= 1000 && !all.empty())
+            all.back().groups.push_back(group);
+    }
+    return all;
+}
+
+mor::EntityName rootDictionary(const AcApDocument* document) {
+    mor::EntityName root;
+    host::forEachRecord(document, [&](const host::RecordInfo& record) {
+        if (root.isNone() && record.type == "DICTIONARY" && !record.erased) root = record.name;
+    });
+    return root;
+}
+
+std::vector<DictionaryEntry> dictionaryEntries(const AcApDocument* document,
+                                               mor::EntityName dictionary) {
+    std::vector<DictionaryEntry> all;
+    for (const host::RecordGroup& group : host::recordGroups(document, dictionary)) {
+        if (group.code == kEntryName) {
+            all.push_back({group.value, "", "", {}});
+        } else if (isEntryHandle(group.code) && !all.empty() && all.back().handle.empty()) {
+            DictionaryEntry& entry = all.back();
+            entry.handle = group.value;
+            const auto object = host::findHandle(document, wide(group.value));
+            if (!object) continue;
+            entry.object = *object;
+            if (const auto info = host::recordInfo(document, *object)) entry.type = info->type;
+        }
+    }
+    return all;
+}
+
+}  // namespace mor::tool
