@@ -238,6 +238,13 @@ TEST_F(DrawnEntity, DimensionsWithoutABlockAreMeasured) {
     EXPECT_EQ(withoutPlaces(texts(drawn(dimension("70 4|15 4.0|25 7.0|")), "A1")), "R5");
     EXPECT_EQ(withoutPlaces(texts(drawn(dimension("70 2|42 1.5707963267948966|")), "A1")),
               "90\u00B0");
+    // An empty block is that of a constraint which is hidden.
+    const std::string hidden =
+        picture({.layers = {"0"},
+                 .blocks = blockDefinition("*D1", "", 1),
+                 .entities = dimension("70 0|2 *D1|") + lineEntity("A2", "0")});
+    EXPECT_EQ(paths(hidden, "A1"), "");
+    EXPECT_FALSE(noted("not drawn"));
 }
 
 TEST_F(DrawnEntity, LeadersPointAtThings) {

@@ -49,6 +49,7 @@ TEST_F(DrawnLooks, PolylinesAreAsWideAsTheySay) {
                      "0 POLYLINE|5 A3|8 0|66 1|70 0|40 0.5|41 0.5|0 VERTEX|5 C1|8 0|10 0.0|20 5.0|"
                      "0 VERTEX|5 C2|8 0|10 9.0|20 5.0|0 SEQEND|5 C3|8 0|"});
     EXPECT_EQ(attribute(svg, "B1", "stroke-width"), "6");
+    EXPECT_TRUE(std::regex_search(svg, std::regex("viewBox=\"-3.6\\S* -5.9\\S* ")));  // all of it
     EXPECT_EQ(paths(svg, "A2"), "M0 1L4 0L4 0L0 -1Z\n");
     EXPECT_EQ(attribute(svg, "A3", "stroke-width"), "0.5");
 }

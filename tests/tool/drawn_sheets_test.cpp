@@ -81,6 +81,8 @@ TEST_F(DrawnSheet, OtherSpacesAreNamed) {
               "Model\t-\t0\t2\t*Model_Space\nSheet one\t200 x 100 mm\t1\t1\t*Paper_Space\n");
     const auto json = nlohmann::json::parse(run({"layouts", host, "--json"}).out);
     EXPECT_EQ(json["layouts"][1]["paper"], nlohmann::json({200.0, 100.0}));
+    EXPECT_TRUE(holds(run({"entities", host}).out, "A3\tLINE\t0\tSheet one\n"));
+    EXPECT_TRUE(holds(run({"blocks", host}).out, "*Paper_Space\tlayout=Sheet one\t"));
     expectCode(6, {{"draw", host, "--layout", "NONE"}}, "there are: Model, Sheet one");
     // Where model space holds nothing the first sheet is drawn, also in drawings without layouts.
     const std::string svg = picture({.layers = {"0"}, .entities = lineEntity("A1", "0", "67 1|")});

@@ -45,11 +45,11 @@ struct Options {
     std::optional<host::FileState> outputBefore;  ///< what stood there when the command began
 
     std::string release = "R2018";
+    std::string kind;  ///< find --type: "f" or "d"
     bool crlf = false;
     bool longListing = false;
     bool recursive = false;
     bool values = false;
-    std::string kind;  ///< find --type: "f" or "d"
     bool raw = false;
     bool line = false;      ///< --line: a line end that belongs to no value
     bool keep = false;      ///< -n: what stands at the target stays
@@ -72,17 +72,17 @@ struct Options {
     bool verbose = false;
     std::vector<std::string> layers;  ///< --layer: patterns
     std::vector<std::string> types;   ///< --type: patterns
+    PictureOptions picture;
+    std::optional<std::string> script;  ///< run: the commands themselves
+    std::optional<std::string> fileValue;
+    std::string application;  ///< xdata --app
+    std::string manual;       ///< help --man: a folder
     bool world = false;
     bool count = false;
     bool deep = false;  ///< --deep: what lies in blocks and references too
     bool blockDump = false;
     bool noReferences = false;
-    PictureOptions picture;
-    std::optional<std::string> script;  ///< run: the commands themselves
     bool asString = false;
-    std::optional<std::string> fileValue;
-    std::string application;  ///< xdata --app
-    std::string manual;       ///< help --man: a folder
     bool ignoreCase = false;
     bool fixed = false;  ///< --fixed-strings
 

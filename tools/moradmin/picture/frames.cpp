@@ -44,6 +44,7 @@ std::vector<Point> imageBoundary(const EntityRecord& record) {
     // Pixels are counted from the middle of the one in the upper left corner.
     const Point origin = at + 0.5 * u - 0.5 * v;
     std::vector<Point> points;
+    points.reserve(spots.size());
     for (const Spot& spot : spots) points.push_back(origin + spot.x * u + (height - spot.y) * v);
     return points;
 }

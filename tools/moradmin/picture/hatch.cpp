@@ -282,8 +282,12 @@ private:
         std::size_t sides = 0;
         for (const auto& part : parts) sides += part.size();
         if ((end - begin) * static_cast<double>(sides) > kMostCuts) return false;
-        for (double number = std::ceil(begin); number <= end; number += 1.0)
+        const double first = std::ceil(begin);
+        const auto rows = static_cast<int>(std::floor(end - first)) + 1;
+        for (int row = 0; row < rows; ++row) {
+            const double number = first + row;
             if (!drawRow(parts, number * pitch, number * slide, line.dashes, path)) return false;
+        }
         return true;
     }
 
@@ -354,7 +358,7 @@ private:
 /// The mean of the colours of a gradient; nothing where there is none.
 std::optional<int> gradientColour(const EntityRecord& record) {
     if (record.integer(450) == 0) return std::nullopt;
-    std::array<double, 3> sums{};
+    std::array<int, 3> sums{};
     int count = 0;
     for (const host::RecordGroup& group : record.groups()) {
         if (group.code != 421) continue;
@@ -366,7 +370,7 @@ std::optional<int> gradientColour(const EntityRecord& record) {
     }
     if (count == 0) return std::nullopt;
     int mean = 0;
-    for (const double sum : sums) mean = mean * 0x100 + static_cast<int>(sum / count);
+    for (const int sum : sums) mean = mean * 0x100 + sum / count;
     return mean;
 }
 

@@ -34,30 +34,8 @@ std::vector<Point> pointsOfGroup(const std::vector<host::RecordGroup>& groups, i
 class Multileader {
 public:
     explicit Multileader(Pencil& pen) : m_pen(pen) {
-        enum class Where { Outside, Content, Arrow, Line } where = Where::Outside;
-        for (const host::RecordGroup& group : pen.record().groups()) {
-            if (group.code == kContext && where == Where::Outside) {
-                where = Where::Content;
-            } else if (group.code == kContextEnd && where == Where::Content) {
-                where = Where::Outside;
-            } else if (group.code == kLeader && where == Where::Content) {
-                where = Where::Arrow;
-                m_leaders.emplace_back();
-            } else if (group.code == kLeaderEnd && where == Where::Arrow) {
-                where = Where::Content;
-            } else if (group.code == kLeaderLine && where == Where::Arrow) {
-                where = Where::Line;
-                m_leaders.back().lines.emplace_back();
-            } else if (group.code == kLeaderLineEnd && where == Where::Line) {
-                where = Where::Arrow;
-            } else if (where == Where::Line) {
-                m_leaders.back().lines.back().push_back(group);
-            } else if (where == Where::Arrow) {
-                m_leaders.back().groups.push_back(group);
-            } else {
-                (where == Where::Content ? m_context : m_rest).push_back(group);
-            }
-        }
+        for (const host::RecordGroup& group : pen.record().groups())
+            if (!enters(group.code) && !leaves(group.code)) keep(group);
     }
 
     bool draw() {
@@ -73,6 +51,39 @@ public:
     }
 
 private:
+    /// Within which braces a group stands.
+    enum class Where { Outside, Content, Arrow, Line };
+
+    bool enters(int code) {
+        if (code == kContext && m_where == Where::Outside) {
+            m_where = Where::Content;
+        } else if (code == kLeader && m_where == Where::Content) {
+            m_where = Where::Arrow;
+            m_leaders.emplace_back();
+        } else if (code == kLeaderLine && m_where == Where::Arrow) {
+            m_where = Where::Line;
+            m_leaders.back().lines.emplace_back();
+        } else {
+            return false;
+        }
+        return true;
+    }
+    bool leaves(int code) {
+        const Where before = m_where;
+        if (code == kContextEnd && before == Where::Content) m_where = Where::Outside;
+        if (code == kLeaderEnd && before == Where::Arrow) m_where = Where::Content;
+        if (code == kLeaderLineEnd && before == Where::Line) m_where = Where::Arrow;
+        return m_where != before;
+    }
+    void keep(const host::RecordGroup& group) {
+        if (m_where == Where::Line)
+            m_leaders.back().lines.back().push_back(group);
+        else if (m_where == Where::Arrow)
+            m_leaders.back().groups.push_back(group);
+        else
+            (m_where == Where::Content ? m_context : m_rest).push_back(group);
+    }
+
     struct Leader {
         std::vector<host::RecordGroup> groups;
         std::vector<std::vector<host::RecordGroup>> lines;
@@ -183,6 +194,7 @@ private:
     }
 
     Pencil& m_pen;
+    Where m_where = Where::Outside;
     std::vector<host::RecordGroup> m_context;
     std::vector<host::RecordGroup> m_rest;
     std::vector<Leader> m_leaders;

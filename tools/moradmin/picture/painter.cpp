@@ -257,12 +257,14 @@ void Painter::paintShape(const Insert& entity, const Inserted& where) {
         isDimension(entity.origin.type) ? drawDimension : drawerOf(entity.origin.type);
     m_scene.setOrigin(entity.origin);
     const Inserted* outer = std::exchange(m_where, &where);
+    const Origin* outerOrigin = std::exchange(m_origin, &entity.origin);
     Pencil pen(m_desk, entity.name, entity.record, where.placement, entity.look,
                where.reference == nullptr ? std::string() : *where.reference);
     const std::size_t before = m_scene.offered();
     const bool drawn =
         (draw != nullptr && draw(pen)) || m_scene.offered() > before || drawPreview(pen);
     m_where = outer;
+    m_origin = outerOrigin;
     if (drawn) return;
     const auto info = host::recordInfo(m_session.document(), entity.name);
     leaveOut(entity.origin.type + whyNotDrawn(entity.origin.type, info && info->opaque));

@@ -122,10 +122,11 @@ private:
     Fonts m_fonts;
     Looks m_looks;
     Desk m_desk;
-    const Inserted* m_where = nullptr;                ///< of the entity that is drawn
-    std::vector<mor::EntityName> m_names;             ///< of the space that is drawn
-    std::vector<mor::EntityName> m_model;             ///< of model space, for viewports of a sheet
-    std::map<std::wstring, Block> m_blocks;           ///< by upper-case name
+    const Origin* m_origin = nullptr;        ///< of the entity that is drawn, and where it stands
+    const Inserted* m_where = nullptr;       ///< of the entity that is drawn
+    std::vector<mor::EntityName> m_names;    ///< of the space that is drawn
+    std::vector<mor::EntityName> m_model;    ///< of model space, for viewports of a sheet
+    std::map<std::wstring, Block> m_blocks;  ///< by upper-case name
     const std::set<std::string>* m_frozen = nullptr;  ///< in the viewport that is drawn
     std::size_t m_viewports = 0;
     std::size_t m_visited = 0;

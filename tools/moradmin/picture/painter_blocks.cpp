@@ -214,7 +214,9 @@ bool Painter::paintPart(const Pencil& pen, const std::string& blockName,
                    where.blocks};
     inner.blocks.push_back(block.key);
     ++m_inserts;
+    const Origin& origin = *m_origin;
     paintBlock(block, inner);
+    m_scene.setOrigin(origin);  // what follows belongs to the entity again
     return true;
 }
 

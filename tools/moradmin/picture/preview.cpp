@@ -4,7 +4,6 @@
 #include <cctype>
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <numbers>
 #include <string_view>
@@ -308,8 +307,9 @@ private:
         const std::uint32_t entries = bytes.word();
         Path path = m_pen.path();
         for (std::uint32_t read = 0; read < entries && !bytes.failed();) {
-            const auto corners = static_cast<std::int32_t>(bytes.word());
-            const std::uint32_t count = static_cast<std::uint32_t>(std::abs(corners));
+            // Below 0 for a hole.
+            const std::uint32_t corners = bytes.word();
+            const std::uint32_t count = std::min(corners, 0U - corners);
             read += 1 + count;
             for (std::uint32_t i = 0; i < count && !bytes.failed(); ++i) {
                 const std::uint32_t number = bytes.word();

@@ -92,7 +92,14 @@ bool Scene::noteExtent(const Extent& extent) {
 }
 
 void Scene::add(Kind kind, const Path& path, const Style& style) {
-    if (path.empty() || !path.isFinite() || !noteExtent(path.extent())) return;
+    if (path.empty() || !path.isFinite()) return;
+    Extent extent = path.extent();
+    if (kind == Kind::Stroke && style.width > 0.0F) {
+        const double half = static_cast<double>(style.width) / 2;
+        extent.include(extent.left - half, extent.bottom - half);
+        extent.include(extent.right + half, extent.top + half);
+    }
+    if (!noteExtent(extent)) return;
     Element& element = push(kind);
     element.ops = static_cast<std::uint32_t>(path.ops().size());
     m_ops += path.ops();

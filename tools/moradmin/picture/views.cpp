@@ -37,7 +37,8 @@ void readLayout(const EntityRecord& record, Layout& layout) {
                                      record.real(43)};
     const int quarters = record.integer(73);
     if (quarters % 2 != 0) std::swap(layout.width, layout.height);
-    for (int i = 0; i < quarters % 4; ++i) std::ranges::rotate(margins, margins.begin() + 1);
+    for (int i = 0; i < quarters % 4; ++i)
+        std::rotate(margins.begin(), margins.begin() + 1, margins.end());
     layout.left = -margins[0];
     layout.bottom = -margins[1];
     const double paper = record.real(142, 1.0);
@@ -160,6 +161,17 @@ Extent Layout::paper() const {
     if (!(width > 0.0) || !(height > 0.0) || !(perUnit > 0.0)) return {};
     return {left / perUnit, bottom / perUnit, (left + width) / perUnit, (bottom + height) / perUnit,
             false};
+}
+
+std::string layoutName(const AcApDocument* document, const std::string& block) {
+    const auto record = host::findSymbol(document, "BLOCK_RECORD", wide(block));
+    const auto handle = record ? host::recordGroup(document, *record, 340) : std::nullopt;
+    const auto id = handle ? host::findHandle(document, wide(*handle)) : std::nullopt;
+    if (!id) return {};
+    const EntityRecord layout(document, *id);
+    Layout found;
+    if (layout.type() == "LAYOUT") readLayout(layout, found);
+    return found.name;
 }
 
 std::vector<Layout> layoutsOf(AcApDocument* document) {

@@ -39,6 +39,9 @@ struct Layout {
 [[nodiscard]] std::vector<Layout> layoutsOf(AcApDocument* document);
 /// The block of the layout in which an entity of a paper space stands.
 [[nodiscard]] std::string layoutBlock(const host::RecordInfo& info);
+/// The name of the layout whose entities stand in a block of the drawing itself; empty for any
+/// other block.
+[[nodiscard]] std::string layoutName(const AcApDocument* document, const std::string& block);
 /// Without regard to case.
 [[nodiscard]] bool sameName(const std::string& a, const std::string& b);
 

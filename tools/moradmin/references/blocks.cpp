@@ -6,6 +6,7 @@
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
+#include "tools/moradmin/picture/views.h"
 #include "tools/moradmin/references/references.h"
 #include "tools/moradmin/shown_text.h"
 #include "xref/xref_block_map.h"
@@ -89,8 +90,15 @@ bool isSet(const BlockRow& row, std::int64_t bit) {
            (bit == kBlockAttributes && row.block.attributes);
 }
 
-std::string flagsText(const BlockRow& row) {
+/// The name of the layout that the block holds; empty for none, and within a reference.
+std::string layoutOf(const Session& session, const BlockRow& row) {
+    if (!row.block.layout || !session.reference().empty()) return {};
+    return layoutName(session.document(), utf8(row.block.symbol.symbol));
+}
+
+std::string flagsText(const Session& session, const BlockRow& row) {
     std::string text = row.block.layout ? "layout" : row.block.reference ? "reference" : "";
+    if (const std::string name = layoutOf(session, row); !name.empty()) text += "=" + name;
     for (const auto& [bit, word] : kBlockFlags)
         if (isSet(row, bit)) text += (text.empty() ? "" : ",") + std::string(word);
     return text.empty() ? "-" : text;
@@ -114,6 +122,8 @@ Json blockJson(const Session& session, const BlockRow& row) {
     object["inserts"] = block.inserts;
     object["path"] = textOrNull(utf8(block.path));
     object["host"] = nullptr;
+    object["layoutName"] = nullptr;
+    if (const std::string name = layoutOf(session, row); !name.empty()) object["layoutName"] = name;
     if (row.host) object["host"] = {{"flags", row.host->flags}, {"base", row.host->base}};
     return object;
 }
@@ -174,7 +184,7 @@ int runBlocks(Session& session, const Options& options) {
                    [&](std::size_t at) -> std::vector<std::string> {
                        const host::BlockInfo& block = rows[at].block;
                        return {nameWithin(session, block.symbol.qualified),
-                               flagsText(rows[at]),
+                               flagsText(session, rows[at]),
                                std::to_string(block.entities),
                                std::to_string(block.inserts),
                                pointText(block.base),

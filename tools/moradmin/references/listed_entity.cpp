@@ -1,6 +1,7 @@
 #include "tools/moradmin/references/listed_entity.h"
 
 #include "host/host.h"
+#include "tools/moradmin/picture/views.h"
 
 namespace mor::tool {
 
@@ -9,8 +10,10 @@ namespace {
 std::string spaceOf(const Session& session, const host::RecordInfo& info) {
     const bool model = info.place == host::Place::ModelSpace;
     if (!session.reference().empty() || model) return utf8(session.view().SpaceName());
-    const bool active = info.place == host::Place::PaperSpace && info.container.empty();
-    return active ? "*Paper_Space" : info.container;
+    if (info.place != host::Place::PaperSpace) return info.container;
+    const std::string block = layoutBlock(info);
+    const std::string layout = layoutName(session.document(), block);
+    return layout.empty() ? block : layout;
 }
 
 }  // namespace

@@ -14,7 +14,7 @@ struct ListedEntity {
     std::string handle;
     std::string type;
     std::string layer;  ///< as the drawing knows it
-    std::string space;  ///< model space, a reference, the block of a layout, or a block definition
+    std::string space;  ///< model space, a reference, a layout by its name, or a block definition
 };
 
 /// Connects `entity`, which stays unconnected for what stands between the records of a table.
