@@ -27,7 +27,7 @@ constexpr const char* kText = ".txt";
 constexpr const char* kLisp = ".lisp";
 constexpr std::string_view kArrow = "%3E";  // what stands in front of some names
 
-std::string withoutArrow(std::string name) {
+std::string withoutArrow(const std::string& name) {
     return name.starts_with('>') ? std::string(kArrow) + name.substr(1) : name;
 }
 
