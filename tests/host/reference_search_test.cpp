@@ -94,7 +94,8 @@ TEST_F(ReferenceSearch, LooksIntoExtraFoldersInTheirOrder) {
     put("second/sub/plan.dxf", "A2");
     host::setReferenceFolders({file("second"), file("first")});
     EXPECT_EQ(found("sub/plan.dxf"), "A2");
-    EXPECT_EQ(found("C:/sub/plan.dxf"), "A1");
+    EXPECT_EQ(found("C:/sub/plan.dxf"), "A2");
+    EXPECT_EQ(found("C:/other/plan.dxf"), "A1");
     put("home/plan.dxf", "A3");
     EXPECT_EQ(found("sub/plan.dxf"), "A3");
 }

@@ -39,6 +39,7 @@ TEST_F(Words, ThatAreNearlyRightAreTold) {
         {"find D /cfg/[a", "the [ of \"[a\" is not closed"},
         {"load D @d.dxf", "no JSON; \"moradmin dump DRAWING > FILE\" makes one"},
         {"run D -c 'put /a/b 1; lst'", "line 1, command 2: \"lst\" is not a command"},
+        {"run D -c 'put /a/b x'", "a script takes quotes away: '\"...\"', or --string"},
         {"df D /cgf", "did you mean \"/cfg\"?"},
         {"ls D -r --ext ''", "an ending is wanted"},
     });

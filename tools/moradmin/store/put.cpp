@@ -12,9 +12,12 @@ namespace mor::tool {
 
 namespace {
 
-CMORAdsLispVar parsedValue(const std::string& text) {
+CMORAdsLispVar parsedValue(const std::string& text, bool inScript) {
     auto value = host::readLisp(text);
-    if (!value) throw Failure(kUsage, "the value is no LISP text: " + value.error().message());
+    if (!value)
+        throw Failure(kUsage,
+                      "the value is no LISP text: " + value.error().message() +
+                          (inScript ? "; a script takes quotes away: '\"...\"', or --string" : ""));
     if (CMORAdsLisp::NilP(value.value()))
         throw Failure(
             kUsage,
@@ -33,7 +36,7 @@ CMORAdsLispVar wantedValue(const Options& options) {
     if (given && read) text = readText("-");
     if (options.line && !options.asString) throw Failure(kUsage, "--line belongs to --string");
     if (options.line && read && text.ends_with('\n')) text.pop_back();
-    return options.asString ? host::makeString(wide(text)) : parsedValue(text);
+    return options.asString ? host::makeString(wide(text)) : parsedValue(text, options.inScript);
 }
 
 }  // namespace
