@@ -46,10 +46,10 @@ std::string unknownOption(const std::vector<OptionHelp>& options,
                    return std::ranges::find(option.names, name) != option.names.end();
                });
     };
-    for (std::size_t i = 0; i < words.size(); ++i) {
-        if (words[i] == "--") break;
-        if (!words[i].starts_with("--")) continue;
-        const std::string name = words[i].substr(0, words[i].find('='));
+    for (const std::string& word : words) {
+        if (word == "--") break;
+        if (!word.starts_with("--")) continue;
+        std::string name = word.substr(0, word.find('='));
         if (!isKnown(name)) return name;
     }
     return {};

@@ -28,6 +28,7 @@ DictionaryEntry findObject(const Session& session, const std::string& path) {
         });
         if (found == entries.end()) {
             std::vector<std::string> names;
+            names.reserve(entries.size());
             for (const DictionaryEntry& entry : entries) names.push_back(entry.name);
             throw Failure(kRefused,
                           session.message("no dictionary has " + rest + hintFor(rest, names)),
@@ -54,6 +55,7 @@ void printEntries(const Options& options, const std::vector<DictionaryEntry>& en
         return;
     }
     std::vector<std::vector<std::string>> rows;
+    rows.reserve(entries.size());
     for (const DictionaryEntry& entry : entries)
         rows.push_back({entry.handle.empty() ? "-" : entry.handle,
                         entry.type.empty() ? "-" : entry.type,
