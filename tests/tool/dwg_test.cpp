@@ -33,6 +33,10 @@ protected:
         std::string text = std::to_string(outcome.code) + ": " + outcome.out + outcome.err;
         for (std::size_t at = 0; (at = text.find(file(drawing))) != std::string::npos;)
             text.replace(at, file(drawing).size(), "DRAWING");
+        // The DWG is made without the records that name layouts.
+        for (const std::string name : {"=Model", "=Layout1"})
+            for (std::size_t at = 0; (at = text.find(name)) != std::string::npos;)
+                text.erase(at, name.size());
         return text;
     }
 
