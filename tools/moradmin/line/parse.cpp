@@ -55,16 +55,16 @@ ParsedLine withoutCommand(const std::vector<std::string>& words) {
 
 }  // namespace
 
-ParsedLine parseCommandLine(int count, char** given) {
-    std::vector<std::string> words(given + 1, given + count);
-    if (!words.empty() && words.front().starts_with('-'))
-        words = commandFirst(std::move(words), valuedOptions());
-    const Command* command = words.empty() ? nullptr : commandNamed(words.front());
-    if (command == nullptr) return withoutCommand(words);
+ParsedLine parseCommandLine(int count, char** words) {
+    std::vector<std::string> given(words + 1, words + count);
+    if (!given.empty() && given.front().starts_with('-'))
+        given = commandFirst(std::move(given), valuedOptions());
+    const Command* command = given.empty() ? nullptr : commandNamed(given.front());
+    if (command == nullptr) return withoutCommand(given);
     ParsedLine line;
     line.options.command = command->name;
     const auto app = rulesFor(*command, line.options);
-    std::vector<std::string> reversed = reversedWords({words.begin() + 1, words.end()});
+    std::vector<std::string> reversed = reversedWords({given.begin() + 1, given.end()});
     try {
         app->parse(reversed);
         unmarkAll(line.options);
@@ -73,9 +73,9 @@ ParsedLine parseCommandLine(int count, char** given) {
         printPage(*command);
         line.exitCode = kDone;
     } catch (const CLI::ParseError& error) {
-        line.options.json = std::ranges::find(words, "--json") != words.end();
+        line.options.json = std::ranges::find(given, "--json") != given.end();
         line.exitCode = refuse(
-            line.options, std::string(command->name) + ": " + complaintOf(error, *command, words) +
+            line.options, std::string(command->name) + ": " + complaintOf(error, *command, given) +
                               "; it is called as \"" + usageOf(*command) + "\", --help says more");
     } catch (const Failure& failure) {
         line.exitCode = refuse(line.options, std::string(command->name) + ": " + failure.what() +

@@ -42,7 +42,7 @@ void makeFolder() {
 
 std::string privateFile(const std::string& name) {
     if (s_made.folder[0] == '\0') makeFolder();
-    const std::string path = std::string(s_made.folder.data()) + "/" + name;
+    std::string path = std::string(s_made.folder.data()) + "/" + name;
     for (std::size_t i = 0; i < s_made.count; ++i)
         if (path == s_made.files[i].data()) return path;
     if (s_made.count == kMostFiles || path.size() >= kLongestPath)
