@@ -37,7 +37,7 @@ private:
     using Place = const wchar_t*;
 
     [[nodiscard]] bool alternativeEnds() const { return m_at == m_end || *m_at == L','; }
-    [[nodiscard]] static bool isLiteral(wchar_t c);
+    [[nodiscard]] static bool isLiteral(wchar_t wide);
     bool matchesAlternative();
     [[nodiscard]] Place closeOf(Place open);
     void skipElement();
