@@ -75,7 +75,7 @@ Result<AcApDocument*> openDocument(const std::filesystem::path& path, Opening op
     auto source = openFileSource(path);
     if (!source) return source.error();
     const FileState stamp = stateOf(source.value()->descriptor());
-    auto drawing = openDrawing(std::move(source.value()), path.string());
+    auto drawing = openDrawing(source.value(), path.string());
     if (!drawing) return drawing.error();
     if (opening == Opening::Salvaged && drawing.value()->damage())
         drawing = openDrawing(makeBufferSource(drawing.value()->codec().salvaged()), path.string());

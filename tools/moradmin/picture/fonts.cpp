@@ -120,6 +120,7 @@ Fonts::~Fonts() {
     for (const auto& face : m_loaded)
         if (face->face != nullptr) FT_Done_Face(face->face);
     if (m_library != nullptr) FT_Done_FreeType(m_library);
+    FcFini();  // what it has read of the machine's fonts
 }
 
 Fonts::Face* Fonts::load(const std::string& family, bool bold, bool italic, char32_t needed) {
