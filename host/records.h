@@ -77,6 +77,9 @@ void forEachRecord(const AcApDocument* document,
 /// All groups with pending edits applied, group 0 first.
 [[nodiscard]] std::vector<RecordGroup> recordGroups(const AcApDocument* document,
                                                     mor::EntityName name);
+/// Whether a record may have extended data of any application: false only when it has none. A
+/// quick look, that decodes nothing.
+[[nodiscard]] bool mayHaveExtendedData(const AcApDocument* document, mor::EntityName name);
 /// The bytes of a record whose own data no groups tell; empty for all others. For telling whether
 /// it changed.
 [[nodiscard]] std::string undecodedBytes(const AcApDocument* document, mor::EntityName name);

@@ -84,6 +84,11 @@ bool isPlain(std::string_view bytes) {
 
 }  // namespace
 
+bool mayHaveExtendedData(const AcApDocument* document, EntityName name) {
+    const Located found = locate(*document, name);
+    return found && found.drawing->mayHaveExtendedData(found.number);
+}
+
 std::vector<RecordGroup> recordGroups(const AcApDocument* document, EntityName name) {
     std::vector<RecordGroup> groups;
     const Located found = locate(*document, name);

@@ -87,6 +87,10 @@ public:
         const auto edit = m_edits.find(number);
         return edit != m_edits.end() && edit->second.attributes != nullptr;
     }
+    /// Whether it may have extended data; a quick look at records that nobody changed.
+    [[nodiscard]] bool mayHaveExtendedData(RecordNumber number) const {
+        return isMade(number) || m_edits.contains(number) || m_codec->mayHoldExtendedData(number);
+    }
     [[nodiscard]] const Names& names() const { return m_names; }
 
     // Handles.

@@ -81,6 +81,10 @@ bool DxfCodec::mayHoldHandles(RecordNumber number) const {
     return !m_index.form.isText() || bytesOf(number).find("1005") != std::string_view::npos;
 }
 
+bool DxfCodec::mayHoldExtendedData(RecordNumber number) const {
+    return !m_index.form.isText() || bytesOf(number).find("1001") != std::string_view::npos;
+}
+
 std::string DxfCodec::oddityOf(RecordNumber number) const {
     const std::string_view bytes = bytesOf(number);
     Tag tag;

@@ -108,6 +108,7 @@ void addDrawingFacts(Json& object, AcApDocument* document) {
         const bool inSpace =
             record.place == host::Place::ModelSpace || record.place == host::Place::PaperSpace;
         if (inSpace && !record.subEntity) ++types[record.type];
+        if (record.type != "LAYOUT" && !host::mayHaveExtendedData(document, record.name)) return;
         const std::vector<host::RecordGroup> groups = host::recordGroups(document, record.name);
         for (const ExtendedData& data : extendedData(groups)) ++applications[data.application];
         if (record.type == "LAYOUT") layouts.push_back(layoutName(groups));
