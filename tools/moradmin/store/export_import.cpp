@@ -6,8 +6,6 @@
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/store/files.h"
 #include "tools/moradmin/store/paths.h"
-#include "tools/moradmin/store/removing.h"
-#include "tools/moradmin/store/storing.h"
 #include "tools/moradmin/store/subtree.h"
 
 #include <algorithm>
@@ -161,13 +159,7 @@ int runImport(Session& session, const Options& options) {
     session.refuseDamagedStore();
     std::vector<Stored> items;
     collectFolder(options.arguments[0], top, items);
-    if (options.replace && session.hasDirectories() && isStoredDirectory(session, top))
-        removeEverything(session, top);
-    if (top != L"/") {
-        putDirectory(session, top);
-        confirmDirectory(session, *Session::freshStore(), top);
-    }
-    storeAll(session, items, L"/", L"/");
+    storeBelow(session, items, top, options.replace);
     return kDone;
 }
 

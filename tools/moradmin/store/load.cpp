@@ -6,8 +6,6 @@
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/shown_text.h"
 #include "tools/moradmin/store/paths.h"
-#include "tools/moradmin/store/removing.h"
-#include "tools/moradmin/store/storing.h"
 #include "tools/moradmin/store/subtree.h"
 
 #include <algorithm>
@@ -133,13 +131,7 @@ int runLoad(Session& session, const Options& options) {
     session.refuseDamagedStore();
     std::vector<Stored> items;
     collectJson(entriesIn(object), path, items);
-    if (options.replace && isStoredDirectory(session, path) && session.hasDirectories())
-        removeEverything(session, path);
-    if (path != L"/") {
-        putDirectory(session, path);
-        confirmDirectory(session, *Session::freshStore(), path);
-    }
-    storeAll(session, items, L"/", L"/");
+    storeBelow(session, items, path, options.replace);
     return kDone;
 }
 

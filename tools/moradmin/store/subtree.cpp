@@ -4,6 +4,7 @@
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/store/paths.h"
+#include "tools/moradmin/store/removing.h"
 #include "tools/moradmin/store/storing.h"
 #include "tools/moradmin/store/way.h"
 
@@ -57,6 +58,17 @@ void storeAll(Session& session, const std::vector<Stored>& items, const std::wst
             confirmDirectory(session, *fresh, moved(item.path));
         else
             confirmValue(session, *fresh, moved(item.path), item.value);
+}
+
+void storeBelow(Session& session, const std::vector<Stored>& items, const std::wstring& directory,
+                bool replace) {
+    if (replace && isStoredDirectory(session, directory) && session.hasDirectories())
+        removeEverything(session, directory);
+    if (directory != L"/") {
+        putDirectory(session, directory);
+        confirmDirectory(session, *Session::freshStore(), directory);
+    }
+    storeAll(session, items, L"/", L"/");
 }
 
 }  // namespace mor::tool

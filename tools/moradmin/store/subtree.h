@@ -25,4 +25,8 @@ struct Stored {
 void storeAll(Session& session, const std::vector<Stored>& items, const std::wstring& from,
               const std::wstring& to);
 
+/// Makes a directory, emptied first when `replace`, and stores items below it by their paths.
+void storeBelow(Session& session, const std::vector<Stored>& items, const std::wstring& directory,
+                bool replace);
+
 }  // namespace mor::tool
