@@ -1,10 +1,10 @@
-#include "tools/moradmin/shell/editor.h"
+#include "tools/moradmin/shell/terminal.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <histedit.h>
 #include <iostream>
-#include <unistd.h>
+#include <utility>
 
 namespace mor::tool {
 
@@ -25,8 +25,7 @@ std::size_t lastWord(const std::string& line) {
     return blank == std::string::npos ? 0 : blank + 1;
 }
 
-}  // namespace
-
+/// What all of the words begin with.
 std::string commonBegin(const std::vector<std::string>& words) {
     if (words.empty()) return {};
     std::string begin = words.front();
@@ -37,8 +36,9 @@ std::string commonBegin(const std::vector<std::string>& words) {
     return begin;
 }
 
-struct LineEditor::Terminal {
-    explicit Terminal(Complete completer) : complete(std::move(completer)) {
+class EditTerminal : public Terminal {
+public:
+    explicit EditTerminal(Complete completer) : complete(std::move(completer)) {
         history = ::history_init();
         HistEvent event{};
         ::history(history, &event, H_SETSIZE, kHistoryLines);
@@ -56,27 +56,48 @@ struct LineEditor::Terminal {
         ::el_set(editor, EL_SETTY, "-d", "-isig", nullptr);  // Ctrl-C is a key like others
         ::el_set(editor, EL_BIND, "^C", "give-up", nullptr);
     }
-    ~Terminal() {
+    ~EditTerminal() override {
         HistEvent event{};
         if (const std::string file = historyFile(); !file.empty())
             ::history(history, &event, H_SAVE, file.c_str());
         ::el_end(editor);
         ::history_end(history);
     }
-    Terminal(const Terminal&) = delete;
-    Terminal& operator=(const Terminal&) = delete;
+    EditTerminal(const EditTerminal&) = delete;
+    EditTerminal& operator=(const EditTerminal&) = delete;
 
-    static Terminal& of(EditLine* editor) {
+    [[nodiscard]] std::optional<std::string> read(const std::string& text) override {
+        prompt = text;
+        wasGivenUp = false;
+        int count = 0;
+        const char* read = ::el_gets(editor, &count);
+        if (wasGivenUp) {
+            std::cout << "^C\n" << std::flush;
+            return "";
+        }
+        if (read == nullptr || count <= 0) return std::nullopt;
+        std::string line(read, static_cast<std::size_t>(count));
+        if (line.ends_with('\n')) line.pop_back();
+        return line;
+    }
+    void remember(const std::string& line) override {
+        HistEvent event{};
+        ::history(history, &event, H_ENTER, line.c_str());
+    }
+    [[nodiscard]] bool gaveUp() const override { return wasGivenUp; }
+
+private:
+    static EditTerminal& of(EditLine* editor) {
         void* self = nullptr;
         ::el_get(editor, EL_CLIENTDATA, &self);
-        return *static_cast<Terminal*>(self);
+        return *static_cast<EditTerminal*>(self);
     }
     static char* promptOf(EditLine* editor) { return of(editor).prompt.data(); }
     static unsigned char giveUp(EditLine* editor, int /*key*/) {
         const LineInfo* line = ::el_line(editor);
         ::el_cursor(editor, static_cast<int>(line->lastchar - line->cursor));
         ::el_deletestr(editor, static_cast<int>(line->lastchar - line->buffer));
-        of(editor).gaveUp = true;
+        of(editor).wasGivenUp = true;
         return CC_NEWLINE;
     }
     static unsigned char completeWord(EditLine* editor, int /*key*/) {
@@ -101,42 +122,13 @@ struct LineEditor::Terminal {
     std::string prompt;
     History* history = nullptr;
     EditLine* editor = nullptr;
-    bool gaveUp = false;
+    bool wasGivenUp = false;
 };
 
-LineEditor::LineEditor(Complete complete) {
-    if (::isatty(STDIN_FILENO) == 1 && ::isatty(STDOUT_FILENO) == 1)
-        m_terminal = std::make_unique<Terminal>(std::move(complete));
-}
-
-LineEditor::~LineEditor() = default;
-
-std::optional<std::string> LineEditor::read(const std::string& prompt) {
-    if (!m_terminal) {
-        std::string line;
-        if (!std::getline(std::cin, line)) return std::nullopt;
-        return line;
-    }
-    m_terminal->prompt = prompt;
-    m_terminal->gaveUp = false;
-    int count = 0;
-    const char* text = ::el_gets(m_terminal->editor, &count);
-    if (m_terminal->gaveUp) {
-        std::cout << "^C\n" << std::flush;
-        return "";
-    }
-    if (text == nullptr || count <= 0) return std::nullopt;
-    std::string line(text, static_cast<std::size_t>(count));
-    if (line.ends_with('\n')) line.pop_back();
-    return line;
-}
-
-void LineEditor::remember(const std::string& line) {
-    if (!m_terminal) return;
-    HistEvent event{};
-    ::history(m_terminal->history, &event, H_ENTER, line.c_str());
-}
-
-bool LineEditor::gaveUp() const { return m_terminal && m_terminal->gaveUp; }
+}  // namespace
 
 }  // namespace mor::tool
+
+extern "C" mor::tool::Terminal* moradminTerminal(mor::tool::Complete* complete) {
+    return new mor::tool::EditTerminal(std::move(*complete));
+}
