@@ -68,8 +68,10 @@ struct PlainLines::Ways {
                                                                  Masks& codes, Masks& odd) {
         sortLines(masks, open, rows, codes, odd);
     }
-    __attribute__((target("avx512f,avx512vl,prefer-vector-width=512"))) static void sortWithAvx512(
-        const BlockMasks& masks, const Masks& open, Rows& rows, Masks& codes, Masks& odd) {
+    __attribute__((target("avx512f,avx512vl"))) static void sortWithAvx512(const BlockMasks& masks,
+                                                                           const Masks& open,
+                                                                           Rows& rows, Masks& codes,
+                                                                           Masks& odd) {
         sortLines(masks, open, rows, codes, odd);
     }
 #endif
