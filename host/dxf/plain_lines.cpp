@@ -1,7 +1,5 @@
 #include "host/dxf/plain_lines.h"
 
-#include <algorithm>
-
 namespace mor::host {
 
 namespace {
@@ -100,10 +98,9 @@ void PlainLines::look(const BlockMasks& masks, std::size_t blocks, std::uint64_t
     sort(masks, open, m_rows, m_codes, m_odd);
     m_codes[blocks - 1] &= kept;
     m_odd[blocks - 1] &= kept;
-    const auto found = std::find_if(m_odd.begin(), m_odd.begin() + blocks,
-                                    [](std::uint64_t bits) { return bits != 0; });
-    m_firstOdd =
-        found == m_odd.begin() + blocks ? kBlocks : static_cast<std::size_t>(found - m_odd.begin());
+    m_firstOdd = 0;
+    while (m_firstOdd < blocks && m_odd[m_firstOdd] == 0) ++m_firstOdd;
+    if (m_firstOdd == blocks) m_firstOdd = kBlocks;
 }
 
 }  // namespace mor::host

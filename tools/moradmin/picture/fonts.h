@@ -16,7 +16,7 @@ struct FontWish {
     bool bold = false;
     bool italic = false;
 
-    friend auto operator<=>(const FontWish&, const FontWish&) = default;
+    friend auto operator<=>(const FontWish&, const FontWish&) = default;  // NOLINT: all members
 };
 
 /// The fonts of this machine that stand for those of drawings, and how wide their letters are.
