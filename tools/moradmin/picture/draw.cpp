@@ -37,6 +37,7 @@ void printSummary(const Options& options, const Drawn& drawn) {
     object["missing"] = Json::object();
     for (const auto& [path, missing] : painter.missing()) object["missing"][path] = missing.count;
     object["hidden"] = painter.hidden();
+    object["partly"] = painter.partly();
     object["records"] = painter.scene().records();
     object["layout"] = drawn.layout.name;
     const Extent& extent = painter.scene().extent();
@@ -86,6 +87,8 @@ void tellLeftOut(const Session& session, const Options& options, Drawn& drawn) {
     for (const auto* reasons : {&painter.leftOut(), &painter.hidden()})
         for (const auto& [why, count] : *reasons)
             tell("not drawn: " + std::to_string(count) + " " + why);
+    for (const auto& [why, count] : painter.partly())
+        tell("drawn in part: " + std::to_string(count) + " " + why);
     for (const auto& [path, missing] : painter.missing())
         tell("missing reference, drawn as a box: " + path + " (" + missing.why + ")");
     if (!drawn.layout.model && options.picture.layout.empty())

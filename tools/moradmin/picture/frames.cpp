@@ -119,6 +119,23 @@ bool drawUnderlay(Pencil& pen) {
     return true;
 }
 
+bool drawShape(Pencil& pen) {
+    const EntityRecord& record = pen.record();
+    const auto at = record.point(10);
+    const double size = record.real(40);
+    if (!at || !(size > 0.0)) return false;
+    const auto [sine, cosine] = host::sineAndCosine(record.real(50));
+    const host::PlaneAxes axes = record.plane();
+    const Point right = size * record.real(41, 1.0) * fromPlane(axes, {cosine, sine, 0.0});
+    const Point up = size * fromPlane(axes, {-sine, cosine, 0.0});
+    const Point corner = fromPlane(axes, *at);
+    const std::vector<Point> corners = {corner, corner + right, corner + right + up, corner + up};
+    pen.polyline(corners, true);
+    label(pen, corners, record.text(2));
+    ++pen.desk().partly["SHAPE, as a frame: its form lies in a file of shapes"];
+    return true;
+}
+
 bool drawOleFrame(Pencil& pen) {
     const auto from = pen.record().point(10);
     const auto to = pen.record().point(11);

@@ -76,7 +76,11 @@ Drawer drawerOf(const std::string& type) {
                                                                 {"PDFUNDERLAY", drawUnderlay},
                                                                 {"DWFUNDERLAY", drawUnderlay},
                                                                 {"DGNUNDERLAY", drawUnderlay},
-                                                                {"OLE2FRAME", drawOleFrame}};
+                                                                {"OLE2FRAME", drawOleFrame},
+                                                                {"SHAPE", drawShape},
+                                                                {"REGION", drawBody},
+                                                                {"3DSOLID", drawBody},
+                                                                {"BODY", drawBody}};
     const auto found = all.find(type);
     return found == all.end() ? nullptr : found->second;
 }
@@ -115,7 +119,6 @@ std::string whyNotDrawn(const std::string& type, bool opaque) {
     if (std::ranges::find(kSolids, type) != std::end(kSolids))
         return ": its form is data of a modeller of solids";
     if (opaque) return ": its data are not read in this form of drawing";
-    if (type == "SHAPE") return ": its form lies in a file of shapes";
     if (drawerOf(type) == nullptr && !isDimension(type)) return ": it is no entity that is known";
     return ": its record is incomplete, or its numbers are out of range";
 }
