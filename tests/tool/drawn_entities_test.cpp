@@ -128,6 +128,8 @@ TEST_F(DrawnEntity, TextsOfOneLineStandByTheirPoints) {
                  .entities = "0 TEXT|5 A1|8 0|7 V|10 0.0|20 0.0|40 1.0|1 ab|",
                  .tables = "0 TABLE|2 STYLE|70 1|0 STYLE|2 V|70 4|40 0.0|41 1.0|3 txt|0 ENDTAB|"});
     EXPECT_TRUE(holds(texts(high, "A1"), ",-1:a") && holds(texts(high, "A1"), ",-2.35:b"));
+    // Capital letters are as high as the text: 1493 of 2048 units in DejaVu, which does not say so.
+    EXPECT_NEAR(std::stod(attribute(high, "A1", "font-size")), 2048.0 / 1493.0, 1e-9);
 }
 
 TEST_F(DrawnEntity, HatchesAreFilledOrRuled) {
