@@ -9,7 +9,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -56,6 +58,12 @@ struct RecordGroup {
     std::string value;
 };
 
+/// The same; its value stays where it came from.
+struct GroupView {
+    int code = 0;
+    std::string_view value;
+};
+
 struct RecordAttribute {
     std::wstring name;
     CMORAdsLispVar value;
@@ -67,6 +75,8 @@ void forEachRecord(const AcApDocument* document,
                    const std::function<void(const RecordInfo&)>& visit);
 [[nodiscard]] std::optional<RecordInfo> recordInfo(const AcApDocument* document,
                                                    mor::EntityName name);
+/// Where a record stands, of all that `recordInfo` tells; none when there is no such record.
+[[nodiscard]] std::optional<Place> recordPlace(const AcApDocument* document, mor::EntityName name);
 /// The record that a handle look-up finds, erased ones included.
 [[nodiscard]] std::optional<mor::EntityName> findHandle(const AcApDocument* document,
                                                         std::wstring_view handle);
@@ -77,6 +87,25 @@ void forEachRecord(const AcApDocument* document,
 /// All groups with pending edits applied, group 0 first.
 [[nodiscard]] std::vector<RecordGroup> recordGroups(const AcApDocument* document,
                                                     mor::EntityName name);
+/// Reads records one after the other, for those who read many: values are copied only where they
+/// have to be decoded. What it answers holds until it reads again or ends.
+class GroupReader {
+public:
+    GroupReader();
+    ~GroupReader();
+    GroupReader(GroupReader&& other) noexcept;
+    GroupReader& operator=(GroupReader&& other) noexcept;
+    GroupReader(const GroupReader&) = delete;
+    GroupReader& operator=(const GroupReader&) = delete;
+
+    /// As `recordGroups`.
+    [[nodiscard]] std::span<const GroupView> read(const AcApDocument* document,
+                                                  mor::EntityName name);
+
+private:
+    struct Kept;
+    std::unique_ptr<Kept> m_kept;
+};
 /// Whether a record may have extended data of any application: false only when it has none. A
 /// quick look: nothing is read.
 [[nodiscard]] bool mayHaveExtendedData(const AcApDocument* document, mor::EntityName name);

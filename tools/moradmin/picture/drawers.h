@@ -58,7 +58,7 @@ bool drawPreview(Pencil& pen);
                                               const std::vector<Point>& controls,
                                               const std::vector<double>& weights);
 /// A smooth curve through points.
-[[nodiscard]] std::vector<Point> curveThrough(const std::vector<Point>& points, bool closed);
+[[nodiscard]] std::vector<Point> curveThrough(const std::vector<Point>& given, bool closed);
 /// The same turn between none and a whole one.
 [[nodiscard]] double turnTo(double turn, double whole);
 [[nodiscard]] double radians(double degrees);

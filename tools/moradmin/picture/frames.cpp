@@ -14,7 +14,7 @@ constexpr double kUnderlayShare = 0.3;  ///< of the box of a missing reference
 /// Points of a group that stands several times, in two dimensions.
 std::vector<Spot> spotsOf(const EntityRecord& record, int code) {
     std::vector<Spot> spots;
-    for (const host::RecordGroup& group : record.groups()) {
+    for (const host::GroupView& group : record.groups()) {
         const double value = readReal(group.value).value_or(0.0);
         if (group.code == code) spots.push_back({value, 0.0});
         if (group.code == code + 10 && !spots.empty()) spots.back().y = value;

@@ -64,7 +64,7 @@ public:
             }
         }
         Side side;
-        const double steps = static_cast<double>(middle.size() - 1);
+        const auto steps = static_cast<double>(middle.size() - 1);
         for (std::size_t i = 0; i < middle.size(); ++i) {
             const Point& before = middle[i == 0 ? 0 : i - 1];
             const Point& behind = middle[std::min(i + 1, middle.size() - 1)];
@@ -83,10 +83,10 @@ public:
         for (std::size_t i = closed ? 0 : 1; i < m_sides.size(); ++i)
             join(m_sides[i == 0 ? m_sides.size() - 1 : i - 1], m_sides[i]);
         for (const Side& side : m_sides) {
+            std::vector<Point> around = side.left;
+            around.insert(around.end(), side.right.rbegin(), side.right.rend());
             Path path = m_pen.path();
-            for (const Point& point : side.left) path.join(m_pen.place(fromPlane(m_axes, point)));
-            for (auto at = side.right.rbegin(); at != side.right.rend(); ++at)
-                path.join(m_pen.place(fromPlane(m_axes, *at)));
+            for (const Point& point : around) path.join(m_pen.place(fromPlane(m_axes, point)));
             path.close();
             m_pen.fill(path);
         }

@@ -102,7 +102,7 @@ void Looks::readLineType(mor::EntityName name, LineType& type) const {
     bool within = false;  // a text of the dash that is read
     double length = 0.0;
     const EntityRecord record(m_document, name);
-    for (const host::RecordGroup& group : record.groups()) {
+    for (const host::GroupView& group : record.groups()) {
         const double value = readReal(group.value).value_or(0.0);
         if (group.code == 49) {
             type.lengths.push_back(value);
@@ -117,7 +117,8 @@ void Looks::readLineType(mor::EntityName name, LineType& type) const {
         if (!within) continue;
         LineText& text = type.texts.back();
         if (group.code == 340)
-            if (const auto style = host::findHandleBeside(m_document, name, wide(group.value)))
+            if (const auto style =
+                    host::findHandleBeside(m_document, name, wide(std::string(group.value))))
                 text.style = styleOf(*style);
         if (group.code == 46) text.size = value;
         if (group.code == 50) text.turn = value;

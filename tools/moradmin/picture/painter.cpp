@@ -155,12 +155,15 @@ void Painter::paint() {
     MOR_SpaceIterator entities(m_session.view());
     while (const ads_name* next = entities()) {
         const mor::EntityName name(*next);
-        const auto info = host::recordInfo(m_session.document(), name);
-        if (!info) continue;
-        if (!m_top.empty() || info->place != host::Place::PaperSpace)
+        const auto place = host::recordPlace(m_session.document(), name);
+        if (!place) continue;
+        if (!m_top.empty() || place != host::Place::PaperSpace) {
             (m_choice.layout.model ? m_names : m_model).push_back(name);
-        else if (!m_choice.layout.model && sameName(layoutBlock(*info), m_choice.layout.block))
-            m_names.push_back(name);
+        } else if (!m_choice.layout.model) {
+            const auto info = host::recordInfo(m_session.document(), name);
+            if (info && sameName(layoutBlock(*info), m_choice.layout.block))
+                m_names.push_back(name);
+        }
     }
     std::ranges::sort(m_model);
     std::ranges::sort(m_names);  // later ones are drawn over earlier ones
@@ -246,7 +249,8 @@ void Painter::paintEntity(mor::EntityName name, const Inserted& where) {
             return;
     }
     if (record.integer(60) != 0) return hide("invisible");
-    const std::string& reference = where.reference == nullptr ? std::string() : *where.reference;
+    static const std::string none;
+    const std::string& reference = where.reference == nullptr ? none : *where.reference;
     const Look look = m_looks.lookOf(record, layer, where.look, reference);
     const Insert all{name, record, origin, layer, look};
     if (origin.type == "VIEWPORT") return paintViewport(all, where);

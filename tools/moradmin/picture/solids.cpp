@@ -21,7 +21,7 @@ constexpr int kExchanged = 159;  ///< a letter and the one that stands for it, t
 /// The text of a modeller of solids in a record, as it was before it was made unreadable.
 std::string modelText(const EntityRecord& record) {
     std::string text;
-    for (const host::RecordGroup& group : record.groups()) {
+    for (const host::GroupView& group : record.groups()) {
         // A long line goes on in groups 3, which stand before its end or behind its beginning.
         if (group.code == 3 && text.ends_with('\n') && !text.ends_with("#\n")) text.pop_back();
         if (group.code != 1 && group.code != 3) continue;
@@ -114,7 +114,8 @@ private:
     /// Where a vertex lies, by its point.
     [[nodiscard]] const Words* pointOf(const Words& vertex) const {
         for (const std::string_view word : vertex)
-            if (const Words* found = target(word); found && isOfType(*found, "point")) return found;
+            if (const Words* found = target(word); found != nullptr && isOfType(*found, "point"))
+                return found;
         return nullptr;
     }
     void edge(const Words& record) {
@@ -128,7 +129,8 @@ private:
             if ((*found)[0].ends_with("-curve")) curve = found;
             if (!isOfType(*found, "vertex")) continue;
             const Words* point = pointOf(*found);
-            const std::vector<double> n = point ? numbersOf(*point) : std::vector<double>();
+            const std::vector<double> n =
+                point == nullptr ? std::vector<double>() : numbersOf(*point);
             if (n.size() >= 3) ends.push_back({n[n.size() - 3], n[n.size() - 2], n[n.size() - 1]});
         }
         if (curve == nullptr || ends.size() < 2) return;  // the tip of a cone

@@ -167,7 +167,7 @@ private:
 /// The text of many lines in a record, its pieces joined.
 std::string longText(const EntityRecord& record) {
     std::string text;
-    for (const host::RecordGroup& group : record.groups())
+    for (const host::GroupView& group : record.groups())
         if (group.code == 3) text += group.value;
     return text + record.text(1);
 }
@@ -180,7 +180,7 @@ void readColumns(const EntityRecord& record, TextBox& box) {
     box.width = columns.real(44, box.width);
     box.gutter = columns.real(45);
     const int count = columns.integer(72);
-    for (const host::RecordGroup& group : columns.groups())
+    for (const host::GroupView& group : columns.groups())
         if (group.code == 46) box.columnHeights.push_back(readReal(group.value).value_or(0.0));
     if (box.columnHeights.empty() && columns.real(41) > 0.0) box.columnHeights = {columns.real(41)};
     const double whole = columns.real(42) + box.gutter;
@@ -289,7 +289,8 @@ private:
         const double across = static_cast<double>(columns.size() - 1) * pitch + cell;
         const double down = (1.0 + static_cast<double>(longest - 1) * kLetterPitch) * height;
         const double left = -across * (attached % 3) / 2;
-        const double top = down * static_cast<double>(attached / 3) / 2;
+        const int row = attached / 3;
+        const double top = down * row / 2;
         for (std::size_t i = 0; i < columns.size(); ++i)
             for (std::size_t k = 0; k < columns[i].letters.size(); ++k) {
                 const TextFormat& format = text.formats[columns[i].formats[k]];
