@@ -74,6 +74,11 @@ TEST_F(DrawnLooks, PolylinesAreAsWideAsTheySay) {
                  .entities = "0 LWPOLYLINE|5 A1|8 0|70 0|10 0.0|20 0.0|40 2.0|41 2.0|10 9.0|20 0.0|"
                              "40 4.0|41 4.0|10 9.0|20 9.0|40 0.0|41 0.0|"});
     EXPECT_EQ(paths(bent, "A1"), "M0 1L7 1L11 -1L0 -1Z\nM7 1L7 9L11 9L11 -1Z\n");
+    const std::string back =
+        picture({.layers = {"0"},
+                 .entities = "0 LWPOLYLINE|5 A1|8 0|70 0|10 0.0|20 0.0|40 1.0|41 2.0|10 9.0|20 0.0|"
+                             "40 3.0|41 0.0|10 0.0|20 0.0|"});
+    EXPECT_EQ(paths(back, "A1"), "M0 0.5L9 1L9 -1L0 -0.5Z\nM9 -1.5L0 0L0 0L9 1.5Z\n");
 }
 
 TEST_F(DrawnLooks, WeightsAndTransparencyComeFromLayersAndInserts) {

@@ -15,8 +15,8 @@ constexpr double kNoTurn = 1e-9;
 constexpr double kWhole = 2 * std::numbers::pi;
 /// Lines that stand for an arc whose width changes.
 constexpr int kTaperSteps = 16;
-/// Edges that turn by less, as a sine, are not joined: their mitre would be long.
-constexpr double kSharpest = 0.1;
+/// How far edges are carried on to meet, in widths of the line; where it turns back they are not.
+constexpr double kLongest = 6.0;
 
 Curve circleOf(const Pencil& pen) {
     const host::PlaneAxes axes = pen.record().plane();
@@ -98,18 +98,26 @@ private:
         std::vector<Point> right;
     };
     static void join(Side& one, Side& next) {
-        meet(one.left, next.left);
-        meet(one.right, next.right);
+        const Point across = one.left.back() - one.right.back();
+        const double most = kLongest * std::hypot(across[0], across[1]);
+        meet(one.left, next.left, most);
+        meet(one.right, next.right, most);
     }
-    /// Carries two edges on, or shortens them, to where they meet, when that is not far away.
-    static void meet(std::vector<Point>& one, std::vector<Point>& next) {
+    /// Carries two edges on, or shortens them, to where they meet, by `most` and never by a whole
+    /// line.
+    static void meet(std::vector<Point>& one, std::vector<Point>& next, double most) {
         const Point way = one.back() - one[one.size() - 2];
         const Point other = next[1] - next[0];
         const Point apart = next.front() - one.back();
         const double turn = way[0] * other[1] - way[1] * other[0];
-        const double lengths = std::hypot(way[0], way[1]) * std::hypot(other[0], other[1]);
-        if (!(std::fabs(turn) > kSharpest * lengths)) return;
+        const double length = std::hypot(way[0], way[1]);
+        const double otherLength = std::hypot(other[0], other[1]);
+        if (!(std::fabs(turn) > kStraight * length * otherLength)) return;
         const double share = (apart[0] * other[1] - apart[1] * other[0]) / turn;
+        const double otherShare = (apart[0] * way[1] - apart[1] * way[0]) / turn;
+        if (share <= -1.0 || otherShare >= 1.0 || std::fabs(share) * length > most ||
+            std::fabs(otherShare) * otherLength > most)
+            return;
         one.back() = one.back() + share * way;
         next.front() = one.back();
     }
