@@ -110,7 +110,8 @@ void tellLeftOut(const Session& session, const Options& options, Drawn& drawn) {
                  "\")");
     if (options.verbose)
         for (const auto& [font, substitute] : drawn.painter.fonts().substitutes())
-            tell("font " + font + ": " + substitute + " stands for it");
+            tell(std::string("font ").append(font).append(": ").append(substitute) +
+                 " stands for it");
 }
 
 int runDraw(Session& session, const Options& options) {
