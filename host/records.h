@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <span>
@@ -50,6 +51,7 @@ struct RecordInfo {
     bool made = false;       ///< made since the drawing was opened
     bool subEntity = false;  ///< ATTRIB, VERTEX or SEQEND behind its owner
     bool opaque = false;     ///< its own data are not read, only what all records have
+    bool extended = false;   ///< it may have extended data; else it has none
 };
 
 /// One group: its code and its value as text, decoded to UTF-8 and without padding.
@@ -73,6 +75,9 @@ struct RecordAttribute {
 /// Every record of the drawing in file order, then the made ones. Changes nothing.
 void forEachRecord(const AcApDocument* document,
                    const std::function<void(const RecordInfo&)>& visit);
+/// Those of some types alone, which is quicker.
+void forEachRecordOf(const AcApDocument* document, std::initializer_list<std::string_view> types,
+                     const std::function<void(const RecordInfo&)>& visit);
 [[nodiscard]] std::optional<RecordInfo> recordInfo(const AcApDocument* document,
                                                    mor::EntityName name);
 /// Where a record stands, of all that `recordInfo` tells; none when there is no such record.
@@ -106,9 +111,6 @@ private:
     struct Kept;
     std::unique_ptr<Kept> m_kept;
 };
-/// Whether a record may have extended data of any application: false only when it has none. A
-/// quick look: nothing is read.
-[[nodiscard]] bool mayHaveExtendedData(const AcApDocument* document, mor::EntityName name);
 /// The bytes of a record whose own data no groups tell; empty for all others. For telling whether
 /// it changed.
 [[nodiscard]] std::string undecodedBytes(const AcApDocument* document, mor::EntityName name);

@@ -77,7 +77,7 @@ int runXdata(Session& session, const Options& options) {
         return listing.count() == 0 ? kNo : kDone;
     }
     host::forEachRecord(session.document(), [&listing](const host::RecordInfo& record) {
-        if (!record.erased) listing.add(record);
+        if (!record.erased && record.extended) listing.add(record);
     });
     if (listing.count() == 0)
         printNote(session.message("no record has extended data of " + options.application +
