@@ -10,7 +10,9 @@
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
+#include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -58,6 +60,12 @@ struct RecordGroup {
     std::string value;
 };
 
+/// The same; its value stays where it came from.
+struct GroupView {
+    int code = 0;
+    std::string_view value;
+};
+
 struct RecordAttribute {
     std::wstring name;
     CMORAdsLispVar value;
@@ -72,6 +80,8 @@ void forEachRecordOf(const AcApDocument* document, std::initializer_list<std::st
                      const std::function<void(const RecordInfo&)>& visit);
 [[nodiscard]] std::optional<RecordInfo> recordInfo(const AcApDocument* document,
                                                    mor::EntityName name);
+/// Where a record stands, of all that `recordInfo` tells; none when there is no such record.
+[[nodiscard]] std::optional<Place> recordPlace(const AcApDocument* document, mor::EntityName name);
 /// The record that a handle look-up finds, erased ones included.
 [[nodiscard]] std::optional<mor::EntityName> findHandle(const AcApDocument* document,
                                                         std::wstring_view handle);
@@ -82,6 +92,25 @@ void forEachRecordOf(const AcApDocument* document, std::initializer_list<std::st
 /// All groups with pending edits applied, group 0 first.
 [[nodiscard]] std::vector<RecordGroup> recordGroups(const AcApDocument* document,
                                                     mor::EntityName name);
+/// Reads records one after the other, for those who read many: values are copied only where they
+/// have to be decoded. What it answers holds until it reads again or ends.
+class GroupReader {
+public:
+    GroupReader();
+    ~GroupReader();
+    GroupReader(GroupReader&& other) noexcept;
+    GroupReader& operator=(GroupReader&& other) noexcept;
+    GroupReader(const GroupReader&) = delete;
+    GroupReader& operator=(const GroupReader&) = delete;
+
+    /// As `recordGroups`.
+    [[nodiscard]] std::span<const GroupView> read(const AcApDocument* document,
+                                                  mor::EntityName name);
+
+private:
+    struct Kept;
+    std::unique_ptr<Kept> m_kept;
+};
 /// The bytes of a record whose own data no groups tell; empty for all others. For telling whether
 /// it changed.
 [[nodiscard]] std::string undecodedBytes(const AcApDocument* document, mor::EntityName name);

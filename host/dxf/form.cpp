@@ -244,9 +244,13 @@ TagList::TagList(std::string bytes, const DxfForm& form) : m_bytes(std::move(byt
     }
 }
 
+/// About how long a group is.
+constexpr std::size_t kBytesOfGroup = 12;
+
 GroupList groupsFrom(std::string bytes, const DxfForm& form) {
     GroupList list;
     const std::string_view text = list.keep(std::move(bytes));
+    list.reserve(text.size() / kBytesOfGroup + 1);
     Tag tag;
     for (std::size_t at = 0; form.next(text, at, tag);) list.add(form.group(text, tag, list));
     return list;

@@ -77,6 +77,11 @@ TEST_F(DrawnEntity, TextsOfManyLinesAreBrokenAndAttached) {
               "aaa bbb ccc");
     const std::string broken = texts(drawn(longText("aaa bbb ccc", "71 1|41 7.0|")), "A1");
     EXPECT_TRUE(holds(broken, "0,-2.67:ccc")) << broken;
+    // Blanks in front take room too; what stands downwards has a column for each paragraph.
+    EXPECT_EQ(texts(drawn(longText("      aaa", "71 1|41 2.0|")), "A1"), "0,-2.67:aaa");
+    const std::string down = texts(drawn(longText("ab\\Pc", "71 1|72 3|")), "A1");
+    EXPECT_TRUE(holds(down, ",-1:a ") && holds(down, ",-2.24:b ") && holds(down, " 1.18,-1:c"))
+        << down;
     const struct {
         int attached;
         const char* y;
@@ -123,6 +128,8 @@ TEST_F(DrawnEntity, TextsOfOneLineStandByTheirPoints) {
                  .entities = "0 TEXT|5 A1|8 0|7 V|10 0.0|20 0.0|40 1.0|1 ab|",
                  .tables = "0 TABLE|2 STYLE|70 1|0 STYLE|2 V|70 4|40 0.0|41 1.0|3 txt|0 ENDTAB|"});
     EXPECT_TRUE(holds(texts(high, "A1"), ",-1:a") && holds(texts(high, "A1"), ",-2.35:b"));
+    // Capital letters are as high as the text: 1493 of 2048 units in DejaVu, which does not say so.
+    EXPECT_NEAR(std::stod(attribute(high, "A1", "font-size")), 2048.0 / 1493.0, 1e-9);
 }
 
 TEST_F(DrawnEntity, HatchesAreFilledOrRuled) {
@@ -339,9 +346,45 @@ TEST_F(DrawnEntity, WhatIsNotDrawnIsNamedWithItsReason) {
                             "0 SHAPE|5 A3|8 0|10 0.0|20 0.0|40 1.0|2 BOX|" +
                             "0 NEW_THING|5 A4|8 0|" + "0 LEADER|5 A5|8 0|"));
     for (const char* note :
-         {"1 3DSOLID: its form is data of a modeller", "1 SHAPE: its form lies in a file of shapes",
+         {"1 3DSOLID: its form is data of a modeller", "drawn in part: 1 SHAPE, as a frame",
           "1 NEW_THING: it is no entity", "1 LEADER: its record is incomplete"})
         EXPECT_TRUE(noted(note)) << note;
+}
+
+TEST_F(DrawnEntity, SolidsShowTheEdgesOfTheirText) {
+    // Records by number, as a drawing keeps them: letters are exchanged.
+    const auto kept = [](std::string text) {
+        for (char& c : text) c = c == ' ' ? c : static_cast<char>(159 - c);
+        return text;
+    };
+    const auto solid = [&](const std::vector<std::string>& lines) {
+        std::string groups = "0 REGION|5 A1|8 0|70 1|1 x|1 x|1 x|";
+        for (const std::string& line : lines) groups += "1 " + kept(line) + "|";
+        return groups;
+    };
+    const std::vector<std::string> line = {"transform $-1 1 0 0 0 1 0 0 0 1 5 0 0 2 no_rotate #",
+                                           "edge $-1 $2 $3 $-1 $6 forward #",
+                                           "vertex $-1 $1 $4 #",
+                                           "vertex $-1 $1 $5 #",
+                                           "point $-1 0 0 0 #",
+                                           "point $-1 3 1 0 #"};
+    std::vector<std::string> straight = line;
+    straight.emplace_back("straight-curve $-1 0 0 0 1 0 0 I I #");
+    EXPECT_EQ(paths(drawn(solid(straight)), "A1"), "M5 0L11 2\n");
+    EXPECT_FALSE(noted("drawn in part"));
+    std::vector<std::string> round = line;
+    round[4] = "point $-1 1 0 0 #";
+    round[5] = "point $-1 0 1 0 #";
+    round.emplace_back("ellipse-curve $-1 0 0 0 0 0 1 1 0 0 1 I I #");
+    round.emplace_back("cone-surface $-1 0 0 0 #");
+    EXPECT_EQ(paths(drawn(solid(round)), "A1"), "M7 0A2 2 0 0 1 5 2\n");
+    EXPECT_TRUE(noted("drawn in part: 1 REGION: only its straight and round edges"));
+    round[1] = "edge $-1 $2 $3 $-1 $6 reversed #";  // the other way round
+    EXPECT_TRUE(holds(paths(drawn(solid(round)), "A1"), "M7 0A2 2 0 0 0 5 -2A"));
+    for (const char* broken : {"$9", "$-7", "$99999999999999999999"}) {
+        straight[2] = std::string("vertex $-1 $1 ") + broken + " #";
+        EXPECT_EQ(paths(drawn(lineEntity("A2", "0") + solid(straight)), "A1"), "") << broken;
+    }
 }
 
 }  // namespace

@@ -38,6 +38,22 @@ TEST_F(DrawnLooks, LineTypesAreDashes) {
     EXPECT_EQ(attribute(svg, "A7", "stroke-dasharray"), "none");  // too fine to be seen
 }
 
+TEST_F(DrawnLooks, LineTypesHoldTexts) {
+    const std::string svg = picture(
+        {.layers = {"0"},
+         .entities = "0 LWPOLYLINE|5 A1|8 0|6 GAS|70 0|10 0.0|20 0.0|10 0.0|20 11.0|"
+                     "0 LINE|5 A2|8 0|6 GAS|10 0.0|20 0.0|11 1.0|21 0.0|",
+         .header = "9 $LTSCALE|40 2.0|",
+         .tables = "0 TABLE|2 STYLE|70 1|0 STYLE|5 E1|2 S|70 0|40 0.0|41 1.0|3 txt|0 ENDTAB|"
+                   "0 TABLE|2 LTYPE|70 1|0 LTYPE|5 E2|2 GAS|70 0|72 65|73 3|40 3.0|49 1.5|"
+                   "74 0|49 -0.5|74 2|75 0|340 E1|46 0.5|50 0.0|44 -0.25|45 -0.1|9 G|"
+                   "49 -1.0|74 0|0 ENDTAB|"});
+    // At 4 and 10 along the line, which goes upwards: half a unit back and a bit to its right.
+    EXPECT_EQ(texts(svg, "A1"), "0.2,3.5:G 0.2,9.5:G");
+    EXPECT_TRUE(holds(svg, "matrix(0 1 1 0 "));
+    EXPECT_EQ(texts(svg, "A2"), "");  // too short
+}
+
 TEST_F(DrawnLooks, PolylinesAreAsWideAsTheySay) {
     const std::string svg = picture(
         {.layers = {"0"},
@@ -52,6 +68,17 @@ TEST_F(DrawnLooks, PolylinesAreAsWideAsTheySay) {
     EXPECT_TRUE(std::regex_search(svg, std::regex("viewBox=\"-3.6\\S* -5.9\\S* ")));  // all of it
     EXPECT_EQ(paths(svg, "A2"), "M0 1L4 0L4 0L0 -1Z\n");
     EXPECT_EQ(attribute(svg, "A3", "stroke-width"), "0.5");
+    // Sides of different widths meet in mitres.
+    const std::string bent =
+        picture({.layers = {"0"},
+                 .entities = "0 LWPOLYLINE|5 A1|8 0|70 0|10 0.0|20 0.0|40 2.0|41 2.0|10 9.0|20 0.0|"
+                             "40 4.0|41 4.0|10 9.0|20 9.0|40 0.0|41 0.0|"});
+    EXPECT_EQ(paths(bent, "A1"), "M0 1L7 1L11 -1L0 -1Z\nM7 1L7 9L11 9L11 -1Z\n");
+    const std::string back =
+        picture({.layers = {"0"},
+                 .entities = "0 LWPOLYLINE|5 A1|8 0|70 0|10 0.0|20 0.0|40 1.0|41 2.0|10 9.0|20 0.0|"
+                             "40 3.0|41 0.0|10 0.0|20 0.0|"});
+    EXPECT_EQ(paths(back, "A1"), "M0 0.5L9 1L9 -1L0 -0.5Z\nM9 -1.5L0 0L0 0L9 1.5Z\n");
 }
 
 TEST_F(DrawnLooks, WeightsAndTransparencyComeFromLayersAndInserts) {

@@ -53,6 +53,9 @@ TEST_F(DrawnPart, LeadersMayHoldBlocks) {
     EXPECT_EQ(texts(svg, "A1"), "8,1:seven");
     // The tip lies at the point, what is behind it on the line.
     EXPECT_EQ(paths(svg, "B3"), "M0 0L1 0\nM0 9L0 7\n");
+    EXPECT_TRUE(holds(svg,
+                      "data-handle=\"A2\" data-layer=\"0\" data-type=\"LEADER\" "
+                      "data-block=\"TIP\">"));  // a part of it
 }
 
 TEST_F(DrawnPart, ReferencesBringTheirStylesAlong) {

@@ -72,6 +72,13 @@ TEST_F(DrawnSheet, ViewportsShowModelSpaceAtTheirScale) {
         "");  // it is off
 }
 
+TEST_F(DrawnSheet, LinesOfASheetOfNoKnownSizeAreThin) {
+    const std::string svg =
+        picture({.layers = {"0"}, .entities = "0 LINE|5 A1|67 1|8 0|10 0.0|20 0.0|11 26.5|21 0.0|"},
+                {"--layout", "Paper space"});
+    EXPECT_NEAR(std::stod(svg.substr(svg.find("stroke-width=\"") + 14)), 0.026, 0.001) << svg;
+}
+
 TEST_F(DrawnSheet, OtherSpacesAreNamed) {
     const DxfDrawing drawing = sheet("12 5.0|22 0.0|45 20.0|");
     static_cast<void>(picture(drawing));

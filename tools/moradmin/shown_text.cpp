@@ -95,13 +95,12 @@ void appendXml(std::string& result, const Character& character, std::string_view
 }
 
 template <typename Append>
-std::string rewritten(std::string_view text, Append append) {
-    std::string result;
+void rewrite(std::string& result, std::string_view text, Append append) {
     while (true) {
         const std::size_t plain = plainLength(text);
         result += text.substr(0, plain);
         text.remove_prefix(plain);
-        if (text.empty()) return result;
+        if (text.empty()) return;
         const Character character = firstOf(text);
         append(result, character, text.substr(0, character.bytes));
         text.remove_prefix(character.bytes);
@@ -115,8 +114,18 @@ std::size_t characterCount(std::string_view text) {
         text, [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));
 }
 
-std::string oneLine(std::string_view text) { return rewritten(text, appendShown); }
+std::string oneLine(std::string_view text) {
+    std::string result;
+    rewrite(result, text, appendShown);
+    return result;
+}
 
-std::string xmlText(std::string_view text) { return rewritten(text, appendXml); }
+std::string xmlText(std::string_view text) {
+    std::string result;
+    addXmlText(result, text);
+    return result;
+}
+
+void addXmlText(std::string& result, std::string_view text) { rewrite(result, text, appendXml); }
 
 }  // namespace mor::tool

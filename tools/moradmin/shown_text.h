@@ -16,6 +16,8 @@ namespace mor::tool {
 /// A text within the tags of a picture: escaped, blanks in place of control characters, U+FFFD in
 /// place of what XML has no place for.
 [[nodiscard]] std::string xmlText(std::string_view text);
+/// Puts it behind what stands there.
+void addXmlText(std::string& result, std::string_view text);
 
 /// How many characters a text of UTF-8 has; about as many columns of a terminal.
 [[nodiscard]] std::size_t characterCount(std::string_view text);

@@ -145,9 +145,10 @@ Canvas canvasOf(const PictureWish& wish, const Scene& scene, const Layout& layou
         area = {area.left - margin, area.bottom - margin, area.right + margin, area.top + margin,
                 false};
     }
-    if (!layout.model)
+    const bool measured = !layout.model && (!paper.empty || wish.scale);
+    if (measured)
         canvas.unitsPerMillimetre = 1.0 / (layout.perUnit * wish.scale.value_or(1.0));
-    else if (wish.scale)
+    else if (layout.model && wish.scale)
         canvas.unitsPerMillimetre = 1.0 / (millimetres(settings.insertionUnits) * *wish.scale);
     else
         canvas.unitsPerMillimetre = longerSide(canvas.area) / kPage;

@@ -117,6 +117,12 @@ int Palette::area(int colour) const {
 }
 
 int Palette::line(int colour) const {
+    if (colour != m_last) m_lastSeen = seen(colour);
+    m_last = colour;
+    return m_lastSeen;
+}
+
+int Palette::seen(int colour) const {
     const int rgb = area(colour);
     if (m_exact || colour == kForeground) return rgb;
     const int behind = m_background < 0 ? kWhite : m_background;

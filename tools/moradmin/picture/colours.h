@@ -31,8 +31,11 @@ public:
 
 private:
     [[nodiscard]] bool isDark() const;
+    [[nodiscard]] int seen(int colour) const;
     int m_background;
     bool m_exact;
+    mutable int m_last = -1;  ///< the colour that was asked for last, and how it shows
+    mutable int m_lastSeen = 0;
 };
 
 }  // namespace mor::tool

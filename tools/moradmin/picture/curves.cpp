@@ -43,7 +43,7 @@ Point splineAt(double at, std::size_t k, std::size_t degree, const std::vector<d
 struct SplineData {
     explicit SplineData(const EntityRecord& record) {
         std::vector<Point>* last = nullptr;
-        for (const host::RecordGroup& group : record.groups()) {
+        for (const host::GroupView& group : record.groups()) {
             if (group.code == 100 && group.value == "AcDbHelix") break;
             const double value = readReal(group.value).value_or(0.0);
             if (group.code == 40) knots.push_back(value);
@@ -206,7 +206,7 @@ private:
     void read() {
         m_closed = (m_pen.record().integer(71) & 2) != 0;
         bool first = false;  // of a line's parameters, which is its offset
-        for (const host::RecordGroup& group : m_pen.record().groups()) {
+        for (const host::GroupView& group : m_pen.record().groups()) {
             const double value = readReal(group.value).value_or(0.0);
             if (group.code == 11) m_corners.push_back({{value, 0.0, 0.0}, {}, {}});
             if (m_corners.empty()) continue;
@@ -225,7 +225,7 @@ private:
     void readStyle(const std::optional<EntityRecord>& style) {
         if (!style) return;
         m_flags = style->integer(70);
-        for (const host::RecordGroup& group : style->groups()) {
+        for (const host::GroupView& group : style->groups()) {
             if (group.code == 49) m_elements.emplace_back();
             if (group.code == 62 && m_elements.empty())
                 m_fill = static_cast<int>(readInteger(group.value).value_or(kByLayer));
@@ -258,8 +258,8 @@ private:
             path.close();
             path.moveTo(spot(m_corners.back(), high));
         }
-        for (auto corner = m_corners.rbegin(); corner != m_corners.rend(); ++corner)
-            path.join(spot(*corner, high));
+        const std::vector<Corner> back(m_corners.rbegin(), m_corners.rend());
+        for (const Corner& corner : back) path.join(spot(corner, high));
         path.close();
         const bool own = m_fill != kByLayer && m_fill != kByBlock;
         m_pen.fill(path, m_pen.area(own ? paletteColour(m_fill) : m_pen.look().colour));

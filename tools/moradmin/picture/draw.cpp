@@ -15,6 +15,10 @@ namespace mor::tool {
 
 namespace {
 
+/// A PDF is held as a whole before it is written; about so much for each element.
+constexpr std::size_t kPdfBytes = 2400;
+constexpr std::size_t kManyForPdf = 200'000;
+
 void write(std::ostream& out, Drawn& drawn) {
     const Scene& scene = drawn.painter.scene();
     switch (drawn.wish.form) {
@@ -38,6 +42,7 @@ void printSummary(const Options& options, const Drawn& drawn) {
     object["missing"] = Json::object();
     for (const auto& [path, missing] : painter.missing()) object["missing"][path] = missing.count;
     object["hidden"] = painter.hidden();
+    object["partly"] = painter.partly();
     object["records"] = painter.scene().records();
     object["layout"] = drawn.layout.name;
     const Extent& extent = painter.scene().extent();
@@ -84,9 +89,13 @@ Drawn::Drawn(Session& session, const Options& options)
 void tellLeftOut(const Session& session, const Options& options, Drawn& drawn) {
     const Painter& painter = drawn.painter;
     const auto tell = [&](const std::string& text) { printNote(session.message(text)); };
-    for (const auto* reasons : {&painter.leftOut(), &painter.hidden()})
-        for (const auto& [why, count] : *reasons)
-            tell("not drawn: " + std::to_string(count) + " " + why);
+    const auto tellCounts = [&](const char* what,
+                                const std::map<std::string, std::size_t>& counts) {
+        for (const auto& [why, count] : counts) tell(what + std::to_string(count) + " " + why);
+    };
+    tellCounts("not drawn: ", painter.leftOut());
+    tellCounts("not drawn: ", painter.hidden());
+    tellCounts("drawn in part: ", painter.partly());
     for (const auto& [path, missing] : painter.missing())
         tell("missing reference, drawn as a box: " + path + " (" + missing.why + ")");
     if (!drawn.layout.model && options.picture.layout.empty())
@@ -101,24 +110,29 @@ void tellLeftOut(const Session& session, const Options& options, Drawn& drawn) {
                  "\")");
     if (options.verbose)
         for (const auto& [font, substitute] : drawn.painter.fonts().substitutes())
-            tell("font " + font + ": " + substitute + " stands for it");
+            tell(std::string("font ").append(font).append(": ").append(substitute) +
+                 " stands for it");
 }
 
-int runDraw(Session& session, const Options& given) {
-    Options options = given;
-    if (options.output == "-") options.output.clear();
-    if (options.json && options.output.empty())
+int runDraw(Session& session, const Options& options) {
+    const std::string output = options.output == "-" ? "" : options.output;
+    if (options.json && output.empty())
         throw Failure(kUsage, "draw --json wants -o FILE: the picture itself is no JSON");
-    if (!options.output.empty()) refuseDrawings(options.output);
+    if (!output.empty()) refuseDrawings(output);
     if (!session.placedIn().empty())
         printNote(session.message("the insert stands in the block " + session.placedIn() +
                                   ": it is drawn in the coordinates of that block"));
     Drawn drawn(session, options);
     const Scene& scene = drawn.painter.scene();
-    if (options.output.empty())
+    if (drawn.wish.form == Form::Pdf && scene.strokes() > kManyForPdf)
+        printNote(session.message(
+            "a PDF of " + std::to_string(scene.strokes()) + " elements takes about " +
+            std::to_string(scene.strokes() * kPdfBytes / 1'000'000) +
+            " MB of memory while it is written; as SVG or PNG the picture takes a tenth of it"));
+    if (output.empty())
         write(std::cout, drawn);
     else
-        writeTo(options.output, [&](std::ostream& out) { write(out, drawn); });
+        writeTo(output, [&](std::ostream& out) { write(out, drawn); });
     tellLeftOut(session, options, drawn);
     const bool nothing = scene.strokes() == 0;
     const bool outside = !nothing && scene.extent().within(drawn.canvas.area).empty;

@@ -29,6 +29,8 @@ bool drawMesh(Pencil& pen);
 bool drawOldMesh(Pencil& pen);
 
 bool drawHatch(Pencil& pen);
+/// The edges of a region or a solid, where the record holds them as text.
+bool drawBody(Pencil& pen);
 
 // Texts.
 bool drawText(Pencil& pen);  ///< ATTRIB and ATTDEF too
@@ -45,6 +47,8 @@ bool drawImage(Pencil& pen);
 bool drawWipeout(Pencil& pen);
 bool drawUnderlay(Pencil& pen);
 bool drawOleFrame(Pencil& pen);
+/// A frame with the name of a shape, whose form lies in another file.
+bool drawShape(Pencil& pen);
 
 /// The preview that a record keeps for programs that do not know its kind.
 bool drawPreview(Pencil& pen);
@@ -54,7 +58,7 @@ bool drawPreview(Pencil& pen);
                                               const std::vector<Point>& controls,
                                               const std::vector<double>& weights);
 /// A smooth curve through points.
-[[nodiscard]] std::vector<Point> curveThrough(const std::vector<Point>& points, bool closed);
+[[nodiscard]] std::vector<Point> curveThrough(const std::vector<Point>& given, bool closed);
 /// The same turn between none and a whole one.
 [[nodiscard]] double turnTo(double turn, double whole);
 [[nodiscard]] double radians(double degrees);

@@ -91,6 +91,16 @@ bool drawGrid(Pencil& pen, const std::vector<Point>& points, int rows, int colum
     return wire.draw();
 }
 
+/// Faces one after the other: how many corners each has, and their numbers.
+void wireFaces(Wire& wire, const std::vector<std::int64_t>& faces) {
+    for (std::size_t i = 0; i < faces.size();) {
+        const auto count = static_cast<std::size_t>(std::max<std::int64_t>(faces[i], 0));
+        for (std::size_t k = 1; k <= count && i + count < faces.size(); ++k)
+            wire.edge(faces[i + k], faces[i + (k == count ? 1 : k + 1)]);
+        i += count + 1;
+    }
+}
+
 }  // namespace
 
 bool drawSolid(Pencil& pen) {
@@ -151,7 +161,7 @@ bool drawMesh(Pencil& pen) {
     std::vector<std::int64_t> edges;
     std::vector<std::int64_t> faces;
     int list = 0;  // the group that says how many there are
-    for (const host::RecordGroup& group : pen.record().groups()) {
+    for (const host::GroupView& group : pen.record().groups()) {
         const double value = readReal(group.value).value_or(0.0);
         if (group.code >= 92 && group.code <= 95) list = group.code;
         if (group.code == 10) points.push_back({value, 0.0, 0.0});
@@ -163,12 +173,7 @@ bool drawMesh(Pencil& pen) {
     }
     Wire wire(pen, points);
     for (std::size_t i = 0; i + 1 < edges.size(); i += 2) wire.edge(edges[i], edges[i + 1]);
-    for (std::size_t i = 0; i < faces.size();) {
-        const auto count = static_cast<std::size_t>(std::max<std::int64_t>(faces[i], 0));
-        for (std::size_t k = 1; k <= count && i + count < faces.size(); ++k)
-            wire.edge(faces[i + k], faces[i + (k == count ? 1 : k + 1)]);
-        i += count + 1;
-    }
+    wireFaces(wire, faces);
     return wire.draw();
 }
 

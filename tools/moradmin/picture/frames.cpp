@@ -14,7 +14,7 @@ constexpr double kUnderlayShare = 0.3;  ///< of the box of a missing reference
 /// Points of a group that stands several times, in two dimensions.
 std::vector<Spot> spotsOf(const EntityRecord& record, int code) {
     std::vector<Spot> spots;
-    for (const host::RecordGroup& group : record.groups()) {
+    for (const host::GroupView& group : record.groups()) {
         const double value = readReal(group.value).value_or(0.0);
         if (group.code == code) spots.push_back({value, 0.0});
         if (group.code == code + 10 && !spots.empty()) spots.back().y = value;
@@ -116,6 +116,23 @@ bool drawUnderlay(Pencil& pen) {
     }
     pen.polyline(corners, true);
     label(pen, corners, path);
+    return true;
+}
+
+bool drawShape(Pencil& pen) {
+    const EntityRecord& record = pen.record();
+    const auto at = record.point(10);
+    const double size = record.real(40);
+    if (!at || !(size > 0.0)) return false;
+    const auto [sine, cosine] = host::sineAndCosine(record.real(50));
+    const host::PlaneAxes axes = record.plane();
+    const Point right = size * record.real(41, 1.0) * fromPlane(axes, {cosine, sine, 0.0});
+    const Point up = size * fromPlane(axes, {-sine, cosine, 0.0});
+    const Point corner = fromPlane(axes, *at);
+    const std::vector<Point> corners = {corner, corner + right, corner + right + up, corner + up};
+    pen.polyline(corners, true);
+    label(pen, corners, record.text(2));
+    ++pen.desk().partly["SHAPE, as a frame: its form lies in a file of shapes"];
     return true;
 }
 

@@ -26,7 +26,7 @@ constexpr double kWhole = 2 * std::numbers::pi;
 /// Goes through the groups of a record from where its boundaries begin.
 class Groups {
 public:
-    explicit Groups(const std::vector<host::RecordGroup>& groups) : m_groups(groups) {}
+    explicit Groups(const std::vector<host::GroupView>& groups) : m_groups(groups) {}
 
     [[nodiscard]] bool ended() const { return m_at >= m_groups.size(); }
     [[nodiscard]] int code() const { return ended() ? -1 : m_groups[m_at].code; }
@@ -46,7 +46,7 @@ public:
     void pass() { ++m_at; }
 
 private:
-    const std::vector<host::RecordGroup>& m_groups;
+    const std::vector<host::GroupView>& m_groups;
     std::size_t m_at = 0;
 };
 
@@ -360,7 +360,7 @@ std::optional<int> gradientColour(const EntityRecord& record) {
     if (record.integer(450) == 0) return std::nullopt;
     std::array<int, 3> sums{};
     int count = 0;
-    for (const host::RecordGroup& group : record.groups()) {
+    for (const host::GroupView& group : record.groups()) {
         if (group.code != 421) continue;
         const auto rgb = static_cast<int>(readInteger(group.value).value_or(0)) & kWhite;
         sums[0] += rgb / 0x10000;

@@ -14,7 +14,7 @@ constexpr double kShortestDash = 1.0 / 1500.0;  ///< a pattern, of the longer si
 double lineWidth(const Style& style, const Canvas& canvas) {
     // Lines of no weight are as thin as they can be drawn.
     constexpr float kThinnest = 0.09F;
-    const double thin = static_cast<double>(std::max(style.weight, kThinnest));
+    const auto thin = static_cast<double>(std::max(style.weight, kThinnest));
     return std::max(static_cast<double>(style.width), thin * canvas.unitsPerMillimetre);
 }
 

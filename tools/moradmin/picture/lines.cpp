@@ -15,6 +15,8 @@ constexpr double kNoTurn = 1e-9;
 constexpr double kWhole = 2 * std::numbers::pi;
 /// Lines that stand for an arc whose width changes.
 constexpr int kTaperSteps = 16;
+/// How far edges are carried on to meet, in widths of the line; where it turns back they are not.
+constexpr double kLongest = 6.0;
 
 Curve circleOf(const Pencil& pen) {
     const host::PlaneAxes axes = pen.record().plane();
@@ -45,7 +47,7 @@ bool isStraight(const Vertex& from, const Point& to) {
     return std::fabs(from.bulge) < kStraight || (to[0] == from.at[0] && to[1] == from.at[1]);
 }
 
-/// Corners of a line whose width changes from vertex to vertex.
+/// A line whose width changes from vertex to vertex: sides that meet in mitres.
 class Taper {
 public:
     Taper(Pencil& pen, const host::PlaneAxes& axes) : m_pen(pen), m_axes(axes) {}
@@ -61,9 +63,8 @@ public:
                                   arc.centre[1] + arc.radius * std::sin(angle), arc.centre[2]});
             }
         }
-        std::vector<Point> left;
-        std::vector<Point> right;
-        const double steps = static_cast<double>(middle.size() - 1);
+        Side side;
+        const auto steps = static_cast<double>(middle.size() - 1);
         for (std::size_t i = 0; i < middle.size(); ++i) {
             const Point& before = middle[i == 0 ? 0 : i - 1];
             const Point& behind = middle[std::min(i + 1, middle.size() - 1)];
@@ -73,21 +74,57 @@ public:
             const double width = from.startWidth +
                                  (from.endWidth - from.startWidth) * static_cast<double>(i) / steps;
             const Point across = (width / 2 / length) * Point{-way[1], way[0], 0.0};
-            left.push_back(middle[i] + across);
-            right.push_back(middle[i] - across);
+            side.left.push_back(middle[i] + across);
+            side.right.push_back(middle[i] - across);
         }
-        Path path = m_pen.path();
-        for (const Point& point : left) path.join(m_pen.place(fromPlane(m_axes, point)));
-        for (auto at = right.rbegin(); at != right.rend(); ++at)
-            path.join(m_pen.place(fromPlane(m_axes, *at)));
-        if (path.empty()) return;
-        path.close();
-        m_pen.fill(path);
+        if (side.left.size() > 1) m_sides.push_back(std::move(side));
+    }
+    void draw(bool closed) {
+        for (std::size_t i = closed ? 0 : 1; i < m_sides.size(); ++i)
+            join(m_sides[i == 0 ? m_sides.size() - 1 : i - 1], m_sides[i]);
+        for (const Side& side : m_sides) {
+            std::vector<Point> around = side.left;
+            around.insert(around.end(), side.right.rbegin(), side.right.rend());
+            Path path = m_pen.path();
+            for (const Point& point : around) path.join(m_pen.place(fromPlane(m_axes, point)));
+            path.close();
+            m_pen.fill(path);
+        }
     }
 
 private:
+    struct Side {
+        std::vector<Point> left;
+        std::vector<Point> right;
+    };
+    static void join(Side& one, Side& next) {
+        const Point across = one.left.back() - one.right.back();
+        const double most = kLongest * std::hypot(across[0], across[1]);
+        meet(one.left, next.left, most);
+        meet(one.right, next.right, most);
+    }
+    /// Carries two edges on, or shortens them, to where they meet, by `most` and never by a whole
+    /// line.
+    static void meet(std::vector<Point>& one, std::vector<Point>& next, double most) {
+        const Point way = one.back() - one[one.size() - 2];
+        const Point other = next[1] - next[0];
+        const Point apart = next.front() - one.back();
+        const double turn = way[0] * other[1] - way[1] * other[0];
+        const double length = std::hypot(way[0], way[1]);
+        const double otherLength = std::hypot(other[0], other[1]);
+        if (!(std::fabs(turn) > kStraight * length * otherLength)) return;
+        const double share = (apart[0] * other[1] - apart[1] * other[0]) / turn;
+        const double otherShare = (apart[0] * way[1] - apart[1] * way[0]) / turn;
+        if (share <= -1.0 || otherShare >= 1.0 || std::fabs(share) * length > most ||
+            std::fabs(otherShare) * otherLength > most)
+            return;
+        one.back() = one.back() + share * way;
+        next.front() = one.back();
+    }
+
     Pencil& m_pen;
     const host::PlaneAxes& m_axes;
+    std::vector<Side> m_sides;
 };
 
 /// Whether the line is as wide everywhere.
@@ -108,6 +145,7 @@ bool drawVertices(Pencil& pen, const std::vector<Vertex>& vertices, bool spatial
         Taper taper(pen, axes);
         for (std::size_t i = 0; i < sides; ++i)
             taper.side(vertices[i], vertices[(i + 1) % vertices.size()].at);
+        taper.draw(closed);
         return true;
     }
     Path path = pen.path();
@@ -123,6 +161,7 @@ bool drawVertices(Pencil& pen, const std::vector<Vertex>& vertices, bool spatial
         style.flat = true;
     }
     pen.stroke(path, style);
+    pen.lettersAlong(path);
     return path.isFinite();
 }
 

@@ -25,6 +25,9 @@ constexpr int kOpaqueByBlock = 1;
 constexpr unsigned kItalic = 0x1000000;
 constexpr unsigned kBold = 0x2000000;
 constexpr int kVertical = 4;
+// What stands within a dash of a line type.
+constexpr unsigned kUpright = 1;
+constexpr unsigned kLineText = 2;
 /// Kinds of packed colours, in their highest byte.
 constexpr unsigned kPackedTrue = 0xC2;
 constexpr unsigned kPackedNumber = 0xC3;
@@ -53,15 +56,13 @@ std::string Looks::qualified(const std::string& reference, const std::string& na
     return reference.empty() ? name : reference + "|" + name;
 }
 
-std::optional<EntityRecord> Looks::symbol(std::string_view table, const std::string& name) const {
+std::optional<mor::EntityName> Looks::symbol(std::string_view table,
+                                             const std::string& name) const {
     auto record = host::resolveSymbol(m_document, table, wide(name));
-    if (!record) {  // one that is the same in all drawings is never qualified
-        const std::size_t bar = name.rfind('|');
-        if (bar != std::string::npos)
-            record = host::resolveSymbol(m_document, table, wide(name.substr(bar + 1)));
-    }
-    if (!record) return std::nullopt;
-    return EntityRecord(m_document, *record);
+    if (record) return record;
+    const std::size_t bar = name.rfind('|');  // one that is the same in all drawings never has it
+    if (bar == std::string::npos) return std::nullopt;
+    return host::resolveSymbol(m_document, table, wide(name.substr(bar + 1)));
 }
 
 const LayerLook& Looks::layer(const std::string& name) {
@@ -90,29 +91,60 @@ const LayerLook& Looks::layer(const std::string& name) {
     return found;
 }
 
-const std::vector<double>& Looks::lineType(const std::string& name) {
+const LineType& Looks::lineType(const std::string& name) {
     const auto [known, added] = m_lineTypes.try_emplace(name);
     if (!added || name.empty()) return known->second;
-    const auto record = symbol("LTYPE", name);
-    if (!record) return known->second;
-    for (const host::RecordGroup& group : record->groups())
-        if (group.code == 49) known->second.push_back(readReal(group.value).value_or(0.0));
+    if (const auto record = symbol("LTYPE", name)) readLineType(*record, known->second);
     return known->second;
+}
+
+void Looks::readLineType(mor::EntityName name, LineType& type) const {
+    bool within = false;  // a text of the dash that is read
+    double length = 0.0;
+    const EntityRecord record(m_document, name);
+    for (const host::GroupView& group : record.groups()) {
+        const double value = readReal(group.value).value_or(0.0);
+        if (group.code == 49) {
+            type.lengths.push_back(value);
+            length += std::fabs(value);
+            within = false;
+        }
+        if (group.code == 74 && (static_cast<unsigned>(value) & kLineText) != 0) {
+            within = true;
+            type.texts.emplace_back().along = length;
+            type.texts.back().upright = (static_cast<unsigned>(value) & kUpright) != 0;
+        }
+        if (!within) continue;
+        LineText& text = type.texts.back();
+        if (group.code == 340)
+            if (const auto style =
+                    host::findHandleBeside(m_document, name, wide(std::string(group.value))))
+                text.style = styleOf(*style);
+        if (group.code == 46) text.size = value;
+        if (group.code == 50) text.turn = value;
+        if (group.code == 44) text.x = value;
+        if (group.code == 45) text.y = value;
+        if (group.code == 9) text.text = group.value;
+    }
 }
 
 const TextStyle& Looks::textStyle(const std::string& name) {
     const auto [known, added] = m_textStyles.try_emplace(name);
-    TextStyle& style = known->second;
-    if (!added) return style;
+    if (!added) return known->second;
     const auto id = host::resolveSymbol(m_document, "STYLE", wide(name));
-    if (!id) return style;
-    const EntityRecord record(m_document, *id);
+    if (id) known->second = styleOf(*id);
+    return known->second;
+}
+
+TextStyle Looks::styleOf(mor::EntityName name) const {
+    const EntityRecord record(m_document, name);
+    TextStyle style;
     style.font.file = record.text(3);
     style.height = std::max(record.real(40), 0.0);
     style.widened = record.real(41, 1.0);
     style.oblique = record.real(50);
     style.vertical = (record.integer(kGroupFlags) & kVertical) != 0;
-    for (const host::RecordGroup& group : extendedData(m_document, *id, "ACAD")) {
+    for (const host::RecordGroup& group : extendedData(m_document, name, "ACAD")) {
         if (group.code == 1000) style.font.family = group.value;
         if (group.code != 1071) continue;
         const auto flags = static_cast<unsigned>(readInteger(group.value).value_or(0));
@@ -124,7 +156,9 @@ const TextStyle& Looks::textStyle(const std::string& name) {
 
 const EntityRecord* Looks::dimensionStyle(const std::string& name) {
     const auto [known, added] = m_dimensionStyles.try_emplace(name);
-    if (added) known->second = symbol("DIMSTYLE", name);
+    if (added)
+        if (const auto record = symbol("DIMSTYLE", name))
+            known->second.emplace(m_document, *record);
     return known->second ? &*known->second : nullptr;
 }
 

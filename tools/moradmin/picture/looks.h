@@ -38,6 +38,22 @@ struct TextStyle {
     bool vertical = false;
 };
 
+/// A text that stands in every pattern of a line.
+struct LineText {
+    std::string text;
+    TextStyle style;
+    double along = 0.0;    ///< where in the pattern
+    double size = 1.0;     ///< of the height of its style, or of 1
+    double turn = 0.0;     ///< degrees, from the line
+    bool upright = false;  ///< from the drawing's x axis instead
+    double x = 0.0;        ///< from there, along the line and to its left
+    double y = 0.0;
+};
+struct LineType {
+    std::vector<double> lengths;  ///< of dashes, gaps below 0, dots 0; none for a whole line
+    std::vector<LineText> texts;
+};
+
 /// What the symbol tables say of how things look, each read once. Names are qualified as the
 /// drawing knows them.
 class Looks {
@@ -45,8 +61,7 @@ public:
     explicit Looks(AcApDocument* document) : m_document(document) {}
 
     [[nodiscard]] const LayerLook& layer(const std::string& name);
-    /// Lengths of dashes, gaps below 0, dots 0; empty for a whole line.
-    [[nodiscard]] const std::vector<double>& lineType(const std::string& name);
+    [[nodiscard]] const LineType& lineType(const std::string& name);
     [[nodiscard]] const TextStyle& textStyle(const std::string& name);
     /// The record of a dimension style.
     [[nodiscard]] const EntityRecord* dimensionStyle(const std::string& name);
@@ -59,12 +74,14 @@ public:
                                                const std::string& name);
 
 private:
-    [[nodiscard]] std::optional<EntityRecord> symbol(std::string_view table,
-                                                     const std::string& name) const;
+    [[nodiscard]] std::optional<mor::EntityName> symbol(std::string_view table,
+                                                        const std::string& name) const;
+    [[nodiscard]] TextStyle styleOf(mor::EntityName name) const;
+    void readLineType(mor::EntityName name, LineType& type) const;
 
     AcApDocument* m_document;
     std::map<std::string, LayerLook> m_layers;
-    std::map<std::string, std::vector<double>> m_lineTypes;
+    std::map<std::string, LineType> m_lineTypes;
     std::map<std::string, TextStyle> m_textStyles;
     std::map<std::string, std::optional<EntityRecord>> m_dimensionStyles;
 };

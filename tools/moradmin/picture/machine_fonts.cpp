@@ -172,6 +172,9 @@ MachineFonts::Face* MachineFonts::load(const std::string& family, bool bold, boo
         const auto* table = static_cast<const TT_OS2*>(FT_Get_Sfnt_Table(face->face, FT_SFNT_OS2));
         if (table != nullptr && table->version >= 2 && table->sCapHeight > 0)
             face->capital = table->sCapHeight / unit;
+        else if (FT_Load_Char(face->face, 'H', FT_LOAD_NO_SCALE) == 0 &&
+                 face->face->glyph->metrics.height > 0)
+            face->capital = static_cast<double>(face->face->glyph->metrics.height) / unit;
         face->descent = -face->face->descender / unit;
     }
     m_loaded.push_back(std::move(face));

@@ -18,9 +18,9 @@ constexpr int kLeaderLine = 304;
 constexpr int kLeaderLineEnd = 305;
 
 /// Points of a group that stands several times.
-std::vector<Point> pointsOfGroup(const std::vector<host::RecordGroup>& groups, int code) {
+std::vector<Point> pointsOfGroup(const std::vector<host::GroupView>& groups, int code) {
     std::vector<Point> points;
-    for (const host::RecordGroup& group : groups) {
+    for (const host::GroupView& group : groups) {
         const double value = readReal(group.value).value_or(0.0);
         if (group.code == code) points.push_back({value, 0.0, 0.0});
         if (points.empty()) continue;
@@ -34,7 +34,7 @@ std::vector<Point> pointsOfGroup(const std::vector<host::RecordGroup>& groups, i
 class Multileader {
 public:
     explicit Multileader(Pencil& pen) : m_pen(pen) {
-        for (const host::RecordGroup& group : pen.record().groups())
+        for (const host::GroupView& group : pen.record().groups())
             if (!enters(group.code) && !leaves(group.code)) keep(group);
     }
 
@@ -75,7 +75,7 @@ private:
         if (code == kLeaderLineEnd && before == Where::Line) m_where = Where::Arrow;
         return m_where != before;
     }
-    void keep(const host::RecordGroup& group) {
+    void keep(const host::GroupView& group) {
         if (m_where == Where::Line)
             m_leaders.back().lines.back().push_back(group);
         else if (m_where == Where::Arrow)
@@ -85,8 +85,8 @@ private:
     }
 
     struct Leader {
-        std::vector<host::RecordGroup> groups;
-        std::vector<std::vector<host::RecordGroup>> lines;
+        std::vector<host::GroupView> groups;
+        std::vector<std::vector<host::GroupView>> lines;
     };
 
     void drawLeaderLines(const Leader& leader, const EntityRecord& context,
@@ -162,7 +162,7 @@ private:
         if (!record) return;
         CMORMathTransMatrix own;
         std::size_t count = 0;
-        for (const host::RecordGroup& group : context.groups())
+        for (const host::GroupView& group : context.groups())
             if (group.code == 47 && count < 12) {
                 own.rows[count / 4][count % 4] = readReal(group.value).value_or(0.0);
                 ++count;
@@ -173,19 +173,19 @@ private:
         }
         if (!m_pen.desk().drawBlock(m_pen, record->text(2), own)) return;
         const CMORMathTransMatrix placement = product(m_pen.placement(), own);
-        std::string definition;
-        for (const host::RecordGroup& group : rest.groups()) {
+        std::string_view definition;
+        for (const host::GroupView& group : rest.groups()) {
             if (group.code == 330) definition = group.value;
             if (group.code == 302) drawLabel(definition, group.value, placement);
         }
     }
     /// A text of the block's own, which stands where the block defines it.
-    void drawLabel(const std::string& definition, const std::string& text,
+    void drawLabel(std::string_view definition, std::string_view text,
                    const CMORMathTransMatrix& placement) {
-        const auto found = m_pen.recordOf(definition);
+        const auto found = m_pen.recordOf(std::string(definition));
         if (!found || found->type() != "ATTDEF") return;
-        std::vector<host::RecordGroup> groups = found->groups();
-        const auto shown = std::ranges::find(groups, 1, &host::RecordGroup::code);
+        std::vector<host::GroupView> groups = found->groups();
+        const auto shown = std::ranges::find(groups, 1, &host::GroupView::code);
         if (shown == groups.end()) return;
         shown->value = text;
         const EntityRecord label("ATTRIB", std::move(groups));
@@ -195,8 +195,8 @@ private:
 
     Pencil& m_pen;
     Where m_where = Where::Outside;
-    std::vector<host::RecordGroup> m_context;
-    std::vector<host::RecordGroup> m_rest;
+    std::vector<host::GroupView> m_context;
+    std::vector<host::GroupView> m_rest;
     std::vector<Leader> m_leaders;
     double m_scale = 1.0;
     int m_colour = 0;

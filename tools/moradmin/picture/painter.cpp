@@ -77,7 +77,11 @@ Drawer drawerOf(const std::string& type) {
                                                                 {"PDFUNDERLAY", drawUnderlay},
                                                                 {"DWFUNDERLAY", drawUnderlay},
                                                                 {"DGNUNDERLAY", drawUnderlay},
-                                                                {"OLE2FRAME", drawOleFrame}};
+                                                                {"OLE2FRAME", drawOleFrame},
+                                                                {"SHAPE", drawShape},
+                                                                {"REGION", drawBody},
+                                                                {"3DSOLID", drawBody},
+                                                                {"BODY", drawBody}};
     const auto found = all.find(type);
     return found == all.end() ? nullptr : found->second;
 }
@@ -116,7 +120,6 @@ std::string whyNotDrawn(const std::string& type, bool opaque) {
     if (std::ranges::find(kSolids, type) != std::end(kSolids))
         return ": its form is data of a modeller of solids";
     if (opaque) return ": its data are not read in this form of drawing";
-    if (type == "SHAPE") return ": its form lies in a file of shapes";
     if (drawerOf(type) == nullptr && !isDimension(type)) return ": it is no entity that is known";
     return ": its record is incomplete, or its numbers are out of range";
 }
@@ -152,12 +155,15 @@ void Painter::paint() {
     MOR_SpaceIterator entities(m_session.view());
     while (const ads_name* next = entities()) {
         const mor::EntityName name(*next);
-        const auto info = host::recordInfo(m_session.document(), name);
-        if (!info) continue;
-        if (!m_top.empty() || info->place != host::Place::PaperSpace)
+        const auto place = host::recordPlace(m_session.document(), name);
+        if (!place) continue;
+        if (!m_top.empty() || place != host::Place::PaperSpace) {
             (m_choice.layout.model ? m_names : m_model).push_back(name);
-        else if (!m_choice.layout.model && sameName(layoutBlock(*info), m_choice.layout.block))
-            m_names.push_back(name);
+        } else if (!m_choice.layout.model) {
+            const auto info = host::recordInfo(m_session.document(), name);
+            if (info && sameName(layoutBlock(*info), m_choice.layout.block))
+                m_names.push_back(name);
+        }
     }
     std::ranges::sort(m_model);
     std::ranges::sort(m_names);  // later ones are drawn over earlier ones
@@ -243,7 +249,8 @@ void Painter::paintEntity(mor::EntityName name, const Inserted& where) {
             return;
     }
     if (record.integer(60) != 0) return hide("invisible");
-    const std::string& reference = where.reference == nullptr ? std::string() : *where.reference;
+    static const std::string none;
+    const std::string& reference = where.reference == nullptr ? none : *where.reference;
     const Look look = m_looks.lookOf(record, layer, where.look, reference);
     const Insert all{name, record, origin, layer, look};
     if (origin.type == "VIEWPORT") return paintViewport(all, where);

@@ -35,6 +35,8 @@ public:
     [[nodiscard]] Fonts& fonts() { return *m_fonts; }
     /// What was not drawn and why, and how often.
     [[nodiscard]] const std::map<std::string, std::size_t>& leftOut() const { return m_leftOut; }
+    /// What is drawn in part, or as a frame, likewise.
+    [[nodiscard]] const std::map<std::string, std::size_t>& partly() const { return m_desk.partly; }
     /// What of it is hidden in the drawing itself.
     [[nodiscard]] const std::map<std::string, std::size_t>& hidden() const { return m_hidden; }
     struct Missing {

@@ -215,7 +215,9 @@ bool Painter::paintPart(const Pencil& pen, const std::string& blockName,
     inner.blocks.push_back(block.key);
     ++m_inserts;
     const Origin& origin = *m_origin;
+    const Scene::Group group = m_scene.open(origin, blockName);
     paintBlock(block, inner);
+    m_scene.close(group);
     m_scene.setOrigin(origin);  // what follows belongs to the entity again
     return true;
 }

@@ -49,6 +49,8 @@ Extent Extent::within(const Extent& other) const {
 Point Curve::at(double angle) const { return centre + std::cos(angle) * u + std::sin(angle) * v; }
 
 void Path::put(char op, double x, double y) {
+    constexpr std::size_t kUsual = 16;  // numbers of a path
+    if (m_numbers.empty()) m_numbers.reserve(kUsual);
     m_ops += op;
     m_numbers.push_back(x);
     m_numbers.push_back(y);

@@ -9,6 +9,9 @@ namespace mor::tool {
 
 namespace {
 
+/// A line with more patterns shows them without their letters.
+constexpr double kMostPatterns = 2000.0;
+
 /// Dashes and gaps by turns, a dash first; empty where there are none.
 std::vector<float> alternating(const std::vector<double>& lengths, double scale) {
     std::vector<double> merged;  // neighbours of one kind are one
@@ -46,6 +49,10 @@ std::optional<EntityRecord> Pencil::recordOf(const std::string& handle) const {
     return record;
 }
 
+double Pencil::patternScale() const {
+    return std::fabs(m_desk.settings.lineTypeScale * m_look.lineTypeScale);
+}
+
 double Pencil::scale() const {
     const Point x = turn({1.0, 0.0, 0.0});
     const Point y = turn({0.0, 1.0, 0.0});
@@ -57,9 +64,9 @@ Style Pencil::line(int colour, const std::string& lineType) const {
     style.rgb = m_desk.palette.line(colour);
     style.opacity = m_look.opacity;
     style.weight = m_look.weight;
-    const std::vector<double>& lengths = m_desk.looks.lineType(lineType);
+    const std::vector<double>& lengths = m_desk.looks.lineType(lineType).lengths;
     if (lengths.empty()) return style;
-    const double scale = std::fabs(m_desk.settings.lineTypeScale * m_look.lineTypeScale);
+    const double scale = patternScale();
     const std::vector<float> dashes = alternating(lengths, scale);
     if (!dashes.empty()) style.dash = m_desk.scene.dash(dashes);
     return style;
@@ -79,6 +86,50 @@ Style Pencil::area(int colour) const {
     style.opacity = m_look.opacity;
     style.weight = m_look.weight;
     return style;
+}
+
+void Pencil::lettersAlong(const Path& path) {
+    const LineType& type = m_desk.looks.lineType(m_look.lineType);
+    if (type.texts.empty()) return;
+    double pattern = 0.0;
+    for (const double length : type.lengths) pattern += std::fabs(length) * patternScale();
+    for (const std::vector<Spot>& part : flattened(path.ops(), path.numbers().data())) {
+        double whole = 0.0;
+        for (std::size_t i = 1; i < part.size(); ++i)
+            whole += std::hypot(part[i].x - part[i - 1].x, part[i].y - part[i - 1].y);
+        if (!(pattern > 0.0) || !(whole / pattern < kMostPatterns)) continue;
+        for (const LineText& text : type.texts)
+            for (double at = text.along * patternScale(); at < whole; at += pattern)
+                letterAt(part, at, text);
+    }
+}
+
+void Pencil::letterAt(const std::vector<Spot>& line, double at, const LineText& text) {
+    for (std::size_t i = 1; i < line.size(); ++i) {
+        const Point way{line[i].x - line[i - 1].x, line[i].y - line[i - 1].y, 0.0};
+        const double length = std::hypot(way[0], way[1]);
+        if (at > length) {
+            at -= length;
+            continue;
+        }
+        if (!(length > 0.0)) return;
+        const Point along = (1.0 / length) * way;
+        const Point from = text.upright ? Point{1.0, 0.0, 0.0} : along;
+        const auto [sine, cosine] = host::sineAndCosine(text.turn);
+        const Point right{cosine * from[0] - sine * from[1], sine * from[0] + cosine * from[1],
+                          0.0};
+        TextFormat format;
+        format.font = text.style.font;
+        format.widened = text.style.widened;
+        format.oblique = text.style.oblique;
+        const double height = text.style.height > 0.0 ? text.style.height : 1.0;
+        format.height = text.size * height * patternScale();
+        const Point start = Point{line[i - 1].x, line[i - 1].y, 0.0} + at * along +
+                            text.x * patternScale() * along +
+                            text.y * patternScale() * Point{-along[1], along[0], 0.0};
+        return letters({start + m_desk.scene.shift(), right, {-right[1], right[0], 0.0}}, 0.0, 0.0,
+                       text.text, format);
+    }
 }
 
 void Pencil::polyline(const std::vector<Point>& points, bool closed) {

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <utility>
@@ -28,6 +29,7 @@ struct Desk {
     std::function<bool(const Pencil& pen, const std::string& block, const CMORMathTransMatrix& own)>
         drawBlock;
     std::size_t read = 0;  ///< bytes of records that were read besides those of entities
+    std::map<std::string, std::size_t> partly{};  ///< what is drawn in part, why, and how often
 };
 
 /// Where letters stand: a point, and the directions of their lines and of their height. One unit
@@ -81,10 +83,15 @@ public:
     [[nodiscard]] Style area() const { return area(m_look.colour); }
     [[nodiscard]] Style area(int colour) const;
 
-    void stroke(const Path& path) { m_desk.scene.stroke(path, line()); }
+    void stroke(const Path& path) {
+        stroke(path, line());
+        lettersAlong(path);
+    }
     void stroke(const Path& path, const Style& style) { m_desk.scene.stroke(path, style); }
     void fill(const Path& path) { m_desk.scene.fill(path, area()); }
     void fill(const Path& path, const Style& style) { m_desk.scene.fill(path, style); }
+    /// The texts of the line type along a path that was drawn with it.
+    void lettersAlong(const Path& path);
     /// Lines from point to point, in space.
     void polyline(const std::vector<Point>& points, bool closed);
 
@@ -96,6 +103,10 @@ public:
                  const TextLayout& layout);
 
 private:
+    /// How large patterns of lines are.
+    [[nodiscard]] double patternScale() const;
+    void letterAt(const std::vector<Spot>& line, double at, const LineText& text);
+
     Desk& m_desk;
     mor::EntityName m_name;
     const EntityRecord& m_record;

@@ -105,7 +105,7 @@ int hexDigit(char c) {
 std::string previewOf(const EntityRecord& record) {
     std::string bytes;
     bool within = false;
-    for (const host::RecordGroup& group : record.groups()) {
+    for (const host::GroupView& group : record.groups()) {
         if (group.code == 160 || group.code == 92) {
             within = bytes.empty();
             continue;

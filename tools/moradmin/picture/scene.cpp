@@ -43,8 +43,11 @@ void Scene::setOrigin(const Origin& origin) {
     const bool sameLayer = *last.layer == origin.layer;
     if (!sameLayer || m_ownerBytes == 0)
         m_ownerBytes = kAttributeBytes + escapedBytes(origin.layer);
-    Owner owner{origin.handle, sameLayer ? last.layer : kept(origin.layer), kept(origin.type),
-                kept(origin.reference)};
+    const auto same = [this](const std::string* before, const std::string& text) {
+        return *before == text ? before : kept(text);
+    };
+    Owner owner{origin.handle, sameLayer ? last.layer : kept(origin.layer),
+                same(last.type, origin.type), same(last.reference, origin.reference)};
     if (m_used + 1 < m_owners.size())
         m_owners.back() = std::move(owner);  // the one before has left no mark
     else

@@ -14,12 +14,8 @@ namespace mor::tool {
 namespace {
 
 constexpr double kRounding = 1e-6;
-std::string attribute(std::string_view name, std::string_view value) {
-    return " " + std::string(name) + "=\"" + xmlText(value) + "\"";
-}
-std::string attribute(std::string_view name, double value) {
-    return " " + std::string(name) + "=\"" + numberText(value) + "\"";
-}
+constexpr std::size_t kPiece = std::size_t{1} << 18U;  ///< that is written at once
+constexpr std::size_t kLongestNumber = 40;
 
 /// An ellipse as it is seen from above: axes of its own.
 struct Axes {
@@ -41,187 +37,246 @@ Axes axesOf(const double* n) {
     return {q + r, std::fabs(q - r), turn * 180.0 / std::numbers::pi, q >= r};
 }
 
-void writeArc(std::string& data, const double* n) {
+/// Writes it into the buffer, as `numberText` does; answers where it ends.
+char* putNumber(std::array<char, kLongestNumber>& buffer, double value) {
+    const auto [end, error] =
+        std::to_chars(buffer.data(), buffer.data() + buffer.size(), value == 0.0 ? 0.0 : value);
+    static_cast<void>(error);  // the buffer is large enough for every double
+    return end;
+}
+
+/// Text that is gathered and written in large pieces.
+class Sheaf {
+public:
+    explicit Sheaf(std::ostream& out) : m_out(out) {}
+
+    Sheaf& operator<<(std::string_view text) {
+        m_text += text;
+        return *this;
+    }
+    Sheaf& operator<<(char c) {
+        m_text += c;
+        return *this;
+    }
+    Sheaf& operator<<(double number) {
+        const char* const end = putNumber(m_number, number);
+        m_text.append(m_number.data(), static_cast<std::size_t>(end - m_number.data()));
+        return *this;
+    }
+    Sheaf& escaped(std::string_view text) {
+        addXmlText(m_text, text);
+        return *this;
+    }
+    void attribute(std::string_view name, std::string_view value) {
+        *this << ' ' << name << "=\"";
+        escaped(value) << '"';
+    }
+    void attribute(std::string_view name, double value) {
+        *this << ' ' << name << "=\"" << value << '"';
+    }
+    void writeWhenFull() {
+        if (m_text.size() >= kPiece) write();
+    }
+    void write() {
+        m_out.write(m_text.data(), static_cast<std::streamsize>(m_text.size()));
+        m_text.clear();
+    }
+
+private:
+    std::ostream& m_out;
+    std::string m_text;
+    std::array<char, kLongestNumber> m_number{};
+};
+
+void putArc(Sheaf& to, const double* n) {
     const Axes axes = axesOf(n);
     const double from = n[6];
-    const double to = n[7];
+    const double end = n[7];
     // Pieces of at most a quarter: no doubt then which of two arcs is meant.
-    const double quarters = std::fabs(to - from) / (std::numbers::pi / 2);
+    const double quarters = std::fabs(end - from) / (std::numbers::pi / 2);
     const int pieces = std::max(1, static_cast<int>(std::ceil(quarters)));
-    const std::string arc = "A" + numberText(axes.longer) + " " + numberText(axes.shorter) + " " +
-                            numberText(axes.turn) + " 0 " +
-                            (axes.forwards == (to >= from) ? "1 " : "0 ");
     std::array<double, Path::kArcNumbers> piece{};
     std::copy(n, n + Path::kArcNumbers, piece.begin());
     for (int i = 1; i <= pieces; ++i) {
-        piece[7] = i == pieces ? to : from + (to - from) * i / pieces;
-        const Spot end = endOfArc(piece.data());
-        data += arc + numberText(end.x) + " " + numberText(end.y);
+        piece[7] = i == pieces ? end : from + (end - from) * i / pieces;
+        const Spot spot = endOfArc(piece.data());
+        to << 'A' << axes.longer << ' ' << axes.shorter << ' ' << axes.turn << " 0 "
+           << (axes.forwards == (end >= from) ? "1 " : "0 ") << spot.x << ' ' << spot.y;
     }
 }
 
-std::string pathData(std::string_view ops, const double* n) {
-    std::string data;
+void putPath(Sheaf& to, std::string_view ops, const double* n) {
     for (const char op : ops) {
         if (op == Path::kClose) {
-            data += 'Z';
+            to << 'Z';
         } else if (op == Path::kArc) {
-            writeArc(data, n);
+            putArc(to, n);
             n += Path::kArcNumbers;
         } else {
-            data += op + numberText(n[0]) + " " + numberText(n[1]);
+            to << op << n[0] << ' ' << n[1];
             n += 2;
         }
     }
-    return data;
 }
 
 class SvgWriter {
 public:
     SvgWriter(std::ostream& out, const Scene& scene, const Fonts& fonts, const Canvas& canvas)
-        : m_out(out), m_scene(scene), m_fonts(fonts), m_canvas(canvas) {}
+        : m_to(out), m_scene(scene), m_fonts(fonts), m_canvas(canvas) {}
 
     void write() {
-        const Extent& area = m_canvas.area;
-        const double side = longerSide(area);
-        const double scale = m_canvas.pixels / side;
-        m_usual = lineWidth({}, m_canvas);
-        const std::string x = numberText(area.left);
-        const std::string y = numberText(-area.top);
-        const std::string box =
-            x + " " + y + " " + numberText(area.width()) + " " + numberText(area.height());
-        m_out << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-              << "<svg xmlns=\"http://www.w3.org/2000/svg\"" << attribute("viewBox", box)
-              << attribute("width", std::ceil(area.width() * scale - kRounding))
-              << attribute("height", std::ceil(area.height() * scale - kRounding)) << ">\n<title>"
-              << xmlText(m_canvas.title) << "</title>\n";
-
-        if (m_canvas.background >= 0)
-            m_out << "<rect x=\"" << x << "\" y=\"" << y << "\"" << attribute("width", area.width())
-                  << attribute("height", area.height())
-                  << attribute("fill", colourText(m_canvas.background)) << "/>\n";
-        m_out << "<g transform=\"scale(1 -1)\" data-shift=\"" << numberText(m_scene.shift()[0])
-              << " " << numberText(m_scene.shift()[1]) << "\" fill=\"none\""
-              << attribute("stroke-width", m_usual)
-              << " stroke-linecap=\"round\" stroke-linejoin=\"round\""
-              << attribute("font-family", m_fonts.families(0)) << ">\n";
-        for (const Scene::Element& element : m_scene.elements()) writeElement(element);
-        m_out << "</g>\n</svg>\n";
+        putHead();
+        for (const Scene::Element& element : m_scene.elements()) {
+            putElement(element);
+            m_to.writeWhenFull();
+        }
+        m_to << "</g>\n</svg>\n";
+        m_to.write();
     }
 
 private:
-    const std::string& ownerAttributes(const Scene::Element& element) {
-        const Scene::Owner& owner = m_scene.ownerOf(element);
-        if (m_layerText.empty() || owner.layer != m_layer) {
-            m_layer = owner.layer;
-            m_layerText = attribute("data-layer", *owner.layer);
+    void putHead() {
+        const Extent& area = m_canvas.area;
+        const double scale = m_canvas.pixels / longerSide(area);
+        m_usual = lineWidth({}, m_canvas);
+        m_to << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+             << "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"" << area.left << ' '
+             << -area.top << ' ' << area.width() << ' ' << area.height() << '"';
+        m_to.attribute("width", std::ceil(area.width() * scale - kRounding));
+        m_to.attribute("height", std::ceil(area.height() * scale - kRounding));
+        m_to << ">\n<title>";
+        m_to.escaped(m_canvas.title) << "</title>\n";
+        if (m_canvas.background >= 0) {
+            m_to << "<rect";
+            m_to.attribute("x", area.left);
+            m_to.attribute("y", -area.top);
+            m_to.attribute("width", area.width());
+            m_to.attribute("height", area.height());
+            m_to.attribute("fill", colourText(m_canvas.background));
+            m_to << "/>\n";
         }
-        m_owner = attribute("data-handle", owner.handle) + m_layerText +
-                  attribute("data-type", *owner.type);
-        if (!owner.reference->empty()) m_owner += attribute("data-reference", *owner.reference);
-        return m_owner;
+        m_to << "<g transform=\"scale(1 -1)\" data-shift=\"" << m_scene.shift()[0] << ' '
+             << m_scene.shift()[1] << "\" fill=\"none\"";
+        m_to.attribute("stroke-width", m_usual);
+        m_to << " stroke-linecap=\"round\" stroke-linejoin=\"round\"";
+        m_to.attribute("font-family", m_fonts.families(0));
+        m_to << ">\n";
     }
 
-    void writeElement(const Scene::Element& element) {
+    void putOwner(const Scene::Element& element) {
+        const Scene::Owner& owner = m_scene.ownerOf(element);
+        m_to.attribute("data-handle", owner.handle);
+        m_to.attribute("data-layer", *owner.layer);
+        m_to.attribute("data-type", *owner.type);
+        if (!owner.reference->empty()) m_to.attribute("data-reference", *owner.reference);
+    }
+
+    void putElement(const Scene::Element& element) {
         switch (element.kind) {
             case Scene::Kind::Stroke:
-                m_out << "<path" << ownerAttributes(element) << strokeAttributes(element)
-                      << dataOf(element);
-                break;
             case Scene::Kind::Fill:
             case Scene::Kind::Mask:
-                m_out << "<path" << ownerAttributes(element) << fillAttributes(element)
-                      << dataOf(element);
-                break;
+                m_to << "<path";
+                putOwner(element);
+                element.kind == Scene::Kind::Stroke ? putStroke(element) : putFill(element);
+                return putData(element);
             case Scene::Kind::Text:
-                writeText(element);
-                break;
+                return putText(element);
             case Scene::Kind::Open:
-                m_out << "<g" << ownerAttributes(element)
-                      << attribute("data-block", m_scene.blockOf(element)) << ">\n";
-                break;
+                m_to << "<g";
+                putOwner(element);
+                m_to.attribute("data-block", m_scene.blockOf(element));
+                m_to << ">\n";
+                return;
             case Scene::Kind::Clip:
-                ++m_clips;
-                m_out << "<clipPath id=\"clip" << m_clips << "\"><path clip-rule=\"evenodd\""
-                      << dataOf(element) << "</clipPath>\n<g clip-path=\"url(#clip" << m_clips
-                      << ")\">\n";
-                break;
+                return putClip(element);
             case Scene::Kind::Close:
-                m_out << "</g>\n";
-                break;
+                m_to << "</g>\n";
+                return;
         }
     }
 
-    [[nodiscard]] std::string dataOf(const Scene::Element& element) const {
-        return attribute("d", pathData(m_scene.opsOf(element), m_scene.numbersOf(element))) +
-               "/>\n";
+    void putClip(const Scene::Element& element) {
+        const std::string number = std::to_string(++m_clips);
+        m_to << "<clipPath id=\"clip" << number << "\"><path clip-rule=\"evenodd\"";
+        putData(element);
+        m_to << "</clipPath>\n<g clip-path=\"url(#clip" << number << ")\">\n";
     }
-    [[nodiscard]] std::string strokeAttributes(const Scene::Element& element) const {
+    void putData(const Scene::Element& element) {
+        m_to << " d=\"";
+        putPath(m_to, m_scene.opsOf(element), m_scene.numbersOf(element));
+        m_to << "\"/>\n";
+    }
+    void putStroke(const Scene::Element& element) {
         const Style& style = m_scene.styleOf(element);
-        std::string text = attribute("stroke", colourText(style.rgb));
+        m_to.attribute("stroke", shownColour(style.rgb));
         const double width = lineWidth(style, m_canvas);
-        if (width != m_usual) text += attribute("stroke-width", width);
-        if (style.flat) text += " stroke-linecap=\"butt\" stroke-linejoin=\"miter\"";
+        if (width != m_usual) m_to.attribute("stroke-width", width);
+        if (style.flat) m_to << " stroke-linecap=\"butt\" stroke-linejoin=\"miter\"";
         if (style.opacity < 1.0F)
-            text += attribute("stroke-opacity", static_cast<double>(style.opacity));
+            m_to.attribute("stroke-opacity", static_cast<double>(style.opacity));
         const std::vector<float>* dashes = shownDashes(m_scene, style, m_canvas);
-        if (dashes == nullptr) return text;
-        std::string lengths;
-        for (const float length : *dashes)
-            lengths += (lengths.empty() ? "" : " ") + numberText(static_cast<double>(length));
-        return text + attribute("stroke-dasharray", lengths) +
-               (style.flat || std::ranges::find(*dashes, 0.0F) != dashes->end()
-                    ? ""
-                    : " stroke-linecap=\"butt\"");
+        if (dashes == nullptr) return;
+        m_to << " stroke-dasharray=\"";
+        for (const float& length : *dashes)
+            m_to << (&length == dashes->data() ? "" : " ") << static_cast<double>(length);
+        m_to << '"';
+        if (!style.flat && std::ranges::find(*dashes, 0.0F) == dashes->end())
+            m_to << " stroke-linecap=\"butt\"";
     }
-    [[nodiscard]] std::string fillAttributes(const Scene::Element& element) const {
+    void putFill(const Scene::Element& element) {
         const Style& style = m_scene.styleOf(element);
         const bool mask = element.kind == Scene::Kind::Mask;
         const int behind = m_canvas.background < 0 ? kWhite : m_canvas.background;
-        std::string text = attribute("fill", colourText(mask ? behind : style.rgb));
+        m_to.attribute("fill", shownColour(mask ? behind : style.rgb));
+        putOpacity(style);
+        m_to << " fill-rule=\"evenodd\"";
+    }
+    void putOpacity(const Style& style) {
         if (style.opacity < 1.0F)
-            text += attribute("fill-opacity", static_cast<double>(style.opacity));
-        return text + " fill-rule=\"evenodd\"";
+            m_to.attribute("fill-opacity", static_cast<double>(style.opacity));
     }
 
-    void writeText(const Scene::Element& element) {
+    void putText(const Scene::Element& element) {
         const TextRun& run = m_scene.textOf(element);
         const Style& style = m_scene.styleOf(element);
-        std::string matrix = "matrix(";
-        for (const Point* column : {&run.right, &run.down, &run.at})
-            matrix += numberText((*column)[0]) + " " + numberText((*column)[1]) +
-                      (column == &run.at ? ")" : " ");
-        m_out << "<text" << ownerAttributes(element) << attribute("transform", matrix)
-              << attribute("font-size", run.size) << attribute("fill", colourText(style.rgb));
-        if (style.opacity < 1.0F)
-            m_out << attribute("fill-opacity", static_cast<double>(style.opacity));
-        if (run.font != 0) m_out << attribute("font-family", m_fonts.families(run.font));
-        if (m_fonts.isBold(run.font)) m_out << " font-weight=\"bold\"";
-        if (m_fonts.isItalic(run.font)) m_out << " font-style=\"italic\"";
-        m_out << attribute("textLength", run.width)
-              << attribute("lengthAdjust", run.spaced ? "spacing" : "spacingAndGlyphs")
-              << " xml:space=\"preserve\">" << xmlText(run.text) << "</text>\n";
+        m_to << "<text";
+        putOwner(element);
+        m_to << " transform=\"matrix(" << run.right[0] << ' ' << run.right[1] << ' ' << run.down[0]
+             << ' ' << run.down[1] << ' ' << run.at[0] << ' ' << run.at[1] << ")\"";
+        m_to.attribute("font-size", run.size);
+        m_to.attribute("fill", shownColour(style.rgb));
+        putOpacity(style);
+        if (run.font != 0) m_to.attribute("font-family", m_fonts.families(run.font));
+        if (m_fonts.isBold(run.font)) m_to << " font-weight=\"bold\"";
+        if (m_fonts.isItalic(run.font)) m_to << " font-style=\"italic\"";
+        m_to.attribute("textLength", run.width);
+        m_to.attribute("lengthAdjust", run.spaced ? "spacing" : "spacingAndGlyphs");
+        m_to << " xml:space=\"preserve\">";
+        m_to.escaped(run.text) << "</text>\n";
+    }
+    /// Neighbours often have the same.
+    const std::string& shownColour(int rgb) {
+        if (m_colourText.empty() || rgb != m_colour) m_colourText = colourText(rgb);
+        m_colour = rgb;
+        return m_colourText;
     }
 
-    std::ostream& m_out;
+    Sheaf m_to;
     const Scene& m_scene;
     const Fonts& m_fonts;
     const Canvas& m_canvas;
     double m_usual = 0.0;
     std::size_t m_clips = 0;
-    const std::string* m_layer = nullptr;  ///< of the element before, and what is written of it
-    std::string m_layerText;
-    std::string m_owner;
+    int m_colour = 0;
+    std::string m_colourText;
 };
 
 }  // namespace
 
 std::string numberText(double value) {
-    std::array<char, 40> buffer{};
-    const auto [end, error] =
-        std::to_chars(buffer.data(), buffer.data() + buffer.size(), value == 0.0 ? 0.0 : value);
-    static_cast<void>(error);  // the buffer is large enough for every double
-    return {buffer.data(), end};
+    std::array<char, kLongestNumber> buffer{};
+    return {buffer.data(), putNumber(buffer, value)};
 }
 
 void writeSvg(std::ostream& out, const Scene& scene, const Fonts& fonts, const Canvas& canvas) {

@@ -77,7 +77,7 @@ private:
         const TextFormat& format = formatOf(m_text.pieces[begin]);
         if (m_line.empty() && m_x == 0.0) m_x = beginOf(format);
         const double most = m_box.width - format.right;
-        if (m_box.width > 0.0 && m_x + width > most * kSlack && hasWord()) {
+        if (m_box.width > 0.0 && m_x + width > most * kSlack && !m_line.empty()) {
             endLine(format);
             m_x = format.left;
         }
@@ -87,9 +87,6 @@ private:
             m_x += own;
         }
         m_ended = false;
-    }
-    [[nodiscard]] bool hasWord() const {
-        return std::ranges::any_of(m_line, [](const Item& item) { return isPrinted(*item.piece); });
     }
     [[nodiscard]] double beginOf(const TextFormat& format) const {
         return m_newParagraph ? std::max(format.indent + format.left, 0.0) : format.left;

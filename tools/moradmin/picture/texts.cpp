@@ -1,6 +1,7 @@
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/picture/characters.h"
 #include "tools/moradmin/picture/drawers.h"
+#include "tools/moradmin/picture/views.h"
 
 #include <algorithm>
 #include <cmath>
@@ -26,7 +27,11 @@ constexpr double kBelow = 0.3;        ///< how far letters reach below, in heigh
 constexpr double kMostBelow = 0.28;   ///< the same, of texts of many lines
 constexpr double kLine = 0.2;         ///< of lines above and below
 constexpr double kStackPitch = 1.35;  ///< from letter to letter of a vertical text
-constexpr double kSmallest = 1e-9;    ///< a length that counts as none
+// The same of many lines, which become columns, in heights of letters.
+constexpr double kColumnPitch = 53.0 / 42.0;
+constexpr double kLetterPitch = 26.0 / 21.0;
+constexpr double kLetterCell = 0.6;
+constexpr double kSmallest = 1e-9;  ///< a length that counts as none
 
 TextFormat formatOf(const TextStyle& style, const EntityRecord& record) {
     TextFormat format;
@@ -35,6 +40,12 @@ TextFormat formatOf(const TextStyle& style, const EntityRecord& record) {
     format.widened = record.real(41, 1.0);
     format.oblique = record.real(51);
     return format;
+}
+
+bool isOfShapes(const FontWish& font) {
+    const std::size_t dot = font.file.rfind('.');
+    const std::string kind = dot == std::string::npos ? "shx" : font.file.substr(dot + 1);
+    return font.family.empty() && sameName(kind, "shx");
 }
 
 /// A text of one line: where it stands and how.
@@ -156,7 +167,7 @@ private:
 /// The text of many lines in a record, its pieces joined.
 std::string longText(const EntityRecord& record) {
     std::string text;
-    for (const host::RecordGroup& group : record.groups())
+    for (const host::GroupView& group : record.groups())
         if (group.code == 3) text += group.value;
     return text + record.text(1);
 }
@@ -169,7 +180,7 @@ void readColumns(const EntityRecord& record, TextBox& box) {
     box.width = columns.real(44, box.width);
     box.gutter = columns.real(45);
     const int count = columns.integer(72);
-    for (const host::RecordGroup& group : columns.groups())
+    for (const host::GroupView& group : columns.groups())
         if (group.code == 46) box.columnHeights.push_back(readReal(group.value).value_or(0.0));
     if (box.columnHeights.empty() && columns.real(41) > 0.0) box.columnHeights = {columns.real(41)};
     const double whole = columns.real(42) + box.gutter;
@@ -225,6 +236,13 @@ public:
             readFormats(longText(m_record), first, m_pen.look().colour, m_pen.look().colour);
         if (text.pieces.empty()) return true;
         const int attached = std::clamp(m_record.integer(71, 1), 1, 9) - 1;
+        const int direction = m_record.integer(72, kByStyle);
+        // Fonts of outlines are never set downwards.
+        if (isOfShapes(style.font) &&
+            (direction == kDownwards || (direction == kByStyle && style.vertical))) {
+            drawVertical(sheetAt(*at), text, attached, first.height);
+            return true;
+        }
         TextBox box;
         box.width = std::max(m_record.real(41), 0.0);
         box.height = first.height;
@@ -246,6 +264,43 @@ public:
     }
 
 private:
+    static constexpr int kDownwards = 3;
+    static constexpr int kByStyle = 5;
+
+    /// Letter below letter, a column for each paragraph.
+    void drawVertical(const Sheet& sheet, const FormattedText& text, int attached, double height) {
+        struct Column {
+            std::u32string letters;
+            std::vector<std::size_t> formats;
+        };
+        std::vector<Column> columns(1);
+        std::size_t longest = 1;
+        for (const TextPiece& piece : text.pieces) {
+            const bool printed = piece.kind == TextPiece::Kind::Word;
+            if (piece.kind == TextPiece::Kind::Paragraph) columns.emplace_back();
+            Column& column = columns.back();
+            if (printed || piece.kind == TextPiece::Kind::Blank)
+                column.letters += printed ? characters(piece.text) : U" ";
+            column.formats.resize(column.letters.size(), piece.format);
+            longest = std::max(longest, column.letters.size());
+        }
+        const double pitch = kColumnPitch * m_record.real(44, 1.0) * height;
+        const double cell = kLetterCell * height;
+        const double across = static_cast<double>(columns.size() - 1) * pitch + cell;
+        const double down = (1.0 + static_cast<double>(longest - 1) * kLetterPitch) * height;
+        const double left = -across * (attached % 3) / 2;
+        const int row = attached / 3;
+        const double top = down * row / 2;
+        for (std::size_t i = 0; i < columns.size(); ++i)
+            for (std::size_t k = 0; k < columns[i].letters.size(); ++k) {
+                const TextFormat& format = text.formats[columns[i].formats[k]];
+                const std::string letter = utf8Of({&columns[i].letters[k], 1});
+                const double own = widthOf(letter, format, m_pen.desk().fonts);
+                const double x = left + static_cast<double>(i) * pitch + (cell - own) / 2;
+                const double y = top - (1.0 + static_cast<double>(k) * kLetterPitch) * height;
+                if (letter != " ") m_pen.letters(sheet, x, y, letter, format);
+            }
+    }
     [[nodiscard]] Sheet sheetAt(const Point& at) const {
         const host::PlaneAxes axes = m_record.plane();
         // Directions are those of the owner, also where the text is seen from behind.

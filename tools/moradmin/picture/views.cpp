@@ -23,7 +23,7 @@ constexpr int kSheetItself = 1;
 /// What the record of a layout says, behind its settings for plotting.
 void readLayout(const EntityRecord& record, Layout& layout) {
     bool named = false;
-    for (const host::RecordGroup& group : record.groups()) {
+    for (const host::GroupView& group : record.groups()) {
         if (group.code == 100) named = group.value == "AcDbLayout";
         if (!named) continue;
         if (group.code == 1) layout.name = group.value;
@@ -49,13 +49,18 @@ void readLayout(const EntityRecord& record, Layout& layout) {
 
 void countEntities(const AcApDocument* document, std::vector<Layout>& layouts) {
     std::map<std::string, std::size_t> viewports;
+    std::size_t last = 0;
     host::forEachRecord(document, [&](const host::RecordInfo& info) {
         const bool model = info.place == host::Place::ModelSpace;
         if ((!model && info.place != host::Place::PaperSpace) || info.erased || info.subEntity)
             return;
         const std::string block = model ? kModel : layoutBlock(info);
-        auto found = std::ranges::find_if(
-            layouts, [&](const Layout& layout) { return sameName(layout.block, block); });
+        // Most stand beside one of the same.
+        auto found = layouts.begin() + static_cast<std::ptrdiff_t>(last);
+        if (last >= layouts.size() || found->block != block)
+            found = std::ranges::find_if(
+                layouts, [&](const Layout& layout) { return sameName(layout.block, block); });
+        last = static_cast<std::size_t>(found - layouts.begin());
         if (found == layouts.end()) {
             layouts.emplace_back();
             found = layouts.end() - 1;
@@ -151,7 +156,9 @@ CMORMathTransMatrix readMatrix(const std::vector<double>& numbers, std::size_t b
 
 }  // namespace
 
-bool sameName(const std::string& a, const std::string& b) { return equalNoCase(wide(a), wide(b)); }
+bool sameName(const std::string& a, const std::string& b) {
+    return a == b || equalNoCase(wide(a), wide(b));
+}
 
 std::string layoutBlock(const host::RecordInfo& info) {
     return info.container.empty() ? kActivePaper : info.container;
@@ -210,9 +217,9 @@ View viewOf(const AcApDocument* document, mor::EntityName name, const EntityReco
                      (viewport.find(68) != nullptr && viewport.integer(68) == 0);
     Aim aim = aimOf(viewport);
     if (!(aim.height > 0.0)) aim = oldAimOf(extendedData(document, name, "ACAD"));
-    for (const host::RecordGroup& group : viewport.groups()) {
+    for (const host::GroupView& group : viewport.groups()) {
         if (group.code != 331 && group.code != 341) continue;
-        const auto layer = host::findHandleBeside(document, name, wide(group.value));
+        const auto layer = host::findHandleBeside(document, name, wide(std::string(group.value)));
         if (const auto text = layer ? host::recordGroup(document, *layer, 2) : std::nullopt)
             aim.frozen.push_back(*text);
     }
@@ -238,7 +245,7 @@ std::optional<mor::EntityName> extensionEntry(const AcApDocument* document, mor:
                                               const EntityRecord& record,
                                               const std::vector<std::string>& keys) {
     if (record.extension().empty()) return std::nullopt;
-    auto at = host::findHandleBeside(document, name, wide(record.extension()));
+    auto at = host::findHandleBeside(document, name, wide(std::string(record.extension())));
     for (const std::string& key : keys)
         if (at) at = dictionaryEntry(document, *at, key);
     return at;
@@ -275,7 +282,7 @@ std::optional<BlockClip> clipOf(const AcApDocument* document, mor::EntityName na
     std::vector<Point> corners;
     const bool front = filter.integer(72) != 0;
     bool frontRead = !front;
-    for (const host::RecordGroup& group : filter.groups()) {
+    for (const host::GroupView& group : filter.groups()) {
         const double value = readReal(group.value).value_or(0.0);
         if (group.code == 10) corners.push_back({value, 0.0, 0.0});
         if (group.code == 20 && !corners.empty()) corners.back()[1] = value;

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <span>
 
 namespace mor::tool {
 
@@ -88,35 +89,37 @@ EntityRecord::EntityRecord(const AcApDocument* document, mor::EntityName name) {
     bool inGroup = false;
     bool extended = false;
     bool embedded = false;
-    for (host::RecordGroup& group : host::recordGroups(document, name)) {
-        m_bytes += sizeof group + group.value.size();
+    const std::span<const host::GroupView> all = m_reader.read(document, name);
+    m_groups.reserve(all.size());
+    for (const host::GroupView& group : all) {
+        m_bytes += sizeof(host::RecordGroup) + group.value.size();
         extended = extended || group.code == kApplication;
         if (extended) continue;
         if (group.code == 0 && m_type.empty()) m_type = group.value;
         embedded = embedded || group.code == kEmbedded;
         if (embedded)
-            m_embedded.push_back(std::move(group));
+            m_embedded.push_back(group);
         else if (group.code == kControl)
             inGroup = group.value.starts_with("{");
         else if (!inGroup)
-            m_groups.push_back(std::move(group));
+            m_groups.push_back(group);
         else if (group.code == kExtension)
-            m_extension = std::move(group.value);
+            m_extension = group.value;
     }
 }
 
-const std::string* EntityRecord::find(int code) const {
-    const auto found = std::ranges::find(m_groups, code, &host::RecordGroup::code);
+const std::string_view* EntityRecord::find(int code) const {
+    const auto found = std::ranges::find(m_groups, code, &host::GroupView::code);
     return found == m_groups.end() ? nullptr : &found->value;
 }
 
 std::string EntityRecord::text(int code) const {
-    const std::string* found = find(code);
-    return found == nullptr ? std::string() : *found;
+    const std::string_view* found = find(code);
+    return found == nullptr ? std::string() : std::string(*found);
 }
 
 double EntityRecord::real(int code, double missing) const {
-    const std::string* found = find(code);
+    const std::string_view* found = find(code);
     return found == nullptr ? missing : readReal(*found).value_or(missing);
 }
 
@@ -134,7 +137,8 @@ std::vector<Vertex> verticesOf(const EntityRecord& polyline) {
     const double elevation = polyline.real(38);
     const double width = polyline.real(43);
     std::vector<Vertex> vertices;
-    for (const host::RecordGroup& group : polyline.groups()) {
+    vertices.reserve(polyline.groups().size() / 2);
+    for (const host::GroupView& group : polyline.groups()) {
         const double value = readReal(group.value).value_or(0.0);
         if (group.code == 10)
             vertices.push_back({{value, 0.0, elevation}, 0.0, width, width});

@@ -27,21 +27,21 @@ enum class GroupKind { Text, Integer, Real };
 class EntityRecord {
 public:
     EntityRecord(const AcApDocument* document, mor::EntityName name);
-    /// A part of a record, read as if it were one.
-    EntityRecord(std::string type, std::vector<host::RecordGroup> groups)
+    /// A part of a record, read as if it were one; the texts of its groups stay where they are.
+    EntityRecord(std::string type, std::vector<host::GroupView> groups)
         : m_type(std::move(type)), m_groups(std::move(groups)) {}
 
     [[nodiscard]] const std::string& type() const { return m_type; }
     /// How much was read for it, extended data included; about.
     [[nodiscard]] std::size_t bytes() const { return m_bytes; }
     /// In the order of the file; those between `102 {` and `102 }` left out.
-    [[nodiscard]] const std::vector<host::RecordGroup>& groups() const { return m_groups; }
+    [[nodiscard]] const std::vector<host::GroupView>& groups() const { return m_groups; }
     /// The groups of the object embedded behind them, whose codes mean other things.
-    [[nodiscard]] const std::vector<host::RecordGroup>& embedded() const { return m_embedded; }
+    [[nodiscard]] const std::vector<host::GroupView>& embedded() const { return m_embedded; }
     /// The handle of the dictionary that extends the record; empty when there is none.
-    [[nodiscard]] const std::string& extension() const { return m_extension; }
+    [[nodiscard]] std::string_view extension() const { return m_extension; }
     /// The first group with that code.
-    [[nodiscard]] const std::string* find(int code) const;
+    [[nodiscard]] const std::string_view* find(int code) const;
     [[nodiscard]] std::string text(int code) const;  ///< empty when there is none
     [[nodiscard]] double real(int code, double missing = 0.0) const;
     [[nodiscard]] int integer(int code, int missing = 0) const;
@@ -57,11 +57,12 @@ public:
     }
 
 private:
+    host::GroupReader m_reader;  ///< keeps their texts
     std::string m_type;
     std::size_t m_bytes = 0;
-    std::vector<host::RecordGroup> m_groups;
-    std::vector<host::RecordGroup> m_embedded;
-    std::string m_extension;
+    std::vector<host::GroupView> m_groups;
+    std::vector<host::GroupView> m_embedded;
+    std::string_view m_extension;
 };
 
 /// Coordinates in a plane as coordinates of the space that holds it.
