@@ -12,6 +12,7 @@ int runView(Session& session, const Options& given) {
     if (options.output == "-") options.output.clear();
     if (options.json && options.output.empty())
         throw Failure(kUsage, "view --json wants -o FILE: the page itself is no JSON");
+    options.picture.form = "svg";  // that stands in the page, whatever it is called
     if (!options.output.empty()) refuseDrawings(options.output);
     Drawn drawn(session, options);
     const auto write = [&](std::ostream& out) { writePage(out, session, drawn); };
