@@ -143,6 +143,12 @@ TEST_F(Words, MayMeanAStreamWhereADrawingIsMeant) {
     EXPECT_TRUE(holds(call("put - /cfg/x - -o -", bytes).err, "stdin is the drawing"));
     EXPECT_EQ(call("put D /cfg/x 3 -o -").out.size(), put.out.size());
     EXPECT_EQ(readFile(file("d.dxf")), bytes);
+    EXPECT_EQ(call("put - /cfg/x 4 -o -", call("new -").out).code, 0);
+    EXPECT_EQ(call("cp -:/cfg @d.dxf:/in", bytes).code, 0);
+    EXPECT_EQ(call("cat D /in/x").out, "1\n");
+    EXPECT_EQ(call("cat - /k/x", call("cp @d.dxf:/in/x -:/k/x -o -", bytes).out).out, "1\n");
+    expectCode(2, {{"cp", file("d.dxf") + ":/cfg", "-:/in"}}, "saved to -o FILE");
+    EXPECT_TRUE(holds(call("run D", "put /cfg/x - --string\n").err, "stdin is the script"));
 }
 
 TEST_F(Words, OfTextsGoInAndOutByteForByte) {

@@ -29,16 +29,19 @@ std::string readAll(std::istream& stream, const std::string& name) {
     return text;
 }
 
-bool s_drawingOnStdin = false;
+std::string s_stdinUse;  ///< empty as long as nobody wants it
 
 }  // namespace
 
-void noteDrawingOnStdin() { s_drawingOnStdin = true; }
+void takeStdin(const std::string& use) {
+    if (!s_stdinUse.empty() && s_stdinUse != use)
+        throw Failure(kUsage, "stdin is " + s_stdinUse + "; " + use + " comes from a file then");
+    s_stdinUse = use;
+}
 
-std::string readInput(const std::string& name) {
+std::string readInput(const std::string& name, const std::string& use) {
     if (name == "-") {
-        if (s_drawingOnStdin)
-            throw Failure(kUsage, "stdin is the drawing; a value or script comes from a file then");
+        takeStdin(use);
         static const std::string kept = readAll(std::cin, kStdin);  // a command may be run again
         return kept;
     }

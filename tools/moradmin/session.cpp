@@ -2,6 +2,7 @@
 
 #include "dwgfs/names.h"
 #include "frame/message_system.h"
+#include "platform/runtime.h"
 #include "space/global_view.h"
 #include "tools/moradmin/damage/salvage_apply.h"
 #include "tools/moradmin/damage/salvage_plan.h"
@@ -88,6 +89,20 @@ AcApDocument* opened(const std::string& file, host::Opening opening = host::Open
 }
 
 }  // namespace
+
+void refuseOtherForm(const std::string& output, std::string_view form) {
+    const std::filesystem::path path = output;
+    const auto named = [&path](std::wstring_view ending) {
+        return equalNoCase(path.extension().wstring(), ending);
+    };
+    const bool drawing = form == "DWG";
+    if (!named(drawing ? L".dxf" : L".dwg")) return;
+    throw Failure(kUsage,
+                  output + ": the drawing is " + (drawing ? "DWG" : "DXF") +
+                      " and is not converted; choose a name such as " + path.stem().string() +
+                      (drawing ? ".dwg" : ".dxf"),
+                  output);
+}
 
 bool takeSawDamage() { return std::exchange(s_sawDamage, false); }
 
@@ -239,6 +254,7 @@ bool Session::isUnacknowledgedDwg(const Options& options) const {
 }
 
 host::SaveReport Session::save(const Options& options) {
+    refuseOtherForm(options.output, host::documentInfo(m_document).form);
     if (isUnacknowledgedDwg(options) && !options.dryRun)
         printNote(
             message("writing DWG was tested with open readers only, no strict judge of the "

@@ -72,9 +72,8 @@ std::string drawingFile(const std::string& word) {
     if (kept.empty()) {
         const std::string path = privateFile("stdin");
         std::ofstream file(path, std::ios::binary);
-        file << readInput("-");
+        file << readInput("-", kStdinDrawing);
         if (!file.flush()) throw Failure(kUnwritable, path + ": cannot be written", path);
-        noteDrawingOnStdin();
         kept = path;
     }
     return kept;
