@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
 #include <thread>
 
 namespace mor::test {
@@ -26,6 +27,12 @@ TEST_F(Shell, SpeaksTheLanguageOfScriptsAndSavesOnCommit) {
     EXPECT_EQ(call("find D /**/*").out, "/cfg/user/x\n/cfg/z\n");
     EXPECT_EQ(call("shell D", "put /cfg/q 1\nexit -f\n").code, 0);
     EXPECT_EQ(call("cat D /cfg/q").code, 6);
+    const Outcome open = call("shell D", "put /cfg/q (1\n 2");
+    EXPECT_EQ(open.code, 2);
+    EXPECT_TRUE(holds(open.err, "the list that begins here is not closed"));
+    EXPECT_TRUE(holds(call("shell D", "put /cfg/q -\n").err, "stdin is where commands come from"));
+    EXPECT_TRUE(holds(call("shell -", bytes).err, "moradmin run - -c COMMANDS"));
+    EXPECT_TRUE(holds(call("shell D --json").err, "which use \\\"moradmin run\\\""));
 }
 
 /// A terminal that tmux keeps; `keys` are typed, `shown` waits until a text is on its screen.
@@ -59,6 +66,15 @@ protected:
         words.insert(words.end(), typed.begin(), typed.end());
         EXPECT_EQ(tmux(words).code, 0);
     }
+    /// Presses a key again and again until a text is on the screen.
+    void pressUntil(const std::string& key, const std::string& text) const {
+        for (int i = 0; i < 100; ++i) {
+            if (tmux({"capture-pane", "-p"}).out.find(text) != std::string::npos) return;
+            keys({key});
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        }
+        ADD_FAILURE() << "not \"" << text << "\" in\n" << tmux({"capture-pane", "-p"}).out;
+    }
     [[nodiscard]] bool shown(const std::string& text) const {
         for (int i = 0; i < 200; ++i) {
             if (tmux({"capture-pane", "-p"}).out.find(text) != std::string::npos) return true;
@@ -87,7 +103,16 @@ TEST_F(Terminal, EditsCompletesAndSurvivesCtrlC) {
     EXPECT_TRUE(shown("+ /cfg/n"));
     keys({"commit", "Enter"});
     EXPECT_TRUE(shown("commit\nd.dxf:/cfg>"));
-    keys({"exit", "Enter"});
+    // It blocks as long as nobody reads from the pipe.
+    ASSERT_EQ(::mkfifo(file("pipe.svg").c_str(), 0600), 0);
+    keys({"put n 7", "Enter", "draw -o pipe.svg", "Enter"});
+    EXPECT_TRUE(shown("draw -o pipe.svg"));
+    pressUntil("C-c", "draw -o pipe.svg\n^C\nd.dxf:/cfg*>");
+    keys({"C-l", "diff", "Enter"});
+    EXPECT_TRUE(shown("~ /cfg/n"));
+    keys({"C-d"});
+    EXPECT_TRUE(shown("unsaved\nd.dxf:/cfg*>"));
+    keys({"rollback", "Enter", "exit", "Enter"});
     EXPECT_TRUE(shown("exit\n$"));
     keys({"moradmin cat d.dxf /cfg/n", "Enter"});
     EXPECT_TRUE(shown("$ moradmin cat d.dxf /cfg/n\n(1 2)"));

@@ -87,6 +87,9 @@ std::string missing(const CLI::ParseError& error, const Command& command,
 std::string complaintOf(const CLI::ParseError& error, const Command& command,
                         const std::vector<std::string>& words) {
     const std::vector<OptionHelp> options = optionsOf(command);
+    if (command.name == "shell" && std::ranges::find(words, "--json") != words.end())
+        return "--json is for programs, which use \"moradmin run\"; commands typed in the shell "
+               "take it too, each by itself";
     if (const std::string word = unknownOption(options, words); !word.empty())
         return "\"" + word + "\" is no option of this command" + optionHint(options, word);
     const std::string text = withoutMarks(error.what());
