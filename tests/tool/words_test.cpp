@@ -65,6 +65,10 @@ TEST_F(Words, OfHelpNameTheArgumentsAndGiveAnExample) {
 }
 
 TEST_F(Words, ThatAreWrongAreToldAsJson) {
+    filledDrawing({{"/cfg/x", "1"}});
+    const auto note = nlohmann::json::parse(call("entities D --layer NONE --json").err);
+    EXPECT_EQ(note["drawing"], file("d.dxf"));
+    EXPECT_TRUE(holds(note["note"], "no entity lies on a layer that matches NONE"));
     for (const char* line : {"lst --json", "cat --json", "--json ls D --nope"}) {
         const Outcome outcome = call(line);
         EXPECT_EQ(outcome.code, 2);

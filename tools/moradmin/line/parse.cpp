@@ -39,7 +39,7 @@ ParsedLine withoutCommand(const std::vector<std::string>& words) {
     };
     line.options.json = holds("--json");
     if (holds("--version") || (!words.empty() && words.front() == "version")) {
-        printVersion();
+        printVersion(line.options);
         line.exitCode = kDone;
     } else if (holds("--help") || holds("-h")) {
         printOverview();
