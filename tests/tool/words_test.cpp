@@ -41,6 +41,14 @@ TEST_F(Words, ThatAreNearlyRightAreTold) {
         {"run D -c 'put /a/b 1; lst'", "line 1, command 2: \"lst\" is not a command"},
         {"run D -c 'put /a/b x'", "a script takes quotes away: '\"...\"', or --string"},
         {"df D /cgf", "did you mean \"/cfg\"?"},
+        {"tree D /cfg/scale", "/cfg/scale is a file, not a directory; \"moradmin cat\" prints"},
+        {"rmdir D /cfg/scale", "is a file, not a directory"},
+        {"cat D /cfg/scale/x", "/cfg/scale/x is not there; /cfg/scale is a file"},
+        {"put D /cfg/b 1 2", "a value is one word, in quotes: '(1 2 3)'"},
+        {"rm D -z /cfg/scale", "\"-z\" is no option of this command"},
+        {"new - -o -", "\"-o\" is no option of this command"},
+        {"new @d.dwg", "choose a name such as d.dxf"},
+        {"put D /cfg/b 1 -o @e.dwg", "the drawing is DXF and is not converted"},
         {"ls D -r --ext ''", "an ending is wanted"},
     });
 }

@@ -6,6 +6,7 @@
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/references/entity_record.h"
+#include "tools/moradmin/references/references.h"
 
 #include <regex.h>
 #include <set>
@@ -157,6 +158,7 @@ int runGrep(Session& session, const Options& options) {
         host::closeDocument(opened.value());
     }
     session.activate();
+    if (!isPrefixed()) tellMissing(session, options);
     return search.count() == 0 ? kNo : kDone;
 }
 

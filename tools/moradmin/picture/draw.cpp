@@ -5,6 +5,7 @@
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/picture/output_file.h"
 #include "tools/moradmin/references/entity_record.h"
+#include "tools/moradmin/references/references.h"
 
 #include <iostream>
 #include <string>
@@ -88,6 +89,7 @@ void tellLeftOut(const Session& session, const Options& options, Drawn& drawn) {
             tell("not drawn: " + std::to_string(count) + " " + why);
     for (const auto& [path, missing] : painter.missing())
         tell("missing reference, drawn as a box: " + path + " (" + missing.why + ")");
+    if (!painter.missing().empty()) tell(kWhereReferencesLie);
     if (!drawn.layout.model && options.picture.layout.empty())
         tell("model space is empty; the layout " + drawn.layout.name + " is drawn");
     for (const Layout& layout : drawn.layouts)
