@@ -105,9 +105,9 @@ TEST_F(Terminal, EditsCompletesAndSurvivesCtrlC) {
     EXPECT_TRUE(shown("commit\nd.dxf:/cfg>"));
     // It blocks as long as nobody reads from the pipe.
     ASSERT_EQ(::mkfifo(file("pipe.svg").c_str(), 0600), 0);
-    keys({"put n 7", "Enter", "draw -o pipe.svg", "Enter"});
+    keys({"put n 7", "Enter", "C-l", "draw -o pipe.svg", "Enter"});
     EXPECT_TRUE(shown("draw -o pipe.svg"));
-    pressUntil("C-c", "draw -o pipe.svg\n^C\nd.dxf:/cfg*>");
+    pressUntil("C-c", "\nd.dxf:/cfg*>");
     keys({"C-l", "diff", "Enter"});
     EXPECT_TRUE(shown("~ /cfg/n"));
     keys({"C-d"});
@@ -116,6 +116,14 @@ TEST_F(Terminal, EditsCompletesAndSurvivesCtrlC) {
     EXPECT_TRUE(shown("exit\n$"));
     keys({"moradmin cat d.dxf /cfg/n", "Enter"});
     EXPECT_TRUE(shown("$ moradmin cat d.dxf /cfg/n\n(1 2)"));
+}
+
+TEST_F(Terminal, SaysWhatTakesLongAndEndsIt) {
+    ASSERT_EQ(::mkfifo(file("pipe.svg").c_str(), 0600), 0);
+    keys({"moradmin draw d.dxf -o pipe.svg", "Enter"});
+    EXPECT_TRUE(shown("\ndraw d.dxf  2 s"));
+    keys({"C-c", "echo ended with $?", "Enter"});
+    EXPECT_TRUE(shown("\nended with 130"));
 }
 
 TEST_F(Terminal, OfBashCompletesCommandsDrawingsAndPaths) {

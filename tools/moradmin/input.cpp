@@ -2,6 +2,7 @@
 
 #include "host/host.h"
 #include "tools/moradmin/failure.h"
+#include "tools/moradmin/running/progress.h"
 
 #include <filesystem>
 #include <fstream>
@@ -42,7 +43,9 @@ void takeStdin(const std::string& use) {
 std::string readInput(const std::string& name, const std::string& use) {
     if (name == "-") {
         takeStdin(use);
+        Progress::pause();  // it is others who take their time now, perhaps to type
         static const std::string kept = readAll(std::cin, kStdin);  // a command may be run again
+        nowDoing("");
         return kept;
     }
     if (name.empty()) throw Failure(kUsage, "the name of a file is wanted, or - for stdin");

@@ -11,6 +11,7 @@
 #include "tools/moradmin/line/suggest.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/running/private_files.h"
+#include "tools/moradmin/running/progress.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -69,7 +70,9 @@ AcApDocument* opened(const std::string& file, host::Opening opening = host::Open
     const std::string real = drawingFile(file);
     if (std::filesystem::status(real, code).type() == std::filesystem::file_type::not_found)
         throw Failure(kUnreadable, file + ": there is no such file" + otherFileHint(file), file);
+    nowDoing("loading " + file);
     const auto document = host::openDocument(real, opening);
+    nowDoing("");
     if (!document) {
         host::Error error = document.error();
         if (error.file == real) error.file = file;
@@ -266,7 +269,9 @@ host::SaveReport Session::save(const Options& options) {
     how.backup = !options.noBackup || isUnacknowledgedDwg(options);
     how.dryRun = options.dryRun;
     refuseLostReadings();
+    nowDoing((options.dryRun ? "comparing " : "saving ") + m_file);
     auto saved = host::saveDocument(m_document, how);
+    nowDoing("");
     if (!saved) throw Failure(saved.error());
     if (!saved.value().warning.empty()) printNote(message(saved.value().warning));
     return std::move(saved.value());

@@ -9,6 +9,7 @@
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/running/apart.h"
 #include "tools/moradmin/running/guarded.h"
+#include "tools/moradmin/running/progress.h"
 #include "tools/moradmin/shell/editor.h"
 #include "tools/moradmin/store/paths.h"
 
@@ -101,9 +102,13 @@ private:
     /// Runs what changes nothing. On a terminal Ctrl-C ends it, and the shell goes on as it was.
     int apart(const std::function<int()>& run) {
         if (!m_terminal) return run();
-        return runApart(m_onInterrupt, [&] { return guarded(m_options, run); });
+        return runApart(m_onInterrupt, [&] {
+            const Ticking ticking("working on " + m_options.drawing, true);
+            return guarded(m_options, run);
+        });
     }
     void reopen() {
+        const Ticking ticking("loading " + m_options.drawing, m_terminal);
         auto fresh = std::make_unique<Session>(m_options.drawing);
         m_session = std::move(fresh);
         m_session->activate();  // the former one has left none behind
