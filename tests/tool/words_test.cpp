@@ -13,6 +13,30 @@ protected:
     void expectSaid(const std::vector<std::pair<std::string, std::string>>& rows) const {
         for (const auto& [line, said] : rows) EXPECT_TRUE(holds(call(line).err, said)) << line;
     }
+    /// Runs the example of a page in a folder with the sample drawings and what examples want.
+    [[nodiscard]] int codeOfExample(const std::string& page) const {
+        const std::filesystem::path place = folder() / "samples";
+        std::filesystem::remove_all(place);
+        std::filesystem::create_directories(place);
+        for (const char* name : {"floor_plan.dxf", "site_plan.dxf"})
+            std::filesystem::copy(std::filesystem::path(MORADMIN_SAMPLES) / name, place);
+        const std::string begin = "\nExample\n  ";
+        const std::size_t at = page.find(begin) + begin.size();
+        const std::string example = page.substr(at, page.find('\n', at) - at);
+        const std::string before =
+            "moradmin run floor_plan.dxf -c 'put /cfg/user/x 1; put /cfg/title 2; put /cfg/old/y 3;"
+            "mkdir /cfg/new' && moradmin dump floor_plan.dxf > store.json";
+        const bool import = example.starts_with("moradmin import");
+        const Outcome outcome = runProgram(
+            {"/bin/bash", "-c",
+             "cd " + place.string() +
+                 "; PATH=" + std::filesystem::path(MORADMIN_PROGRAM).parent_path().string() +
+                 ":$PATH; " + before + (import ? " && moradmin export floor_plan.dxf values" : "") +
+                 " || exit 99; " + example},
+            folder());
+        EXPECT_TRUE(outcome.code < 2) << example << ": " << outcome.err;
+        return outcome.code;
+    }
 };
 
 TEST_F(Words, ThatAreNearlyRightAreTold) {
@@ -66,6 +90,7 @@ TEST_F(Words, OfHelpNameTheArgumentsAndGiveAnExample) {
         EXPECT_TRUE(holds(page, "moradmin " + name)) << name;
         EXPECT_TRUE(holds(page, "\nExample\n  moradmin " + name)) << name;
         EXPECT_EQ(call(name + " --help").out, page);
+        EXPECT_EQ(codeOfExample(page), name == "diff" ? 1 : 0) << name;  // the stores differ
     }
     EXPECT_GT(commands, 25);
     EXPECT_TRUE(call("help cat").out.starts_with("moradmin cat DRAWING PATH...\n"));
