@@ -7,14 +7,13 @@
 #include "space/record_flags.h"
 #include "tools/moradmin/changes/own_records.h"
 #include "tools/moradmin/picture/geometry.h"
+#include "tools/moradmin/references/cells.h"
 #include "tools/moradmin/references/entity_record.h"
 #include "tools/moradmin/references/references.h"
 
 #include <algorithm>
-#include <cmath>
 #include <map>
 #include <optional>
-#include <utility>
 #include <vector>
 
 namespace mor::tool {
@@ -48,22 +47,12 @@ public:
         const mor::EntityName words = name;
         CMORAdsTransformation own;
         if (!own.loadFromEntity(words)) return;
-        const EntityRecord record(m_document, name);
-        const host::PlaneAxes axes = record.plane();
-        const auto [sine, cosine] = host::sineAndCosine(record.real(50));
-        const Point along = fromPlane(axes, {cosine, sine, 0.0});
-        const Point upwards = fromPlane(axes, {-sine, cosine, 0.0});
-        const auto [columns, rows] = cellsOf(record);
         m_open.push_back(key);
-        for (int row = 0; row < rows && m_count < kMost; ++row)
-            for (int column = 0; column < columns && m_count < kMost; ++column) {
-                const Point by = column * record.real(44) * along + row * record.real(45) * upwards;
-                CMORMathTransMatrix moved = owner;
-                const Point step = turned(owner, by);
-                for (std::size_t i = 0; i < 3; ++i) moved.rows[i][3] += step[i];
-                members(block, product(moved, own.matrix),
-                        (way.empty() ? "" : way + "/") + utf8(block));
-            }
+        const std::string inner = (way.empty() ? "" : way + "/") + utf8(block);
+        forEachCell(EntityRecord(m_document, name), owner, [&](const CMORMathTransMatrix& moved) {
+            members(block, product(moved, own.matrix), inner);
+            return m_count < kMost;
+        });
         m_open.pop_back();
     }
     [[nodiscard]] bool whole() const { return m_count < kMost; }
@@ -80,9 +69,7 @@ public:
                 count = std::min(count + 1 + countBelow(member, depth + 1), kMostCounted);
             known->second = count;
         }
-        const auto [columns, rows] = cellsOf(EntityRecord(m_document, name));
-        const std::size_t cells =
-            static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows);
+        const std::size_t cells = cellCount(EntityRecord(m_document, name));
         return std::min(known->second, kMostCounted / cells) * cells;
     }
 
@@ -90,9 +77,6 @@ private:
     static bool isOwn(const std::wstring& key) {
         const std::size_t bar = key.rfind(L'|');
         return isOwnBlock(bar == std::wstring::npos ? key : key.substr(bar + 1));
-    }
-    static std::pair<int, int> cellsOf(const EntityRecord& record) {
-        return {std::max(record.integer(70, 1), 1), std::max(record.integer(71, 1), 1)};
     }
     void members(const std::wstring& block, const CMORMathTransMatrix& placement,
                  const std::string& way) {
