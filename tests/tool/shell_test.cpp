@@ -134,7 +134,22 @@ TEST_F(Terminal, OfBashCompletesCommandsDrawingsAndPaths) {
     keys({"moradmin entities d.dxf --lay", "Tab", "MOR", "Tab"});
     EXPECT_TRUE(shown("--layer MOR_CONTROL_LAYER"));
     EXPECT_EQ(call("complete -- rm @d.dxf /cfg/s").out, "/cfg/scale\n");
-    EXPECT_EQ(call("complete -- put --dry").out, "--dry-run\n");
+    const std::pair<const char*, const char*> rows[] = {
+        {"put --dry", "--dry-run\n"},
+        {"--js", "--json\n"},
+        {"--json ca", "cat\n"},
+        {"-o x rmd", "rmdir\n"},
+        {"diff @d.dxf ", ":files\n"},
+        {"find @d.dxf --type d", "d\n"},
+        {"new x.dxf --release R201", "R2010\nR2013\nR2018\n"},
+        {"draw @d.dxf --layout Mo", "Model\n"},
+        {"xdata @d.dxf --app MOR", "MOR_ATTRIBUTES\n"}};
+    for (const auto& [line, out] : rows) {
+        std::vector<std::string> all = words(line);
+        all.insert(all.begin(), {"complete", "--"});
+        if (std::string_view(line).ends_with(' ')) all.emplace_back();
+        EXPECT_EQ(run(all).out, out) << line;
+    }
 }
 
 }  // namespace
