@@ -56,8 +56,10 @@ std::string otherFileHint(const std::string& file) {
 
 /// What of a damaged drawing cannot be read, and what else there is.
 std::string damageOf(const std::string& file, const host::Damage& damage) {
-    std::string text = file + (damage.line == 0 ? "" : ":" + std::to_string(damage.line)) +
-                       ": the drawing is damaged " + damagePlace(damage);
+    std::string text =
+        file + (damage.line == 0 ? "" : ":" + std::to_string(damage.line)) +
+        ": the drawing is damaged " + damagePlace(damage) +
+        (damage.places != 0 ? "; all else is read" : "; what stands before that is read");
     std::error_code code;
     if (std::filesystem::exists(file + ".bak", code))
         text += "; " + file + ".bak is what was there before its last save";
@@ -84,9 +86,7 @@ AcApDocument* opened(const std::string& file, host::Opening opening = host::Open
     }
     if (const auto damage = host::documentInfo(document.value()).damage) {
         s_sawDamage = true;
-        printNote(damageOf(file, *damage) + (damage->places != 0
-                                                 ? "; all else is read"
-                                                 : "; what stands before that is read"));
+        printNote(damageOf(file, *damage));
     }
     return document.value();
 }

@@ -130,7 +130,7 @@ private:
             object["space"] = hit.space;
             object["handle"] = textOrNull(hit.handle);
             object["what"] = hit.what;
-            object["text"] = hit.text;
+            object["text"] = textOrNull(hit.text);
             printJson(object);
             return;
         }
