@@ -1,7 +1,6 @@
 # What `cmake --install` and `cpack` give: the tool, and the libraries with their headers as a package
 # that find_package(moradmin) finds: moradmin::mor, and in front of which program it stands
 # moradmin::host.
-include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 set(config_folder ${CMAKE_INSTALL_LIBDIR}/cmake/moradmin)
@@ -28,6 +27,8 @@ install(FILES ${PROJECT_BINARY_DIR}/moradminConfig.cmake
         DESTINATION ${config_folder} COMPONENT development)
 
 install(TARGETS moradmin RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tool)
+install(TARGETS moradmin_paint moradmin_editor LIBRARY DESTINATION ${MORADMIN_MODULES}
+        COMPONENT tool)
 install(FILES README.md docs/damage.md docs/json.md docs/dump.schema.json docs/tour.md
         DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT tool)
 
@@ -53,6 +54,6 @@ if(DPKG_SHLIBDEPS)
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 else()
   string(APPEND CPACK_DEBIAN_PACKAGE_DEPENDS
-         ", libc6, libstdc++6, libcairo2, libfreetype6, libfontconfig1")
+         ", libc6, libstdc++6, libcairo2, libfreetype6, libfontconfig1, libedit2")
 endif()
 include(CPack)

@@ -78,7 +78,7 @@ void forEachRecord(const AcApDocument* document,
 [[nodiscard]] std::vector<RecordGroup> recordGroups(const AcApDocument* document,
                                                     mor::EntityName name);
 /// Whether a record may have extended data of any application: false only when it has none. A
-/// quick look, that decodes nothing.
+/// quick look: nothing is read.
 [[nodiscard]] bool mayHaveExtendedData(const AcApDocument* document, mor::EntityName name);
 /// The bytes of a record whose own data no groups tell; empty for all others. For telling whether
 /// it changed.

@@ -127,8 +127,6 @@ public:
     [[nodiscard]] virtual std::uint16_t layerNumberOf(RecordNumber number) const = 0;
     /// Whether a list of named attributes of the record may hold handles; a quick look.
     [[nodiscard]] virtual bool mayHoldHandles(RecordNumber number) const = 0;
-    /// Whether the record may have extended data of any application; a quick look.
-    [[nodiscard]] virtual bool mayHoldExtendedData(RecordNumber /*number*/) const { return true; }
     /// The bits of a record of which no groups are made; empty where groups are all there is.
     [[nodiscard]] virtual std::string undecoded(RecordNumber /*number*/) const { return {}; }
     /// Why the record could not be written anew as it is; empty when it could.

@@ -87,9 +87,9 @@ public:
         const auto edit = m_edits.find(number);
         return edit != m_edits.end() && edit->second.attributes != nullptr;
     }
-    /// Whether it may have extended data; a quick look at records that nobody changed.
+    /// Whether it may have extended data; nothing is read.
     [[nodiscard]] bool mayHaveExtendedData(RecordNumber number) const {
-        return isMade(number) || m_edits.contains(number) || m_codec->mayHoldExtendedData(number);
+        return entry(number).has(kExtended) || isMade(number) || m_edits.contains(number);
     }
     [[nodiscard]] const Names& names() const { return m_names; }
 

@@ -26,7 +26,8 @@ enum RecordFlag : std::uint16_t {
     kMovedOut = 32,     ///< left its container for another one
     kNoHandles = 64,    ///< of a kind that carries no handle
     kAttributed = 128,  ///< holds named attributes, as loaded
-    kOpaque = 256       ///< its own data are not read, only what all records have
+    kOpaque = 256,      ///< its own data are not read, only what all records have
+    kExtended = 512     ///< has extended data of any application, as loaded
 };
 
 /// What is kept of each record; where it lies is known to the codec.

@@ -66,7 +66,14 @@ private:
 };
 
 /// What is noted of each object before it has its number.
-enum Noted : std::uint8_t { kEntity = 1, kDamaged = 2, kOwning = 4, kUnread = 8, kOurs = 16 };
+enum Noted : std::uint8_t {
+    kEntity = 1,
+    kDamaged = 2,
+    kOwning = 4,
+    kUnread = 8,
+    kOurs = 16,
+    kExtending = 32
+};
 
 std::string Indexer::run() {
     readFrames();
@@ -129,9 +136,10 @@ void Indexer::readFrames() {
             flags |= kOwning;
         const TypeFacts& facts = factsOf(frame);
         if (!facts.decoded) flags |= kUnread;
-        if (wrong == nullptr && frame.extendedEnd - frame.extendedBegin > 2 &&
-            hasExtendedData(m_file, frame, kAttributeApplication))
-            flags |= kOurs;
+        if (wrong == nullptr && frame.extendedEnd - frame.extendedBegin > 2) {
+            flags |= kExtending;
+            if (hasExtendedData(m_file, frame, kAttributeApplication)) flags |= kOurs;
+        }
         m_types[i] = facts.number;
         m_flags[i] = flags;
         first = std::min(first, entries[i].place);
@@ -182,6 +190,7 @@ RecordNumber Indexer::add(std::uint64_t handle, ContainerNumber container, std::
     entry.flags = flags;
     if ((m_flags[at] & kUnread) != 0) entry.flags |= kOpaque;
     if ((m_flags[at] & kOurs) != 0) entry.flags |= kAttributed;
+    if ((m_flags[at] & kExtending) != 0) entry.flags |= kExtended;
     m_skeleton.records.push_back(entry);
     m_index.objects.push_back(static_cast<std::uint32_t>(at));
     const RecordNumber number = m_skeleton.lastRecord();

@@ -12,7 +12,6 @@ namespace mor::host {
 namespace {
 
 constexpr std::uint64_t kWindowBytes = std::uint64_t{256} * 1024;
-constexpr std::uint64_t kFirstWindow = std::uint64_t{4} * 1024;
 /// A reader that skips no more records than this goes on with a walk.
 constexpr RecordNumber kWalkStep = 8;
 
@@ -79,10 +78,6 @@ std::optional<Group> DxfCodec::find(RecordNumber number, int code) const {
 
 bool DxfCodec::mayHoldHandles(RecordNumber number) const {
     return !m_index.form.isText() || bytesOf(number).find("1005") != std::string_view::npos;
-}
-
-bool DxfCodec::mayHoldExtendedData(RecordNumber number) const {
-    return !m_index.form.isText() || bytesOf(number).find("1001") != std::string_view::npos;
 }
 
 std::string DxfCodec::oddityOf(RecordNumber number) const {

@@ -30,13 +30,14 @@ public:
         return m_index.layers[number];
     }
     [[nodiscard]] bool mayHoldHandles(RecordNumber number) const override;
-    [[nodiscard]] bool mayHoldExtendedData(RecordNumber number) const override;
     [[nodiscard]] std::string oddityOf(RecordNumber number) const override;
     [[nodiscard]] std::string salvaged() const override;
     [[nodiscard]] SavePlan plan(const EditSet& edits) const override;
     [[nodiscard]] std::string compare(const SavePlan& plan, const Source& written) const override;
 
 private:
+    static constexpr std::uint64_t kFirstWindow = std::uint64_t{4} * 1024;
+
     /// Valid until another record is read.
     [[nodiscard]] std::string_view bytesOf(RecordNumber number) const;
 
@@ -44,7 +45,7 @@ private:
     std::vector<std::string> m_open;
     mutable std::string m_window;  ///< the record read last, and what a walk has read ahead
     mutable std::uint64_t m_windowAt = 0;
-    mutable std::uint64_t m_ahead = 0;  ///< bytes that it has read ahead last
+    mutable std::uint64_t m_ahead = kFirstWindow;  ///< bytes that it has read ahead last
     mutable RecordNumber m_lastRead = 0;
     mutable GroupList m_found;  ///< texts of the group found last
 };

@@ -98,7 +98,7 @@ void Structure::endEntity() {
     RecordEntry& entry = m_skeleton.records.back();
     entry.handle = m_noted.handle;
     entry.container = spaceOf(m_noted);
-    if (m_noted.attributed) entry.flags |= kAttributed;
+    entry.flags |= flagsOf(m_noted);
     m_index.layers.back() = m_noted.layer;
     m_skeleton.highestHandle = std::max(m_skeleton.highestHandle, entry.handle);
     if (m_noted.owner != 0) m_skeleton.sawOwners = true;
@@ -229,7 +229,7 @@ Structure::Wrong Structure::endRecord() {
     RecordEntry& entry = m_skeleton.records[number];
     entry.handle = m_noted.handle;
     m_index.layers[number] = m_noted.layer;
-    if (m_noted.attributed) entry.flags |= kAttributed;
+    entry.flags |= flagsOf(m_noted);
     m_skeleton.highestHandle = std::max(m_skeleton.highestHandle, entry.handle);
     noteForm(entry.type);
     const Known kind = known(entry.type);

@@ -91,6 +91,10 @@ private:
     [[nodiscard]] Known known(std::uint16_t type) const {
         return type < m_known.size() ? m_known[type] : Known::None;
     }
+    [[nodiscard]] static std::uint16_t flagsOf(const Noted& noted) {
+        return static_cast<std::uint16_t>((noted.attributed ? kAttributed : 0) |
+                                          (noted.extended ? kExtended : 0));
+    }
     Wrong endRecord();
     [[nodiscard]] bool isContainerEdge(Known kind) const;
     Wrong endEdge(RecordNumber number, Known kind);

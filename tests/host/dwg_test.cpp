@@ -234,6 +234,10 @@ TEST_F(DwgCorpus, EverySumAndEveryBitOfWhatIsDecodedIsRight) {
         host::forEachRecord(document(), [&](const host::RecordInfo& info) {
             EXPECT_NE(info.handle, 0u) << drawing;
             if (!info.opaque) ++types[info.type];
+            const auto groups = host::recordGroups(document(), info.name);
+            EXPECT_EQ(std::ranges::count(groups, 1001, &host::RecordGroup::code) > 0,
+                      host::mayHaveExtendedData(document(), info.name))
+                << drawing << " " << info.handle;
         });
     }
     for (const char* type : {"LINE", "INSERT", "ATTRIB", "DIMENSION", "HATCH", "SPLINE", "LAYOUT",

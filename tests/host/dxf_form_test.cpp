@@ -30,8 +30,13 @@ protected:
                    record.container + " " + std::to_string(static_cast<int>(record.place));
             for (const auto& item : host::recordAttributes(document(), record.name).items)
                 all += " " + host::toUtf8(item.name) + "=" + host::lispText(item.value);
-            for (const host::RecordGroup& group : host::recordGroups(document(), record.name))
+            bool extended = false;
+            for (const host::RecordGroup& group : host::recordGroups(document(), record.name)) {
                 if (group.code < 10 || group.code == 70) all += "|" + group.value;
+                extended |= group.code == 1001;
+            }
+            EXPECT_LE(extended, host::mayHaveExtendedData(document(), record.name)) << all;
+            all += host::mayHaveExtendedData(document(), record.name) ? " x" : "";
         });
         return all;
     }

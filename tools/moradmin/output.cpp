@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <iostream>
+#include <optional>
 #include <unistd.h>
 #include <utility>
 
@@ -64,6 +65,7 @@ Json closeList(OpenList list) {
 
 Json s_noteHead;  ///< what notes begin with as JSON; null where they are text
 bool s_prefixed = false;
+std::optional<bool> s_terminal;
 bool s_headings = false;     ///< wanted before the next table
 bool s_headingLine = false;  ///< is being printed
 
@@ -187,7 +189,12 @@ std::string pointText(const std::array<double, 3>& point) {
     return text;
 }
 
-bool onTerminal() { return !s_prefixed && ::isatty(STDOUT_FILENO) == 1; }
+bool onTerminal() {
+    if (!s_terminal) s_terminal = ::isatty(STDOUT_FILENO) == 1;
+    return !s_prefixed && *s_terminal;
+}
+
+void lookAtOutputAgain() { s_terminal.reset(); }
 
 bool onDumbTerminal() {
     const char* terminal = std::getenv("TERM");

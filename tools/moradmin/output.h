@@ -61,6 +61,8 @@ void addValue(Json& object, const CMORAdsLispVar& value);
 
 /// Whether stdout is a terminal: columns and headings there, plain lines elsewhere.
 [[nodiscard]] bool onTerminal();
+/// To be called when stdout has become another file: what it is is asked once, not for every row.
+void lookAtOutputAgain();
 /// Whether the terminal knows no escapes.
 [[nodiscard]] bool onDumbTerminal();
 /// A directory's name in its colour, where colour is wanted.

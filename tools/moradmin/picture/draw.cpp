@@ -4,6 +4,7 @@
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/picture/output_file.h"
+#include "tools/moradmin/picture/paint_library.h"
 #include "tools/moradmin/references/entity_record.h"
 #include "tools/moradmin/references/references.h"
 
@@ -21,9 +22,9 @@ void write(std::ostream& out, Drawn& drawn) {
         case Form::Svg:
             return writeSvg(out, scene, drawn.painter.fonts(), drawn.canvas);
         case Form::Png:
-            return writePng(out, scene, drawn.painter.fonts(), drawn.canvas);
+            return paintLibrary().png(out, scene, drawn.painter.fonts(), drawn.canvas);
         case Form::Pdf:
-            return writePdf(out, scene, drawn.painter.fonts(), drawn.canvas);
+            return paintLibrary().pdf(out, scene, drawn.painter.fonts(), drawn.canvas);
     }
 }
 

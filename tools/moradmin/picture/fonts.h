@@ -2,19 +2,12 @@
 
 #include <cstdint>
 #include <map>
-#include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 struct FT_FaceRec_;
-struct FT_LibraryRec_;
 
 namespace mor::tool {
-
-/// UTF-8 as characters; what is no UTF-8 as U+FFFD.
-[[nodiscard]] std::u32string characters(std::string_view text);
-[[nodiscard]] std::string utf8Of(std::u32string_view text);
 
 /// What a text asks for.
 struct FontWish {
@@ -29,22 +22,22 @@ struct FontWish {
 /// The fonts of this machine that stand for those of drawings, and how wide their letters are.
 class Fonts {
 public:
-    Fonts();
-    ~Fonts();
+    Fonts() = default;
+    virtual ~Fonts() = default;
     Fonts(const Fonts&) = delete;
     Fonts& operator=(const Fonts&) = delete;
 
     /// Never fails: where no font is found, letters of a usual width are taken.
-    [[nodiscard]] std::uint32_t find(const FontWish& wish);
+    [[nodiscard]] virtual std::uint32_t find(const FontWish& wish) = 0;
 
     /// For a size of 1.
-    [[nodiscard]] double width(std::uint32_t font, std::string_view text);
-    [[nodiscard]] double capitalHeight(std::uint32_t font) const;
-    [[nodiscard]] double descent(std::uint32_t font) const;
+    [[nodiscard]] virtual double width(std::uint32_t font, std::string_view text) = 0;
+    [[nodiscard]] virtual double capitalHeight(std::uint32_t font) const = 0;
+    [[nodiscard]] virtual double descent(std::uint32_t font) const = 0;
     /// For a style sheet: the font, others of its kind, and the generic one.
-    [[nodiscard]] const std::string& families(std::uint32_t font) const;
-    [[nodiscard]] bool isBold(std::uint32_t font) const;
-    [[nodiscard]] bool isItalic(std::uint32_t font) const;
+    [[nodiscard]] virtual const std::string& families(std::uint32_t font) const = 0;
+    [[nodiscard]] virtual bool isBold(std::uint32_t font) const = 0;
+    [[nodiscard]] virtual bool isItalic(std::uint32_t font) const = 0;
 
     /// A letter as a face of the system has it; null face where none has it.
     struct Letter {
@@ -52,24 +45,10 @@ public:
         unsigned glyph = 0;
         double advance = 0.0;  ///< for a size of 1
     };
-    [[nodiscard]] Letter letter(std::uint32_t font, char32_t character);
+    [[nodiscard]] virtual Letter letter(std::uint32_t font, char32_t character) = 0;
 
     /// Which font stands for which name, for those who want to know.
-    [[nodiscard]] const std::map<std::string, std::string>& substitutes() const {
-        return m_substitutes;
-    }
-
-private:
-    struct Face;
-    [[nodiscard]] Face* load(const std::string& family, bool bold, bool italic, char32_t needed);
-    [[nodiscard]] Face* fallback(const Face& face, char32_t character);
-
-    FT_LibraryRec_* m_library = nullptr;
-    std::vector<std::unique_ptr<Face>> m_loaded;  ///< of the machine
-    std::vector<std::unique_ptr<Face>> m_faces;   ///< as wished, each with loaded ones
-    std::map<FontWish, std::uint32_t> m_known;
-    std::map<std::string, Face*> m_byFile;
-    std::map<std::string, std::string> m_substitutes;
+    [[nodiscard]] virtual const std::map<std::string, std::string>& substitutes() const = 0;
 };
 
 }  // namespace mor::tool

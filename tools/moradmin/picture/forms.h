@@ -20,10 +20,6 @@ struct Canvas {
 
 /// The picture with every element's handle, layer, type and reference.
 void writeSvg(std::ostream& out, const Scene& scene, const Fonts& fonts, const Canvas& canvas);
-/// Throw Failure when there is no memory for it.
-void writePng(std::ostream& out, const Scene& scene, Fonts& fonts, const Canvas& canvas);
-/// One page, as large as the area is on paper.
-void writePdf(std::ostream& out, const Scene& scene, Fonts& fonts, const Canvas& canvas);
 
 /// How wide a line is drawn, in units of the scene.
 [[nodiscard]] double lineWidth(const Style& style, const Canvas& canvas);

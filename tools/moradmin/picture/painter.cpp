@@ -5,6 +5,7 @@
 #include "platform/runtime.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/picture/drawers.h"
+#include "tools/moradmin/picture/paint_library.h"
 #include "tools/moradmin/references/references.h"
 #include "xref/space_iterator.h"
 
@@ -133,10 +134,11 @@ Painter::Painter(Session& session, const Palette& palette, Choice choice)
       m_prefix(session.reference().empty() ? "" : utf8(session.reference()) + "|"),
       m_top(utf8(session.reference())),
       m_scene(shiftOf(session, m_choice)),
+      m_fonts(paintLibrary().fonts()),
       m_looks(session.document()),
       m_desk{session.document(),
              m_scene,
-             m_fonts,
+             *m_fonts,
              m_looks,
              palette,
              host::documentInfo(session.document()).settings,

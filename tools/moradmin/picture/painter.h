@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -31,7 +32,7 @@ public:
     void paint();
     [[nodiscard]] const Scene& scene() const { return m_scene; }
     [[nodiscard]] Scene& scene() { return m_scene; }
-    [[nodiscard]] Fonts& fonts() { return m_fonts; }
+    [[nodiscard]] Fonts& fonts() { return *m_fonts; }
     /// What was not drawn and why, and how often.
     [[nodiscard]] const std::map<std::string, std::size_t>& leftOut() const { return m_leftOut; }
     /// What of it is hidden in the drawing itself.
@@ -115,7 +116,7 @@ private:
     std::string m_prefix;  ///< of layer names within the reference that is looked through
     std::string m_top;     ///< the reference that is looked through
     Scene m_scene;
-    Fonts m_fonts;
+    std::unique_ptr<Fonts> m_fonts;
     Looks m_looks;
     Desk m_desk;
     const Origin* m_origin = nullptr;        ///< of the entity that is drawn, and where it stands

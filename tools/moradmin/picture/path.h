@@ -2,6 +2,7 @@
 
 #include "tools/moradmin/picture/geometry.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -27,6 +28,12 @@ struct Extent {
     [[nodiscard]] double width() const { return right - left; }
     [[nodiscard]] double height() const { return top - bottom; }
 };
+
+/// The longer side of an extent; 1 where it has none.
+[[nodiscard]] inline double longerSide(const Extent& extent) {
+    const double side = std::max(extent.width(), extent.height());
+    return side > 0.0 ? side : 1.0;
+}
 
 /// A circle or ellipse in space: the point at angle t is centre + cos(t) * u + sin(t) * v.
 struct Curve {

@@ -1,3 +1,4 @@
+#include "tools/moradmin/picture/characters.h"
 #include "tools/moradmin/picture/drawers.h"
 
 #include <algorithm>

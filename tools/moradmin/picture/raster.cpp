@@ -1,6 +1,7 @@
 #include "tools/moradmin/failure.h"
+#include "tools/moradmin/picture/characters.h"
 #include "tools/moradmin/picture/colours.h"
-#include "tools/moradmin/picture/forms.h"
+#include "tools/moradmin/picture/paint_library.h"
 
 #include <algorithm>
 #include <cairo-ft.h>
@@ -230,8 +231,6 @@ void refuseFailed(cairo_surface_t* surface) {
                                        cairo_status_to_string(status));
 }
 
-}  // namespace
-
 void writePng(std::ostream& out, const Scene& scene, Fonts& fonts, const Canvas& canvas) {
     const double scale = canvas.pixels / longerSide(canvas.area);
     const auto pixels = [scale](double length) {
@@ -257,4 +256,12 @@ void writePdf(std::ostream& out, const Scene& scene, Fonts& fonts, const Canvas&
     refuseFailed(surface.get());
 }
 
+}  // namespace
+
 }  // namespace mor::tool
+
+extern "C" const mor::tool::PaintLibrary* moradminPaintLibrary() {
+    static const mor::tool::PaintLibrary library{mor::tool::machineFonts, mor::tool::writePng,
+                                                 mor::tool::writePdf};
+    return &library;
+}

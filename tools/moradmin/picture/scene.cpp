@@ -25,11 +25,6 @@ std::size_t escapedBytes(const std::string& text) { return xmlText(text).size();
 
 }  // namespace
 
-double longerSide(const Extent& extent) {
-    const double side = std::max(extent.width(), extent.height());
-    return side > 0.0 ? side : 1.0;
-}
-
 Scene::Scene(const Point& shift) : m_shift(shift), m_owners(1), m_dashes(1) {
     m_owners.front() = {"", kept(""), kept(""), kept("")};
 }

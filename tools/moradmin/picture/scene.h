@@ -187,7 +187,4 @@ private:
     std::size_t m_ownerBytes = 0;
 };
 
-/// The longer side of an extent; 1 where it has none.
-[[nodiscard]] double longerSide(const Extent& extent);
-
 }  // namespace mor::tool

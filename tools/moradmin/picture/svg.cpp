@@ -13,9 +13,7 @@ namespace mor::tool {
 
 namespace {
 
-constexpr double kRounding = 1e-6;              ///< of a pixel
-constexpr double kShortestDash = 1.0 / 1500.0;  ///< a pattern, of the longer side
-
+constexpr double kRounding = 1e-6;
 std::string attribute(std::string_view name, std::string_view value) {
     return " " + std::string(name) + "=\"" + xmlText(value) + "\"";
 }
@@ -224,22 +222,6 @@ std::string numberText(double value) {
         std::to_chars(buffer.data(), buffer.data() + buffer.size(), value == 0.0 ? 0.0 : value);
     static_cast<void>(error);  // the buffer is large enough for every double
     return {buffer.data(), end};
-}
-
-double lineWidth(const Style& style, const Canvas& canvas) {
-    // Lines of no weight are as thin as they can be drawn.
-    constexpr float kThinnest = 0.09F;
-    const double thin = static_cast<double>(std::max(style.weight, kThinnest));
-    return std::max(static_cast<double>(style.width), thin * canvas.unitsPerMillimetre);
-}
-
-const std::vector<float>* shownDashes(const Scene& scene, const Style& style,
-                                      const Canvas& canvas) {
-    if (style.dash == 0) return nullptr;
-    const std::vector<float>& dashes = scene.dashOf(style);
-    double whole = 0.0;
-    for (const float length : dashes) whole += static_cast<double>(length);
-    return whole < kShortestDash * longerSide(canvas.area) ? nullptr : &dashes;
 }
 
 void writeSvg(std::ostream& out, const Scene& scene, const Fonts& fonts, const Canvas& canvas) {

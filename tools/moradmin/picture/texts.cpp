@@ -1,4 +1,5 @@
 #include "tools/moradmin/output.h"
+#include "tools/moradmin/picture/characters.h"
 #include "tools/moradmin/picture/drawers.h"
 
 #include <algorithm>

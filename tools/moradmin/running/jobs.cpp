@@ -53,6 +53,7 @@ Job begin(std::size_t number, const std::function<int(std::size_t)>& visit) {
     for (volatile pid_t& running : s_running) running = 0;  // they are not this one's
     ::dup2(job.out, STDOUT_FILENO);
     ::dup2(job.err, STDERR_FILENO);
+    lookAtOutputAgain();
     const int code = visit(number);
     std::cout.flush();
     std::cerr.flush();

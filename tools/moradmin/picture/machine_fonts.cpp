@@ -1,15 +1,16 @@
-#include "tools/moradmin/picture/fonts.h"
-
-#include "platform/pattern.h"
-#include "tools/moradmin/output.h"
+#include "tools/moradmin/picture/characters.h"
+#include "tools/moradmin/picture/paint_library.h"
 
 #include <algorithm>
 #include <array>
 #include <cctype>
 #include <fontconfig/fontconfig.h>
 #include <ft2build.h>
+#include <map>
+#include <memory>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 #include FT_FREETYPE_H
 #include FT_ADVANCES_H
 #include FT_TRUETYPE_TABLES_H
@@ -22,7 +23,6 @@ namespace {
 constexpr double kUsualAdvance = 0.6;
 constexpr double kUsualCapital = 0.72;
 constexpr double kUsualDescent = 0.21;
-constexpr char32_t kReplacement = 0xFFFD;
 
 enum class Kind { Sans, Serif, Mono, Stick };
 
@@ -73,57 +73,67 @@ Kind kindOf(const FontWish& wish) {
     return trueType || !wish.family.empty() ? Kind::Sans : Kind::Stick;
 }
 
-}  // namespace
+class MachineFonts : public Fonts {
+public:
+    MachineFonts();
+    ~MachineFonts() override;
+    MachineFonts(const MachineFonts&) = delete;
+    MachineFonts& operator=(const MachineFonts&) = delete;
 
-std::u32string characters(std::string_view text) {
-    std::u32string all;
-    for (std::size_t i = 0; i < text.size();) {
-        const auto lead = static_cast<unsigned char>(text[i]);
-        const std::size_t length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-        if (lead >= 0x80 && (lead < 0xC0 || i + length > text.size())) {
-            all += kReplacement;
-            ++i;
-            continue;
-        }
-        char32_t c = length == 1 ? lead : lead & (0x7FU >> length);
-        for (std::size_t k = 1; k < length; ++k)
-            c = (c << 6U) | (static_cast<unsigned char>(text[i + k]) & 0x3FU);
-        all += c;
-        i += length;
+    [[nodiscard]] std::uint32_t find(const FontWish& wish) override;
+    [[nodiscard]] double width(std::uint32_t font, std::string_view text) override;
+    [[nodiscard]] double capitalHeight(std::uint32_t font) const override {
+        return m_faces[font]->capital;
     }
-    return all;
-}
+    [[nodiscard]] double descent(std::uint32_t font) const override {
+        return m_faces[font]->descent;
+    }
+    [[nodiscard]] const std::string& families(std::uint32_t font) const override {
+        return m_faces[font]->families;
+    }
+    [[nodiscard]] bool isBold(std::uint32_t font) const override { return m_faces[font]->bold; }
+    [[nodiscard]] bool isItalic(std::uint32_t font) const override { return m_faces[font]->italic; }
+    [[nodiscard]] Letter letter(std::uint32_t font, char32_t character) override;
+    [[nodiscard]] const std::map<std::string, std::string>& substitutes() const override {
+        return m_substitutes;
+    }
 
-std::string utf8Of(std::u32string_view text) {
-    std::wstring wide;
-    for (const char32_t c : text) wide += static_cast<wchar_t>(c);
-    return utf8(wide);
-}
+private:
+    struct Face {
+        FT_Face face = nullptr;
+        std::string families;
+        bool bold = false;
+        bool italic = false;
+        double capital = kUsualCapital;
+        double descent = kUsualDescent;
+        std::unordered_map<char32_t, Letter> letters;
+        std::vector<Face*> others;  ///< that have letters which this one lacks
+    };
+    [[nodiscard]] Face* load(const std::string& family, bool bold, bool italic, char32_t needed);
+    [[nodiscard]] Face* fallback(const Face& face, char32_t character);
 
-struct Fonts::Face {
-    FT_Face face = nullptr;
-    std::string families;
-    bool bold = false;
-    bool italic = false;
-    double capital = kUsualCapital;
-    double descent = kUsualDescent;
-    std::unordered_map<char32_t, Letter> letters;
-    std::vector<Face*> others;  ///< that have letters which this one lacks
+    FT_Library m_library = nullptr;
+    std::vector<std::unique_ptr<Face>> m_loaded;  ///< of the machine
+    std::vector<std::unique_ptr<Face>> m_faces;   ///< as wished, each with loaded ones
+    std::map<FontWish, std::uint32_t> m_known;
+    std::map<std::string, Face*> m_byFile;
+    std::map<std::string, std::string> m_substitutes;
 };
 
-Fonts::Fonts() {
+MachineFonts::MachineFonts() {
     if (FT_Init_FreeType(&m_library) != 0) m_library = nullptr;
     static_cast<void>(find({}));  // number 0
 }
 
-Fonts::~Fonts() {
+MachineFonts::~MachineFonts() {
     for (const auto& face : m_loaded)
         if (face->face != nullptr) FT_Done_Face(face->face);
     if (m_library != nullptr) FT_Done_FreeType(m_library);
     FcFini();  // what it has read of the machine's fonts
 }
 
-Fonts::Face* Fonts::load(const std::string& family, bool bold, bool italic, char32_t needed) {
+MachineFonts::Face* MachineFonts::load(const std::string& family, bool bold, bool italic,
+                                       char32_t needed) {
     FcPattern* pattern = FcPatternCreate();
     FcPatternAddString(pattern, FC_FAMILY, reinterpret_cast<const FcChar8*>(family.c_str()));
     FcPatternAddInteger(pattern, FC_WEIGHT, bold ? FC_WEIGHT_BOLD : FC_WEIGHT_REGULAR);
@@ -168,7 +178,7 @@ Fonts::Face* Fonts::load(const std::string& family, bool bold, bool italic, char
     return m_loaded.back().get();
 }
 
-std::uint32_t Fonts::find(const FontWish& wish) {
+std::uint32_t MachineFonts::find(const FontWish& wish) {
     const auto [known, added] = m_known.try_emplace(wish, 0);
     if (!added) return known->second;
     const Stock& stock = stockOf(kindOf(wish));
@@ -191,7 +201,7 @@ std::uint32_t Fonts::find(const FontWish& wish) {
     return known->second;
 }
 
-Fonts::Face* Fonts::fallback(const Face& face, char32_t character) {
+MachineFonts::Face* MachineFonts::fallback(const Face& face, char32_t character) {
     for (Face* other : face.others)
         if (other->face != nullptr && FT_Get_Char_Index(other->face, character) != 0) return other;
     Face* found = load("DejaVu Sans", face.bold, face.italic, character);
@@ -199,7 +209,7 @@ Fonts::Face* Fonts::fallback(const Face& face, char32_t character) {
     return face.others.front();
 }
 
-Fonts::Letter Fonts::letter(std::uint32_t font, char32_t character) {
+Fonts::Letter MachineFonts::letter(std::uint32_t font, char32_t character) {
     Face& face = *m_faces[font];
     const auto [known, added] = face.letters.try_emplace(character);
     Letter& letter = known->second;
@@ -216,16 +226,14 @@ Fonts::Letter Fonts::letter(std::uint32_t font, char32_t character) {
     return letter;
 }
 
-double Fonts::width(std::uint32_t font, std::string_view text) {
+double MachineFonts::width(std::uint32_t font, std::string_view text) {
     double width = 0.0;
     for (const char32_t c : characters(text)) width += letter(font, c).advance;
     return width;
 }
 
-double Fonts::capitalHeight(std::uint32_t font) const { return m_faces[font]->capital; }
-double Fonts::descent(std::uint32_t font) const { return m_faces[font]->descent; }
-const std::string& Fonts::families(std::uint32_t font) const { return m_faces[font]->families; }
-bool Fonts::isBold(std::uint32_t font) const { return m_faces[font]->bold; }
-bool Fonts::isItalic(std::uint32_t font) const { return m_faces[font]->italic; }
+}  // namespace
+
+std::unique_ptr<Fonts> machineFonts() { return std::make_unique<MachineFonts>(); }
 
 }  // namespace mor::tool
