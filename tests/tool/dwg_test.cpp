@@ -192,6 +192,32 @@ TEST_F(DwgTool, KeepsAStoreInEveryDrawingThatIsWritten) {
     EXPECT_GT(written, 30u);
 }
 
+TEST_F(DwgTool, ShowsOfItsHeaderWhatItsDxfTwinHas) {
+    const char* corpus = std::getenv("MORADMIN_CORPUS_DWG");
+    if (corpus == nullptr) GTEST_SKIP() << "MORADMIN_CORPUS_DWG names no folder of drawings";
+    const auto header = [&](const std::string& drawing, const std::string& name) {
+        const Outcome told = run({"header", drawing, name, "--json"});
+        return told.code == 0 ? nlohmann::json::parse(told.out)["variables"].dump() : told.err;
+    };
+    int twins = 0;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(corpus)) {
+        const std::string dwg = entry.path().string();
+        if (entry.path().extension() != ".dwg") continue;
+        const std::string stem = dwg.substr(0, dwg.size() - 4);
+        for (const std::string ending : {".dxf", "_binary.dxf"}) {
+            if (!std::filesystem::exists(stem + ending)) continue;
+            for (const char* name : {"$LIMM*", "$INSUNITS", "$LTSCALE", "$PDMODE", "$PDSIZE"})
+                EXPECT_EQ(header(dwg, name), header(stem + ending, name)) << stem;
+            // The others were drawn anew before they were saved as DXF.
+            if (ending != ".dxf") {
+                EXPECT_EQ(header(dwg, "$EXTM*"), header(stem + ending, "$EXTM*")) << stem;
+            }
+            ++twins;
+        }
+    }
+    EXPECT_GT(twins, 5);
+}
+
 /// By layer, how many entities model space has; none for layers with others than plain ones, of
 /// which the other reader makes more or none.
 std::map<std::string, int> plainEntities(const std::string& json) {
