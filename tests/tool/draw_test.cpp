@@ -208,6 +208,7 @@ TEST_F(Drawing, ThatIsInterruptedLeavesNoFileBehind) {
     EXPECT_EQ(ended.code, 130);
     EXPECT_EQ(names(), "d.dxf");
     EXPECT_EQ(call("draw D -o @picture.bmp").code, 2);
+    EXPECT_TRUE(holds(call("draw D -o @picture.svg --size -5").err, "16 to 16384, not \"-5\""));
     EXPECT_EQ(names(), "d.dxf");
 }
 

@@ -67,7 +67,9 @@ void unmarkAll(Options& options) {
         std::ranges::for_each(*words, unmark);
     for (std::string* word :
          {&options.drawing, &options.output, &options.release, &options.inside, &options.extensions,
-          &options.kind, &options.application, &options.picture.window, &options.picture.layout})
+          &options.kind, &options.application, &options.picture.window, &options.picture.layout,
+          &options.picture.size, &options.picture.scale, &options.picture.form,
+          &options.picture.background, &options.manual})
         unmark(*word);
     for (std::optional<std::string>* word :
          {&options.fileValue, &options.script, &options.referenceRoot})

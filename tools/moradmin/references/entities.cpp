@@ -153,8 +153,8 @@ void tellNotListed(const Session& session, const Options& options, const Tally& 
     if (options.deep) return;
     const std::size_t deep = countDeepEntities(session, tally.inserts);
     if (deep != 0 || options.verbose)
-        printNote(session.message(std::to_string(deep) +
-                                  " more lie in blocks and references; --deep lists them"));
+        printNote(session.message(std::to_string(deep) + (deep == 1 ? " more lies" : " more lie") +
+                                  " in blocks and references; --deep lists them"));
 }
 
 /// What lies in blocks and references, where it is asked for; else how many inserts there are.
