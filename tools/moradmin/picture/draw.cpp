@@ -103,31 +103,35 @@ void tellLeftOut(const Session& session, const Options& options, Drawn& drawn) {
                  "\")");
     if (options.verbose)
         for (const auto& [font, substitute] : drawn.painter.fonts().substitutes())
-            tell("font " + font + ": " + substitute + " stands for it");
+            tell(std::string("font ")
+                     .append(font)
+                     .append(": ")
+                     .append(substitute)
+                     .append(" stands for it"));
 }
 
-int runDraw(Session& session, const Options& given) {
-    Options options = given;
-    if (options.output == "-") options.output.clear();
-    if (options.json && options.output.empty())
+int runDraw(Session& session, const Options& options) {
+    Options own = options;
+    if (own.output == "-") own.output.clear();
+    if (own.json && own.output.empty())
         throw Failure(kUsage, "draw --json wants -o FILE: the picture itself is no JSON");
-    if (!options.output.empty()) refuseDrawings(options.output);
+    if (!own.output.empty()) refuseDrawings(own.output);
     if (!session.placedIn().empty())
         printNote(session.message("the insert stands in the block " + session.placedIn() +
                                   ": it is drawn in the coordinates of that block"));
-    Drawn drawn(session, options);
+    Drawn drawn(session, own);
     const Scene& scene = drawn.painter.scene();
-    if (options.output.empty())
+    if (own.output.empty())
         write(std::cout, drawn);
     else
-        writeTo(options.output, [&](std::ostream& out) { write(out, drawn); });
-    tellLeftOut(session, options, drawn);
+        writeTo(own.output, [&](std::ostream& out) { write(out, drawn); });
+    tellLeftOut(session, own, drawn);
     const bool nothing = scene.strokes() == 0;
     const bool outside = !nothing && scene.extent().within(drawn.canvas.area).empty;
     if (nothing) printNote(session.message("there is nothing to draw: the picture is empty"));
     if (outside)
         printNote(session.message("the picture is empty: nothing lies within the --window"));
-    if (options.json) printSummary(options, drawn);
+    if (own.json) printSummary(own, drawn);
     return nothing || outside ? kNo : kDone;
 }
 
