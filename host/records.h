@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -48,6 +49,7 @@ struct RecordInfo {
     bool made = false;       ///< made since the drawing was opened
     bool subEntity = false;  ///< ATTRIB, VERTEX or SEQEND behind its owner
     bool opaque = false;     ///< its own data are not read, only what all records have
+    bool extended = false;   ///< it may have extended data; else it has none
 };
 
 /// One group: its code and its value as text, decoded to UTF-8 and without padding.
@@ -65,6 +67,9 @@ struct RecordAttribute {
 /// Every record of the drawing in file order, then the made ones. Changes nothing.
 void forEachRecord(const AcApDocument* document,
                    const std::function<void(const RecordInfo&)>& visit);
+/// Those of some types alone, which is quicker.
+void forEachRecordOf(const AcApDocument* document, std::initializer_list<std::string_view> types,
+                     const std::function<void(const RecordInfo&)>& visit);
 [[nodiscard]] std::optional<RecordInfo> recordInfo(const AcApDocument* document,
                                                    mor::EntityName name);
 /// The record that a handle look-up finds, erased ones included.
@@ -77,9 +82,6 @@ void forEachRecord(const AcApDocument* document,
 /// All groups with pending edits applied, group 0 first.
 [[nodiscard]] std::vector<RecordGroup> recordGroups(const AcApDocument* document,
                                                     mor::EntityName name);
-/// Whether a record may have extended data of any application: false only when it has none. A
-/// quick look: nothing is read.
-[[nodiscard]] bool mayHaveExtendedData(const AcApDocument* document, mor::EntityName name);
 /// The bytes of a record whose own data no groups tell; empty for all others. For telling whether
 /// it changed.
 [[nodiscard]] std::string undecodedBytes(const AcApDocument* document, mor::EntityName name);

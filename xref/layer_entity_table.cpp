@@ -59,8 +59,8 @@ void MOR_LayerXRefEntityTable::add(const mor::EntityName& entity, std::wstring_v
     if (m_last == nullptr || m_last->first != layer) {
         auto known = m_given.find(layer);
         if (known == m_given.end()) {
-            const std::wstring name{layer};
-            known = m_given.emplace(name, &m_layers.try_emplace(name).first->second).first;
+            mor::EntitySet& entities = m_layers.try_emplace(mor::upperCase(layer)).first->second;
+            known = m_given.emplace(layer, &entities).first;
         }
         m_last = &*known;
     }

@@ -24,8 +24,8 @@ public:
     MOR_LayerXRefEntityTable& operator=(const MOR_LayerXRefEntityTable&) = delete;
     virtual ~MOR_LayerXRefEntityTable();
 
-    /// Files the entity under the layer, once; always true. A new layer's name is kept as it is
-    /// given: the reference's letter gives it in upper case.
+    /// Files the entity under the layer, once; always true. A new layer's name is kept in upper
+    /// case.
     bool add(const ads_name entity, const wchar_t* layer);
     void add(const mor::EntityName& entity, std::wstring_view layer);
 

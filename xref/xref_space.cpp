@@ -127,11 +127,7 @@ void MOR_Letter_XRef::record(const CMOREntity& entity, const mor::EntityName& na
         m_handles.add({handle.GetString(), static_cast<std::size_t>(handle.GetLength())}, name);
     if (isSubEntity(entity)) return;
     const std::wstring_view layer = entity.GetLayer(nullptr);
-    if (layer != m_lastLayer) {  // neighbours mostly lie on the same one
-        m_lastLayer = layer;
-        m_lastLayerUpper = mor::upperCase(layer);
-    }
-    m_layers.add(name, std::wstring_view{m_lastLayerUpper});
+    m_layers.add(name, layer);
 }
 
 bool mor_xref::HandEnt(const wchar_t* xrefName, const wchar_t* handle, ads_name result) {

@@ -9,7 +9,6 @@
 #include "xref/layer_entity_table.h"
 
 #include <cstddef>
-#include <string>
 
 class CMOREntity;
 
@@ -68,8 +67,6 @@ private:
     void record(const CMOREntity& entity, const mor::EntityName& name);
 
     mor::HandleTable m_handles;
-    std::wstring m_lastLayer;  ///< as the entity that was read last gives it
-    std::wstring m_lastLayerUpper;
     bool m_connected = false;
     bool m_built = false;
     mor::BoundedText<kNameSize> m_name;

@@ -190,6 +190,14 @@ void assign(CString& target, std::string_view text) {
     }
 }
 
+void assignHandle(CString& target, std::uint64_t handle) {
+    std::array<wchar_t, 17> text{};
+    wchar_t* begin = text.end() - 1;
+    for (; handle != 0; handle >>= 4U)
+        *--begin = static_cast<wchar_t>("0123456789ABCDEF"[handle & 15U]);
+    target = begin;
+}
+
 /// Empty where the layer has to be read.
 LayerKey layerKeyOf(const Located& found) {
     const std::uint16_t layer = found.drawing->layerNumberOf(found.number);
@@ -206,6 +214,17 @@ void appendLayer(std::wstring& layer, const Located& found) {
         layer.insert(0, 1, L'|');
         layer.insert(0, found.mount->name);
     }
+}
+
+/// The same once for all records that have that key.
+const std::wstring& layerOfKey(const LayerKey& key, const Located& found) {
+    const Mount& mount = *found.mount;
+    if (mount.namedDrawing != key.drawing) mount.layerNames.clear();
+    mount.namedDrawing = key.drawing;
+    if (key.layer >= mount.layerNames.size()) mount.layerNames.resize(key.layer + std::size_t{1});
+    std::wstring& name = mount.layerNames[key.layer];
+    if (name.empty()) appendLayer(name, found);
+    return name;
 }
 
 /// A removal followed by a new value stays two changes: the attribute then comes last in the list.
@@ -301,7 +320,7 @@ bool CMOREntity::GetEName(ads_name result) const {
 
 const CString& CMOREntity::Handle() const {
     if (const host::Located found = host::locate(m_state->name))
-        host::assign(m_state->handle, host::handleText(found.drawing->handleOf(found.number)));
+        host::assignHandle(m_state->handle, found.drawing->handleOf(found.number));
     else
         m_state->handle = host::handleText(m_state->name).c_str();
     return m_state->handle;
@@ -325,6 +344,8 @@ const wchar_t* CMOREntity::GetLayer(wchar_t* buffer) const {
         m_state->layer.clear();
         if (pending)
             m_state->layer = *std::move(pending);
+        else if (found && found.mount != nullptr && key != host::LayerKey())
+            m_state->layer = host::layerOfKey(key, found);
         else if (found)
             host::appendLayer(m_state->layer, found);
         m_state->layerKey = key;

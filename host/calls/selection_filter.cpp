@@ -61,6 +61,10 @@ std::wstring filterText(const resbuf& item) {
 SelectionFilter::SelectionFilter(Drawing& drawing, const resbuf* filter) : m_drawing(drawing) {
     m_nodes.emplace_back();
     m_valid = parse(filter);
+    m_layersAlone = std::ranges::all_of(m_nodes, [](const Node& node) {
+        return node.kind <= Kind::Not || node.kind == Kind::Always ||
+               (node.kind == Kind::Text && node.code == kLayerCode);
+    });
 }
 
 bool SelectionFilter::parse(const resbuf* filter) {
@@ -218,7 +222,7 @@ bool SelectionFilter::testLayer(Node& node, RecordNumber number) {
         return testText(node, value ? value->text() : "0");
     };
     const std::uint16_t layer = m_drawing.layerNumberOf(number);
-    if (layer == TextNumbers::kNone) return answer();
+    if (layer >= TextNumbers::kTooMany) return answer();
     if (layer >= node.byLayer.size()) node.byLayer.resize(layer + std::size_t{1});
     std::optional<bool>& known = node.byLayer[layer];
     if (!known) known = answer();
@@ -304,11 +308,23 @@ bool SelectionFilter::evaluate(std::size_t& at, RecordNumber number) {
     }
 }
 
+/// The same for all records of one layer.
+bool SelectionFilter::matchesLayer(RecordNumber number) {
+    std::size_t at = 0;
+    const std::uint16_t layer = m_drawing.layerNumberOf(number);
+    if (layer >= TextNumbers::kTooMany) return evaluate(at, number);
+    if (layer >= m_byLayer.size()) m_byLayer.resize(layer + std::size_t{1});
+    std::optional<bool>& known = m_byLayer[layer];
+    if (!known) known = evaluate(at, number);
+    return *known;
+}
+
 bool SelectionFilter::matches(RecordNumber number) {
     const RecordEntry& entry = m_drawing.entry(number);
     if (entry.has(kEdge | kSubEntity | kErased | kGone) || entry.container == kNoContainer)
         return false;
     if (!m_drawing.isSpace(entry.container)) return false;
+    if (m_layersAlone) return matchesLayer(number);
     // The type alone settles most: it needs no record.
     for (std::size_t at = 1; at < m_nodes.size(); at = m_nodes[at].end)
         if (m_nodes[at].kind == Kind::Text && m_nodes[at].code == 0 && !test(m_nodes[at], number))

@@ -69,11 +69,14 @@ private:
     [[nodiscard]] bool testLayer(Node& node, RecordNumber number);
     [[nodiscard]] bool testNumbers(const Node& node, RecordNumber number);
     [[nodiscard]] bool testMarkers(Node& node, RecordNumber number);
+    [[nodiscard]] bool matchesLayer(RecordNumber number);
     [[nodiscard]] const GroupList& record(RecordNumber number);
 
     Drawing& m_drawing;
     bool m_valid = true;
-    std::vector<Node> m_nodes;  ///< in reading order; the first holds all
+    bool m_layersAlone = false;                  ///< nothing else is tested
+    std::vector<std::optional<bool>> m_byLayer;  ///< the answers then, by number of its text
+    std::vector<Node> m_nodes;                   ///< in reading order; the first holds all
     RecordNumber m_recordOf = 0;
     GroupList m_record;
 };

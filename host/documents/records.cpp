@@ -39,15 +39,16 @@ Place placeOf(const Drawing& drawing, RecordNumber number) {
     return Place::Other;
 }
 
-RecordInfo infoOf(const Located& found) {
+/// Into an info that may be that of another record: a walk makes no texts anew.
+void fillInfo(const Located& found, RecordInfo& info) {
     const Drawing& drawing = *found.drawing;
     const RecordNumber number = found.number;
     const RecordEntry& entry = drawing.entry(number);
-    RecordInfo info;
     info.name = found.nameOf(number);
     info.type = drawing.typeOf(number);
     info.handle = entry.handle;
     info.place = placeOf(drawing, number);
+    info.container.clear();
     if (entry.container != kNoContainer) {
         const ContainerKind kind = drawing.container(entry.container).kind;
         if (kind == ContainerKind::Table || kind == ContainerKind::Block)
@@ -57,6 +58,12 @@ RecordInfo infoOf(const Located& found) {
     info.made = entry.has(kMade);
     info.subEntity = entry.has(kSubEntity);
     info.opaque = entry.has(kOpaque);
+    info.extended = drawing.mayHaveExtendedData(number);
+}
+
+RecordInfo infoOf(const Located& found) {
+    RecordInfo info;
+    fillInfo(found, info);
     return info;
 }
 
@@ -65,8 +72,25 @@ RecordInfo infoOf(const Located& found) {
 void forEachRecord(const AcApDocument* document,
                    const std::function<void(const RecordInfo&)>& visit) {
     Drawing& drawing = drawingOf(document);
-    for (RecordNumber number = 1; number <= drawing.lastRecord(); ++number)
-        if (!drawing.entry(number).has(kGone)) visit(infoOf({&drawing, number, nullptr}));
+    RecordInfo info;
+    for (RecordNumber number = 1; number <= drawing.lastRecord(); ++number) {
+        if (drawing.entry(number).has(kGone)) continue;
+        fillInfo({&drawing, number, nullptr}, info);
+        visit(info);
+    }
+}
+
+void forEachRecordOf(const AcApDocument* document, std::initializer_list<std::string_view> types,
+                     const std::function<void(const RecordInfo&)>& visit) {
+    Drawing& drawing = drawingOf(document);
+    std::vector<std::optional<bool>> wanted(std::size_t{TextNumbers::kNone} + 1);  // by type
+    for (RecordNumber number = 1; number <= drawing.lastRecord(); ++number) {
+        const RecordEntry& entry = drawing.entry(number);
+        std::optional<bool>& known = wanted[entry.type];
+        if (!known || entry.type >= TextNumbers::kTooMany)
+            known = std::ranges::find(types, drawing.typeOf(number)) != types.end();
+        if (*known && !entry.has(kGone)) visit(infoOf({&drawing, number, nullptr}));
+    }
 }
 
 std::optional<RecordInfo> recordInfo(const AcApDocument* document, EntityName name) {
@@ -83,11 +107,6 @@ bool isPlain(std::string_view bytes) {
 }
 
 }  // namespace
-
-bool mayHaveExtendedData(const AcApDocument* document, EntityName name) {
-    const Located found = locate(*document, name);
-    return found && found.drawing->mayHaveExtendedData(found.number);
-}
 
 std::vector<RecordGroup> recordGroups(const AcApDocument* document, EntityName name) {
     std::vector<RecordGroup> groups;

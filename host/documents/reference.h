@@ -32,6 +32,10 @@ struct Mount {
     ReferenceStatus status = ReferenceStatus::Unresolved;
     std::vector<ReferenceTry> tries;
     std::map<ContainerNumber, std::unique_ptr<Mount>> children;  ///< by block of `drawing`
+    /// Names of layers as the document knows them, by the numbers of their texts in that drawing;
+    /// empty while nobody has asked.
+    mutable std::vector<std::wstring> layerNames;
+    mutable std::int64_t namedDrawing = 0;
 };
 
 /// The references of one document, resolved on first touch and kept until they are reloaded.

@@ -14,29 +14,31 @@ namespace {
     return bits;
 }
 
-using Look = void (*)(const char* text, std::size_t blocks, BlockMasks* masks);
+using Look = void (*)(const char* text, std::size_t blocks, BlockMasks& masks);
 
 #if defined(__x86_64__)
-void lookWithSse2(const char* text, std::size_t blocks, BlockMasks* masks) {
-    for (; blocks > 0; --blocks, text += kBlock, ++masks) {
-        BlockMasks found;
+void lookWithSse2(const char* text, std::size_t blocks, BlockMasks& masks) {
+    for (std::size_t b = 0; b < blocks; ++b, text += kBlock) {
+        for (Masks* all :
+             {&masks.feed, &masks.blank, &masks.digit, &masks.zero, &masks.seven, &masks.carriage})
+            (*all)[b] = 0;
         for (unsigned i = 0; i < 4; ++i) {
             const __m128i bytes =
                 _mm_loadu_si128(reinterpret_cast<const __m128i*>(text + 16 * std::size_t{i}));
-            const auto note = [i](std::uint64_t& mask, __m128i equal) {
-                mask |= std::uint64_t{static_cast<unsigned>(_mm_movemask_epi8(equal))} << (16 * i);
+            const auto note = [i, b](Masks& mask, __m128i equal) {
+                mask[b] |= std::uint64_t{static_cast<unsigned>(_mm_movemask_epi8(equal))}
+                           << (16 * i);
             };
             const auto is = [bytes](char c) { return _mm_cmpeq_epi8(bytes, _mm_set1_epi8(c)); };
             const __m128i distance = _mm_sub_epi8(bytes, _mm_set1_epi8('0'));
-            note(found.feed, is('\n'));
-            note(found.blank, is(' '));
-            note(found.digit, _mm_cmpeq_epi8(_mm_min_epu8(distance, _mm_set1_epi8(9)), distance));
-            note(found.zero, is('0'));
-            note(found.seven, is('7'));
-            note(found.carriage, is('\r'));
+            note(masks.feed, is('\n'));
+            note(masks.blank, is(' '));
+            note(masks.digit, _mm_cmpeq_epi8(_mm_min_epu8(distance, _mm_set1_epi8(9)), distance));
+            note(masks.zero, is('0'));
+            note(masks.seven, is('7'));
+            note(masks.carriage, is('\r'));
         }
-        found.odd = parities(found.feed);
-        *masks = found;
+        masks.odd[b] = parities(masks.feed[b]);
     }
 }
 
@@ -63,37 +65,37 @@ MOR_AVX2 inline __m256i digits(__m256i bytes) {
     return _mm256_cmpeq_epi8(_mm256_min_epu8(distance, _mm256_set1_epi8(9)), distance);
 }
 
-MOR_AVX2 void lookWithAvx2(const char* text, std::size_t blocks, BlockMasks* masks) {
-    for (; blocks > 0; --blocks, text += kBlock, ++masks) {
+MOR_AVX2 void lookWithAvx2(const char* text, std::size_t blocks, BlockMasks& masks) {
+    for (std::size_t b = 0; b < blocks; ++b, text += kBlock) {
         const auto* const at = reinterpret_cast<const __m256i*>(text);
         const Halves block{_mm256_loadu_si256(at), _mm256_loadu_si256(at + 1)};
-        masks->feed = equal(block, '\n');
-        masks->blank = equal(block, ' ');
-        masks->digit = join(digits(block.low), digits(block.high));
-        masks->zero = equal(block, '0');
-        masks->seven = equal(block, '7');
-        masks->carriage = equal(block, '\r');
+        masks.feed[b] = equal(block, '\n');
+        masks.blank[b] = equal(block, ' ');
+        masks.digit[b] = join(digits(block.low), digits(block.high));
+        masks.zero[b] = equal(block, '0');
+        masks.seven[b] = equal(block, '7');
+        masks.carriage[b] = equal(block, '\r');
         // Multiplied without carries by all ones, each bit is the sum of those up to it.
-        const __m128i feeds = _mm_set_epi64x(0, static_cast<long long>(masks->feed));
-        masks->odd = static_cast<std::uint64_t>(
+        const __m128i feeds = _mm_set_epi64x(0, static_cast<long long>(masks.feed[b]));
+        masks.odd[b] = static_cast<std::uint64_t>(
             _mm_cvtsi128_si64(_mm_clmulepi64_si128(feeds, _mm_set1_epi8(-1), 0)));
     }
 }
 
 #define MOR_AVX512 __attribute__((target("avx512bw,pclmul")))
 
-MOR_AVX512 void lookWithAvx512(const char* text, std::size_t blocks, BlockMasks* masks) {
-    for (; blocks > 0; --blocks, text += kBlock, ++masks) {
+MOR_AVX512 void lookWithAvx512(const char* text, std::size_t blocks, BlockMasks& masks) {
+    for (std::size_t b = 0; b < blocks; ++b, text += kBlock) {
         const __m512i bytes = _mm512_loadu_si512(text);
         const __m512i distance = _mm512_sub_epi8(bytes, _mm512_set1_epi8('0'));
-        masks->feed = _mm512_cmpeq_epi8_mask(bytes, _mm512_set1_epi8('\n'));
-        masks->blank = _mm512_cmpeq_epi8_mask(bytes, _mm512_set1_epi8(' '));
-        masks->digit = _mm512_cmple_epu8_mask(distance, _mm512_set1_epi8(9));
-        masks->zero = _mm512_cmpeq_epi8_mask(bytes, _mm512_set1_epi8('0'));
-        masks->seven = _mm512_cmpeq_epi8_mask(bytes, _mm512_set1_epi8('7'));
-        masks->carriage = _mm512_cmpeq_epi8_mask(bytes, _mm512_set1_epi8('\r'));
-        const __m128i feeds = _mm_set_epi64x(0, static_cast<long long>(masks->feed));
-        masks->odd = static_cast<std::uint64_t>(
+        masks.feed[b] = _mm512_cmpeq_epi8_mask(bytes, _mm512_set1_epi8('\n'));
+        masks.blank[b] = _mm512_cmpeq_epi8_mask(bytes, _mm512_set1_epi8(' '));
+        masks.digit[b] = _mm512_cmple_epu8_mask(distance, _mm512_set1_epi8(9));
+        masks.zero[b] = _mm512_cmpeq_epi8_mask(bytes, _mm512_set1_epi8('0'));
+        masks.seven[b] = _mm512_cmpeq_epi8_mask(bytes, _mm512_set1_epi8('7'));
+        masks.carriage[b] = _mm512_cmpeq_epi8_mask(bytes, _mm512_set1_epi8('\r'));
+        const __m128i feeds = _mm_set_epi64x(0, static_cast<long long>(masks.feed[b]));
+        masks.odd[b] = static_cast<std::uint64_t>(
             _mm_cvtsi128_si64(_mm_clmulepi64_si128(feeds, _mm_set1_epi8(-1), 0)));
     }
 }
@@ -104,20 +106,20 @@ Look bestLook() {
     return __builtin_cpu_supports("avx2") ? lookWithAvx2 : lookWithSse2;
 }
 #else
-void lookPlainly(const char* text, std::size_t blocks, BlockMasks* masks) {
-    for (; blocks > 0; --blocks, text += kBlock, ++masks) {
-        BlockMasks found;
-        for (unsigned i = 0; i < kBlock; ++i) {
-            const char c = text[i];
-            found.feed |= std::uint64_t{c == '\n'} << i;
-            found.blank |= std::uint64_t{c == ' '} << i;
-            found.digit |= std::uint64_t{c >= '0' && c <= '9'} << i;
-            found.zero |= std::uint64_t{c == '0'} << i;
-            found.seven |= std::uint64_t{c == '7'} << i;
-            found.carriage |= std::uint64_t{c == '\r'} << i;
-        }
-        found.odd = parities(found.feed);
-        *masks = found;
+void lookPlainly(const char* text, std::size_t blocks, BlockMasks& masks) {
+    for (std::size_t b = 0; b < blocks; ++b, text += kBlock) {
+        const auto all = [text](auto is) {
+            std::uint64_t mask = 0;
+            for (unsigned i = 0; i < kBlock; ++i) mask |= std::uint64_t{is(text[i])} << i;
+            return mask;
+        };
+        masks.feed[b] = all([](char c) { return c == '\n'; });
+        masks.blank[b] = all([](char c) { return c == ' '; });
+        masks.digit[b] = all([](char c) { return c >= '0' && c <= '9'; });
+        masks.zero[b] = all([](char c) { return c == '0'; });
+        masks.seven[b] = all([](char c) { return c == '7'; });
+        masks.carriage[b] = all([](char c) { return c == '\r'; });
+        masks.odd[b] = parities(masks.feed[b]);
     }
 }
 
@@ -126,7 +128,7 @@ Look bestLook() { return lookPlainly; }
 
 }  // namespace
 
-void maskBlocks(const char* text, std::size_t blocks, BlockMasks* masks) {
+void maskBlocks(const char* text, std::size_t blocks, BlockMasks& masks) {
     static const Look look = bestLook();
     look(text, blocks, masks);
 }

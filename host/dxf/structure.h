@@ -35,6 +35,16 @@ public:
         return !m_noted.marker && !m_noted.inBrackets && m_noted.owner == 0;
     }
     void owner(std::uint64_t handle) { m_noted.owner = handle; }
+    /// The same for its handle, where code 5 tells it, and for the number of its layer's text.
+    [[nodiscard]] bool wantsHandle() const { return !m_noted.handleDone && !m_noted.marker; }
+    void handle(std::uint64_t handle) {
+        m_noted.handleDone = true;
+        m_noted.handle = handle;
+    }
+    [[nodiscard]] bool wantsLayer() const {
+        return m_noted.layer == TextNumbers::kNone && !m_noted.inBrackets && !m_noted.extended;
+    }
+    void layer(std::uint16_t number) { m_noted.layer = number; }
     /// Any other group. `value` gives a std::string_view when it is looked at.
     template <typename Value>
     void group(int code, const Value& value);
@@ -138,17 +148,13 @@ inline void Structure::group(int code, const Value& value) {
             m_noted.named = true;
             break;
         case kHandleCode:
-            if (m_noted.handleDone || m_noted.marker) break;
-            m_noted.handleDone = true;
-            m_noted.handle = parseHandle(trimmed(text()));
+            if (wantsHandle()) handle(parseHandle(trimmed(text())));
             break;
         case kDimensionStyleHandleCode:
             m_noted.handle = parseHandle(trimmed(text()));
             break;
         case kLayerCode:
-            if (m_noted.layer != TextNumbers::kNone || m_noted.inBrackets || m_noted.extended)
-                break;
-            m_noted.layer = m_index.layerTexts.number(text());
+            if (wantsLayer()) layer(m_index.layerTexts.number(text()));
             break;
         case kSpaceCode:
             if (!m_noted.extended) m_noted.paper = trimmed(text()) == "1";

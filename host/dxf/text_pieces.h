@@ -14,8 +14,8 @@ namespace mor::host {
 
 /// Codes of the usual form of which something may be noted, and some others.
 struct PlainCodes {
-    std::vector<std::uint32_t> places;  ///< behind the last digit, in the text; `count` of them
-    std::size_t count = 0;
+    /// Bits behind their last digits: a mask for each block of 64 bytes from `begin` on.
+    std::vector<std::uint64_t> masks;
     std::size_t begin = 0;  ///< where they were looked for
     std::size_t end = 0;    ///< the first line that is not looked through; a code begins there
 };
@@ -37,9 +37,9 @@ struct TextPiece {
     PlainCodes codes;        ///< where it was looked through ahead
 };
 
-/// Gives a text file piece by piece. Ahead of who asks, another thread reads the next piece and
-/// finds its codes, where it gets to run: nobody waits for it before it has begun. Not before the
-/// second piece, and not where lines may end with a carriage return alone.
+/// Gives a text file piece by piece. Ahead of who asks, another thread reads some pieces more and
+/// finds their codes, where it gets to run: nobody waits for a piece that it has not begun. Not
+/// before the second piece, and not where lines may end with a carriage return alone.
 class TextPieces {
 public:
     enum class Ahead { No, Yes };
@@ -55,24 +55,27 @@ public:
     void settle();
 
 private:
-    /// Of the piece that is not in use.
-    enum class State { None, Wanted, Begun, Ready, Stopped };
+    /// Those that are read, ahead of the one in use, and that one.
+    static constexpr std::size_t kPieces = 4;
 
+    [[nodiscard]] TextPiece& piece(std::size_t number) { return m_pieces[number % kPieces]; }
     void prepare(TextPiece& piece, const TextPiece& former, std::size_t from) const;
     [[nodiscard]] std::size_t wholePairsEnd(const TextPiece& piece) const;
+    [[nodiscard]] bool mayBegin();
     void startAhead();
     void runAhead();
-    [[nodiscard]] State takeOver();
 
     const Source& m_source;
     bool m_ahead;
     bool m_returns;
-    TextPiece m_pieces[2];
-    std::size_t m_now = 0;
+    TextPiece m_pieces[kPieces];
     std::thread m_thread;
-    std::mutex m_mutex;  ///< guards the state
+    std::mutex m_mutex;  ///< guards what follows, but for pieces that are begun and not ready
     std::condition_variable m_changed;
-    State m_state = State::None;
+    std::size_t m_given = 0;  ///< how many were given; the last of them is in use
+    std::size_t m_begun = 0;
+    std::size_t m_ready = 0;
+    bool m_stopped = false;
     std::exception_ptr m_failure;
 };
 

@@ -1,8 +1,10 @@
 #include "host/dxf/text_scan.h"
 
+#include "host/dxf/block_masks.h"
 #include "host/dxf/text_pieces.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstring>
 #include <string_view>
@@ -20,9 +22,25 @@ std::string_view withoutReturn(std::string_view line) {
     return line;
 }
 
+/// Four bytes as a number.
+constexpr std::uint32_t packed(const char* bytes) {
+    std::uint32_t all = 0;
+    for (unsigned i = 0; i < sizeof all; ++i)
+        all |= std::uint32_t{static_cast<unsigned char>(bytes[i])} << (8 * i);
+    return all;
+}
+
 /// The code of a plain line whose last digit stands before `end`; four bytes before it are
 /// readable.
 int plainCode(const char* end) {
+    // The most frequent ones as most programs write them: one step, whatever came before.
+    std::uint32_t shape = 0;
+    std::memcpy(&shape, end - sizeof shape, sizeof shape);
+    if (shape == packed("\n100")) return kMarkerCode;
+    if (shape == packed("\n  8")) return kLayerCode;
+    if (shape == packed("\n330")) return kOwnerCode;
+    if (shape == packed("\n  5")) return kHandleCode;
+    if (shape == packed("\n  0")) return kTypeCode;
     int code = end[-1] - '0';
     if (end[-2] < '0') return code;
     code += 10 * (end[-2] - '0');
@@ -56,31 +74,49 @@ private:
     const char* m_begin;
 };
 
-/// What the last short line meant: the next one mostly is the same.
-template <typename Meaning>
-class LastLine {
+/// What short lines meant that were seen last: most come again.
+template <typename Meaning, std::size_t kLines>
+class LineMemory {
 public:
     template <typename Find>
     Meaning of(const char* begin, const Find& find) {
         std::uint64_t head = 0;
         std::memcpy(&head, begin, sizeof head);
-        if (head == m_head) return m_meaning;
+        Known& known = m_known[kLines == 1 ? 0 : (head * kSpread >> 32U) % kLines];
+        if (head == known.head) return known.meaning;
         const std::string_view line = LazyLine(begin);
         const Meaning meaning = find(line);
         // With its line end: what stands behind that makes no other line of it.
-        if (static_cast<std::size_t>(findFeed(begin) - begin) < sizeof head) {
-            m_head = head;
-            m_meaning = meaning;
-        }
+        if (static_cast<std::size_t>(findFeed(begin) - begin) < sizeof head)
+            known = {head, meaning};
         return meaning;
     }
 
 private:
-    std::uint64_t m_head = 0x0A0A'0A0A'0A0A'0A0AU;  // an empty line, which means nothing
-    Meaning m_meaning{};
+    static constexpr std::uint64_t kSpread = 0x9E37'79B9'7F4A'7C15U;
+    struct Known {
+        std::uint64_t head = 0x0A0A'0A0A'0A0A'0A0AU;  // an empty line, which means nothing
+        Meaning meaning{};
+    };
+    std::array<Known, kLines> m_known{};
 };
 
 std::uint64_t handleOf(std::string_view line) { return parseHandle(trimmed(line)); }
+
+/// The handle on a line that ends with a line feed.
+std::uint64_t handleFrom(const char* line) {
+    std::uint64_t value = 0;
+    for (const char* at = line; at - line < 16; ++at) {
+        const unsigned digit = static_cast<unsigned char>(*at) - unsigned{'0'};
+        const unsigned letter = (static_cast<unsigned char>(*at) | 0x20U) - unsigned{'a'};
+        if (digit > 9 && letter > 5) {
+            if (*at == '\n' || (*at == '\r' && at[1] == '\n')) return value;
+            break;
+        }
+        value = value << 4U | (digit <= 9 ? digit : letter + 10);
+    }
+    return handleOf(LazyLine(line));
+}
 
 class TextScan {
 public:
@@ -106,6 +142,7 @@ private:
     std::optional<Stop> takePairs();
     std::optional<Stop> takePlainPairs();
     std::optional<Stop> takePlainCodes(const PlainCodes& codes);
+    void takePlain(int code, const char* value);
     std::optional<Stop> takeRest();
     std::optional<Stop> take(int code, std::string_view value);
     [[nodiscard]] std::uint64_t lineNumber() const;
@@ -126,8 +163,9 @@ private:
     TextPieces m_pieces;
     TextPiece* m_piece = nullptr;
     std::size_t m_at = 0;  // of the first line that is not taken, in the piece
-    LastLine<std::uint64_t> m_owners;
-    LastLine<std::uint16_t> m_types;
+    LineMemory<std::uint64_t, 1> m_owners;
+    LineMemory<std::uint16_t, 16> m_types;
+    LineMemory<std::uint16_t, 128> m_layers;
     PlainCodes m_codes;  // of a piece that was not looked through ahead, or not to its end
 };
 
@@ -236,33 +274,54 @@ std::optional<Stop> TextScan::takePlainPairs() {
     return takePlainCodes(m_codes);
 }
 
+/// Any group but one that begins a record.
+inline void TextScan::takePlain(int code, const char* value) {
+    switch (code) {
+        case kOwnerCode:
+            if (m_structure.wantsOwner()) m_structure.owner(m_owners.of(value, handleOf));
+            break;
+        case kHandleCode:
+            if (m_structure.wantsHandle()) m_structure.handle(handleFrom(value));
+            break;
+        case kLayerCode:
+            if (m_structure.wantsLayer())
+                m_structure.layer(m_layers.of(value, [this](std::string_view shown) {
+                    return m_index.layerTexts.number(shown);
+                }));
+            break;
+        default:
+            m_structure.group(code, LazyLine(value));
+    }
+}
+
 std::optional<Stop> TextScan::takePlainCodes(const PlainCodes& codes) {
     const char* const text = data();
     const std::uint64_t base = m_piece->read - end();
-    for (std::size_t i = 0; i < codes.count; ++i) {
-        const std::size_t place = codes.places[i];
-        const char* const value = text + place + (text[place] == '\r' ? 2 : 1);
-        const int code = plainCode(text + place);
-        if (code == kOwnerCode) {
-            if (m_structure.wantsOwner()) m_structure.owner(m_owners.of(value, handleOf));
-            continue;
+    const std::size_t toValue = m_index.form.lineEnd.size();
+    std::size_t block = codes.begin;
+    for (std::size_t i = 0; block < codes.end; ++i, block += kBlock) {
+        for (std::uint64_t bits = codes.masks[i]; bits != 0; bits &= bits - 1) {
+            const std::size_t place = block + static_cast<std::size_t>(std::countr_zero(bits));
+            if (place >= codes.end) break;
+            const char* const value = text + place + toValue;
+            const int code = plainCode(text + place);
+            if (code != kTypeCode) {
+                takePlain(code, value);
+                continue;
+            }
+            std::size_t line = place - 1;
+            while (text[line - 1] != '\n') --line;
+            const std::uint16_t type = m_types.of(value, [this](std::string_view shown) {
+                return m_structure.typeNumber(trimmed(shown));
+            });
+            if (auto wrong = m_structure.begin(type, base + line)) {
+                m_at = line;
+                return stop(std::move(*wrong));
+            }
+            if (!m_structure.ended()) continue;
+            m_at = static_cast<std::size_t>(findFeed(value) - text) + 1;
+            return std::nullopt;
         }
-        if (code != kTypeCode) {
-            m_structure.group(code, LazyLine(value));
-            continue;
-        }
-        std::size_t line = place - 1;
-        while (text[line - 1] != '\n') --line;
-        const std::uint16_t type = m_types.of(value, [this](std::string_view shown) {
-            return m_structure.typeNumber(trimmed(shown));
-        });
-        if (auto wrong = m_structure.begin(type, base + line)) {
-            m_at = line;
-            return stop(std::move(*wrong));
-        }
-        if (!m_structure.ended()) continue;
-        m_at = static_cast<std::size_t>(findFeed(value) - text) + 1;
-        return std::nullopt;
     }
     m_at = codes.end;
     return std::nullopt;

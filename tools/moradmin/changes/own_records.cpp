@@ -4,6 +4,7 @@
 #include "platform/runtime.h"
 
 #include <string>
+#include <string_view>
 
 namespace mor::tool {
 
@@ -22,18 +23,20 @@ bool OwnRecords::isOwnMain(const host::RecordInfo& record) const {
         const auto text = host::recordGroup(m_document, record.name, kNameCode);
         return text ? host::fromUtf8(*text).value_or(L"") : std::wstring();
     };
-    if (record.type == "INSERT") return isOwnBlock(name());
+    const std::string_view type = record.type;
+    if (type == "INSERT") return isOwnBlock(name());
     if (record.place == host::Place::BlockDefinition)
         return isOwnBlock(host::fromUtf8(record.container).value_or(L""));
-    if (record.type == "BLOCK" || record.type == "BLOCK_RECORD") return isOwnBlock(name());
-    if (record.type == "LAYER") return isOwnLayer(name());
-    return record.type == "APPID" && equalNoCase(name(), L"MOR_ATTRIBUTES");
+    if (type == "BLOCK" || type == "BLOCK_RECORD") return isOwnBlock(name());
+    if (type == "LAYER") return isOwnLayer(name());
+    return type == "APPID" && equalNoCase(name(), L"MOR_ATTRIBUTES");
 }
 
 bool OwnRecords::isOwn(const host::RecordInfo& record) {
-    if (record.type == "ENDBLK") return m_blockIsOwn;
+    const std::string_view type = record.type;
+    if (type == "ENDBLK") return m_blockIsOwn;
     if (!record.subEntity) m_lastWasOwn = isOwnMain(record);
-    if (record.type == "BLOCK") m_blockIsOwn = m_lastWasOwn;
+    if (type == "BLOCK") m_blockIsOwn = m_lastWasOwn;
     return m_lastWasOwn;
 }
 

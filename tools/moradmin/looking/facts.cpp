@@ -100,6 +100,7 @@ void addNoFacts(Json& object) {
 
 void addDrawingFacts(Json& object, AcApDocument* document) {
     std::map<std::string, std::size_t> types;
+    auto last = types.end();  // most entities are like the one before
     std::map<std::string, std::size_t> applications;
     Json layouts = Json::array();
     OwnRecords own(document);
@@ -107,8 +108,12 @@ void addDrawingFacts(Json& object, AcApDocument* document) {
         if (own.isOwn(record) || record.erased) return;
         const bool inSpace =
             record.place == host::Place::ModelSpace || record.place == host::Place::PaperSpace;
-        if (inSpace && !record.subEntity) ++types[record.type];
-        if (record.type != "LAYOUT" && !host::mayHaveExtendedData(document, record.name)) return;
+        if (inSpace && !record.subEntity) {
+            if (last == types.end() || last->first != record.type)
+                last = types.try_emplace(record.type, 0).first;
+            ++last->second;
+        }
+        if (record.type != "LAYOUT" && !record.extended) return;
         const std::vector<host::RecordGroup> groups = host::recordGroups(document, record.name);
         for (const ExtendedData& data : extendedData(groups)) ++applications[data.application];
         if (record.type == "LAYOUT") layouts.push_back(layoutName(groups));

@@ -53,8 +53,7 @@ std::vector<HeaderVariable> headerVariables(const AcApDocument* document) {
     if (const host::DocumentInfo info = host::documentInfo(document); info.form == "DWG")
         return dwgVariables(info);
     std::vector<HeaderVariable> all;
-    host::forEachRecord(document, [&](const host::RecordInfo& record) {
-        if (record.type != "SECTION") return;
+    host::forEachRecordOf(document, {"SECTION"}, [&](const host::RecordInfo& record) {
         const std::vector<host::RecordGroup> groups = host::recordGroups(document, record.name);
         if (groups.size() < 2 || groups[1].value != "HEADER") return;
         for (std::size_t i = 2; i < groups.size(); ++i) {
@@ -112,8 +111,8 @@ std::vector<ExtendedData> extendedData(const std::vector<host::RecordGroup>& gro
 
 mor::EntityName rootDictionary(const AcApDocument* document) {
     mor::EntityName root;
-    host::forEachRecord(document, [&](const host::RecordInfo& record) {
-        if (root.isNone() && record.type == "DICTIONARY" && !record.erased) root = record.name;
+    host::forEachRecordOf(document, {"DICTIONARY"}, [&root](const host::RecordInfo& record) {
+        if (root.isNone() && !record.erased) root = record.name;
     });
     return root;
 }

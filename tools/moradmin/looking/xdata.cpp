@@ -76,7 +76,7 @@ int runXdata(Session& session, const Options& options) {
         }
     } else {
         host::forEachRecord(session.document(), [&listing](const host::RecordInfo& record) {
-            if (!record.erased) listing.add(record);
+            if (!record.erased && record.extended) listing.add(record);
         });
     }
     if (listing.count() == 0)

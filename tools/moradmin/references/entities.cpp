@@ -25,10 +25,15 @@ namespace mor::tool {
 namespace {
 
 /// The entities of the space that lie on the layers, in any order.
+template <typename Visit>
+void forEachEntityOn(const Session& session, const CMORStringList& layers, const Visit& visit) {
+    MOR_SpaceIterator next(session.view(), layers);
+    while (const ads_name* name = next()) visit(mor::EntityName(*name));
+}
+
 std::vector<mor::EntityName> entitiesOn(const Session& session, const CMORStringList& layers) {
     std::vector<mor::EntityName> names;
-    MOR_SpaceIterator next(session.view(), layers);
-    while (const ads_name* name = next()) names.emplace_back(*name);
+    forEachEntityOn(session, layers, [&](mor::EntityName name) { names.push_back(name); });
     return names;
 }
 
@@ -111,17 +116,31 @@ bool isOwnInsert(mor::EntityName name) {
     return isOwnBlock(bar == std::wstring::npos ? *block : block->substr(bar + 1));
 }
 
-/// Takes the store's own entities out; answers how many they were.
-std::size_t dropOwn(Session& session, std::vector<mor::EntityName>& names) {
-    std::set<mor::EntityName> own;
-    const bool known = session.reference().empty();
-    if (known)
-        host::forEachInsert(session.document(), kFileSystemBlock,
-                            [&own](const host::RecordInfo& info) { own.insert(info.name); });
-    return std::erase_if(names, [&](const mor::EntityName& name) {
-        return known ? own.contains(name) : isOwnInsert(name);
-    });
-}
+/// Tells the store's own entities.
+class OwnInserts {
+public:
+    OwnInserts(const Session& session, const Options& options) : m_wanted(!options.all) {
+        m_known = session.reference().empty();
+        if (m_wanted && m_known)
+            host::forEachInsert(
+                session.document(), kFileSystemBlock,
+                [this](const host::RecordInfo& info) { m_inserts.insert(info.name); });
+    }
+    /// Whether that one is; counted.
+    [[nodiscard]] bool take(mor::EntityName name) {
+        if (!m_wanted || (m_known && m_inserts.empty())) return false;
+        const bool own = m_known ? m_inserts.contains(name) : isOwnInsert(name);
+        if (own) ++m_count;
+        return own;
+    }
+    [[nodiscard]] std::size_t count() const { return m_count; }
+
+private:
+    bool m_wanted;
+    bool m_known;  ///< elsewhere each insert is looked at
+    std::set<mor::EntityName> m_inserts;
+    std::size_t m_count = 0;
+};
 
 /// What the listing has gone through.
 struct Tally {
@@ -173,28 +192,36 @@ void listDeep(Session& session, const Options& options, const std::vector<mor::E
     if (!whole) printNote(session.message("more than a million entities lie in blocks; cut short"));
 }
 
+/// Whether nothing is looked at but how many there are.
+bool isCounted(const Options& options) {
+    return options.count && options.types.empty() && !options.verbose && !options.deep;
+}
+
 }  // namespace
 
 int runEntities(Session& session, const Options& options) {
     const std::vector<std::string> patterns = splitPatterns(options.layers);
     const TextPatterns types(options.types);
     Printer printer(session, options);
-    std::vector<mor::EntityName> names = entitiesOn(session, layersMeant(session, patterns));
-    const std::size_t own = options.all ? 0 : dropOwn(session, names);
-    std::ranges::sort(names);  // a selection comes in an order of its own
+    OwnInserts own(session, options);
+    std::vector<mor::EntityName> names;
     Tally tally;
-    CMOREntity entity;
-    if (options.count && types.empty() && !options.verbose) {
-        tally.listed = names.size();
-    } else {
-        for (const mor::EntityName& name : names) {
-            const ListedEntity found = describe(session, name, entity);
-            tally.types.insert(found.type);
-            if (found.type == "INSERT") tally.inserts.push_back(name);
-            if (!types.match(found.type)) continue;
+    forEachEntityOn(session, layersMeant(session, patterns), [&](mor::EntityName name) {
+        if (own.take(name)) return;
+        if (isCounted(options))
             ++tally.listed;
-            if (!options.count) printer.print(found, name, printer.placement());
-        }
+        else
+            names.push_back(name);
+    });
+    std::ranges::sort(names);  // a selection comes in an order of its own
+    CMOREntity entity;
+    for (const mor::EntityName& name : names) {
+        const ListedEntity found = describe(session, name, entity);
+        tally.types.insert(found.type);
+        if (found.type == "INSERT") tally.inserts.push_back(name);
+        if (!types.match(found.type)) continue;
+        ++tally.listed;
+        if (!options.count) printer.print(found, name, printer.placement());
     }
     if (options.deep) {
         // Whatever layer an insert lies on, what it brings has layers of its own.
@@ -212,7 +239,7 @@ int runEntities(Session& session, const Options& options) {
     }
     tellNotListed(session, options, tally);
     tellUnknown(session, options, tally);
-    tellOwn(session, options, own, "entities");
+    tellOwn(session, options, own.count(), "entities");
     const bool filtered = !patterns.empty() || !types.empty();
     return tally.listed == 0 && filtered ? kNo : kDone;
 }
