@@ -3,6 +3,7 @@
 #include "host/result.h"
 #include "platform/documents.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -58,6 +59,9 @@ struct DrawingSettings {
     double pointSize = 0.0;      ///< $PDSIZE
     bool filled = true;          ///< $FILLMODE
     int insertionUnits = 0;      ///< $INSUNITS
+    // Of a DWG alone: the header of others is a record with groups.
+    std::optional<std::array<std::array<double, 3>, 2>> extents;  ///< $EXTMIN and $EXTMAX
+    std::optional<std::array<std::array<double, 2>, 2>> limits;   ///< $LIMMIN and $LIMMAX
 };
 
 struct DocumentInfo {

@@ -203,7 +203,7 @@ void forEachBlock(AcApDocument* document, std::wstring_view reference,
                             std::wstring_view block);
 
 /// Takes a block with its record, or a record of another symbol table, out of the drawing. Nothing
-/// may use it any more. False when there is none or the form of the drawing does not allow it.
+/// may use it any more. False when there is none.
 bool purgeSymbol(AcApDocument* document, std::string_view table, std::wstring_view name);
 
 }  // namespace mor::host

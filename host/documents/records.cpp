@@ -202,7 +202,6 @@ std::optional<EntityName> findSymbol(const AcApDocument* document, std::string_v
 
 bool purgeSymbol(AcApDocument* document, std::string_view table, std::wstring_view name) {
     Drawing& drawing = *document->drawing;
-    if (drawing.form() == "DWG") return false;
     std::vector<RecordNumber> records;
     if (table == "BLOCK") {
         const ContainerNumber number = drawing.names().findBlock(name);

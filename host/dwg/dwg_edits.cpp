@@ -71,6 +71,7 @@ private:
     void changeInserts();
     void changeInsertList(std::uint64_t header, const Handles& gone, const Handles& made);
     void changeControls();
+    void changeControl(const Container& table);
     void encodeMade();
     [[nodiscard]] NewBlock newBlock(std::uint64_t header);
     void applySplices();
@@ -395,28 +396,40 @@ void Planner::changeControls() {
     for (const auto& [number, head] : m_edits.tableHeads)
         if (m_edits.containers[number].head == 0)
             return refuse("a table that the drawing lacks is not written to DWG");
-    for (const Container& table : m_edits.containers) {
-        if (table.kind != ContainerKind::Table || table.added.empty()) continue;
-        const ObjectFrame frame = frameOf(table.owner);
-        Fields fields = frame.fields(m_file.release());
-        static_cast<void>(readObjectData(fields, frame));
-        BitSplice count{fields.data().position(), 0, {}, false};
-        const std::uint32_t entries = fields.handleCount();
-        count.end = fields.data().position();
-        for (std::uint32_t i = 0; i < entries; ++i) static_cast<void>(fields.handle());
-        if (fields.failed()) return refuse("the table of " + table.name + " is damaged");
-        BitSplice fresh{fields.handles().position(), fields.handles().position(), {}, true};
-        std::int64_t added = 0;
-        for (const RecordNumber at : table.added) {
-            if (isOut(m_edits.records[at])) continue;
-            fresh.bits.handle(kSoftOwner, handleOf(at));
-            ++added;
-        }
-        count.bits.bitLong(entries + added);
-        splice(table.owner, std::move(count));
-        splice(table.owner, std::move(fresh));
-        m_changes.edits.push_back({SavedEdit::Kind::Changed, 0, "TABLE", table.owner, table.name});
+    for (const Container& table : m_edits.containers)
+        if (table.kind == ContainerKind::Table) changeControl(table);
+}
+
+/// The list of a table's records, where some come or go.
+void Planner::changeControl(const Container& table) {
+    std::set<std::uint64_t> gone;
+    for (RecordNumber at = table.first; at != 0 && at <= table.last; ++at)
+        if (isFile(at) && isOut(m_edits.records[at])) gone.insert(handleOf(at));
+    if (table.added.empty() && gone.empty()) return;
+    const ObjectFrame frame = frameOf(table.owner);
+    Fields fields = frame.fields(m_file.release());
+    static_cast<void>(readObjectData(fields, frame));
+    BitSplice count{fields.data().position(), 0, {}, false};
+    const std::uint32_t entries = fields.handleCount();
+    count.end = fields.data().position();
+    std::int64_t left = entries;
+    for (std::uint32_t i = 0; i < entries; ++i) {
+        const std::uint64_t begin = fields.handles().position();
+        if (!gone.contains(fields.handleIn(table.owner))) continue;
+        splice(table.owner, {begin, fields.handles().position(), {}, true});
+        --left;
     }
+    if (fields.failed()) return refuse("the table of " + table.name + " is damaged");
+    BitSplice fresh{fields.handles().position(), fields.handles().position(), {}, true};
+    for (const RecordNumber at : table.added) {
+        if (isOut(m_edits.records[at])) continue;
+        fresh.bits.handle(kSoftOwner, handleOf(at));
+        ++left;
+    }
+    count.bits.bitLong(left);
+    splice(table.owner, std::move(count));
+    splice(table.owner, std::move(fresh));
+    m_changes.edits.push_back({SavedEdit::Kind::Changed, 0, "TABLE", table.owner, table.name});
 }
 
 NewBlock Planner::newBlock(std::uint64_t header) {

@@ -43,7 +43,7 @@ private:
     void readSettings();
     void readCurrent();
     void readSpaces();
-    void readSpace(Point3& base);
+    void readSpace(Point3& base, DrawingSettings& settings);
     void readDimensions();
     void readTables();
     void readLayouts();
@@ -157,15 +157,18 @@ void HeaderReader::readCurrent() {
     passSince(Release::R2000, "d");
 }
 
-void HeaderReader::readSpace(Point3& base) {
+void HeaderReader::readSpace(Point3& base, DrawingSettings& settings) {
     base = m_fields.bitPoint3();
-    pass("3:2 2:2 d3:3 h");
+    for (Point3& corner : settings.extents.emplace()) corner = m_fields.bitPoint3();
+    for (Point2& corner : settings.limits.emplace()) corner = m_fields.point2();
+    pass("d3:3 h");
     passSince(Release::R2000, "hsh3:6");
 }
 
 void HeaderReader::readSpaces() {
-    readSpace(m_header.paperInsertionBase);
-    readSpace(m_header.insertionBase);
+    DrawingSettings paper;
+    readSpace(m_header.paperInsertionBase, paper);
+    readSpace(m_header.insertionBase, m_header.settings);
 }
 
 void HeaderReader::readDimensions() {

@@ -74,6 +74,9 @@ draw lost.dxf -o lost.svg
 layouts floor_plan.dxf site_plan.dxf
 view floor_plan.dxf -o floor_plan.html
 wipe fresh.dxf --yes --all
+help
+help put
+--version
 """
 
 ERRORS = """
@@ -88,7 +91,7 @@ run floor_plan.dxf -c 'lst'
 diff floor_plan.dxf none.dxf
 """
 
-WITHOUT_JSON = {"help", "shell"}
+WITHOUT_JSON = {"shell"}
 
 program = os.path.abspath(sys.argv[1])
 schemas = {path.stem: json.loads(path.read_text()) for path in (tree.ROOT / "docs/schemas").glob("*.json")}
@@ -135,11 +138,16 @@ with tempfile.TemporaryDirectory() as folder:
             validate(call, item["command"], item)
         if count == 0 and not call.startswith("diff"):
             findings.append(f"{call}: nothing was printed; {run.stderr}")
+        for item in objects(run.stderr):
+            validate(call, "note" if "note" in item else "error", item)
     for call in ERRORS.strip().splitlines():
         run = moradmin(call + " --json")
         if run.returncode == 0:
             findings.append(f"{call}: does not fail")
         for item in objects(run.stderr):
+            if "note" in item:
+                validate(call, "note", item)
+                continue
             validate(call, "error", item)
             if "drawing" not in item or item["error"]["code"] != run.returncode:
                 findings.append(f"{call}: the error tells another exit code")

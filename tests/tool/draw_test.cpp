@@ -201,6 +201,17 @@ TEST_F(Drawing, LargeCoordinatesAreShifted) {
     EXPECT_TRUE(holds(svg, "data-shift=\"4500000 0\""));
 }
 
+TEST_F(Drawing, ThatIsInterruptedLeavesNoFileBehind) {
+    newDrawing();
+    const Outcome ended =
+        runInjected("rename", 1, "signal:2", {"draw", file("d.dxf"), "-o", file("picture.svg")});
+    EXPECT_EQ(ended.code, 130);
+    EXPECT_EQ(names(), "d.dxf");
+    EXPECT_EQ(call("draw D -o @picture.bmp").code, 2);
+    EXPECT_TRUE(holds(call("draw D -o @picture.svg --size -5").err, "16 to 16384, not \"-5\""));
+    EXPECT_EQ(names(), "d.dxf");
+}
+
 TEST_F(Drawing, APictureTakesNoDrawingsPlace) {
     const std::string host = DxfDrawing{.entities = lineEntity("A1", "0")}.save("host.dxf");
     std::filesystem::create_symlink(host, file("link.svg"));

@@ -70,10 +70,12 @@ TEST_F(DwgTool, ChangesAStoreAsInItsDxfTwin) {
           "put /a/long --string " + longText, std::string("rm /a/t"), std::string("mv /c /moved"),
           std::string("cp -R /a /copy"), std::string("rm -r /new"),
           std::string("put /a/b --string \u00E9"), std::string("rm -r /copy"),
-          std::string("repair"), std::string("wipe --yes"), std::string("put /again/x 3.5")}) {
+          std::string("repair"), std::string("wipe --yes"), std::string("put /again/x 3.5"),
+          std::string("wipe --yes --all"), std::string("put /anew/x 4.5")}) {
         const std::string changed = answer(command + " --experimental-dwg", "d.dwg");
         EXPECT_EQ(changed, answer(command, "d.dxf")) << command;
-        for (const char* look : {"dump", "check", "ls -R /", "entities", "layers", "blocks"})
+        for (const char* look :
+             {"dump", "check", "ls -R /", "entities --all", "layers --all", "blocks --all"})
             EXPECT_EQ(answer(look, "d.dwg"), answer(look, "d.dxf")) << command << ", " << look;
         EXPECT_EQ(call("verify @d.dwg").code, 0) << command;
     }
@@ -166,7 +168,7 @@ TEST_F(DwgTool, KeepsAStoreInEveryDrawingThatIsWritten) {
                   std::string(static_cast<std::size_t>(i * 7), 'y') + "\u00E9\")'\n";
     writeFile(file("fill.txt"), script);
     const std::vector<std::string> steps = {"run FILE @fill.txt", "rm -r FILE /d2",
-                                            "mv FILE /d3/v8 /d0/moved", "wipe --yes FILE"};
+                                            "mv FILE /d3/v8 /d0/moved", "wipe --yes --all FILE"};
     const auto perform = [&](std::string step, const std::string& drawing) {
         step.replace(step.find("FILE"), 4, "@" + drawing);
         const Outcome outcome = call(step + " --experimental-dwg --no-backup");
@@ -181,11 +183,39 @@ TEST_F(DwgTool, KeepsAStoreInEveryDrawingThatIsWritten) {
         writeFile(file("c.dwg"), readFile(entry.path()));
         if (call("put --dry-run @c.dwg /a/b 1").code == 5) continue;
         ++written;
+        const std::string before = call("layers --all @c.dwg").out + call("dump --text @c.dwg").out;
         for (std::size_t i = 0; i < steps.size(); ++i)
             EXPECT_EQ(perform(steps[i], "c.dwg"), dumps[i]) << entry.path() << " " << steps[i];
         EXPECT_EQ(call("verify @c.dwg").code, 0) << entry.path();
+        EXPECT_EQ(call("layers --all @c.dwg").out + call("dump --text @c.dwg").out, before);
     }
     EXPECT_GT(written, 30u);
+}
+
+TEST_F(DwgTool, ShowsOfItsHeaderWhatItsDxfTwinHas) {
+    const char* corpus = std::getenv("MORADMIN_CORPUS_DWG");
+    if (corpus == nullptr) GTEST_SKIP() << "MORADMIN_CORPUS_DWG names no folder of drawings";
+    const auto header = [&](const std::string& drawing, const std::string& name) {
+        const Outcome told = run({"header", drawing, name, "--json"});
+        return told.code == 0 ? nlohmann::json::parse(told.out)["variables"].dump() : told.err;
+    };
+    int twins = 0;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(corpus)) {
+        const std::string dwg = entry.path().string();
+        if (entry.path().extension() != ".dwg") continue;
+        const std::string stem = dwg.substr(0, dwg.size() - 4);
+        for (const std::string ending : {".dxf", "_binary.dxf"}) {
+            if (!std::filesystem::exists(stem + ending)) continue;
+            for (const char* name : {"$LIMM*", "$INSUNITS", "$LTSCALE", "$PDMODE", "$PDSIZE"})
+                EXPECT_EQ(header(dwg, name), header(stem + ending, name)) << stem;
+            // The others were drawn anew before they were saved as DXF.
+            if (ending != ".dxf") {
+                EXPECT_EQ(header(dwg, "$EXTM*"), header(stem + ending, "$EXTM*")) << stem;
+            }
+            ++twins;
+        }
+    }
+    EXPECT_GT(twins, 5);
 }
 
 /// By layer, how many entities model space has; none for layers with others than plain ones, of

@@ -49,6 +49,9 @@ extern "C" ssize_t pread64(int file, void* buffer, std::size_t count, off_t offs
 extern "C" int fsync(int file) {
     return strikes("fsync") ? -1 : static_cast<int>(::syscall(SYS_fsync, file));
 }
+extern "C" int rename(const char* from, const char* to) noexcept {
+    return strikes("rename") ? -1 : static_cast<int>(::syscall(SYS_rename, from, to));
+}
 extern "C" int renameat2(int folder, const char* from, int target, const char* to,
                          unsigned flags) noexcept {
     if (strikes("renameat2")) return -1;

@@ -307,12 +307,14 @@ TEST_F(Looking, ANameThatStandsForSeveralInsertsPlacesNothing) {
 }
 
 TEST_F(Looking, MissingReferencesAreToldWithWhatHelps) {
-    for (const char* line : {"layers D", "blocks D", "entities D --deep"})
+    for (const char* line : {"layers D", "blocks D", "entities D", "entities D --deep", "grep x D"})
         EXPECT_TRUE(
             holds(call(line).err,
                   "a reference is missing: LOST (gone\\lost.dwg); --xref-path DIR and --map"))
             << line;
     EXPECT_TRUE(holds(out("entities --in LOST", 6), "--xref-path DIR and --map"));
+    EXPECT_TRUE(holds(call("draw D -o @p.svg").err, "--xref-path DIR and --map"));
+    expectCode(2, "xrefs D --xref-path @none; xrefs D --xref-path @none/**", "none");
     EXPECT_TRUE(holds(out("entities --in PLAM", 6), "did you mean \"PLAN\"?"));
     std::filesystem::create_directories(file("some/where"));
     std::filesystem::rename(m_plan, file("some/where/plan.dxf"));
@@ -325,7 +327,8 @@ TEST_F(Looking, LayersAreMeantByTheirNamesAsPrinted) {
     EXPECT_EQ(handles("layers --layer PLAN|W*,WALLS"), "WALLS PLAN|WALLS");
     EXPECT_EQ(handles("layers --in PLAN --layer PLAN|WALLS"), "WALLS");
     EXPECT_EQ(handles("layers --in PLAN --layer WALLS"), "WALLS");
-    EXPECT_EQ(out("layers --layer NONE", 1), "");
+    for (const char* line : {"layers D --layer WALS", "entities D --layer WALS"})
+        EXPECT_TRUE(holds(call(line).err, "matches WALS; did you mean \"WALLS\"?")) << line;
 }
 
 TEST_F(Looking, WhatLiesInBlocksAndReferencesHasItsPlaceInTheDrawing) {
@@ -338,7 +341,8 @@ TEST_F(Looking, WhatLiesInBlocksAndReferencesHasItsPlaceInTheDrawing) {
               "A1\tLINE\t0\tPLAN/PLAN|CORE\t100.0 210.0 2.0\t100.0 212.0 2.0\n"
               "D1\tLINE\t0\tGATE\t0.0 0.0 0.0\t1.0 0.0 0.0\n");
     EXPECT_EQ(out("entities --deep --count --layer *SHAFT"), "1\n");
-    EXPECT_TRUE(holds(call("entities D -v").err, "9 more lie in blocks and references"));
+    EXPECT_TRUE(holds(call("entities D").err, "9 more lie in blocks and references"));
+    EXPECT_FALSE(holds(call("entities D -q").err, "9 more"));
     EXPECT_TRUE(holds(call("entities D --type lines").err, "there are INSERT LINE TEXT"));
 }
 
@@ -392,7 +396,9 @@ TEST_F(Looking, WhatOtherProgramsKeepIsShown) {
           "xdata     1 ACME, 1 OTHER\n", "dicts     ACME_DICT\n"})
         EXPECT_TRUE(holds(info, line));
     expectCode(6, "header @o.dxf INSUNIT; dict @o.dxf /ACME_DIC", "did you mean");
-    expectCode(2, "xdata @o.dxf; xdata @o.dxf A1 --app ACME", "a HANDLE or --app NAME");
+    EXPECT_EQ(call("xdata @o.dxf A1 --app other").out, call("xdata @o.dxf --app other").out);
+    EXPECT_TRUE(holds(call("xdata @o.dxf A1 --app OTHR").err, "did you mean \"OTHER\"?"));
+    expectCode(2, "xdata @o.dxf", "a HANDLE is wanted, or --app NAME");
 }
 
 TEST_F(Looking, WrongCallsSayWhatWouldWork) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
 #include <thread>
 
 namespace mor::test {
@@ -26,6 +27,12 @@ TEST_F(Shell, SpeaksTheLanguageOfScriptsAndSavesOnCommit) {
     EXPECT_EQ(call("find D /**/*").out, "/cfg/user/x\n/cfg/z\n");
     EXPECT_EQ(call("shell D", "put /cfg/q 1\nexit -f\n").code, 0);
     EXPECT_EQ(call("cat D /cfg/q").code, 6);
+    const Outcome open = call("shell D", "put /cfg/q (1\n 2");
+    EXPECT_EQ(open.code, 2);
+    EXPECT_TRUE(holds(open.err, "the list that begins here is not closed"));
+    EXPECT_TRUE(holds(call("shell D", "put /cfg/q -\n").err, "stdin is where commands come from"));
+    EXPECT_TRUE(holds(call("shell -", bytes).err, "moradmin run - -c COMMANDS"));
+    EXPECT_TRUE(holds(call("shell D --json").err, "which use \\\"moradmin run\\\""));
 }
 
 /// A terminal that tmux keeps; `keys` are typed, `shown` waits until a text is on its screen.
@@ -59,6 +66,15 @@ protected:
         words.insert(words.end(), typed.begin(), typed.end());
         EXPECT_EQ(tmux(words).code, 0);
     }
+    /// Presses a key again and again until a text is on the screen.
+    void pressUntil(const std::string& key, const std::string& text) const {
+        for (int i = 0; i < 100; ++i) {
+            if (tmux({"capture-pane", "-p"}).out.find(text) != std::string::npos) return;
+            keys({key});
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        }
+        ADD_FAILURE() << "not \"" << text << "\" in\n" << tmux({"capture-pane", "-p"}).out;
+    }
     [[nodiscard]] bool shown(const std::string& text) const {
         for (int i = 0; i < 200; ++i) {
             if (tmux({"capture-pane", "-p"}).out.find(text) != std::string::npos) return true;
@@ -87,10 +103,27 @@ TEST_F(Terminal, EditsCompletesAndSurvivesCtrlC) {
     EXPECT_TRUE(shown("+ /cfg/n"));
     keys({"commit", "Enter"});
     EXPECT_TRUE(shown("commit\nd.dxf:/cfg>"));
-    keys({"exit", "Enter"});
+    // It blocks as long as nobody reads from the pipe.
+    ASSERT_EQ(::mkfifo(file("pipe.svg").c_str(), 0600), 0);
+    keys({"put n 7", "Enter", "C-l", "draw -o pipe.svg", "Enter"});
+    EXPECT_TRUE(shown("draw -o pipe.svg"));
+    pressUntil("C-c", "\nd.dxf:/cfg*>");
+    keys({"C-l", "diff", "Enter"});
+    EXPECT_TRUE(shown("~ /cfg/n"));
+    keys({"C-d"});
+    EXPECT_TRUE(shown("unsaved\nd.dxf:/cfg*>"));
+    keys({"rollback", "Enter", "exit", "Enter"});
     EXPECT_TRUE(shown("exit\n$"));
     keys({"moradmin cat d.dxf /cfg/n", "Enter"});
     EXPECT_TRUE(shown("$ moradmin cat d.dxf /cfg/n\n(1 2)"));
+}
+
+TEST_F(Terminal, SaysWhatTakesLongAndEndsIt) {
+    ASSERT_EQ(::mkfifo(file("pipe.svg").c_str(), 0600), 0);
+    keys({"moradmin draw d.dxf -o pipe.svg", "Enter"});
+    EXPECT_TRUE(shown("\ndraw d.dxf  2 s"));
+    keys({"C-c", "echo ended with $?", "Enter"});
+    EXPECT_TRUE(shown("\nended with 130"));
 }
 
 TEST_F(Terminal, OfBashCompletesCommandsDrawingsAndPaths) {
@@ -101,7 +134,22 @@ TEST_F(Terminal, OfBashCompletesCommandsDrawingsAndPaths) {
     keys({"moradmin entities d.dxf --lay", "Tab", "MOR", "Tab"});
     EXPECT_TRUE(shown("--layer MOR_CONTROL_LAYER"));
     EXPECT_EQ(call("complete -- rm @d.dxf /cfg/s").out, "/cfg/scale\n");
-    EXPECT_EQ(call("complete -- put --dry").out, "--dry-run\n");
+    const std::pair<const char*, const char*> rows[] = {
+        {"put --dry", "--dry-run\n"},
+        {"--js", "--json\n"},
+        {"--json ca", "cat\n"},
+        {"-o x rmd", "rmdir\n"},
+        {"diff @d.dxf ", ":files\n"},
+        {"find @d.dxf --type d", "d\n"},
+        {"new x.dxf --release R201", "R2010\nR2013\nR2018\n"},
+        {"draw @d.dxf --layout Mo", "Model\n"},
+        {"xdata @d.dxf --app MOR", "MOR_ATTRIBUTES\n"}};
+    for (const auto& [line, out] : rows) {
+        std::vector<std::string> all = words(line);
+        all.insert(all.begin(), {"complete", "--"});
+        if (std::string_view(line).ends_with(' ')) all.emplace_back();
+        EXPECT_EQ(run(all).out, out) << line;
+    }
 }
 
 }  // namespace

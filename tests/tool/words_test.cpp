@@ -13,6 +13,30 @@ protected:
     void expectSaid(const std::vector<std::pair<std::string, std::string>>& rows) const {
         for (const auto& [line, said] : rows) EXPECT_TRUE(holds(call(line).err, said)) << line;
     }
+    /// Runs the example of a page in a folder with the sample drawings and what examples want.
+    [[nodiscard]] int codeOfExample(const std::string& page) const {
+        const std::filesystem::path place = folder() / "samples";
+        std::filesystem::remove_all(place);
+        std::filesystem::create_directories(place);
+        for (const char* name : {"floor_plan.dxf", "site_plan.dxf"})
+            std::filesystem::copy(std::filesystem::path(MORADMIN_SAMPLES) / name, place);
+        const std::string begin = "\nExample\n  ";
+        const std::size_t at = page.find(begin) + begin.size();
+        const std::string example = page.substr(at, page.find('\n', at) - at);
+        const std::string before =
+            "moradmin run floor_plan.dxf -c 'put /cfg/user/x 1; put /cfg/title 2; put /cfg/old/y 3;"
+            "mkdir /cfg/new' && moradmin dump floor_plan.dxf > store.json";
+        const bool import = example.starts_with("moradmin import");
+        const Outcome outcome = runProgram(
+            {"/bin/bash", "-c",
+             "cd " + place.string() +
+                 "; PATH=" + std::filesystem::path(MORADMIN_PROGRAM).parent_path().string() +
+                 ":$PATH; " + before + (import ? " && moradmin export floor_plan.dxf values" : "") +
+                 " || exit 99; " + example},
+            folder());
+        EXPECT_TRUE(outcome.code < 2) << example << ": " << outcome.err;
+        return outcome.code;
+    }
 };
 
 TEST_F(Words, ThatAreNearlyRightAreTold) {
@@ -41,6 +65,14 @@ TEST_F(Words, ThatAreNearlyRightAreTold) {
         {"run D -c 'put /a/b 1; lst'", "line 1, command 2: \"lst\" is not a command"},
         {"run D -c 'put /a/b x'", "a script takes quotes away: '\"...\"', or --string"},
         {"df D /cgf", "did you mean \"/cfg\"?"},
+        {"tree D /cfg/scale", "/cfg/scale is a file, not a directory; \"moradmin cat\" prints"},
+        {"rmdir D /cfg/scale", "is a file, not a directory"},
+        {"cat D /cfg/scale/x", "/cfg/scale/x is not there; /cfg/scale is a file"},
+        {"put D /cfg/b 1 2", "a value is one word, in quotes: '(1 2 3)'"},
+        {"rm D -z /cfg/scale", "\"-z\" is no option of this command"},
+        {"new - -o -", "\"-o\" is no option of this command"},
+        {"new @d.dwg", "choose a name such as d.dxf"},
+        {"put D /cfg/b 1 -o @e.dwg", "the drawing is DXF and is not converted"},
         {"ls D -r --ext ''", "an ending is wanted"},
     });
 }
@@ -58,6 +90,7 @@ TEST_F(Words, OfHelpNameTheArgumentsAndGiveAnExample) {
         EXPECT_TRUE(holds(page, "moradmin " + name)) << name;
         EXPECT_TRUE(holds(page, "\nExample\n  moradmin " + name)) << name;
         EXPECT_EQ(call(name + " --help").out, page);
+        EXPECT_EQ(codeOfExample(page), name == "diff" ? 1 : 0) << name;  // the stores differ
     }
     EXPECT_GT(commands, 25);
     EXPECT_TRUE(call("help cat").out.starts_with("moradmin cat DRAWING PATH...\n"));
@@ -65,6 +98,10 @@ TEST_F(Words, OfHelpNameTheArgumentsAndGiveAnExample) {
 }
 
 TEST_F(Words, ThatAreWrongAreToldAsJson) {
+    filledDrawing({{"/cfg/x", "1"}});
+    const auto note = nlohmann::json::parse(call("entities D --layer NONE --json").err);
+    EXPECT_EQ(note["drawing"], file("d.dxf"));
+    EXPECT_TRUE(holds(note["note"], "no entity lies on a layer that matches NONE"));
     for (const char* line : {"lst --json", "cat --json", "--json ls D --nope"}) {
         const Outcome outcome = call(line);
         EXPECT_EQ(outcome.code, 2);
@@ -143,6 +180,12 @@ TEST_F(Words, MayMeanAStreamWhereADrawingIsMeant) {
     EXPECT_TRUE(holds(call("put - /cfg/x - -o -", bytes).err, "stdin is the drawing"));
     EXPECT_EQ(call("put D /cfg/x 3 -o -").out.size(), put.out.size());
     EXPECT_EQ(readFile(file("d.dxf")), bytes);
+    EXPECT_EQ(call("put - /cfg/x 4 -o -", call("new -").out).code, 0);
+    EXPECT_EQ(call("cp -:/cfg @d.dxf:/in", bytes).code, 0);
+    EXPECT_EQ(call("cat D /in/x").out, "1\n");
+    EXPECT_EQ(call("cat - /k/x", call("cp @d.dxf:/in/x -:/k/x -o -", bytes).out).out, "1\n");
+    expectCode(2, {{"cp", file("d.dxf") + ":/cfg", "-:/in"}}, "saved to -o FILE");
+    EXPECT_TRUE(holds(call("run D", "put /cfg/x - --string\n").err, "stdin is the script"));
 }
 
 TEST_F(Words, OfTextsGoInAndOutByteForByte) {

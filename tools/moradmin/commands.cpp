@@ -109,7 +109,7 @@ constexpr std::array kCommands = {
     Command{"shell", "type commands on one drawing; saves with commit, or not at all", "", "", 0, 0,
             kShell, nullptr, runShell},
     Command{"help", "what there is, or all about one command", "[COMMAND]", "its name", 0, 1,
-            kNoDrawing | kNotInScripts | kManual, nullptr, runHelp},
+            kJson | kNoDrawing | kNotInScripts | kManual, nullptr, runHelp},
     Command{"complete", "what the last of the words may go on as", "[WORD...]",
             "the words behind moradmin", 0, kMany, kNoDrawing | kNotInScripts | kHidden, nullptr,
             runComplete},

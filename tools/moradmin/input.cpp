@@ -2,6 +2,7 @@
 
 #include "host/host.h"
 #include "tools/moradmin/failure.h"
+#include "tools/moradmin/running/progress.h"
 
 #include <filesystem>
 #include <fstream>
@@ -29,17 +30,22 @@ std::string readAll(std::istream& stream, const std::string& name) {
     return text;
 }
 
-bool s_drawingOnStdin = false;
+std::string s_stdinUse;  ///< empty as long as nobody wants it
 
 }  // namespace
 
-void noteDrawingOnStdin() { s_drawingOnStdin = true; }
+void takeStdin(const std::string& use) {
+    if (!s_stdinUse.empty() && s_stdinUse != use)
+        throw Failure(kUsage, "stdin is " + s_stdinUse + "; " + use + " comes from a file then");
+    s_stdinUse = use;
+}
 
-std::string readInput(const std::string& name) {
+std::string readInput(const std::string& name, const std::string& use) {
     if (name == "-") {
-        if (s_drawingOnStdin)
-            throw Failure(kUsage, "stdin is the drawing; a value or script comes from a file then");
+        takeStdin(use);
+        Progress::pause();  // it is others who take their time now, perhaps to type
         static const std::string kept = readAll(std::cin, kStdin);  // a command may be run again
+        nowDoing("");
         return kept;
     }
     if (name.empty()) throw Failure(kUsage, "the name of a file is wanted, or - for stdin");

@@ -2,7 +2,10 @@
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
+#include "tools/moradmin/running/private_files.h"
 
+#include <filesystem>
+#include <iostream>
 #include <string>
 
 namespace mor::tool {
@@ -20,10 +23,12 @@ host::Release releaseNamed(const std::string& name) {
 }  // namespace
 
 int runNew(const Options& options) {
+    const bool streamed = options.drawing == "-";
+    refuseOtherForm(options.drawing, "DXF");
     const host::Release release = releaseNamed(options.release);
     AcApDocument* document = host::createDocument(release, options.crlf ? "\r\n" : "\n");
     host::SaveOptions how;
-    how.output = options.drawing;
+    how.output = streamed ? privateFile("new") : options.drawing;
     how.overwrite = false;
     how.backup = false;
     how.dryRun = options.dryRun;
@@ -36,9 +41,10 @@ int runNew(const Options& options) {
         object["output"] = options.drawing;
         object["release"] = host::releaseName(release);
         object["bytes"] = saved.value().bytes;
-        printJson(object);
+        (streamed ? std::cerr : std::cout) << jsonText(object) << "\n";
     }
     if (!saved.value().warning.empty()) printNote(options.drawing + ": " + saved.value().warning);
+    if (streamed && !options.dryRun) copyToOutput(how.output.string());
     return kDone;
 }
 

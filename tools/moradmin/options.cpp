@@ -281,4 +281,12 @@ std::vector<OptionHelp> optionsOf(const Command& command) {
     return all;
 }
 
+std::set<std::string> valuedOptions() {
+    std::set<std::string> all;
+    for (const Command& command : commands())
+        for (const OptionHelp& option : optionsOf(command))
+            if (!option.value.empty()) all.insert(option.names.begin(), option.names.end());
+    return all;
+}
+
 }  // namespace mor::tool

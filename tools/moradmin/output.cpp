@@ -63,6 +63,7 @@ Json closeList(OpenList list) {
     return Json{{"list", std::move(list.done)}, {"tail", std::move(tail)}};
 }
 
+Json s_noteHead;  ///< what notes begin with as JSON; null where they are text
 bool s_prefixed = false;
 std::optional<bool> s_terminal;
 bool s_headings = false;     ///< wanted before the next table
@@ -303,6 +304,18 @@ void printFailure(const Options& options, const Failure& failure) {
     std::cerr << jsonText(object) << "\n";
 }
 
-void printNote(const std::string& text) { std::cerr << "moradmin: " << oneLine(text) << "\n"; }
+void sayAs(const Options& options) {
+    s_noteHead = options.json ? jsonHead(options) : Json(nullptr);
+}
+
+void printNote(const std::string& text) {
+    if (s_noteHead.is_null()) {
+        std::cerr << "moradmin: " << oneLine(text) << "\n";
+        return;
+    }
+    Json object = s_noteHead;
+    object["note"] = text;
+    std::cerr << jsonText(object) << "\n";
+}
 
 }  // namespace mor::tool

@@ -96,6 +96,9 @@ void printTable(const std::vector<std::string>& headings,
 void printTable(const std::vector<std::string>& headings, std::size_t count,
                 const std::function<std::vector<std::string>(std::size_t)>& row);
 
+/// What is said on stderr from now on is JSON where `options` want that; it names their command and
+/// drawing.
+void sayAs(const Options& options);
 /// Says on stderr why a command ended, on one line.
 void printFailure(const Options& options, const Failure& failure);
 /// A remark on stderr, on one line, that changes no exit code.

@@ -16,7 +16,7 @@ std::string scriptText(const Options& options) {
     if (options.script && !options.arguments.empty())
         throw Failure(kUsage, "a FILE or -c COMMANDS, not both");
     if (options.script) return *options.script;
-    return readInput(options.argument("-"));
+    return readInput(options.argument("-"), kStdinScript);
 }
 
 /// What stands in a script only where it says nothing about the drawing as a whole.

@@ -2,6 +2,7 @@
 
 #include "dwgfs/names.h"
 #include "frame/message_system.h"
+#include "platform/runtime.h"
 #include "space/global_view.h"
 #include "tools/moradmin/damage/salvage_apply.h"
 #include "tools/moradmin/damage/salvage_plan.h"
@@ -10,6 +11,7 @@
 #include "tools/moradmin/line/suggest.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/running/private_files.h"
+#include "tools/moradmin/running/progress.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -54,8 +56,10 @@ std::string otherFileHint(const std::string& file) {
 
 /// What of a damaged drawing cannot be read, and what else there is.
 std::string damageOf(const std::string& file, const host::Damage& damage) {
-    std::string text = file + (damage.line == 0 ? "" : ":" + std::to_string(damage.line)) +
-                       ": the drawing is damaged " + damagePlace(damage);
+    std::string text =
+        file + (damage.line == 0 ? "" : ":" + std::to_string(damage.line)) +
+        ": the drawing is damaged " + damagePlace(damage) +
+        (damage.places != 0 ? "; all else is read" : "; what stands before that is read");
     std::error_code code;
     if (std::filesystem::exists(file + ".bak", code))
         text += "; " + file + ".bak is what was there before its last save";
@@ -68,7 +72,9 @@ AcApDocument* opened(const std::string& file, host::Opening opening = host::Open
     const std::string real = drawingFile(file);
     if (std::filesystem::status(real, code).type() == std::filesystem::file_type::not_found)
         throw Failure(kUnreadable, file + ": there is no such file" + otherFileHint(file), file);
+    nowDoing("loading " + file);
     const auto document = host::openDocument(real, opening);
+    nowDoing("");
     if (!document) {
         host::Error error = document.error();
         if (error.file == real) error.file = file;
@@ -80,14 +86,26 @@ AcApDocument* opened(const std::string& file, host::Opening opening = host::Open
     }
     if (const auto damage = host::documentInfo(document.value()).damage) {
         s_sawDamage = true;
-        printNote(damageOf(file, *damage) + (damage->places != 0
-                                                 ? "; all else is read"
-                                                 : "; what stands before that is read"));
+        printNote(damageOf(file, *damage));
     }
     return document.value();
 }
 
 }  // namespace
+
+void refuseOtherForm(const std::string& output, std::string_view form) {
+    const std::filesystem::path path = output;
+    const auto named = [&path](std::wstring_view ending) {
+        return equalNoCase(path.extension().wstring(), ending);
+    };
+    const bool drawing = form == "DWG";
+    if (!named(drawing ? L".dxf" : L".dwg")) return;
+    throw Failure(kUsage,
+                  output + ": the drawing is " + (drawing ? "DWG" : "DXF") +
+                      " and is not converted; choose a name such as " + path.stem().string() +
+                      (drawing ? ".dwg" : ".dxf"),
+                  output);
+}
 
 bool takeSawDamage() { return std::exchange(s_sawDamage, false); }
 
@@ -239,6 +257,7 @@ bool Session::isUnacknowledgedDwg(const Options& options) const {
 }
 
 host::SaveReport Session::save(const Options& options) {
+    refuseOtherForm(options.output, host::documentInfo(m_document).form);
     if (isUnacknowledgedDwg(options) && !options.dryRun)
         printNote(
             message("writing DWG was tested with open readers only, no strict judge of the "
@@ -250,7 +269,9 @@ host::SaveReport Session::save(const Options& options) {
     how.backup = !options.noBackup || isUnacknowledgedDwg(options);
     how.dryRun = options.dryRun;
     refuseLostReadings();
+    nowDoing((options.dryRun ? "comparing " : "saving ") + m_file);
     auto saved = host::saveDocument(m_document, how);
+    nowDoing("");
     if (!saved) throw Failure(saved.error());
     if (!saved.value().warning.empty()) printNote(message(saved.value().warning));
     return std::move(saved.value());

@@ -12,6 +12,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace mor::tool {
 
@@ -97,6 +98,8 @@ private:
     Json m_facts = Json::object();
 };
 
+/// A drawing stays in its form, DXF or DWG: refuses to save one under a name that says otherwise.
+void refuseOtherForm(const std::string& output, std::string_view form);
 /// Whether a drawing that was opened since the last call could only be read up to a place: whatever
 /// a command found is not all, and its exit code says so.
 [[nodiscard]] bool takeSawDamage();

@@ -31,6 +31,15 @@ bool isEmpty(Contents::const_iterator at, const Contents& contents) {
     return below == contents.end() || !below->first.starts_with(at->first + L"/");
 }
 
+/// A message without the name of the file, which is not the same for both sides of a comparison,
+/// and without what lies beside it.
+std::string withoutName(std::string message, const std::string& file) {
+    message = message.substr(0, message.find("; " + file + ".bak"));
+    if (!message.starts_with(file + ":")) return message;
+    message.erase(0, file.size() + 1);
+    return message.starts_with(' ') ? message.substr(1) : "line " + message;
+}
+
 }  // namespace
 
 TextDump textDumpOf(const std::string& file) {
@@ -48,12 +57,11 @@ TextDump textDumpOf(const std::string& file) {
             dump.trouble = "the store is damaged: " + finding->message;
         refuseLostReadings();
     } catch (const std::exception& error) {
-        dump.trouble = error.what();
-        // What names the file is not the same for both sides of a comparison.
-        if (dump.trouble.starts_with(file + ": ")) dump.trouble.erase(0, file.size() + 2);
+        dump.trouble = withoutName(error.what(), file);
     }
     static_cast<void>(takeSawDamage());
-    if (!dump.trouble.empty()) dump.outside += " bytes " + fingerprintOfFile(file);
+    if (!dump.trouble.empty())
+        dump.outside += (dump.outside.empty() ? "bytes " : " bytes ") + fingerprintOfFile(file);
     return dump;
 }
 

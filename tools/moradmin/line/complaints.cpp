@@ -37,6 +37,19 @@ constexpr auto kOtherNames =
                                                                   {"validate", "check"},
                                                                   {"references", "xrefs"}});
 
+/// The first word of those that are too much; an option before others.
+std::string firstExtra(const std::string& extras, const std::vector<std::string>& words) {
+    const std::string all = " " + extras + " ";
+    std::string first;
+    for (const std::string& word : words) {
+        if (word == "--") break;
+        if (all.find(" " + word + " ") == std::string::npos) continue;
+        if (word.size() > 1 && word.starts_with('-')) return word;
+        if (first.empty()) first = word;
+    }
+    return first.empty() ? extras : first;
+}
+
 /// The first word that looks like an option and is none of the command's; empty when all are.
 std::string unknownOption(const std::vector<OptionHelp>& options,
                           const std::vector<std::string>& words) {
@@ -87,6 +100,9 @@ std::string missing(const CLI::ParseError& error, const Command& command,
 std::string complaintOf(const CLI::ParseError& error, const Command& command,
                         const std::vector<std::string>& words) {
     const std::vector<OptionHelp> options = optionsOf(command);
+    if (command.name == "shell" && std::ranges::find(words, "--json") != words.end())
+        return "--json is for programs, which use \"moradmin run\"; commands typed in the shell "
+               "take it too, each by itself";
     if (const std::string word = unknownOption(options, words); !word.empty())
         return "\"" + word + "\" is no option of this command" + optionHint(options, word);
     const std::string text = withoutMarks(error.what());
@@ -96,14 +112,20 @@ std::string complaintOf(const CLI::ParseError& error, const Command& command,
     const auto is = [&error](CLI::ExitCodes code) {
         return error.get_exit_code() == static_cast<int>(code);
     };
-    if (is(CLI::ExitCodes::ExtrasError))
-        return "\"" + rest + "\" is " +
-               (rest.starts_with('-') ? "no option of this command" : "too much");
+    if (is(CLI::ExitCodes::ExtrasError)) {
+        const std::string extra = firstExtra(rest, words);
+        return "\"" + oneLine(extra) + "\" is " +
+               (extra.starts_with('-') ? "no option of this command" : "too much");
+    }
     if (is(CLI::ExitCodes::RequiredError)) return missing(error, command, words);
     if (is(CLI::ExitCodes::ArgumentMismatch)) {
         if (subject != kArgumentWords) return subject + " wants something behind it";
-        return std::string("there are too ") + (rest.starts_with("At Most") ? "many" : "few") +
-               " words behind the drawing";
+        const bool many = rest.starts_with("At Most");
+        return std::string("there are too ") + (many ? "many" : "few") + " words for " +
+               std::string(command.arguments) +
+               (many && (command.options & kPutting) != 0
+                    ? "; a value is one word, in quotes: '(1 2 3)'"
+                    : "");
     }
     return subject == kDrawingWord || subject == kArgumentWords ? rest : text;
 }

@@ -4,11 +4,15 @@
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/line/rules.h"
+#include "tools/moradmin/line/words.h"
+#include "tools/moradmin/picture/views.h"
 #include "tools/moradmin/store/paths.h"
 
 #include <algorithm>
 #include <iostream>
 #include <memory>
+#include <sstream>
+#include <utility>
 
 namespace mor::tool {
 
@@ -44,6 +48,12 @@ public:
 private:
     void add(const std::string& word, const std::string& begin) {
         if (word.starts_with(begin)) m_found.words.push_back(word);
+    }
+    /// The parts of a text that names what may be given.
+    void words(const std::string& text, char between, const std::string& begin) {
+        std::istringstream parts(text);
+        for (std::string part; std::getline(parts, part, between);)
+            if (!part.starts_with('(')) add(part, begin);
     }
     void commandNames(const std::string& begin) {
         for (const Command& command : commands()) {
@@ -88,14 +98,22 @@ private:
     }
     void valueOf(const OptionHelp& option, const std::string& begin) {
         const std::string& name = option.names.back();
-        if (name != "--in" && name != "--layer") {
+        if (name == "--release") return words(option.text, ' ', begin);
+        if (name == "--type" && option.value == "f|d") return words(option.value, '|', begin);
+        if (name != "--in" && name != "--layer" && name != "--layout" && name != "--app") {
             m_found.files =
                 option.value == "FILE" || option.value == "DIR" || option.value == "FOLDER";
             return;
         }
         Session* open = session();
         if (open == nullptr) return;
-        if (name == "--in")
+        if (name == "--layout")
+            for (const Layout& layout : layoutsOf(open->document())) add(layout.name, begin);
+        else if (name == "--app")
+            host::forEachSymbol(
+                open->document(), L"", "APPID",
+                [&](const host::SymbolInfo& symbol) { add(utf8(symbol.symbol), begin); });
+        else if (name == "--in")
             host::forEachBlock(open->document(), L"", [&](const host::BlockInfo& block) {
                 if (block.reference) add(utf8(block.symbol.symbol), begin);
             });
@@ -112,8 +130,9 @@ private:
                                 command.arguments.find("PATTERN") != std::string_view::npos ||
                                 command.arguments == "FROM TO";
         if (drawing && takesPaths && (m_inShell || begin.starts_with('/'))) storePaths(begin);
-        if (drawing && command.arguments.find("FILE") != std::string_view::npos)
-            m_found.files = true;
+        for (const char* file : {"FILE", "DRAWING"})
+            if (drawing && command.arguments.find(file) != std::string_view::npos)
+                m_found.files = true;
     }
     void storePaths(const std::string& begin) {
         Session* open = session();
@@ -155,7 +174,18 @@ int runComplete(const Options& options) {
         }
         return session.get();
     };
-    const Completions found = completionsFor(options.arguments, open);
+    std::vector<std::string> words = options.arguments;
+    if (words.size() == 1 && words.front().starts_with('-')) {
+        for (const std::string general : {"--help", "--json", "--version"})
+            if (general.starts_with(words.front())) std::cout << general << "\n";
+        return kDone;
+    }
+    if (words.size() > 1 && words.front().starts_with('-')) {
+        words = commandFirst(std::move(words), valuedOptions());
+        if (std::equal(words.begin() + 1, words.end(), options.arguments.begin()))
+            words.resize(1);  // the command itself is what is to be completed
+    }
+    const Completions found = completionsFor(words, open);
     for (const std::string& word : found.words) std::cout << word << "\n";
     if (found.files) std::cout << ":files\n";
     return kDone;

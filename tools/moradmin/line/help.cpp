@@ -4,6 +4,7 @@
 #include "tools/moradmin/line/manual.h"
 #include "tools/moradmin/line/rules.h"
 #include "tools/moradmin/options.h"
+#include "tools/moradmin/output.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -83,7 +84,14 @@ std::vector<WordHelp> wordsOf(const Command& command) {
     return words;
 }
 
-void printVersion() {
+void printVersion(const Options& options) {
+    if (options.json) {
+        Json object = jsonHead(options);
+        object["command"] = "version";
+        object["version"] = MORADMIN_VERSION;
+        object["commit"] = MORADMIN_COMMIT;
+        return printJson(object);
+    }
     std::cout << "moradmin " << MORADMIN_VERSION << " (" << MORADMIN_COMMIT << ")\n";
 }
 
@@ -118,19 +126,52 @@ void printPage(const Command& command) {
     printEntry("", std::string(kExitCodes), 2);
 }
 
+namespace {
+
+Json pageJson(const Command& command) {
+    Json page{{"name", command.name}, {"usage", usageOf(command)}, {"text", command.help}};
+    page["words"] = Json::array();
+    for (const WordHelp& word : wordsOf(command))
+        page["words"].push_back({{"name", word.name}, {"text", word.text}});
+    page["options"] = Json::array();
+    for (const OptionHelp& option : optionsOf(command))
+        page["options"].push_back(
+            {{"names", option.names}, {"value", textOrNull(option.value)}, {"text", option.text}});
+    page["example"] = exampleOf(command);
+    return page;
+}
+
+/// Of one command, or of all.
+void printHelpJson(const Options& options, const Command* one) {
+    Json object = jsonHead(options);
+    object["commands"] = Json::array();
+    for (const Command& command : commands())
+        if (one == nullptr ? (command.options & kHidden) == 0 : one == &command)
+            object["commands"].push_back(pageJson(command));
+    printJson(object);
+}
+
+}  // namespace
+
 int runHelp(const Options& options) {
     if (!options.manual.empty()) {
         writeManual(options.manual);
         return kDone;
     }
     if (options.arguments.empty()) {
-        printOverview();
+        if (options.json)
+            printHelpJson(options, nullptr);
+        else
+            printOverview();
         return kDone;
     }
     const Command* command = commandNamed(options.argument());
     if (command == nullptr)
         throw Failure(kUsage, noCommand(options.argument()) + "; \"moradmin help\" lists all");
-    printPage(*command);
+    if (options.json)
+        printHelpJson(options, command);
+    else
+        printPage(*command);
     return kDone;
 }
 

@@ -7,7 +7,7 @@
 
 namespace mor::tool {
 
-void printVersion();
+void printVersion(const Options& options);
 /// All commands, and what holds for all of them.
 void printOverview();
 /// Everything about one command.

@@ -11,20 +11,10 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
-#include <set>
 
 namespace mor::tool {
 
 namespace {
-
-/// The options of all commands that take a word behind them.
-std::set<std::string> valuedOptions() {
-    std::set<std::string> all;
-    for (const Command& command : commands())
-        for (const OptionHelp& option : optionsOf(command))
-            if (!option.value.empty()) all.insert(option.names.begin(), option.names.end());
-    return all;
-}
 
 int refuse(const Options& options, const std::string& text) {
     printFailure(options, Failure(kUsage, text));
@@ -39,7 +29,7 @@ ParsedLine withoutCommand(const std::vector<std::string>& words) {
     };
     line.options.json = holds("--json");
     if (holds("--version") || (!words.empty() && words.front() == "version")) {
-        printVersion();
+        printVersion(line.options);
         line.exitCode = kDone;
     } else if (holds("--help") || holds("-h")) {
         printOverview();

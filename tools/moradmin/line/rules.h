@@ -4,6 +4,7 @@
 #include "tools/moradmin/options.h"
 
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,6 +29,9 @@ struct OptionHelp {
 };
 /// The options that a command takes, --help excluded.
 [[nodiscard]] std::vector<OptionHelp> optionsOf(const Command& command);
+
+/// The options of all commands that take a word behind them.
+[[nodiscard]] std::set<std::string> valuedOptions();
 
 /// The command of that name; null when there is none.
 [[nodiscard]] const Command* commandNamed(std::string_view name);

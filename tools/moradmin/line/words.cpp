@@ -15,6 +15,7 @@ namespace {
 constexpr char kMark = '\x01';
 constexpr std::string_view kStringOption = "--string";
 constexpr std::string_view kLongOption = "--";
+constexpr std::string_view kStdinPlace = "-:/";  ///< a path in the drawing from stdin
 
 bool isNegativeNumber(std::string_view word) {
     const auto digit = [&](std::size_t at) {
@@ -35,7 +36,8 @@ void append(std::vector<std::string>& words, std::string word, bool optionsEnded
         return;
     }
     if (!optionsEnded && word == "-type") word = "--type";  // as another well-known find has it
-    const bool marked = optionsEnded ? word.starts_with('-') : isNegativeNumber(word);
+    const bool marked = optionsEnded ? word.starts_with('-')
+                                     : isNegativeNumber(word) || word.starts_with(kStdinPlace);
     if (marked || word.starts_with('[')) word.insert(word.begin(), kMark);
     words.push_back(std::move(word));
 }
@@ -65,7 +67,9 @@ void unmarkAll(Options& options) {
         std::ranges::for_each(*words, unmark);
     for (std::string* word :
          {&options.drawing, &options.output, &options.release, &options.inside, &options.extensions,
-          &options.kind, &options.application, &options.picture.window, &options.picture.layout})
+          &options.kind, &options.application, &options.picture.window, &options.picture.layout,
+          &options.picture.size, &options.picture.scale, &options.picture.form,
+          &options.picture.background, &options.manual})
         unmark(*word);
     for (std::optional<std::string>* word :
          {&options.fileValue, &options.script, &options.referenceRoot})

@@ -3,6 +3,8 @@
 #include "tools/moradmin/references/entity_record.h"
 
 #include <algorithm>
+#include <span>
+#include <string>
 
 namespace mor::tool {
 
@@ -14,9 +16,42 @@ constexpr int kEntryName = 3;
 
 bool isEntryHandle(int code) { return code == 350 || code == 360; }
 
+std::vector<host::RecordGroup> pointGroups(std::span<const double> point) {
+    std::vector<host::RecordGroup> groups;
+    for (const double coordinate : point)
+        groups.push_back({static_cast<int>(groups.size() + 1) * 10, realText(coordinate)});
+    return groups;
+}
+
+/// Those that are decoded of a DWG.
+std::vector<HeaderVariable> dwgVariables(const host::DocumentInfo& info) {
+    const host::DrawingSettings& settings = info.settings;
+    std::vector<HeaderVariable> all = {
+        {"$ACADVER", {{1, info.version}}},
+        {"$DWGCODEPAGE", {{3, info.codePage}}},
+        {"$FILLMODE", {{70, settings.filled ? "1" : "0"}}},
+        {"$LTSCALE", {{40, realText(settings.lineTypeScale)}}},
+        {"$PDMODE", {{70, std::to_string(settings.pointMode)}}},
+        {"$PDSIZE", {{40, realText(settings.pointSize)}}},
+        {"$INSUNITS", {{70, std::to_string(settings.insertionUnits)}}},
+        {"$HANDSEED", {{5, host::handleText(info.handleSeed)}}},
+    };
+    if (settings.extents) {
+        all.push_back({"$EXTMIN", pointGroups(settings.extents->front())});
+        all.push_back({"$EXTMAX", pointGroups(settings.extents->back())});
+    }
+    if (settings.limits) {
+        all.push_back({"$LIMMIN", pointGroups(settings.limits->front())});
+        all.push_back({"$LIMMAX", pointGroups(settings.limits->back())});
+    }
+    return all;
+}
+
 }  // namespace
 
 std::vector<HeaderVariable> headerVariables(const AcApDocument* document) {
+    if (const host::DocumentInfo info = host::documentInfo(document); info.form == "DWG")
+        return dwgVariables(info);
     std::vector<HeaderVariable> all;
     host::forEachRecordOf(document, {"SECTION"}, [&](const host::RecordInfo& record) {
         const std::vector<host::RecordGroup> groups = host::recordGroups(document, record.name);

@@ -16,6 +16,7 @@ struct HeaderVariable {
     std::string name;
     std::vector<host::RecordGroup> groups;
 };
+/// All of a DXF; of a DWG those that are decoded.
 [[nodiscard]] std::vector<HeaderVariable> headerVariables(const AcApDocument* document);
 /// The groups' values with blanks between them.
 [[nodiscard]] std::string valuesText(const std::vector<host::RecordGroup>& groups);

@@ -6,6 +6,7 @@
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/references/entity_record.h"
+#include "tools/moradmin/references/references.h"
 
 #include <regex.h>
 #include <set>
@@ -129,7 +130,7 @@ private:
             object["space"] = hit.space;
             object["handle"] = textOrNull(hit.handle);
             object["what"] = hit.what;
-            object["text"] = hit.text;
+            object["text"] = textOrNull(hit.text);
             printJson(object);
             return;
         }
@@ -157,6 +158,7 @@ int runGrep(Session& session, const Options& options) {
         host::closeDocument(opened.value());
     }
     session.activate();
+    if (!isPrefixed()) tellMissing(session, options);
     return search.count() == 0 ? kNo : kDone;
 }
 

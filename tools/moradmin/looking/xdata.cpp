@@ -63,10 +63,10 @@ private:
 }  // namespace
 
 int runXdata(Session& session, const Options& options) {
-    if (options.arguments.empty() == options.application.empty())
-        throw Failure(kUsage, "a HANDLE or --app NAME, please");
+    if (options.arguments.empty() && options.application.empty())
+        throw Failure(kUsage, "a HANDLE is wanted, or --app NAME for all records");
     Listing listing(session, options);
-    if (options.application.empty()) {
+    if (!options.arguments.empty()) {
         for (const std::string& word : options.arguments) {
             const auto name = host::findHandle(session.document(), wide(word));
             const auto record = name ? host::recordInfo(session.document(), *name) : std::nullopt;
@@ -74,15 +74,18 @@ int runXdata(Session& session, const Options& options) {
                 throw Failure(kRefused, session.message("no record has the handle " + word), word);
             listing.add(*record);
         }
-        return listing.count() == 0 ? kNo : kDone;
+    } else {
+        host::forEachRecord(session.document(), [&listing](const host::RecordInfo& record) {
+            if (!record.erased && record.extended) listing.add(record);
+        });
     }
-    host::forEachRecord(session.document(), [&listing](const host::RecordInfo& record) {
-        if (!record.erased && record.extended) listing.add(record);
-    });
     if (listing.count() == 0)
-        printNote(session.message("no record has extended data of " + options.application +
-                                  hintFor(options.application, {listing.applications().begin(),
-                                                                listing.applications().end()})));
+        printNote(
+            session.message(std::string(options.arguments.empty() ? "no record has extended data"
+                                                                  : "there is no extended data") +
+                            (options.application.empty() ? "" : " of " + options.application) +
+                            hintFor(options.application, {listing.applications().begin(),
+                                                          listing.applications().end()})));
     return listing.count() == 0 ? kNo : kDone;
 }
 

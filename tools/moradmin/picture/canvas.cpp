@@ -98,6 +98,9 @@ Form formOf(const Options& options) {
         if (sameName(name, word)) return form;
     if (!options.picture.form.empty())
         throw Failure(kUsage, "--form is one of svg, png and pdf, not \"" + oneLine(name) + "\"");
+    if (!name.empty())
+        throw Failure(kUsage, options.output + ": pictures are svg, png and pdf, not \"" +
+                                  oneLine(name) + "\"; --form says which one it is to be");
     return Form::Svg;
 }
 

@@ -6,6 +6,7 @@
 #include "tools/moradmin/picture/output_file.h"
 #include "tools/moradmin/picture/paint_library.h"
 #include "tools/moradmin/references/entity_record.h"
+#include "tools/moradmin/references/references.h"
 
 #include <iostream>
 #include <string>
@@ -98,6 +99,7 @@ void tellLeftOut(const Session& session, const Options& options, Drawn& drawn) {
     tellCounts("drawn in part: ", painter.partly());
     for (const auto& [path, missing] : painter.missing())
         tell("missing reference, drawn as a box: " + path + " (" + missing.why + ")");
+    if (!painter.missing().empty()) tell(kWhereReferencesLie);
     if (!drawn.layout.model && options.picture.layout.empty())
         tell("model space is empty; the layout " + drawn.layout.name + " is drawn");
     for (const Layout& layout : drawn.layouts)
@@ -110,36 +112,40 @@ void tellLeftOut(const Session& session, const Options& options, Drawn& drawn) {
                  "\")");
     if (options.verbose)
         for (const auto& [font, substitute] : drawn.painter.fonts().substitutes())
-            tell(std::string("font ").append(font).append(": ").append(substitute) +
-                 " stands for it");
+            tell(std::string("font ")
+                     .append(font)
+                     .append(": ")
+                     .append(substitute)
+                     .append(" stands for it"));
 }
 
 int runDraw(Session& session, const Options& options) {
-    const std::string output = options.output == "-" ? "" : options.output;
-    if (options.json && output.empty())
+    Options own = options;
+    if (own.output == "-") own.output.clear();
+    if (own.json && own.output.empty())
         throw Failure(kUsage, "draw --json wants -o FILE: the picture itself is no JSON");
-    if (!output.empty()) refuseDrawings(output);
+    if (!own.output.empty()) refuseDrawings(own.output);
     if (!session.placedIn().empty())
         printNote(session.message("the insert stands in the block " + session.placedIn() +
                                   ": it is drawn in the coordinates of that block"));
-    Drawn drawn(session, options);
+    Drawn drawn(session, own);
     const Scene& scene = drawn.painter.scene();
     if (drawn.wish.form == Form::Pdf && scene.strokes() > kManyForPdf)
         printNote(session.message(
             "a PDF of " + std::to_string(scene.strokes()) + " elements takes about " +
             std::to_string(scene.strokes() * kPdfBytes / 1'000'000) +
             " MB of memory while it is written; as SVG or PNG the picture takes a tenth of it"));
-    if (output.empty())
+    if (own.output.empty())
         write(std::cout, drawn);
     else
-        writeTo(output, [&](std::ostream& out) { write(out, drawn); });
-    tellLeftOut(session, options, drawn);
+        writeTo(own.output, [&](std::ostream& out) { write(out, drawn); });
+    tellLeftOut(session, own, drawn);
     const bool nothing = scene.strokes() == 0;
     const bool outside = !nothing && scene.extent().within(drawn.canvas.area).empty;
     if (nothing) printNote(session.message("there is nothing to draw: the picture is empty"));
     if (outside)
         printNote(session.message("the picture is empty: nothing lies within the --window"));
-    if (options.json) printSummary(options, drawn);
+    if (own.json) printSummary(own, drawn);
     return nothing || outside ? kNo : kDone;
 }
 

@@ -4,9 +4,11 @@
 #include "tools/moradmin/failure.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/references/entity_record.h"
+#include "tools/moradmin/running/private_files.h"
 
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <system_error>
 
 namespace mor::tool {
@@ -42,6 +44,8 @@ void writeTo(const std::string& output, const std::function<void(std::ostream&)>
     const bool straight =
         std::filesystem::exists(output, code) && !std::filesystem::is_regular_file(output, code);
     const std::string written = straight ? output : output + ".part";
+    std::optional<UnfinishedFile> unfinished;
+    if (!straight) unfinished.emplace(written);
     std::ofstream file(written, std::ios::binary | std::ios::trunc);
     write(file);
     file.close();

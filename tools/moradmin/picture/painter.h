@@ -90,10 +90,6 @@ private:
     void paintEntity(mor::EntityName name, const Inserted& where);
     void paintShape(const Insert& entity, const Inserted& where);
     void paintInsert(const Insert& insert, const Inserted& where);
-    /// Goes through the cells of an array, with what carries the coordinates of its owner there;
-    /// ends when there is nothing more to be painted.
-    static void forEachCell(const Insert& insert, const Inserted& where,
-                            const std::function<bool(const CMORMathTransMatrix& owner)>& paintCell);
     void paintBlock(const Block& block, const Inserted& inner);
     void paintAttributes(const Insert& insert, const Inserted& where);
     /// A dimension's lines, or a table's, stand in a block of its own.

@@ -6,6 +6,7 @@
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/picture/drawers.h"
 #include "tools/moradmin/picture/painter.h"
+#include "tools/moradmin/references/cells.h"
 #include "tools/moradmin/references/references.h"
 #include "xref/xref_view.h"
 
@@ -25,13 +26,6 @@ constexpr int kInvisibleAttribute = 1;
 constexpr std::size_t kDeepest = 256;
 constexpr const char* kTooMany = "beyond a million elements, 250000 inserts or 256 MB";
 constexpr double kBeyond = 1e9;  ///< half the side of the area around what is cut out
-
-CMORMathTransMatrix moved(const CMORMathTransMatrix& placement, const Point& by) {
-    CMORMathTransMatrix result = placement;
-    const Point step = turned(placement, by);
-    for (std::size_t row = 0; row < 3; ++row) result.rows[row][3] += step[row];
-    return result;
-}
 
 /// Why a reference is not loaded: what was wrong with its file, where there is one.
 std::string whyMissing(const host::ReferenceInfo& reference) {
@@ -74,7 +68,7 @@ void Painter::paintInsert(const Insert& insert, const Inserted& where) {
     const Scene::Group group = m_scene.open(insert.origin, utf8(blockName));
     const auto clipped = clipBlock(insert, product(where.placement, *own));
     bool whole = true;
-    forEachCell(insert, where, [&](const CMORMathTransMatrix& owner) {
+    forEachCell(insert.record, where.placement, [&](const CMORMathTransMatrix& owner) {
         if (isFull()) return whole = false;
         inner.placement = product(owner, *own);
         const std::size_t before = m_scene.offered();
@@ -84,7 +78,7 @@ void Painter::paintInsert(const Insert& insert, const Inserted& where) {
     if (!whole) leaveOut(kTooMany);
     if (clipped) m_scene.close(*clipped);
     m_scene.close(group);
-    forEachCell(insert, where, [&](const CMORMathTransMatrix& owner) {
+    forEachCell(insert.record, where.placement, [&](const CMORMathTransMatrix& owner) {
         Inserted cell = where;
         cell.placement = owner;
         const std::size_t before = m_scene.offered();
@@ -120,23 +114,6 @@ const char* Painter::whyNotWithin(const Inserted& where, const Block& block) {
     if (std::ranges::find(where.blocks, block.key) != where.blocks.end())
         return "INSERT of a block within itself";
     return where.blocks.size() >= kDeepest ? "INSERT within 256 others" : nullptr;
-}
-
-void Painter::forEachCell(const Insert& insert, const Inserted& where,
-                          const std::function<bool(const CMORMathTransMatrix& owner)>& paintCell) {
-    const EntityRecord& record = insert.record;
-    const host::PlaneAxes axes = record.plane();
-    const auto [sine, cosine] = host::sineAndCosine(record.real(50));
-    const Point along = fromPlane(axes, {cosine, sine, 0.0});
-    const Point upwards = fromPlane(axes, {-sine, cosine, 0.0});
-    const int columns = std::max(record.integer(70, 1), 1);
-    const int rows = std::max(record.integer(71, 1), 1);
-    for (int row = 0; row < rows; ++row)
-        for (int column = 0; column < columns; ++column) {
-            // The cells lie along the turned axes; the first one is the insert itself.
-            const Point by = column * record.real(44) * along + row * record.real(45) * upwards;
-            if (!paintCell(moved(where.placement, by))) return;
-        }
 }
 
 void Painter::paintBlock(const Block& block, const Inserted& inner) {

@@ -7,11 +7,11 @@
 #include "space/record_flags.h"
 #include "tools/moradmin/changes/own_records.h"
 #include "tools/moradmin/picture/geometry.h"
+#include "tools/moradmin/references/cells.h"
 #include "tools/moradmin/references/entity_record.h"
 #include "tools/moradmin/references/references.h"
 
 #include <algorithm>
-#include <cmath>
 #include <map>
 #include <optional>
 #include <vector>
@@ -21,6 +21,7 @@ namespace mor::tool {
 namespace {
 
 constexpr std::size_t kMost = 1'000'000;
+constexpr std::size_t kMostCounted = std::size_t{1} << 60U;
 constexpr std::size_t kDeepest = 256;
 constexpr int kPaperCode = 67;
 
@@ -40,35 +41,43 @@ public:
     void insert(mor::EntityName name, const CMORMathTransMatrix& owner, const std::string& way) {
         const std::wstring block = insertedBlock(name).value_or(L"");
         const std::wstring key = upperCase(block);
-        const std::size_t bar = key.rfind(L'|');
-        if (isOwnBlock(bar == std::wstring::npos ? key : key.substr(bar + 1)) ||
-            m_open.size() >= kDeepest || std::ranges::find(m_open, key) != m_open.end())
+        if (isOwn(key) || m_open.size() >= kDeepest ||
+            std::ranges::find(m_open, key) != m_open.end())
             return;
         const mor::EntityName words = name;
         CMORAdsTransformation own;
         if (!own.loadFromEntity(words)) return;
-        const EntityRecord record(m_document, name);
-        const host::PlaneAxes axes = record.plane();
-        const auto [sine, cosine] = host::sineAndCosine(record.real(50));
-        const Point along = fromPlane(axes, {cosine, sine, 0.0});
-        const Point upwards = fromPlane(axes, {-sine, cosine, 0.0});
-        const int columns = std::max(record.integer(70, 1), 1);
-        const int rows = std::max(record.integer(71, 1), 1);
         m_open.push_back(key);
-        for (int row = 0; row < rows && m_count < kMost; ++row)
-            for (int column = 0; column < columns && m_count < kMost; ++column) {
-                const Point by = column * record.real(44) * along + row * record.real(45) * upwards;
-                CMORMathTransMatrix moved = owner;
-                const Point step = turned(owner, by);
-                for (std::size_t i = 0; i < 3; ++i) moved.rows[i][3] += step[i];
-                members(block, product(moved, own.matrix),
-                        (way.empty() ? "" : way + "/") + utf8(block));
-            }
+        const std::string inner = (way.empty() ? "" : way + "/") + utf8(block);
+        forEachCell(EntityRecord(m_document, name), owner, [&](const CMORMathTransMatrix& moved) {
+            members(block, product(moved, own.matrix), inner);
+            return m_count < kMost;
+        });
         m_open.pop_back();
     }
     [[nodiscard]] bool whole() const { return m_count < kMost; }
+    /// How many lie below an insert, counted once for each block.
+    std::size_t countBelow(mor::EntityName name, std::size_t depth = 0) {
+        const auto block = insertedBlock(name);
+        if (!block || depth >= kDeepest) return 0;
+        const std::wstring key = upperCase(*block);
+        if (isOwn(key)) return 0;
+        const auto [known, added] = m_counts.try_emplace(key, 0);  // within itself it adds nothing
+        if (added) {
+            std::size_t count = 0;
+            for (const mor::EntityName& member : membersOf(*block))
+                count = std::min(count + 1 + countBelow(member, depth + 1), kMostCounted);
+            known->second = count;
+        }
+        const std::size_t cells = cellCount(EntityRecord(m_document, name));
+        return std::min(known->second, kMostCounted / cells) * cells;
+    }
 
 private:
+    static bool isOwn(const std::wstring& key) {
+        const std::size_t bar = key.rfind(L'|');
+        return isOwnBlock(bar == std::wstring::npos ? key : key.substr(bar + 1));
+    }
     void members(const std::wstring& block, const CMORMathTransMatrix& placement,
                  const std::string& way) {
         for (const mor::EntityName& name : membersOf(block)) {
@@ -102,6 +111,7 @@ private:
     AcApDocument* m_document;
     const std::function<void(const DeepEntity&)>& m_visit;
     std::map<std::wstring, Members> m_blocks;
+    std::map<std::wstring, std::size_t> m_counts;
     std::vector<std::wstring> m_open;
     std::size_t m_count = 0;
 };
@@ -114,6 +124,13 @@ bool forEachDeepEntity(const Session& session, const std::vector<mor::EntityName
     const CMORMathTransMatrix top = session.placement();
     for (const mor::EntityName& name : inserts) walk.insert(name, top, "");
     return walk.whole();
+}
+
+std::size_t countDeepEntities(const Session& session, const std::vector<mor::EntityName>& inserts) {
+    Walk walk(session, {});
+    std::size_t count = 0;
+    for (const mor::EntityName& name : inserts) count += walk.countBelow(name);
+    return count;
 }
 
 }  // namespace mor::tool

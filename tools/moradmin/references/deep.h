@@ -23,4 +23,7 @@ struct DeepEntity {
 bool forEachDeepEntity(const Session& session, const std::vector<mor::EntityName>& inserts,
                        const std::function<void(const DeepEntity&)>& visit);
 
+/// How many it would visit, whatever their number; places and lists none of them.
+std::size_t countDeepEntities(const Session& session, const std::vector<mor::EntityName>& inserts);
+
 }  // namespace mor::tool

@@ -4,6 +4,7 @@
 #include "tools/moradmin/changes/own_records.h"
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
+#include "tools/moradmin/line/suggest.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/references/deep.h"
 #include "tools/moradmin/references/entity_record.h"
@@ -145,15 +146,34 @@ private:
 struct Tally {
     std::size_t listed = 0;
     std::set<std::string> types;  ///< of all that were looked at
+    std::vector<mor::EntityName> inserts;
 };
 
 /// Says what was asked for and is nowhere.
-void tellUnknownTypes(const Session& session, const Options& options, const Tally& tally) {
-    if (options.quiet || tally.listed != 0 || options.types.empty() || tally.types.empty()) return;
+void tellUnknown(const Session& session, const Options& options, const Tally& tally) {
+    if (options.quiet || tally.listed != 0) return;
+    if (tally.types.empty() && !options.layers.empty())
+        return printNote(session.message("no entity lies on a layer that matches " +
+                                         options.layers.front() +
+                                         hintFor(options.layers.front(), layerNames(session))));
+    if (options.types.empty() || tally.types.empty()) return;
     std::string known;
     for (const std::string& type : tally.types) known += " " + type;
     printNote(session.message("no entity is of the type " + options.types.front() + "; there are" +
                               known));
+}
+
+/// Says what is not listed because it lies in blocks, or in a reference that is not there. Of one
+/// drawing among many only when that is asked for.
+void tellNotListed(const Session& session, const Options& options, const Tally& tally) {
+    if (options.quiet) return;
+    if ((isPrefixed() || options.count) && !options.verbose && !options.deep) return;
+    tellMissing(session, options);
+    if (options.deep) return;
+    const std::size_t deep = countDeepEntities(session, tally.inserts);
+    if (deep != 0 || options.verbose)
+        printNote(session.message(std::to_string(deep) + (deep == 1 ? " more lies" : " more lie") +
+                                  " in blocks and references; --deep lists them"));
 }
 
 /// What lies in blocks and references, where it is asked for; else how many inserts there are.
@@ -198,6 +218,7 @@ int runEntities(Session& session, const Options& options) {
     for (const mor::EntityName& name : names) {
         const ListedEntity found = describe(session, name, entity);
         tally.types.insert(found.type);
+        if (found.type == "INSERT") tally.inserts.push_back(name);
         if (!types.match(found.type)) continue;
         ++tally.listed;
         if (!options.count) printer.print(found, name, printer.placement());
@@ -207,7 +228,6 @@ int runEntities(Session& session, const Options& options) {
         std::vector<mor::EntityName> all = entitiesOn(session, layersMeant(session, {}));
         std::ranges::sort(all);
         listDeep(session, options, all, types, printer, tally);
-        tellMissing(session, options);
     }
     printer.end();
     if (options.count && options.json) {
@@ -217,13 +237,8 @@ int runEntities(Session& session, const Options& options) {
     } else if (options.count) {
         std::cout << tally.listed << "\n";
     }
-    if (options.verbose && !options.deep) {
-        std::size_t deep = 0;
-        forEachDeepEntity(session, names, [&deep](const DeepEntity& /*entity*/) { ++deep; });
-        printNote(session.message(std::to_string(deep) +
-                                  " more lie in blocks and references; --deep lists them"));
-    }
-    tellUnknownTypes(session, options, tally);
+    tellNotListed(session, options, tally);
+    tellUnknown(session, options, tally);
     tellOwn(session, options, own.count(), "entities");
     const bool filtered = !patterns.empty() || !types.empty();
     return tally.listed == 0 && filtered ? kNo : kDone;

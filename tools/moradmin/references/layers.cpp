@@ -1,6 +1,7 @@
 #include "platform/runtime.h"
 #include "tools/moradmin/changes/own_records.h"
 #include "tools/moradmin/commands.h"
+#include "tools/moradmin/line/suggest.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/references/layer_state.h"
 #include "tools/moradmin/references/patterns.h"
@@ -132,8 +133,12 @@ int runLayers(Session& session, const Options& options) {
     });
     tellOwn(session, options, own, "layers");
     tellMissing(session, options);
-    const auto exitOf = [&options](std::size_t count) {
-        return count == 0 && !options.layers.empty() ? kNo : kDone;
+    const auto exitOf = [&](std::size_t count) {
+        if (count != 0 || options.layers.empty()) return kDone;
+        if (!options.quiet)
+            printNote(session.message("no layer matches " + options.layers.front() +
+                                      hintFor(options.layers.front(), layerNames(session))));
+        return kNo;
     };
     const auto rowAt = [&](std::size_t at) {
         const Listed& layer = layers[at];

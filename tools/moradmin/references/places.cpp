@@ -22,6 +22,9 @@ constexpr std::size_t kMostFolders = 10000;
 /// A folder; behind DIR/** all folders below it too.
 void addFolders(const std::string& word, std::vector<std::filesystem::path>& folders) {
     if (!word.ends_with(kAnyDepth)) {
+        std::error_code code;
+        if (!std::filesystem::is_directory(word, code))
+            throw Failure(kUsage, "--xref-path wants a folder that is there, not \"" + word + "\"");
         folders.emplace_back(word);
         return;
     }

@@ -15,7 +15,7 @@ std::vector<std::wstring> loadedReferences(const Session& session) {
 }
 
 void tellMissing(const Session& session, const Options& options) {
-    if (options.quiet || options.json) return;
+    if (options.quiet) return;
     std::size_t count = 0;
     std::string names;
     for (const host::ReferenceInfo& info : host::references(session.document())) {
@@ -41,6 +41,15 @@ std::string whyNot(const host::ReferenceTry& attempt) {
     const std::string file = attempt.path.string();
     // What is wrong with a file that was opened names it already.
     return file.empty() || attempt.why.starts_with(file) ? attempt.why : file + ": " + attempt.why;
+}
+
+std::vector<std::string> layerNames(const Session& session) {
+    std::vector<std::string> names;
+    host::forEachSymbol(session.document(), session.reference(), "LAYER",
+                        [&](const host::SymbolInfo& symbol) {
+                            names.push_back(nameWithin(session, symbol.qualified));
+                        });
+    return names;
 }
 
 std::string nameWithin(const Session& session, const std::wstring& qualified) {

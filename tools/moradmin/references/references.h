@@ -25,6 +25,8 @@ inline constexpr const char* kWhereReferencesLie =
 void tellMissing(const Session& session, const Options& options);
 /// Tells on stderr, with -v, how many things of the store were not listed.
 void tellOwn(const Session& session, const Options& options, std::size_t count, const char* what);
+/// The layers of the drawing or reference that is looked at, by the names that are shown.
+[[nodiscard]] std::vector<std::string> layerNames(const Session& session);
 /// A qualified name as the drawing has it that the session looks at.
 [[nodiscard]] std::string nameWithin(const Session& session, const std::wstring& qualified);
 

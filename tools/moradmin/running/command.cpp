@@ -7,6 +7,7 @@
 #include "tools/moradmin/line/rules.h"
 #include "tools/moradmin/output.h"
 #include "tools/moradmin/references/places.h"
+#include "tools/moradmin/running/progress.h"
 #include "tools/moradmin/running/several.h"
 #include "tools/moradmin/session.h"
 
@@ -39,6 +40,8 @@ int runOnDrawing(const Command& command, const Options& options) {
 }
 
 int runOnce(const Command& command, const Options& options) {
+    const Ticking ticking(options.command + " " + options.drawing,
+                          !options.quiet && command.runAlone != &runShell);
     if (command.runAlone != nullptr) return command.runAlone(options);
     if ((command.options & kSeveral) == 0) return runOnDrawing(command, options);
     return overDrawings(options,

@@ -24,6 +24,7 @@ void flushOutput() {
 }
 
 int guarded(const Options& options, const std::function<int()>& run) {
+    sayAs(options);
     try {
         const int code = run();
         refuseLostReadings();

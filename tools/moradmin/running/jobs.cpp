@@ -49,6 +49,7 @@ Job begin(std::size_t number, const std::function<int(std::size_t)>& visit) {
     job.process = job.out < 0 || job.err < 0 ? -1 : ::fork();
     if (job.process < 0) throw Failure(kUnreadable, "no process can be begun; --jobs 1 needs none");
     if (job.process != 0) return job;
+    Progress::leave();
     for (volatile pid_t& running : s_running) running = 0;  // they are not this one's
     ::dup2(job.out, STDOUT_FILENO);
     ::dup2(job.err, STDERR_FILENO);

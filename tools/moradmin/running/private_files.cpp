@@ -22,6 +22,7 @@ struct Made {
     std::array<char, kLongestPath> folder{};
     std::array<std::array<char, kLongestPath>, kMostFiles> files{};
     volatile std::size_t count = 0;
+    std::array<char, kLongestPath> unfinished{};
 };
 Made s_made;
 
@@ -54,8 +55,16 @@ std::string privateFile(const std::string& name) {
 
 void removePrivateFiles() noexcept {
     for (std::size_t i = 0; i < s_made.count; ++i) ::unlink(s_made.files[i].data());
+    if (s_made.unfinished[0] != '\0') ::unlink(s_made.unfinished.data());
     if (s_made.folder[0] != '\0') ::rmdir(s_made.folder.data());
 }
+
+UnfinishedFile::UnfinishedFile(const std::string& path) {
+    if (path.size() < kLongestPath)
+        std::memcpy(s_made.unfinished.data(), path.c_str(), path.size() + 1);
+}
+
+UnfinishedFile::~UnfinishedFile() { s_made.unfinished[0] = '\0'; }
 
 std::string drawingFile(const std::string& word) {
     if (word != "-") return word;
@@ -63,9 +72,8 @@ std::string drawingFile(const std::string& word) {
     if (kept.empty()) {
         const std::string path = privateFile("stdin");
         std::ofstream file(path, std::ios::binary);
-        file << readInput("-");
+        file << readInput("-", kStdinDrawing);
         if (!file.flush()) throw Failure(kUnwritable, path + ": cannot be written", path);
-        noteDrawingOnStdin();
         kept = path;
     }
     return kept;

@@ -10,6 +10,15 @@ namespace mor::tool {
 /// Takes the folder and what `privateFile` named away; may be called by a signal handler.
 void removePrivateFiles() noexcept;
 
+/// While it lives, a file that is being written goes away with the private ones. One at a time.
+class UnfinishedFile {
+public:
+    explicit UnfinishedFile(const std::string& path);
+    ~UnfinishedFile();
+    UnfinishedFile(const UnfinishedFile&) = delete;
+    UnfinishedFile& operator=(const UnfinishedFile&) = delete;
+};
+
 /// The file that a word of the command line means as a drawing: itself, or for "-" a private one
 /// that holds what came from stdin. Throws Failure.
 [[nodiscard]] std::string drawingFile(const std::string& word);

@@ -33,7 +33,7 @@ public:
              {kRefused, "refused"},
              {kUsage, "called wrongly"},
              {kNo, "answered no"}}};
-        std::string text = std::to_string(drawings) + " drawings";
+        std::string text = std::to_string(drawings) + (drawings == 1 ? " drawing" : " drawings");
         const char* between = ": ";
         for (const auto& [code, word] : words) {
             const auto found = m_counts.find(code);

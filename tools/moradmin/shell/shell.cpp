@@ -1,21 +1,26 @@
 #include "tools/moradmin/changes/contents.h"
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/failure.h"
+#include "tools/moradmin/input.h"
 #include "tools/moradmin/line/complete.h"
 #include "tools/moradmin/line/help.h"
 #include "tools/moradmin/line/rules.h"
 #include "tools/moradmin/line/script.h"
 #include "tools/moradmin/output.h"
+#include "tools/moradmin/running/apart.h"
 #include "tools/moradmin/running/guarded.h"
+#include "tools/moradmin/running/progress.h"
 #include "tools/moradmin/shell/editor.h"
 #include "tools/moradmin/store/paths.h"
 
 #include <array>
 #include <csignal>
 #include <filesystem>
+#include <functional>
 #include <iostream>
 #include <memory>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 namespace mor::tool {
@@ -51,14 +56,26 @@ std::string shortened(const std::string& path) {
 
 class Shell {
 public:
-    explicit Shell(const Options& options) : m_options(options) { reopen(); }
+    explicit Shell(const Options& options)
+        : m_options(options),
+          m_terminal(::isatty(STDIN_FILENO) == 1 && ::isatty(STDOUT_FILENO) == 1) {
+        // Ctrl-C gives up a line, or ends the command that runs, never what is pending.
+        if (m_terminal) m_onInterrupt = std::signal(SIGINT, SIG_IGN);
+        reopen();
+    }
 
     int run() {
         LineEditor editor([this](const std::string& line) { return complete(line); });
         std::string text;
         while (true) {
             const auto line = editor.read(text.empty() ? prompt() : "... ");
-            if (!line) break;
+            if (!line) {
+                if (!text.empty()) static_cast<void>(runText(text));  // says what is not closed
+                text.clear();
+                if (endOfInput()) return m_code;
+                continue;
+            }
+            m_warned = false;
             if (editor.gaveUp()) {
                 text.clear();
                 continue;
@@ -70,11 +87,28 @@ public:
             text.clear();
             if (!goesOn) return m_code;
         }
-        return leave() ? m_code : static_cast<int>(kNo);
     }
 
 private:
+    /// Whether the shell ends with its input: what people have not saved goes only when they say so
+    /// twice.
+    bool endOfInput() {
+        if (m_terminal) std::cout << "\n";
+        if (m_warned || leave()) return true;
+        m_code = kNo;
+        m_warned = true;
+        return !m_terminal;
+    }
+    /// Runs what changes nothing. On a terminal Ctrl-C ends it, and the shell goes on as it was.
+    int apart(const std::function<int()>& run) {
+        if (!m_terminal) return run();
+        return runApart(m_onInterrupt, [&] {
+            const Ticking ticking("working on " + m_options.drawing, true);
+            return guarded(m_options, run);
+        });
+    }
     void reopen() {
+        const Ticking ticking("loading " + m_options.drawing, m_terminal);
         auto fresh = std::make_unique<Session>(m_options.drawing);
         m_session = std::move(fresh);
         m_session->activate();  // the former one has left none behind
@@ -93,7 +127,7 @@ private:
             int code = kDone;
             for (const ScriptLine& line : readScript(text)) {
                 code = runLine(line.words, goesOn);
-                if (!goesOn) break;
+                if (!goesOn || (code != kDone && code != kNo)) break;
             }
             return code;
         });
@@ -110,7 +144,7 @@ private:
         } else if (name == "pwd") {
             std::cout << m_directory << "\n";
         } else if (name == "commit") {
-            commit();
+            return commit();
         } else if (name == "rollback") {
             reopen();
         } else if (name == "help") {
@@ -131,7 +165,7 @@ private:
         const bool here = paths != 0 && options.arguments.empty();
         if (here && (command.options & kStorePaths) != 0) options.arguments = {m_directory};
         if (here && command.name == "tree") options.arguments = {m_directory};
-        if (!changing) return runScriptLine(*m_session, options);
+        if (!changing) return apart([&] { return runScriptLine(*m_session, options); });
         // A command that fails may have done half of its work; the shell promises that it did none.
         const Contents before = contentsOf(m_session->state());
         try {
@@ -155,17 +189,24 @@ private:
         if (!isStoredDirectory(*m_session, directory)) refuseMissing(*m_session, directory);
         m_directory = path;
     }
-    void commit() {
-        static_cast<void>(m_session->save(m_options));
+    int commit() {
+        const int code = apart([this] {
+            static_cast<void>(m_session->save(m_options));
+            return static_cast<int>(kDone);
+        });
+        if (code != kDone) return code;
         reopen();
         if (!isStoredDirectory(*m_session, wide(m_directory))) m_directory = "/";
+        return kDone;
     }
     /// Whether nothing is pending; says so otherwise.
     bool leave() {
         if (!m_pending) return true;
         m_session->forget();
         if (contentsOf(m_session->state()) == m_saved) return true;
-        printNote("changes are pending: commit saves them, rollback drops them, exit -f leaves");
+        printNote(
+            "changes are pending: commit saves them, rollback drops them, exit -f leaves them "
+            "unsaved");
         return false;
     }
     static void help(const std::string& name) {
@@ -210,14 +251,21 @@ private:
     std::unique_ptr<Session> m_session;
     Contents m_saved;
     std::string m_directory = "/";
+    bool m_terminal;
+    void (*m_onInterrupt)(int) = SIG_DFL;
     bool m_pending = false;
+    bool m_warned = false;  ///< that the input ended while changes are pending
     int m_code = kDone;
 };
 
 }  // namespace
 
 int runShell(const Options& options) {
-    std::signal(SIGINT, SIG_IGN);  // Ctrl-C gives up a line, never what is pending
+    if (options.drawing == "-")
+        throw Failure(kUsage,
+                      "stdin is where commands are typed; \"moradmin run - -c COMMANDS -o FILE\" "
+                      "works on a drawing from there");
+    takeStdin("where commands come from");
     return Shell(options).run();
 }
 

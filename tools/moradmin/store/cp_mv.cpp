@@ -209,6 +209,14 @@ int transferBetween(const Spot& from, const Spot& to, const Options& options, bo
     return kDone;
 }
 
+/// A drawing from stdin is saved nowhere unless -o says where.
+void refuseLostStream(const Options& options, const Spot& from, const Spot& to, bool move) {
+    if (to.drawing == "-" && options.output.empty() && !options.dryRun)
+        throw Failure(kUsage, "a drawing from stdin is saved to -o FILE, or to stdout with -o -");
+    if (move && from.drawing == "-" && to.drawing != "-")
+        throw Failure(kUsage, "nothing can be taken out of a drawing from stdin; cp copies it");
+}
+
 int transfer(const Options& options, bool move) {
     const auto first = splitSpot(options.drawing);
     Spot from;
@@ -226,6 +234,7 @@ int transfer(const Options& options, bool move) {
         from = {options.drawing, options.arguments[0]};
         to = {options.drawing, options.arguments[1]};
     }
+    refuseLostStream(options, from, to, move);
     if (sameFile(from.drawing, to.drawing))
         return transferWithin(from.drawing, from, to, options, move);
     return transferBetween(from, to, options, move);

@@ -56,7 +56,13 @@ void collectFolder(const fs::path& folder, const std::wstring& directory,
     std::error_code code;
     for (fs::directory_iterator at(folder, code), end; !code && at != end; at.increment(code))
         if (!at->path().filename().string().starts_with('.')) entries.push_back(at->path());
-    if (code) throw Failure(kUsage, folder.string() + ": " + code.message(), folder.string());
+    if (code)
+        throw Failure(kUsage,
+                      folder.string() + (!fs::exists(folder, code) ? ": there is no such folder"
+                                         : !fs::is_directory(folder, code)
+                                             ? ": is a file; \"moradmin export\" makes folders"
+                                             : ": the folder cannot be read"),
+                      folder.string());
     std::ranges::sort(entries);
     for (const fs::path& entry : entries) {
         if (fs::is_directory(entry, code)) {

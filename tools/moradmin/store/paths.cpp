@@ -30,6 +30,7 @@ std::string missingHint(Session& session, const std::wstring& path) {
     std::wstring missing = path;
     while (missing != L"/" && !isStoredDirectory(session, parentOf(missing)))
         missing = parentOf(missing);
+    if (isStoredFile(session, missing)) return "; " + utf8(missing) + " is a file";
     const std::wstring directory = parentOf(missing);
     const std::vector<std::string> names = namesIn(session, directory);
     if (names.empty())
@@ -110,6 +111,11 @@ void refuseMissing(Session& session, const std::wstring& path) {
                                       hintFor("", namesIn(session, path)) +
                                       "; \"moradmin ls\" lists it, \"moradmin dump\" prints all"),
                       shown);
+    if (isStoredFile(session, path))
+        throw Failure(
+            kRefused,
+            session.message(shown + " is a file, not a directory; \"moradmin cat\" prints it"),
+            shown);
     throw Failure(kRefused, session.message(shown + " is not there" + missingHint(session, path)),
                   shown);
 }

@@ -148,17 +148,13 @@ void removeTraces(Session& session) {
         const auto layer = host::recordGroup(document, record.name, kLayerCode);
         layerUsed = layer && isOwnLayer(wide(*layer));
     });
-    const auto purge = [&](const char* table, std::wstring_view name) {
-        if (!host::purgeSymbol(document, table, name))
-            printNote(session.message(utf8(name) + " stays: only a DXF can lose it"));
-    };
-    if (host::hasBlock(document, kFileSystemBlock)) purge("BLOCK", kFileSystemBlock);
+    host::purgeSymbol(document, "BLOCK", kFileSystemBlock);
     if (!host::findSymbol(document, "LAYER", kControlLayer)) return;
     if (layerUsed)
         printNote(session.message("the layer " + utf8(kControlLayer) +
                                   " stays: something else lies on it"));
     else
-        purge("LAYER", kControlLayer);
+        host::purgeSymbol(document, "LAYER", kControlLayer);
 }
 
 }  // namespace mor::tool

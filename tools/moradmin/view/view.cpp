@@ -7,22 +7,23 @@
 
 namespace mor::tool {
 
-int runView(Session& session, const Options& given) {
-    Options options = given;
-    if (options.output == "-") options.output.clear();
-    if (options.json && options.output.empty())
+int runView(Session& session, const Options& options) {
+    Options own = options;
+    if (own.output == "-") own.output.clear();
+    if (own.json && own.output.empty())
         throw Failure(kUsage, "view --json wants -o FILE: the page itself is no JSON");
-    if (!options.output.empty()) refuseDrawings(options.output);
-    Drawn drawn(session, options);
+    own.picture.form = "svg";  // that stands in the page, whatever it is called
+    if (!own.output.empty()) refuseDrawings(own.output);
+    Drawn drawn(session, own);
     const auto write = [&](std::ostream& out) { writePage(out, session, drawn); };
-    if (options.output.empty())
+    if (own.output.empty())
         write(std::cout);
     else
-        writeTo(options.output, write);
-    tellLeftOut(session, options, drawn);
-    if (options.json) {
-        Json object = jsonHead(options);
-        object["output"] = options.output;
+        writeTo(own.output, write);
+    tellLeftOut(session, own, drawn);
+    if (own.json) {
+        Json object = jsonHead(own);
+        object["output"] = own.output;
         object["elements"] = drawn.painter.scene().strokes();
         printJson(object);
     }
