@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
+#include <map>
 #include <memory>
 #include <optional>
 #include <span>
@@ -75,9 +76,14 @@ struct RecordAttribute {
 /// Every record of the drawing in file order, then the made ones. Changes nothing.
 void forEachRecord(const AcApDocument* document,
                    const std::function<void(const RecordInfo&)>& visit);
-/// Those of some types alone, which is quicker.
+/// Those of some types alone, which is quicker; with `Extended` also those that may have extended
+/// data, each sub-entity among them behind the entity to which it belongs.
+enum class AndThose { None, Extended };
 void forEachRecordOf(const AcApDocument* document, std::initializer_list<std::string_view> types,
-                     const std::function<void(const RecordInfo&)>& visit);
+                     const std::function<void(const RecordInfo&)>& visit,
+                     AndThose also = AndThose::None);
+/// How many entities of each type lie in model space and the layouts, sub-entities left out.
+[[nodiscard]] std::map<std::string, std::size_t> entityTypes(const AcApDocument* document);
 [[nodiscard]] std::optional<RecordInfo> recordInfo(const AcApDocument* document,
                                                    mor::EntityName name);
 /// Where a record stands, of all that `recordInfo` tells; none when there is no such record.

@@ -84,16 +84,45 @@ void forEachRecord(const AcApDocument* document,
 }
 
 void forEachRecordOf(const AcApDocument* document, std::initializer_list<std::string_view> types,
-                     const std::function<void(const RecordInfo&)>& visit) {
+                     const std::function<void(const RecordInfo&)>& visit, AndThose also) {
     Drawing& drawing = drawingOf(document);
     std::vector<std::optional<bool>> wanted(std::size_t{TextNumbers::kNone} + 1);  // by type
+    RecordNumber main = 0;     // the last record that is no sub-entity
+    RecordNumber visited = 0;  // the last one
     for (RecordNumber number = 1; number <= drawing.lastRecord(); ++number) {
         const RecordEntry& entry = drawing.entry(number);
+        if (!entry.has(kSubEntity)) main = number;
         std::optional<bool>& known = wanted[entry.type];
         if (!known || entry.type >= TextNumbers::kTooMany)
             known = std::ranges::find(types, drawing.typeOf(number)) != types.end();
-        if (*known && !entry.has(kGone)) visit(infoOf({&drawing, number, nullptr}));
+        const bool extended = also == AndThose::Extended && drawing.mayHaveExtendedData(number);
+        if (entry.has(kGone) || (!*known && !extended)) continue;
+        if (extended && main > visited && main < number) visit(infoOf({&drawing, main, nullptr}));
+        visit(infoOf({&drawing, number, nullptr}));
+        visited = number;
     }
+}
+
+std::map<std::string, std::size_t> entityTypes(const AcApDocument* document) {
+    const Drawing& drawing = drawingOf(document);
+    std::map<std::string, std::size_t> counts;
+    std::vector<std::size_t> byNumber;
+    for (RecordNumber number = 1; number <= drawing.lastRecord(); ++number) {
+        const RecordEntry& entry = drawing.entry(number);
+        if (entry.has(kEdge | kSubEntity | kErased | kGone) || entry.container == kNoContainer ||
+            !drawing.isSpace(entry.container))
+            continue;
+        if (entry.type >= TextNumbers::kTooMany) {
+            ++counts[drawing.typeOf(number)];
+            continue;
+        }
+        if (entry.type >= byNumber.size()) byNumber.resize(entry.type + std::size_t{1});
+        if (byNumber[entry.type]++ == 0) counts[drawing.typeOf(number)] = 0;
+    }
+    for (auto& [type, count] : counts)
+        if (const std::uint16_t number = drawing.typeNumber(type); number < byNumber.size())
+            count += byNumber[number];
+    return counts;
 }
 
 std::optional<RecordInfo> recordInfo(const AcApDocument* document, EntityName name) {

@@ -1,5 +1,6 @@
 #include "tools/moradmin/looking/facts.h"
 
+#include "dwgfs/names.h"
 #include "tools/moradmin/changes/own_records.h"
 #include "tools/moradmin/looking/foreign.h"
 #include "tools/moradmin/references/entity_record.h"
@@ -99,25 +100,21 @@ void addNoFacts(Json& object) {
 }
 
 void addDrawingFacts(Json& object, AcApDocument* document) {
-    std::map<std::string, std::size_t> types;
-    auto last = types.end();  // most entities are like the one before
+    std::map<std::string, std::size_t> types = host::entityTypes(document);
+    host::forEachInsert(document, kFileSystemBlock, [&types](const host::RecordInfo& record) {
+        if (--types[record.type] == 0) types.erase(record.type);
+    });
     std::map<std::string, std::size_t> applications;
     Json layouts = Json::array();
     OwnRecords own(document);
-    host::forEachRecord(document, [&](const host::RecordInfo& record) {
+    const auto look = [&](const host::RecordInfo& record) {
         if (own.isOwn(record) || record.erased) return;
-        const bool inSpace =
-            record.place == host::Place::ModelSpace || record.place == host::Place::PaperSpace;
-        if (inSpace && !record.subEntity) {
-            if (last == types.end() || last->first != record.type)
-                last = types.try_emplace(record.type, 0).first;
-            ++last->second;
-        }
         if (record.type != "LAYOUT" && !record.extended) return;
         const std::vector<host::RecordGroup> groups = host::recordGroups(document, record.name);
         for (const ExtendedData& data : extendedData(groups)) ++applications[data.application];
         if (record.type == "LAYOUT") layouts.push_back(layoutName(groups));
-    });
+    };
+    host::forEachRecordOf(document, {"LAYOUT", "BLOCK", "ENDBLK"}, look, host::AndThose::Extended);
     const std::vector<HeaderVariable> header = headerVariables(document);
     const Json least = pointOf(header, "$EXTMIN");
     const Json most = pointOf(header, "$EXTMAX");
