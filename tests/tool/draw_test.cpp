@@ -212,6 +212,17 @@ TEST_F(Drawing, ThatIsInterruptedLeavesNoFileBehind) {
     EXPECT_EQ(names(), "d.dxf");
 }
 
+TEST_F(Drawing, AProgramWithoutItsModulesSaysSo) {
+    newDrawing();
+    const std::string alone = file("alone");
+    std::filesystem::copy(MORADMIN_PROGRAM, alone);
+    EXPECT_EQ(runProgram({alone, "ls", file("d.dxf")}, folder()).code, 0);
+    const Outcome drawn = runProgram({alone, "draw", file("d.dxf"), "-o", file("a.svg")}, folder());
+    EXPECT_EQ(drawn.code, 5);
+    EXPECT_TRUE(holds(drawn.err, "install the program as a whole (moradmin_paint.so")) << drawn.err;
+    EXPECT_FALSE(std::filesystem::exists(file("a.svg")));
+}
+
 TEST_F(Drawing, APictureTakesNoDrawingsPlace) {
     const std::string host = DxfDrawing{.entities = lineEntity("A1", "0")}.save("host.dxf");
     std::filesystem::create_symlink(host, file("link.svg"));
