@@ -134,6 +134,8 @@ public:
         return own;
     }
     [[nodiscard]] std::size_t count() const { return m_count; }
+    /// Those of the drawing itself, before anything is taken.
+    [[nodiscard]] std::size_t known() const { return m_inserts.size(); }
 
 private:
     bool m_wanted;
@@ -141,6 +143,13 @@ private:
     std::set<mor::EntityName> m_inserts;
     std::size_t m_count = 0;
 };
+
+/// All entities of the drawing, which its index counts; nothing is gone through.
+std::size_t countEntities(const Session& session) {
+    std::size_t all = 0;
+    for (const auto& [type, count] : host::entityTypes(session.document())) all += count;
+    return all;
+}
 
 /// What the listing has gone through.
 struct Tally {
@@ -206,13 +215,16 @@ int runEntities(Session& session, const Options& options) {
     OwnInserts own(session, options);
     std::vector<mor::EntityName> names;
     Tally tally;
-    forEachEntityOn(session, layersMeant(session, patterns), [&](mor::EntityName name) {
-        if (own.take(name)) return;
-        if (isCounted(options))
-            ++tally.listed;
-        else
-            names.push_back(name);
-    });
+    if (isCounted(options) && patterns.empty() && session.reference().empty())
+        tally.listed = countEntities(session) - own.known();
+    else
+        forEachEntityOn(session, layersMeant(session, patterns), [&](mor::EntityName name) {
+            if (own.take(name)) return;
+            if (isCounted(options))
+                ++tally.listed;
+            else
+                names.push_back(name);
+        });
     std::ranges::sort(names);  // a selection comes in an order of its own
     CMOREntity entity;
     for (const mor::EntityName& name : names) {

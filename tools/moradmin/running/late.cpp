@@ -8,7 +8,7 @@
 namespace mor::tool {
 
 void* lateFunction(const char* module, const char* name) {
-    // Found beside the program: where, its header says.
+    // The program is linked with the folder, beside its own, in which modules are looked for.
     void* loaded = ::dlopen(module, RTLD_NOW | RTLD_LOCAL);
     void* function = loaded == nullptr ? nullptr : ::dlsym(loaded, name);
     if (function != nullptr) return function;
