@@ -87,7 +87,7 @@ Result<std::shared_ptr<Drawing>> References::open(const fs::path& file, const fs
     if (const auto known = m_drawings.find(real); known != m_drawings.end()) return known->second;
     auto source = openReferenceSource(file);
     if (!source) return source.error();
-    auto drawing = openDrawing(std::move(source.value()), file.string());
+    auto drawing = openDrawing(source.value(), file.string());
     if (!drawing) return drawing.error();
     if (const auto& damage = drawing.value()->damage())
         return Error{ErrorKind::Damaged, file.string(), damage->line, damage->text};

@@ -122,7 +122,7 @@ private:
 
 MachineFonts::MachineFonts() {
     if (FT_Init_FreeType(&m_library) != 0) m_library = nullptr;
-    static_cast<void>(find({}));  // number 0
+    static_cast<void>(MachineFonts::find({}));  // number 0
 }
 
 MachineFonts::~MachineFonts() {

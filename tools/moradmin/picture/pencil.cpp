@@ -99,8 +99,11 @@ void Pencil::lettersAlong(const Path& path) {
             whole += std::hypot(part[i].x - part[i - 1].x, part[i].y - part[i - 1].y);
         if (!(pattern > 0.0) || !(whole / pattern < kMostPatterns)) continue;
         for (const LineText& text : type.texts)
-            for (double at = text.along * patternScale(); at < whole; at += pattern)
+            for (std::size_t i = 0;; ++i) {
+                const double at = text.along * patternScale() + static_cast<double>(i) * pattern;
+                if (!(at < whole)) break;
                 letterAt(part, at, text);
+            }
     }
 }
 
