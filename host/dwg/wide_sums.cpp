@@ -102,44 +102,64 @@ MOR_CLMUL inline __m128i carried(__m128i value, __m128i by, __m128i onto) {
                                              _mm_clmulepi64_si128(value, by, 0x11)));
 }
 
-MOR_CLMUL std::size_t foldWithClmul(std::uint16_t seed, std::string_view bytes, char* folded) {
+MOR_CLMUL inline __m128i loaded(const char* at) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+}
+
+/// Sixty-four bytes at a time in four lanes, which are joined in the end.
+MOR_CLMUL inline __m128i foldLanes(__m128i first, const char*& at, std::size_t rounds) {
     constexpr std::size_t kLanes = 4;
-    if (bytes.size() < kLanes * kFoldBytes) return 0;
-    const char* at = bytes.data();
-    const auto load = [&at](std::size_t lane) {
-        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at + lane * kFoldBytes));
-    };
-    __m128i lanes[kLanes] = {load(0), load(1), load(2), load(3)};
-    lanes[0] = _mm_xor_si128(lanes[0], _mm_cvtsi32_si128(seed));
-    const std::size_t rounds = bytes.size() / (kLanes * kFoldBytes);
+    __m128i lanes[kLanes] = {first, loaded(at + kFoldBytes), loaded(at + 2 * kFoldBytes),
+                             loaded(at + 3 * kFoldBytes)};
     const __m128i far = carrier<kLanes * kFoldBytes>();
-    for (std::size_t i = 1; i < rounds; ++i) {
-        at += kLanes * kFoldBytes;
+    for (at += kLanes * kFoldBytes; rounds > 1; --rounds, at += kLanes * kFoldBytes)
         for (std::size_t lane = 0; lane < kLanes; ++lane)
-            lanes[lane] = carried(lanes[lane], far, load(lane));
-    }
+            lanes[lane] = carried(lanes[lane], far, loaded(at + lane * kFoldBytes));
     const __m128i near = carrier<kFoldBytes>();
-    __m128i all = lanes[0];
-    for (std::size_t lane = 1; lane < kLanes; ++lane) all = carried(all, near, lanes[lane]);
-    std::memcpy(folded, &all, kFoldBytes);
-    return rounds * kLanes * kFoldBytes;
+    for (std::size_t lane = 1; lane < kLanes; ++lane)
+        lanes[lane] = carried(lanes[lane - 1], near, lanes[lane]);
+    return lanes[kLanes - 1];
 }
 
-std::size_t foldNothing(std::uint16_t /*seed*/, std::string_view /*bytes*/, char* /*folded*/) {
-    return 0;
+/// Orders that move bytes to the back or to the front: read from `rest` and from 16 + `rest` on.
+alignas(16) constexpr unsigned char kMoves[48] = {
+    128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128,
+    0,   1,   2,   3,   4,   5,   6,   7,   8,   9,   10,  11,  12,  13,  14,  15,
+    128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128};
+
+MOR_CLMUL void foldWithClmul(std::uint16_t seed, std::string_view bytes, char* folded) {
+    constexpr std::size_t kLanesBytes = 4 * kFoldBytes;
+    const char* at = bytes.data();
+    const char* const end = at + bytes.size();
+    __m128i sum = _mm_xor_si128(loaded(at), _mm_cvtsi32_si128(seed));
+    if (bytes.size() >= kLanesBytes)
+        sum = foldLanes(sum, at, bytes.size() / kLanesBytes);
+    else
+        at += kFoldBytes;
+    const __m128i near = carrier<kFoldBytes>();
+    for (; static_cast<std::size_t>(end - at) >= kFoldBytes; at += kFoldBytes)
+        sum = carried(sum, near, loaded(at));
+    // The rest goes behind, and what has no place before it any more is carried over all.
+    const auto* const moves = reinterpret_cast<const char*>(kMoves) + (end - at);
+    const __m128i back = loaded(moves);
+    const __m128i front = _mm_shuffle_epi8(sum, loaded(moves + kFoldBytes));
+    const __m128i behind = _mm_blendv_epi8(loaded(end - kFoldBytes), front, back);
+    sum = carried(_mm_shuffle_epi8(sum, back), near, behind);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(folded), sum);
 }
 
-using Fold = std::size_t (*)(std::uint16_t seed, std::string_view bytes, char* folded);
-Fold bestFold() { return __builtin_cpu_supports("pclmul") ? foldWithClmul : foldNothing; }
+bool canFold() { return __builtin_cpu_supports("pclmul") && __builtin_cpu_supports("sse4.1"); }
 
 #endif
 
 }  // namespace
 
 #if defined(__x86_64__)
-std::size_t foldCrc16(std::uint16_t seed, std::string_view bytes, char* folded) {
-    static const Fold fold = bestFold();
-    return fold(seed, bytes, folded);
+bool foldCrc16(std::uint16_t seed, std::string_view bytes, char* folded) {
+    static const bool can = canFold();
+    if (!can || bytes.size() < kFoldBytes) return false;
+    foldWithClmul(seed, bytes, folded);
+    return true;
 }
 
 void addBlocks(RunningSums& sums, const char* bytes, std::size_t blocks, bool swapped) {
@@ -147,8 +167,8 @@ void addBlocks(RunningSums& sums, const char* bytes, std::size_t blocks, bool sw
     add(sums, bytes, blocks, swapped);
 }
 #else
-std::size_t foldCrc16(std::uint16_t /*seed*/, std::string_view /*bytes*/, char* /*folded*/) {
-    return 0;
+bool foldCrc16(std::uint16_t /*seed*/, std::string_view /*bytes*/, char* /*folded*/) {
+    return false;
 }
 
 void addBlocks(RunningSums& sums, const char* bytes, std::size_t blocks, bool swapped) {
