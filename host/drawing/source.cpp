@@ -4,10 +4,13 @@
 #include "host/permanent.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <exception>
 #include <fcntl.h>
+#include <mutex>
+#include <optional>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -17,8 +20,23 @@ namespace mor::host {
 
 namespace {
 
-std::optional<Error>& firstFailure() {
-    static Permanent<std::optional<Error>> failure;
+/// More than one thread may read.
+struct FirstFailure {
+    std::mutex mutex;
+    std::optional<Error> error;
+
+    void note(const Error& failure) {
+        const std::lock_guard lock(mutex);
+        if (!error) error = failure;
+    }
+    std::optional<Error> take() {
+        const std::lock_guard lock(mutex);
+        return std::exchange(error, std::nullopt);
+    }
+};
+
+FirstFailure& firstFailure() {
+    static Permanent<FirstFailure> failure;
     return *failure;
 }
 
@@ -63,13 +81,13 @@ private:
                               ? std::string("was cut short by another program while it was open")
                               : std::string("reading failed: ") + std::strerror(code)};
         if (code != 0) return failReading(error);
-        if (!firstFailure()) firstFailure() = error;
+        firstFailure().note(error);
     }
 
     int m_descriptor;
     std::uint64_t m_size;
     std::string m_name;
-    mutable bool m_failed = false;
+    mutable std::atomic<bool> m_failed = false;
 };
 
 class BufferSource final : public Source {
@@ -106,11 +124,11 @@ FileState stateOf(int descriptor) {
 }
 
 void failReading(const Error& error) {
-    if (!firstFailure()) firstFailure() = error;
+    firstFailure().note(error);
     if (std::uncaught_exceptions() == 0) throw ReadFailure(error);
 }
 
-std::optional<Error> takeReadFailure() { return std::exchange(firstFailure(), std::nullopt); }
+std::optional<Error> takeReadFailure() { return firstFailure().take(); }
 
 std::string Source::read(std::uint64_t offset, std::uint64_t count) const {
     std::string bytes(static_cast<std::size_t>(count), '\0');

@@ -54,6 +54,11 @@ std::uint16_t DwgCodec::layerNumberOf(RecordNumber number) const {
     return known->second;
 }
 
+std::vector<std::string> DwgCodec::applicationsOf(RecordNumber number) const {
+    const ObjectFrame frame = frameOf(number);
+    return frame.wrong == nullptr ? applicationNames(*m_file, frame) : std::vector<std::string>();
+}
+
 std::string DwgCodec::undecoded(RecordNumber number) const {
     const DecodedRecord record = decoded(number);
     return record.known && record.exact ? std::string() : std::string(frameOf(number).bytes);

@@ -26,6 +26,7 @@ public:
     [[nodiscard]] std::optional<Group> find(RecordNumber number, int code) const override;
     [[nodiscard]] std::uint16_t layerNumberOf(RecordNumber number) const override;
     [[nodiscard]] bool mayHoldHandles(RecordNumber /*number*/) const override { return true; }
+    [[nodiscard]] std::vector<std::string> applicationsOf(RecordNumber number) const override;
     [[nodiscard]] std::string undecoded(RecordNumber number) const override;
     [[nodiscard]] std::string oddityOf(RecordNumber number) const override;
     [[nodiscard]] std::string salvaged() const override;
