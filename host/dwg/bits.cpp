@@ -45,8 +45,14 @@ std::string BitReader::bytes(std::uint64_t count) {
         m_at += count * kBitsPerByte;
         return taken;
     }
-    taken.reserve(static_cast<std::size_t>(count));
-    for (; count > 0; --count) taken += static_cast<char>(this->byte());
+    taken.resize(static_cast<std::size_t>(count));
+    std::size_t done = 0;
+    for (; done + 4 <= taken.size(); done += 4) {
+        const auto four = static_cast<std::uint32_t>(take(32));
+        for (unsigned i = 0; i < 4; ++i)
+            taken[done + i] = static_cast<char>(four >> (24U - 8U * i) & 0xFFU);
+    }
+    for (; done < taken.size(); ++done) taken[done] = static_cast<char>(this->byte());
     return taken;
 }
 

@@ -40,7 +40,10 @@ std::optional<Group> DwgCodec::find(RecordNumber number, int code) const {
         if (layer == TextNumbers::kNone) return std::nullopt;
         if (layer != TextNumbers::kTooMany) return Group(code, m_layerTexts.text(layer));
     }
-    m_found = read(number);
+    if (m_foundNumber != number) {
+        m_found = read(number);
+        m_foundNumber = number;
+    }
     const Group* group = m_found.find(code);
     return group == nullptr ? std::nullopt : std::optional(*group);
 }

@@ -49,6 +49,7 @@ private:
     mutable std::unordered_map<std::uint64_t, std::uint16_t> m_layerNumbers;  ///< by handle
     mutable ObjectChanges m_changes;                                          ///< of the last plan
     mutable GroupList m_found;  ///< texts of the group found last
+    mutable RecordNumber m_foundNumber = 0;
 };
 
 /// Opens a DWG file. `file` stands in the errors.
