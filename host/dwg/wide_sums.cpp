@@ -32,6 +32,7 @@ using AddBlocks = void (*)(RunningSums& sums, const char* bytes, std::size_t blo
 
 #define MOR_AVX2 __attribute__((target("avx2")))
 #define MOR_CLMUL __attribute__((target("sse4.1,pclmul")))
+#define MOR_WIDE_CLMUL __attribute__((target("avx512f,avx512vl,pclmul,vpclmulqdq")))
 
 MOR_AVX2 inline std::uint32_t total(__m256i lanes) {
     const __m128i four =
@@ -91,10 +92,12 @@ constexpr std::uint64_t remainder(unsigned power) {
 
 /// What carries 16 bytes over `bytes` of others. A product of two such numbers has one place more.
 template <unsigned bytes>
+constexpr auto kHigh = static_cast<long long>(remainder(8 * bytes + 63));
+template <unsigned bytes>
+constexpr auto kLow = static_cast<long long>(remainder(8 * bytes - 1));
+template <unsigned bytes>
 MOR_CLMUL inline __m128i carrier() {
-    constexpr std::uint64_t high = remainder(8 * bytes + 63);
-    constexpr std::uint64_t low = remainder(8 * bytes - 1);
-    return _mm_set_epi64x(static_cast<long long>(low), static_cast<long long>(high));
+    return _mm_set_epi64x(kLow<bytes>, kHigh<bytes>);
 }
 
 MOR_CLMUL inline __m128i carried(__m128i value, __m128i by, __m128i onto) {
@@ -121,6 +124,46 @@ MOR_CLMUL inline __m128i foldLanes(__m128i first, const char*& at, std::size_t r
     return lanes[kLanes - 1];
 }
 
+/// The same for as many bytes as the widest processors take at once: four lanes in each of four.
+inline constexpr std::size_t kWidest = 16 * kFoldBytes;
+
+template <unsigned bytes>
+MOR_WIDE_CLMUL inline __m512i wideCarrier() {
+    return _mm512_set4_epi64(kLow<bytes>, kHigh<bytes>, kLow<bytes>, kHigh<bytes>);
+}
+
+MOR_WIDE_CLMUL inline __m512i carried(__m512i value, __m512i by, __m512i onto) {
+    constexpr int kExclusiveOr = 0x96;
+    return _mm512_ternarylogic_epi64(_mm512_clmulepi64_epi128(value, by, 0x00),
+                                     _mm512_clmulepi64_epi128(value, by, 0x11), onto, kExclusiveOr);
+}
+
+MOR_WIDE_CLMUL __m128i foldWidest(std::uint16_t seed, const char*& at, std::size_t rounds) {
+    constexpr std::size_t kFour = 4 * kFoldBytes;
+    __m512i lanes[4] = {_mm512_loadu_si512(at), _mm512_loadu_si512(at + kFour),
+                        _mm512_loadu_si512(at + 2 * kFour), _mm512_loadu_si512(at + 3 * kFour)};
+    lanes[0] = _mm512_xor_si512(lanes[0], _mm512_zextsi128_si512(_mm_cvtsi32_si128(seed)));
+    const __m512i far = wideCarrier<kWidest>();
+    for (at += kWidest; rounds > 1; --rounds, at += kWidest)
+        for (std::size_t lane = 0; lane < 4; ++lane)
+            lanes[lane] = carried(lanes[lane], far, _mm512_loadu_si512(at + lane * kFour));
+    const __m512i four = wideCarrier<kFour>();
+    for (std::size_t lane = 1; lane < 4; ++lane)
+        lanes[lane] = carried(lanes[lane - 1], four, lanes[lane]);
+    const __m128i near = carrier<kFoldBytes>();
+    alignas(kFour) char joined[kFour];
+    _mm512_store_si512(joined, lanes[3]);
+    __m128i sum = loaded(joined);
+    for (std::size_t lane = 1; lane < 4; ++lane)
+        sum = carried(sum, near, loaded(joined + lane * kFoldBytes));
+    return sum;
+}
+
+bool canFoldWidest() {
+    return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512vl") &&
+           __builtin_cpu_supports("vpclmulqdq");
+}
+
 /// Orders that move bytes to the back or to the front: read from `rest` and from 16 + `rest` on.
 alignas(16) constexpr unsigned char kMoves[48] = {
     128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128,
@@ -131,8 +174,11 @@ MOR_CLMUL void foldWithClmul(std::uint16_t seed, std::string_view bytes, char* f
     constexpr std::size_t kLanesBytes = 4 * kFoldBytes;
     const char* at = bytes.data();
     const char* const end = at + bytes.size();
+    static const bool widest = canFoldWidest();
     __m128i sum = _mm_xor_si128(loaded(at), _mm_cvtsi32_si128(seed));
-    if (bytes.size() >= kLanesBytes)
+    if (widest && bytes.size() >= 2 * kWidest)
+        sum = foldWidest(seed, at, bytes.size() / kWidest);
+    else if (bytes.size() >= kLanesBytes)
         sum = foldLanes(sum, at, bytes.size() / kLanesBytes);
     else
         at += kFoldBytes;
