@@ -23,7 +23,8 @@ struct LargeAllocator {
 
     LargeAllocator() = default;
     template <typename U>
-    explicit(false) LargeAllocator(const LargeAllocator<U>& /*other*/) noexcept {}
+    // NOLINTNEXTLINE: vectors make one from the other
+    LargeAllocator(const LargeAllocator<U>& /*other*/) noexcept {}
 
     [[nodiscard]] T* allocate(std::size_t count) {
         if (count > static_cast<std::size_t>(-1) / sizeof(T)) throw std::bad_array_new_length();
@@ -66,7 +67,8 @@ public:
     [[nodiscard]] bool empty() const { return m_size == 0; }
     /// Forgets what stands behind.
     void shorten(std::size_t size) { m_size = size; }
-    explicit(false) operator std::string_view() const { return {m_data.get(), m_size}; }
+    // NOLINTNEXTLINE: they are read as any text is
+    operator std::string_view() const { return {m_data.get(), m_size}; }
 
 private:
     struct Back {
