@@ -2,6 +2,7 @@
 
 #include "host/permanent.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <functional>
 #include <map>
@@ -27,7 +28,6 @@ struct State {
 
     std::size_t dieAt = 0;
     std::size_t failAt = 0;
-    std::size_t failReadAt = 0;
     bool lineByLine = false;
     bool sumsTrusted = false;
     std::vector<std::string> saveCalls;
@@ -36,6 +36,12 @@ struct State {
 State& state() {
     static Permanent<State> s_state;
     return *s_state;
+}
+
+/// More than one thread may read.
+std::atomic<std::size_t>& failReadAt() {
+    static Permanent<std::atomic<std::size_t>> s_at;
+    return *s_at;
 }
 
 // Counts down to the call that fails; 0 stays 0.
@@ -61,13 +67,16 @@ void dieAtSaveCall(std::size_t nth) { state().dieAt = nth; }
 void failSaveCall(std::size_t nth) { state().failAt = nth; }
 std::vector<std::string> saveCalls() { return state().saveCalls; }
 
-void failRead(std::size_t nth) { state().failReadAt = nth; }
+void failRead(std::size_t nth) { failReadAt() = nth; }
 void readLineByLine(bool on) { state().lineByLine = on; }
 bool readsLineByLine() { return state().lineByLine; }
 void trustSums(bool on) { state().sumsTrusted = on; }
 bool trustsSums() { return state().sumsTrusted; }
 
-void reset() { state() = {}; }
+void reset() {
+    state() = {};
+    failReadAt() = 0;
+}
 
 bool shouldFail(std::string_view operation) {
     if (state().anyCall == 0 && state().calls.empty()) return false;
@@ -89,9 +98,9 @@ bool layerLocksEnforced() { return state().enforceLayerLocks; }
 long roomLimit() { return state().roomLimit; }
 
 bool readFails() {
-    const bool due = isDue(state().failReadAt);
-    state().struck = state().struck || due;
-    return due;
+    if (failReadAt() == 0 || --failReadAt() != 0) return false;
+    state().struck = true;
+    return true;
 }
 
 void saveBegins() { state().saveCalls.clear(); }

@@ -146,6 +146,9 @@ private:
     struct Kept;
     std::unique_ptr<Kept> m_kept;
 };
+/// Of which applications a record has extended data, in its order, as UTF-8.
+[[nodiscard]] std::vector<std::string> recordApplications(const AcApDocument* document,
+                                                          mor::EntityName name);
 /// The bytes of a record whose own data no groups tell; empty for all others. For telling whether
 /// it changed.
 [[nodiscard]] std::string undecodedBytes(const AcApDocument* document, mor::EntityName name);

@@ -144,6 +144,14 @@ std::optional<EntityFacts> entityFacts(const AcApDocument* document, EntityName 
     return facts;
 }
 
+std::vector<std::string> recordApplications(const AcApDocument* document, EntityName name) {
+    std::vector<std::string> names;
+    if (const Located found = locate(*document, name))
+        for (const std::wstring& application : found.drawing->applicationsOf(found.number))
+            names.push_back(toUtf8(application));
+    return names;
+}
+
 std::string undecodedBytes(const AcApDocument* document, EntityName name) {
     const Located found = locate(*document, name);
     if (!found || found.drawing->isMade(found.number)) return {};

@@ -40,11 +40,11 @@ struct Skeleton {
     std::uint64_t seed = 0;
     std::optional<std::array<double, 3>> insertionBase;  ///< $INSBASE
     DrawingSettings settings;
-    std::string form = "DXF";          ///< "DXF", "binary DXF" or "DWG"
-    std::string unwritable;            ///< why it cannot be written at all; empty when it can
-    std::uint64_t deadBytes = 0;       ///< among the records, of older versions of them
-    std::string lineEnd;               ///< "LF" or "CRLF"; empty where there are no lines
-    std::vector<RecordEntry> records;  ///< [0] is unused
+    std::string form = "DXF";     ///< "DXF", "binary DXF" or "DWG"
+    std::string unwritable;       ///< why it cannot be written at all; empty when it can
+    std::uint64_t deadBytes = 0;  ///< among the records, of older versions of them
+    std::string lineEnd;          ///< "LF" or "CRLF"; empty where there are no lines
+    RecordEntries records;        ///< [0] is unused
     std::vector<Container> containers;
     TextNumbers types;
     std::vector<RecordForm> forms;  ///< by type
@@ -68,7 +68,7 @@ struct Skeleton {
 
 /// What a save is to write: the drawing as it is at this moment.
 struct EditSet {
-    const std::vector<RecordEntry>& records;  ///< the file's, then the made ones
+    const RecordEntries& records;  ///< the file's, then the made ones
     RecordNumber lastFileRecord = 0;
     const std::vector<Container>& containers;
     const TextNumbers& types;
@@ -140,6 +140,8 @@ public:
     [[nodiscard]] virtual std::uint16_t layerNumberOf(RecordNumber number) const = 0;
     /// Whether a list of named attributes of the record may hold handles; a quick look.
     [[nodiscard]] virtual bool mayHoldHandles(RecordNumber number) const = 0;
+    /// Of which applications a record has extended data, as the file names them, in its order.
+    [[nodiscard]] virtual std::vector<std::string> applicationsOf(RecordNumber number) const = 0;
     /// The bits of a record of which no groups are made; empty where groups are all there is.
     [[nodiscard]] virtual std::string undecoded(RecordNumber /*number*/) const { return {}; }
     /// Why the record could not be written anew as it is; empty when it could.

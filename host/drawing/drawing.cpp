@@ -118,6 +118,18 @@ std::uint16_t Drawing::layerNumberOf(RecordNumber number) const {
     return layer == TextNumbers::kTooMany ? TextNumbers::kNone : layer;
 }
 
+std::vector<std::wstring> Drawing::applicationsOf(RecordNumber number) const {
+    std::vector<std::wstring> names;
+    if (!m_edits.contains(number) && !isMade(number)) {
+        for (const std::string& name : m_codec->applicationsOf(number))
+            names.push_back(m_text.decode(name));
+        return names;
+    }
+    for (const Group& group : groupsOf(number))
+        if (group.code() == kApplicationCode) names.push_back(decoded(group));
+    return names;
+}
+
 std::wstring Drawing::decoded(const Group& group) const {
     return group.isText() ? m_text.decode(group.text()) : fromUtf8(group.shown()).value_or(L"");
 }

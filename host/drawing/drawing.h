@@ -97,6 +97,8 @@ public:
     [[nodiscard]] bool mayHaveExtendedData(RecordNumber number) const {
         return entry(number).has(kExtended) || isMade(number) || m_edits.contains(number);
     }
+    /// Of which applications it has extended data, in its order.
+    [[nodiscard]] std::vector<std::wstring> applicationsOf(RecordNumber number) const;
     [[nodiscard]] const Names& names() const { return m_names; }
 
     // Handles.

@@ -5,7 +5,7 @@
 
 namespace mor::host {
 
-HandleTable::HandleTable(const std::vector<RecordEntry>& records, RecordNumber lastFileRecord,
+HandleTable::HandleTable(const RecordEntries& records, RecordNumber lastFileRecord,
                          std::uint64_t next, KeptHandles kept)
     : m_records(records), m_lastFileRecord(lastFileRecord), m_kept(std::move(kept)), m_next(next) {}
 

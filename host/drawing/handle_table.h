@@ -20,8 +20,8 @@ public:
 
     /// `records` are the drawing's, which grow; those up to `lastFileRecord` are the file's. `next`
     /// is the first handle that may be free, 0 when there is none.
-    HandleTable(const std::vector<RecordEntry>& records, RecordNumber lastFileRecord,
-                std::uint64_t next, KeptHandles kept);
+    HandleTable(const RecordEntries& records, RecordNumber lastFileRecord, std::uint64_t next,
+                KeptHandles kept);
 
     /// 0 when no record has the handle, or the one that had it ended with a redefinition. The first
     /// record of the file keeps a handle that stands twice.
@@ -53,7 +53,7 @@ private:
     [[nodiscard]] RecordNumber inFile(std::uint64_t handle) const;
     void setInFile(std::uint64_t handle, RecordNumber number);
 
-    const std::vector<RecordEntry>& m_records;
+    const RecordEntries& m_records;
     RecordNumber m_lastFileRecord;
     KeptHandles m_kept;
     bool m_gaveHandles = false;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "host/large_memory.h"
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -40,6 +42,7 @@ struct RecordEntry {
     [[nodiscard]] bool has(std::uint16_t flag) const noexcept { return (flags & flag) != 0; }
 };
 static_assert(sizeof(RecordEntry) <= 16);
+using RecordEntries = LargeVector<RecordEntry>;
 
 enum class ContainerKind { None, Section, Table, Block, Space };
 

@@ -20,21 +20,19 @@ namespace mor::host {
 
 namespace {
 
-/// The first failure that nobody has taken yet. Threads that read ahead fail too.
-class FirstFailure {
-public:
-    void note(const Error& error) {
-        const std::scoped_lock lock(m_mutex);
-        if (!m_error) m_error = error;
-    }
-    [[nodiscard]] std::optional<Error> take() {
-        const std::scoped_lock lock(m_mutex);
-        return std::exchange(m_error, std::nullopt);
-    }
+/// More than one thread may read.
+struct FirstFailure {
+    std::mutex mutex;
+    std::optional<Error> error;
 
-private:
-    std::mutex m_mutex;
-    std::optional<Error> m_error;
+    void note(const Error& failure) {
+        const std::lock_guard lock(mutex);
+        if (!error) error = failure;
+    }
+    std::optional<Error> take() {
+        const std::lock_guard lock(mutex);
+        return std::exchange(error, std::nullopt);
+    }
 };
 
 FirstFailure& firstFailure() {

@@ -66,8 +66,10 @@ constexpr std::array<std::array<std::uint8_t, 7>, 4> kRests = {
 
 std::uint16_t crc16(std::uint16_t seed, std::string_view bytes) {
     std::array<char, kFoldBytes> folded{};
-    if (const std::size_t taken = foldCrc16(seed, bytes, folded.data()); taken != 0)
-        return crc16(crc16(0, {folded.data(), folded.size()}), bytes.substr(taken));
+    if (foldCrc16(seed, bytes, folded.data())) {
+        seed = 0;
+        bytes = {folded.data(), folded.size()};
+    }
     unsigned crc = seed;
     std::size_t i = 0;
     for (; i + kStride <= bytes.size(); i += kStride) {

@@ -60,6 +60,9 @@ struct EntityData {
 [[nodiscard]] ObjectData readObjectData(Fields& fields, const ObjectFrame& frame);
 [[nodiscard]] EntityData readEntityData(Fields& fields, std::uint64_t own);
 
+/// The entity behind it in its list, 0 for none; up to R2000, where lists are chains.
+[[nodiscard]] std::uint64_t nextInList(const ObjectFrame& frame, Release release);
+
 /// The owner that is meant.
 [[nodiscard]] std::uint64_t ownerOf(const EntityData& data, const DwgFile& file);
 

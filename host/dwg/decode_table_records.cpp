@@ -263,11 +263,13 @@ std::vector<std::uint64_t> placedHandles(RecordReader& record, std::uint32_t cou
                                          std::vector<std::uint64_t>& places) {
     std::vector<std::uint64_t> handles;
     BitReader& bits = record.in.handles();
-    places.push_back(bits.position());
+    const bool placing = record.parts == BlockParts::Places;
+    if (placing) places.push_back(bits.position());
     if (!bits.holds(count, 8)) return handles;
+    handles.reserve(count);
     for (std::uint32_t i = 0; i < count; ++i) {
         handles.push_back(record.handle());
-        places.push_back(bits.position());
+        if (placing) places.push_back(bits.position());
     }
     return handles;
 }
@@ -313,6 +315,7 @@ BlockMembers readBlockHeader(RecordReader& record) {
         block.explodable = in.bit();
         block.scaling = in.byte();
     }
+    if (record.parts == BlockParts::Fields) return block;
     static_cast<void>(record.handle());
     block.block = record.handle();
     block.chain = in.upTo(Release::R2000);

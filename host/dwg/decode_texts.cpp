@@ -384,7 +384,8 @@ void decodeBlock(RecordReader& record) {
     static_cast<void>(record.in.text());  // often the name of another time
     GroupWriter& out = record.out;
     out.marker("AcDbBlockBegin");
-    const BlockMembers block = blockMembersOf(record.file, record.owner).value_or(BlockMembers());
+    const BlockMembers block =
+        blockMembersOf(record.file, record.owner, BlockParts::Fields).value_or(BlockMembers());
     const std::string& name = record.file.nameOf(record.owner);
     out.text(2, name);
     out.integer(70, block.flags);

@@ -19,6 +19,10 @@ struct OwnedEntities {
     std::uint64_t end = 0;               ///< SEQEND
 };
 
+/// How much of a block's record is asked for: its fields, also its lists of entities, also where
+/// each of these stands.
+enum class BlockParts : std::uint8_t { Fields, Lists, Places };
+
 /// What a decoder works with.
 struct RecordReader {
     const DwgFile& file;
@@ -29,6 +33,7 @@ struct RecordReader {
     std::uint16_t type = 0;
     OwnedEntities owned = {};
     unsigned viewport = 0;  ///< which of its layout's viewports it is
+    BlockParts parts = BlockParts::Lists;
 
     [[nodiscard]] bool since(Release release) const { return in.since(release); }
     [[nodiscard]] bool upTo(Release release) const { return in.upTo(release); }

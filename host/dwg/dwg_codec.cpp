@@ -40,7 +40,10 @@ std::optional<Group> DwgCodec::find(RecordNumber number, int code) const {
         if (layer == TextNumbers::kNone) return std::nullopt;
         if (layer != TextNumbers::kTooMany) return Group(code, m_layerTexts.text(layer));
     }
-    m_found = read(number);
+    if (m_foundNumber != number) {
+        m_found = read(number);
+        m_foundNumber = number;
+    }
     const Group* group = m_found.find(code);
     return group == nullptr ? std::nullopt : std::optional(*group);
 }
@@ -52,6 +55,11 @@ std::uint16_t DwgCodec::layerNumberOf(RecordNumber number) const {
     const auto [known, added] = m_layerNumbers.try_emplace(layer);
     if (added) known->second = m_layerTexts.number(m_file->nameOf(layer));
     return known->second;
+}
+
+std::vector<std::string> DwgCodec::applicationsOf(RecordNumber number) const {
+    const ObjectFrame frame = frameOf(number);
+    return frame.wrong == nullptr ? applicationNames(*m_file, frame) : std::vector<std::string>();
 }
 
 std::string DwgCodec::undecoded(RecordNumber number) const {

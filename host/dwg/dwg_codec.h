@@ -26,6 +26,7 @@ public:
     [[nodiscard]] std::optional<Group> find(RecordNumber number, int code) const override;
     [[nodiscard]] std::uint16_t layerNumberOf(RecordNumber number) const override;
     [[nodiscard]] bool mayHoldHandles(RecordNumber /*number*/) const override { return true; }
+    [[nodiscard]] std::vector<std::string> applicationsOf(RecordNumber number) const override;
     [[nodiscard]] std::string undecoded(RecordNumber number) const override;
     [[nodiscard]] std::string oddityOf(RecordNumber number) const override;
     [[nodiscard]] std::string salvaged() const override;
@@ -48,6 +49,7 @@ private:
     mutable std::unordered_map<std::uint64_t, std::uint16_t> m_layerNumbers;  ///< by handle
     mutable ObjectChanges m_changes;                                          ///< of the last plan
     mutable GroupList m_found;  ///< texts of the group found last
+    mutable RecordNumber m_foundNumber = 0;
 };
 
 /// Opens a DWG file. `file` stands in the errors.

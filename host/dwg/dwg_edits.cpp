@@ -186,7 +186,7 @@ void Planner::changeLayerOf(std::uint64_t handle, std::string_view layer) {
 /// Flags and base point of a block lie in its record.
 void Planner::changeBlock(RecordNumber number, const RecordChange& change) {
     const std::uint64_t header = m_edits.containers[m_edits.records[number].container].owner;
-    const auto read = blockMembersOf(m_file, header);
+    const auto read = blockMembersOf(m_file, header, BlockParts::Places);
     if (!read) return refuse("the record of the block " + handleText(header) + " is damaged");
     BlockMembers block = *read;
     bool base = false;
@@ -320,7 +320,7 @@ void Planner::changeChain(const Members& members) {
 }
 
 void Planner::changeHeader(std::uint64_t header, const Members& members) {
-    const auto read = blockMembersOf(m_file, header);
+    const auto read = blockMembersOf(m_file, header, BlockParts::Places);
     if (!read) return refuse("the record of the block " + handleText(header) + " is damaged");
     const BlockMembers& block = *read;
     if (block.memberPlaces.empty())
@@ -371,7 +371,7 @@ void Planner::changeInserts() {
 }
 
 void Planner::changeInsertList(std::uint64_t header, const Handles& gone, const Handles& made) {
-    const auto read = blockMembersOf(m_file, header);
+    const auto read = blockMembersOf(m_file, header, BlockParts::Places);
     if (!read) return refuse("the record of the block " + handleText(header) + " is damaged");
     const BlockMembers& block = *read;
     if (block.insertPlaces.empty())

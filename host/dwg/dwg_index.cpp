@@ -1,6 +1,7 @@
 #include "host/dwg/dwg_index.h"
 
 #include "host/dwg/common_data.h"
+#include "host/dwg/object_notes.h"
 #include "host/dwg/record_groups.h"
 #include "host/handles.h"
 #include "host/records.h"
@@ -9,9 +10,8 @@
 
 #include <algorithm>
 #include <array>
-#include <limits>
 #include <map>
-#include <unordered_map>
+#include <optional>
 #include <utility>
 
 namespace mor::host {
@@ -32,21 +32,24 @@ public:
 private:
     /// A type of records.
     struct TypeFacts {
-        std::uint16_t number = 0;  ///< of its name in DXF
+        std::uint16_t number = TextNumbers::kNone;  ///< of its name in DXF
         bool decoded = false;
     };
-    [[nodiscard]] const TypeFacts& factsOf(const ObjectFrame& frame);
-    void readFrames();
+    /// What all objects of a type have in common.
+    [[nodiscard]] const TypeFacts& factsOf(std::uint16_t type);
+    void readObjects();
     void fillFacts();
     ContainerNumber addContainer(ContainerKind kind, std::string name);
     /// 0 when there is no such object, or it has its number already.
     RecordNumber add(std::uint64_t handle, ContainerNumber container, std::uint16_t flags = 0);
+    RecordNumber addObject(std::size_t at, ContainerNumber container, std::uint16_t flags);
+    [[nodiscard]] std::optional<std::size_t> placeOf(std::uint64_t handle);
     void addMember(std::uint64_t handle, ContainerNumber container);
     void addTable(std::uint64_t control);
     /// The entries of a control object as DXF orders them; 0 for erased ones.
     [[nodiscard]] std::vector<std::uint64_t> slotsOf(std::uint64_t control);
-    [[nodiscard]] std::vector<std::uint64_t> listed(const std::vector<std::uint64_t>& ends,
-                                                    bool chain);
+    [[nodiscard]] std::vector<std::uint64_t> listed(std::vector<std::uint64_t> ends, bool chain);
+    [[nodiscard]] std::optional<std::uint64_t> nextOf(std::size_t place) const;
     void addBlock(std::uint64_t header);
     void addSpace(ContainerNumber space, std::uint64_t header);
     void nameBlocks();
@@ -57,28 +60,20 @@ private:
     Skeleton m_skeleton;
     std::vector<std::uint64_t> m_blocks;              ///< headers in the order of DXF
     std::map<std::uint64_t, BlockMembers> m_members;  ///< by header
-    std::vector<bool> m_numbered;                     ///< by place in the map
-    std::vector<std::uint16_t> m_types;               ///< the same way: number of the DXF type
+    ObjectNotes m_notes;
+    std::vector<bool> m_numbered;         ///< by place in the map
     std::vector<std::uint32_t> m_walked;  ///< the same way: in which walk it was met last
     std::uint32_t m_walk = 0;
-    std::unordered_map<std::uint16_t, TypeFacts> m_facts;
-    std::vector<std::uint8_t> m_flags;  ///< the same way
-};
-
-/// What is noted of each object before it has its number.
-enum Noted : std::uint8_t {
-    kEntity = 1,
-    kDamaged = 2,
-    kOwning = 4,
-    kUnread = 8,
-    kOurs = 16,
-    kExtending = 32
+    std::size_t m_last = 0;          ///< the place in the map that was looked for last
+    std::vector<TypeFacts> m_facts;  ///< by type
 };
 
 std::string Indexer::run() {
-    readFrames();
+    readObjects();
     fillFacts();
     const DwgHeader& header = m_file.header();
+    m_skeleton.records.reserve(m_notes.objects.size() + 1);
+    m_index.objects.reserve(m_notes.objects.size() + 1);
     m_skeleton.records.resize(1);
     m_skeleton.containers.resize(3);
     m_index.objects.resize(1);
@@ -99,55 +94,24 @@ std::string Indexer::run() {
     return {};
 }
 
-/// What all objects of the type of that one have in common.
-const Indexer::TypeFacts& Indexer::factsOf(const ObjectFrame& frame) {
-    const auto [known, added] = m_facts.try_emplace(frame.type);
-    if (added)
-        known->second = {m_skeleton.types.number(dxfTypeOf(m_file, frame)),
-                         isDecoded(m_file, frame)};
-    return known->second;
+const Indexer::TypeFacts& Indexer::factsOf(std::uint16_t type) {
+    if (type >= m_facts.size()) m_facts.resize(type + std::size_t{1});
+    TypeFacts& facts = m_facts[type];
+    if (facts.number == TextNumbers::kNone)
+        facts = {m_skeleton.types.number(dxfTypeOf(m_file, type)), isDecoded(m_file, type)};
+    return facts;
 }
 
-/// Tests every object and notes what it is.
-void Indexer::readFrames() {
-    const auto& entries = m_file.map().entries();
-    m_numbered.resize(entries.size());
-    m_types.resize(entries.size());
-    m_flags.resize(entries.size());
-    m_walked.resize(entries.size());
-    std::uint64_t first = std::numeric_limits<std::uint64_t>::max();
-    std::uint64_t last = 0;
-    std::uint64_t used = 0;
-    for (std::size_t i = 0; i < entries.size(); ++i) {
-        const ObjectFrame frame = m_file.frame(entries[i].place, true);
-        const char* wrong = frame.wrong;
-        if (wrong == nullptr && frame.handle != entries[i].handle)
-            wrong = "it carries another handle";
-        std::uint8_t flags = 0;
-        if (wrong != nullptr) {
-            m_file.damage().note("object " + handleText(entries[i].handle) + ": " + wrong,
-                                 entries[i].place);
-            flags |= kDamaged | kUnread;
-        }
-        if (frame.entity) flags |= kEntity;
-        const std::uint16_t type = frame.type;
-        if (type == kDwgInsert || type == kDwgManyInsert || type == kDwgPolyline2D ||
-            type == kDwgPolyline3D || type == kDwgPolyfaceMesh || type == kDwgPolygonMesh)
-            flags |= kOwning;
-        const TypeFacts& facts = factsOf(frame);
-        if (!facts.decoded) flags |= kUnread;
-        if (wrong == nullptr && frame.extendedEnd - frame.extendedBegin > 2) {
-            flags |= kExtending;
-            if (hasExtendedData(m_file, frame, kAttributeApplication)) flags |= kOurs;
-        }
-        m_types[i] = facts.number;
-        m_flags[i] = flags;
-        first = std::min(first, entries[i].place);
-        last = std::max(last, entries[i].place + frame.whole.size());
-        used += frame.whole.size();
+/// Tests every object, tells which ones are damaged, and numbers the types.
+void Indexer::readObjects() {
+    m_notes = noteObjects(m_file);
+    m_skeleton.deadBytes = m_notes.deadBytes;
+    for (const ObjectNotes::Wrong& wrong : m_notes.wrong) {
+        const MapEntry& entry = m_file.map().entries()[wrong.object];
+        m_file.damage().note("object " + handleText(entry.handle) + ": " + wrong.why, entry.place);
     }
-    // Up to R2000 other things lie before and behind the objects; the first place has a mark.
-    if (first < last && last - first > used) m_skeleton.deadBytes = last - first - used;
+    m_numbered.resize(m_notes.objects.size());
+    for (const ObjectNote& note : m_notes.objects) static_cast<void>(factsOf(note.type));
 }
 
 void Indexer::fillFacts() {
@@ -176,21 +140,37 @@ ContainerNumber Indexer::addContainer(ContainerKind kind, std::string name) {
     return static_cast<ContainerNumber>(m_skeleton.containers.size() - 1);
 }
 
-RecordNumber Indexer::add(std::uint64_t handle, ContainerNumber container, std::uint16_t flags) {
+/// Mostly the handle that is looked for follows the one before.
+std::optional<std::size_t> Indexer::placeOf(std::uint64_t handle) {
     const auto& entries = m_file.map().entries();
+    if (m_last + 1 < entries.size() && entries[m_last + 1].handle == handle) return ++m_last;
     const MapEntry* found = handle == 0 ? nullptr : m_file.map().find(handle);
-    if (found == nullptr) return 0;
-    const auto at = static_cast<std::size_t>(found - entries.data());
+    if (found == nullptr) return std::nullopt;
+    m_last = static_cast<std::size_t>(found - entries.data());
+    return m_last;
+}
+
+RecordNumber Indexer::add(std::uint64_t handle, ContainerNumber container, std::uint16_t flags) {
+    const std::optional<std::size_t> at = placeOf(handle);
+    return at ? addObject(*at, container, flags) : 0;
+}
+
+RecordNumber Indexer::addObject(std::size_t at, ContainerNumber container, std::uint16_t flags) {
     if (m_numbered[at]) return 0;
     m_numbered[at] = true;
+    const ObjectNote note = m_notes.objects[at];
+    const TypeFacts& facts = m_facts[note.type];
     RecordEntry entry;
-    entry.handle = handle;
+    entry.handle = m_file.map().entries()[at].handle;
     entry.container = container;
-    entry.type = m_types[at];
+    entry.type = facts.number;
     entry.flags = flags;
-    if ((m_flags[at] & kUnread) != 0) entry.flags |= kOpaque;
-    if ((m_flags[at] & kOurs) != 0) entry.flags |= kAttributed;
-    if ((m_flags[at] & kExtending) != 0) entry.flags |= kExtended;
+    if (!facts.decoded || (note.flags & kDamaged) != 0) entry.flags |= kOpaque;
+    if ((note.flags & kExtending) != 0) {
+        entry.flags |= kExtended;
+        const ObjectFrame frame = m_file.frame(m_file.map().entries()[at].place);
+        if (hasExtendedData(m_file, frame, kAttributeApplication)) entry.flags |= kAttributed;
+    }
     m_skeleton.records.push_back(entry);
     m_index.objects.push_back(static_cast<std::uint32_t>(at));
     const RecordNumber number = m_skeleton.lastRecord();
@@ -204,38 +184,46 @@ void Indexer::addMember(std::uint64_t handle, ContainerNumber container) {
     const RecordNumber number = add(handle, container);
     if (number == 0) return;
     const std::uint32_t at = m_index.objects[number];
-    if ((m_flags[at] & kOwning) == 0 || (m_flags[at] & kDamaged) != 0) return;
+    if ((m_notes.objects[at].flags & (kOwning | kDamaged)) != kOwning) return;
     const ObjectFrame frame = m_file.frame(m_file.map().entries()[at].place);
-    const DecodedRecord decoded = decodeRecord(m_file, frame);
-    for (const std::uint64_t owned : listed(decoded.owned.handles, decoded.owned.chain))
+    DecodedRecord decoded = decodeRecord(m_file, frame);
+    for (const std::uint64_t owned : listed(std::move(decoded.owned.handles), decoded.owned.chain))
         add(owned, container, kSubEntity);
     add(decoded.owned.end, container, kSubEntity);
 }
 
 /// The members that a list has, or a chain between its first and last.
-std::vector<std::uint64_t> Indexer::listed(const std::vector<std::uint64_t>& ends, bool chain) {
+std::vector<std::uint64_t> Indexer::listed(std::vector<std::uint64_t> ends, bool chain) {
     if (!chain || ends.size() != 2) return ends;
     std::vector<std::uint64_t> members;
+    m_walked.resize(m_notes.objects.size());
     ++m_walk;
     std::uint64_t at = ends[0];
     while (at != 0) {
-        const MapEntry* entry = m_file.map().find(at);
-        const std::size_t index =
-            entry == nullptr ? 0 : static_cast<std::size_t>(entry - m_file.map().entries().data());
+        const std::optional<std::size_t> place = placeOf(at);
         // No entity stands in two lists or twice in one.
-        const bool seen = entry != nullptr && (m_numbered[index] || m_walked[index] == m_walk);
-        const auto frame = seen ? std::nullopt : m_file.frameOf(at);
-        if (!frame || !frame->entity) {
+        const bool fresh = place && !m_numbered[*place] && m_walked[*place] != m_walk;
+        const std::optional<std::uint64_t> next = fresh ? nextOf(*place) : std::nullopt;
+        if (!next) {
             m_file.damage().note("a list of entities breaks off before " + handleText(at), 0);
             break;
         }
-        m_walked[index] = m_walk;
+        m_walked[*place] = m_walk;
         members.push_back(at);
         if (at == ends[1]) break;
-        Fields fields = frame->fields(m_file.release());
-        at = readEntityData(fields, at).next;
+        at = *next;
     }
     return members;
+}
+
+/// The entity behind it in its chain, 0 for none; nothing when it is no entity or cannot be read.
+std::optional<std::uint64_t> Indexer::nextOf(std::size_t place) const {
+    const unsigned flags = m_notes.objects[place].flags;
+    if ((flags & kEntity) == 0) return std::nullopt;
+    if ((flags & kDamaged) == 0 && !m_notes.next.empty()) return m_notes.next[place];
+    // What is damaged may still have its links.
+    const auto frame = m_file.frameOf(m_file.map().entries()[place].handle);
+    return frame ? std::optional(nextInList(*frame, m_file.release())) : std::nullopt;
 }
 
 std::vector<std::uint64_t> Indexer::slotsOf(std::uint64_t control) {
@@ -276,7 +264,8 @@ void Indexer::nameBlocks() {
         const std::uint64_t header = entries[i];
         if (header == 0) continue;
         m_blocks.push_back(header);
-        BlockMembers block = blockMembersOf(m_file, header).value_or(BlockMembers());
+        BlockMembers block =
+            blockMembersOf(m_file, header, BlockParts::Lists).value_or(BlockMembers());
         block.preview.clear();
         const bool kind = (block.name.size() == kKindLength && block.name[0] == '*') ||
                           equalsNoCaseAscii(block.name, kPaperName);
@@ -286,7 +275,7 @@ void Indexer::nameBlocks() {
 }
 
 void Indexer::addBlock(std::uint64_t header) {
-    const BlockMembers& block = m_members[header];
+    BlockMembers& block = m_members[header];
     const RecordNumber head = add(block.block, kNoContainer, kEdge);
     if (head == 0) return;
     const ContainerNumber number = addContainer(ContainerKind::Block, m_file.nameOf(header));
@@ -298,7 +287,7 @@ void Indexer::addBlock(std::uint64_t header) {
     m_skeleton.records[head].container = number;
     const bool space = header == m_file.header().modelSpace || header == m_file.header().paperSpace;
     if (!space)
-        for (const std::uint64_t member : listed(block.members, block.chain))
+        for (const std::uint64_t member : listed(std::move(block.members), block.chain))
             addMember(member, number);
     if (const RecordNumber end = add(block.end, kNoContainer, kEdge); end != 0) {
         m_skeleton.containers[number].end = end;
@@ -311,7 +300,7 @@ void Indexer::addSpace(ContainerNumber space, std::uint64_t header) {
     m_skeleton.containers[space].last = m_skeleton.lastRecord();
     const auto found = m_members.find(header);
     if (found == m_members.end()) return;
-    for (const std::uint64_t member : listed(found->second.members, found->second.chain))
+    for (const std::uint64_t member : listed(std::move(found->second.members), found->second.chain))
         addMember(member, space);
 }
 
@@ -319,10 +308,9 @@ void Indexer::addSpace(ContainerNumber space, std::uint64_t header) {
 void Indexer::addRest() {
     const ContainerNumber objects = addContainer(ContainerKind::Section, "OBJECTS");
     add(m_file.header().dictionary, objects);
-    const auto& entries = m_file.map().entries();
-    for (std::size_t i = 0; i < entries.size(); ++i)
+    for (std::size_t i = 0; i < m_notes.objects.size(); ++i)
         if (!m_numbered[i])
-            add(entries[i].handle, (m_flags[i] & kEntity) != 0 ? kNoContainer : objects);
+            addObject(i, (m_notes.objects[i].flags & kEntity) != 0 ? kNoContainer : objects, 0);
 }
 
 }  // namespace

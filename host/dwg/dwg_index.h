@@ -15,7 +15,7 @@ namespace mor::host {
 /// The objects of a DWG file in the order that they have in DXF: tables, blocks, model space, the
 /// active layout, all others.
 struct DwgIndex {
-    std::vector<std::uint32_t> objects;  ///< by record: its place in the object map; [0] is unused
+    LargeVector<std::uint32_t> objects;  ///< by record: its place in the object map; [0] is unused
     std::unordered_map<RecordNumber, unsigned> viewports;  ///< which one of its layout, from 1
 };
 

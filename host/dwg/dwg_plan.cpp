@@ -72,10 +72,10 @@ std::string newObjectMap(const ObjectMap& map, const ObjectChanges& changes, std
 
 std::string headerWithSeed(const DwgSections& sections, const DwgHeader& header,
                            std::uint64_t seed) {
-    const std::string& section = sections.header;
+    const std::string_view section = sections.header;
     const std::size_t sizeBytes = sections.hasHighSizes() ? 8 : 4;
-    const std::size_t size = ByteReader(std::string_view(section).substr(kMarkBytes)).longWord();
-    const std::string_view data = std::string_view(section).substr(kMarkBytes + sizeBytes, size);
+    const std::size_t size = ByteReader(section.substr(kMarkBytes)).longWord();
+    const std::string_view data = section.substr(kMarkBytes + sizeBytes, size);
     BitWriter handle;
     handle.handle(0, seed);
     const std::int64_t growth = static_cast<std::int64_t>(handle.size()) -
@@ -96,8 +96,8 @@ std::string headerWithSeed(const DwgSections& sections, const DwgHeader& header,
     appendNumber(summed, bits.bytes().size(), sizeBytes);
     summed += bits.bytes();
     appendNumber(summed, crc16(kObjectSeed, summed), 2);
-    return section.substr(0, kMarkBytes) + summed +
-           section.substr(kMarkBytes + sizeBytes + size + 2);
+    return std::string(section.substr(0, kMarkBytes)) + summed +
+           std::string(section.substr(kMarkBytes + sizeBytes + size + 2));
 }
 
 std::string auxiliaryWithSeed(std::string section, std::uint64_t old, std::uint64_t seed) {

@@ -90,23 +90,26 @@ std::optional<SecondHeader> readSecondHeader(std::string_view bytes) {
 }
 
 std::string readFlat(const Source& source, DwgSections& sections) {
-    std::string& file = sections.objects;
-    file = source.read(0, source.size());
+    LargeBytes all(static_cast<std::size_t>(source.size()));
+    all.shorten(source.read(0, all.data(), all.size()));
+    const std::string_view file = all;
     FlatLocators locators;
     if (std::string wrong = readLocators(file, locators); !wrong.empty()) return wrong;
     const auto section = [&](std::size_t number) {
-        return file.substr(static_cast<std::size_t>(locators.at[number].address),
-                           static_cast<std::size_t>(locators.at[number].size));
+        return LargeBytes(file.substr(static_cast<std::size_t>(locators.at[number].address),
+                                      static_cast<std::size_t>(locators.at[number].size)));
     };
     sections.header = section(0);
     sections.classes = section(1);
     sections.map = section(2);
-    const std::string measurement = section(4);
+    const LargeBytes data = section(4);
+    const std::string_view measurement = data;
     sections.metric = measurement.size() >= 4 && measurement[2] == 1;
     const std::size_t second = file.find(
         kSecondMark, static_cast<std::size_t>(locators.at[2].address + locators.at[2].size));
-    if (second != std::string::npos && !readSecondHeader(std::string_view(file).substr(second)))
+    if (second != std::string::npos && !readSecondHeader(file.substr(second)))
         sections.damage.note("the checksum of its second header is wrong", second);
+    sections.objects = std::move(all);
     return {};
 }
 

@@ -12,6 +12,7 @@ namespace {
 constexpr std::uint16_t kEmptyChunk = 2;
 constexpr std::uint16_t kLargestChunk = 0x8000;
 constexpr std::uint64_t kFewestObjectBytes = 4;
+constexpr std::size_t kFewestPairBytes = 2;
 
 }  // namespace
 
@@ -19,6 +20,8 @@ std::string ObjectMap::read(const DwgSections& sections, DamageNotes& damage) {
     const std::string_view map = sections.map;
     const std::uint64_t objectBytes = sections.objects.size();
     ByteReader reader(map);
+    m_entries.reserve(
+        std::min(map.size() / kFewestPairBytes, sections.objects.size() / kFewestObjectBytes));
     while (true) {
         const std::size_t begin = reader.position();
         const std::uint16_t size = reader.wordHighFirst();

@@ -113,9 +113,9 @@ void PagedPlanner::replaceFrom(std::string_view name, const std::string& content
 std::optional<std::string> PagedPlanner::sectionBytes(std::string_view name) const {
     const PagedSection* section = m_layout.section(name);
     if (section == nullptr) return std::nullopt;
-    std::string bytes;
+    LargeBytes bytes;
     const std::string wrong = readSection(m_file.source(), m_layout, *section, &bytes);
-    return wrong.empty() ? std::optional(bytes) : std::nullopt;
+    return wrong.empty() ? std::optional(std::string(bytes)) : std::nullopt;
 }
 
 /// Keeps the size of its page: others are named by their addresses.
@@ -136,7 +136,7 @@ void PagedPlanner::prepare() {
         if (page.number != m_layout.pageMapNumber && page.number != m_layout.sectionMapNumber)
             m_highest = std::max(m_highest, page.number);
     const std::size_t objectsEnd = sections.objects.size();
-    const std::string objects = sections.objects + newObjects(m_changes);
+    const std::string objects = std::string(sections.objects) + newObjects(m_changes);
     if (objects.size() != objectsEnd)
         replaceFrom("AcDb:AcDbObjects", objects, objectsEnd / kPageBytes * kPageBytes);
     replaceWhole("AcDb:Handles", newObjectMap(m_file.map(), m_changes, objectsEnd));

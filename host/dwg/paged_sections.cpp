@@ -1,6 +1,7 @@
 #include "host/dwg/bit_writer.h"
 #include "host/dwg/bits.h"
 #include "host/dwg/checksums.h"
+#include "host/dwg/halves.h"
 #include "host/dwg/pages.h"
 #include "host/dwg/unpack.h"
 
@@ -21,6 +22,8 @@ constexpr std::uint32_t kDataPageMask = 0x4164536B;
 constexpr std::size_t kSystemHeaderBytes = 20;
 constexpr std::size_t kLargestSystemPage = std::size_t{64} << 20U;
 constexpr std::uint64_t kPackedPageBytes = 0x7400;
+/// Fewer are read before another thread has begun.
+constexpr std::size_t kManyPages = 16;
 constexpr std::uint64_t kLargestPlainPage = std::uint64_t{1} << 20U;
 constexpr std::uint64_t kLargestSection = std::uint64_t{1} << 30U;
 constexpr std::uint64_t kMostGrowth = 512;
@@ -147,57 +150,86 @@ std::string readSectionMap(const Source& source, PageLayout& layout) {
     return reader.failed() ? "its section map breaks off" : "";
 }
 
-/// The payload of a data page, both sums tested; what is wrong is answered in `wrong`.
-std::string payloadOf(const Source& source, const PagedSection& section, const SectionPage& part,
-                      const Page& page, std::string& wrong) {
-    std::string bytes = source.read(page.address, kDataHeaderBytes + std::uint64_t{part.payload});
-    wrong = "it is too short";
-    if (bytes.size() < kDataHeaderBytes + std::size_t{part.payload}) return {};
+/// Reads pages of one section, one after the other.
+class PageReader {
+public:
+    /// `out` null: pages are only tested.
+    PageReader(const Source& source, const PageLayout& layout, const PagedSection& section,
+               LargeBytes* out)
+        : m_source(source), m_layout(layout), m_section(section), m_out(out) {}
+
+    /// Puts a page where it belongs in its section; answers what is wrong with it.
+    std::string place(const SectionPage& part);
+
+private:
+    std::string readPayload(const SectionPage& part, const Page& page);
+    bool unpackTo(std::size_t start);
+
+    const Source& m_source;
+    const PageLayout& m_layout;
+    const PagedSection& m_section;
+    LargeBytes* m_out;
+    std::string m_bytes;         ///< of a page
+    std::string_view m_payload;  ///< in them
+};
+
+/// Tests both sums of a data page.
+std::string PageReader::readPayload(const SectionPage& part, const Page& page) {
+    const std::size_t size = kDataHeaderBytes + std::size_t{part.payload};
+    if (m_bytes.size() < size) m_bytes.resize(size);
+    if (m_source.read(page.address, m_bytes.data(), size) < size) return "it is too short";
     std::string head;
     const auto mask = kDataPageMask ^ static_cast<std::uint32_t>(page.address);
-    for (std::size_t at = 0; at < kDataHeaderBytes; at += 4) {
-        const auto word = ByteReader(std::string_view(bytes).substr(at)).longWord() ^ mask;
-        for (unsigned k = 0; k < 4; ++k) head += static_cast<char>((word >> (8 * k)) & 0xFFU);
-    }
+    for (std::size_t at = 0; at < kDataHeaderBytes; at += 4)
+        appendNumber(head, ByteReader(std::string_view(m_bytes).substr(at)).longWord() ^ mask, 4);
     ByteReader reader(head);
-    wrong = "its header is another one's";
-    if (reader.longWord() != kDataPageType || reader.longWord() != section.number ||
+    if (reader.longWord() != kDataPageType || reader.longWord() != m_section.number ||
         reader.longWord() != part.payload)
-        return {};
+        return "its header is another one's";
     static_cast<void>(reader.bytes(12));
     const std::uint32_t headSum = reader.longWord();
     const std::uint32_t dataSum = reader.longWord();
-    const std::string summed = head.substr(0, 0x18) + std::string(4, '\0') + head.substr(0x1C);
-    bytes.erase(0, kDataHeaderBytes);
-    wrong = "its checksum is wrong";
-    if (!sumsAgree(pageSum(dataSum, summed), headSum) || !sumsAgree(pageSum(0, bytes), dataSum))
-        return {};
-    wrong.clear();
-    return bytes;
+    head.replace(0x18, 4, 4, '\0');
+    m_payload = std::string_view(m_bytes).substr(kDataHeaderBytes, part.payload);
+    if (!sumsAgree(pageSum(dataSum, head), headSum) || !sumsAgree(pageSum(0, m_payload), dataSum))
+        return "its checksum is wrong";
+    return {};
 }
 
-/// Puts a page where it belongs in its section, or only tests it when `out` is null.
-std::string placePage(const Source& source, const PageLayout& layout, const PagedSection& section,
-                      const SectionPage& part, std::string* out) {
-    const Page* page = layout.page(part.number);
+/// The last page has room for more than its section.
+bool PageReader::unpackTo(std::size_t start) {
+    char* const to = m_out->data() + start;
+    const std::size_t room = m_out->size() - start;
+    if (room >= kPackedPageBytes) {
+        const bool fits = unpack(m_payload, to, kPackedPageBytes);
+        if (!fits) std::fill_n(to, kPackedPageBytes, '\0');
+        return fits;
+    }
+    std::string last(kPackedPageBytes, '\0');
+    const bool fits = unpack(m_payload, last.data(), last.size());
+    if (fits) last.copy(to, room);
+    return fits;
+}
+
+std::string PageReader::place(const SectionPage& part) {
+    const Page* page = m_layout.page(part.number);
     if (page == nullptr) return "it is missing";
     if (std::uint64_t{part.payload} + kDataHeaderBytes > page->size) return "it is too short";
-    std::string wrong;
-    const std::string payload = payloadOf(source, section, part, *page, wrong);
-    if (!wrong.empty() || out == nullptr) return wrong;
+    if (std::string wrong = readPayload(part, *page); !wrong.empty() || m_out == nullptr)
+        return wrong;
     const auto start = static_cast<std::size_t>(part.start);
-    const std::size_t room = out->size() - start;
-    if (!section.packed) {
-        payload.copy(out->data() + start, std::min(payload.size(), room));
-        return {};
-    }
-    // The last page has room for more than its section.
-    std::string last(room < kPackedPageBytes ? kPackedPageBytes : 0, '\0');
-    char* const to = last.empty() ? out->data() + start : last.data();
-    const bool fits = unpack(payload, to, kPackedPageBytes);
-    if (fits) last.copy(out->data() + start, room);
-    if (!fits && last.empty()) std::fill_n(to, kPackedPageBytes, '\0');
-    return fits ? "" : "it cannot be unpacked";
+    if (m_section.packed) return unpackTo(start) ? "" : "it cannot be unpacked";
+    m_payload.copy(m_out->data() + start, m_out->size() - start);
+    return {};
+}
+
+/// Whether each page lies behind the one before it: then they can be placed in any order.
+bool rises(const std::vector<SectionPage>& pages) {
+    for (std::size_t i = 1; i < pages.size(); ++i)
+        if (pages[i].start < pages[i - 1].start ||
+            pages[i].start - pages[i - 1].start < kPackedPageBytes)
+            return false;
+    return true;
 }
 
 }  // namespace
@@ -213,16 +245,23 @@ const PagedSection* PageLayout::section(std::string_view name) const {
 }
 
 std::string readSection(const Source& source, const PageLayout& layout, const PagedSection& section,
-                        std::string* out) {
+                        LargeBytes* out) {
     if (std::string strange = strangeness(section, source.size()); !strange.empty())
         return "the section " + section.name + " " + strange;
-    if (out != nullptr) out->assign(static_cast<std::size_t>(section.size), '\0');
-    std::string first;
-    for (const SectionPage& part : section.pages)
-        if (const std::string wrong = placePage(source, layout, section, part, out);
-            !wrong.empty() && first.empty())
-            first = "page " + std::to_string(part.number) + " of " + section.name + ": " + wrong;
-    return first;
+    if (out != nullptr) *out = LargeBytes(static_cast<std::size_t>(section.size));
+    std::vector<std::string> wrong(section.pages.size());
+    const bool any = section.packed && rises(section.pages);
+    inHalves(wrong.size(), any ? kManyPages : wrong.size() + 1,
+             [&](std::size_t begin, std::size_t end) {
+                 PageReader reader(source, layout, section, out);
+                 for (std::size_t i = begin; i < end; ++i)
+                     wrong[i] = reader.place(section.pages[i]);
+             });
+    for (std::size_t i = 0; i < wrong.size(); ++i)
+        if (!wrong[i].empty())
+            return "page " + std::to_string(section.pages[i].number) + " of " + section.name +
+                   ": " + wrong[i];
+    return {};
 }
 
 std::string dataPage(std::uint32_t section, std::uint64_t start, std::string_view payload,
@@ -258,26 +297,27 @@ std::string readLayout(const Source& source, PageLayout& layout) {
 std::string readPaged(const Source& source, DwgSections& sections) {
     PageLayout layout;
     if (std::string wrong = readLayout(source, layout); !wrong.empty()) return wrong;
-    std::string measurement;
-    const std::pair<std::string_view, std::string*> wanted[] = {
+    LargeBytes settings;
+    const std::pair<std::string_view, LargeBytes*> wanted[] = {
         {"AcDb:AcDbObjects", &sections.objects},
         {"AcDb:Handles", &sections.map},
         {"AcDb:Header", &sections.header},
         {"AcDb:Classes", &sections.classes},
-        {"AcDb:Template", &measurement}};
+        {"AcDb:Template", &settings}};
     for (const auto& [name, out] : wanted)
-        if (layout.section(name) == nullptr && out != &measurement)
+        if (layout.section(name) == nullptr && out != &settings)
             return "the section " + std::string(name) + " is missing";
     for (const PagedSection& section : layout.sections) {
         const auto* target = std::ranges::find(wanted, section.name,
-                                               &std::pair<std::string_view, std::string*>::first);
-        std::string* out = target == std::end(wanted) ? nullptr : target->second;
+                                               &std::pair<std::string_view, LargeBytes*>::first);
+        LargeBytes* out = target == std::end(wanted) ? nullptr : target->second;
         std::string wrong = readSection(source, layout, section, out);
         if (wrong.empty()) continue;
-        const bool read = out != nullptr && out != &measurement;
+        const bool read = out != nullptr && out != &settings;
         if (read && (out != &sections.objects || sections.objects.empty())) return wrong;
         sections.damage.note(wrong, 0);
     }
+    const std::string_view measurement = settings;
     sections.metric = measurement.size() >= 4 && measurement[2] == 1;
     return {};
 }

@@ -1,6 +1,7 @@
 #include "host/dwg/bits.h"
 #include "host/dwg/checksums.h"
 #include "host/dwg/code_words.h"
+#include "host/dwg/halves.h"
 #include "host/dwg/sections.h"
 #include "host/dwg/unpack.h"
 
@@ -25,6 +26,8 @@ constexpr std::uint64_t kMostGrowth = 512;
 constexpr std::size_t kLongestName = 256;
 constexpr std::size_t kMostSections = 64;
 constexpr std::uint64_t kInterleaved = 4;
+/// Fewer are read before another thread has begun.
+constexpr std::size_t kManyPages = 8;
 
 /// Numbers of the header by their place.
 enum HeaderNumber : std::size_t {
@@ -115,14 +118,15 @@ public:
     [[nodiscard]] const std::vector<Section2007>& sections() const { return m_sections; }
     /// Reads a section into `out`; answers what is wrong with its first damaged page. Damage that
     /// leaves its data as they were is noted.
-    std::string read(const Section2007& section, std::string& out, DamageNotes& notes) const;
+    std::string read(const Section2007& section, LargeBytes& out, DamageNotes& notes) const;
 
 private:
     bool readPageMap(std::string_view map);
     bool readSectionMap(std::string_view map);
-    /// Nothing when the page is damaged.
-    [[nodiscard]] std::optional<std::string> page(const Section2007& section, const Part& part,
-                                                  DamageNotes& notes) const;
+    /// What is seen of a page when it is read.
+    enum class Seen : std::uint8_t { Right, WrongParity, Damaged };
+    [[nodiscard]] Seen place(const Section2007& section, const Part& part, LargeBytes& out) const;
+    [[nodiscard]] static bool rises(const std::vector<Part>& parts);
 
     const Source& m_source;
     std::map<std::int64_t, std::pair<std::uint64_t, std::uint64_t>> m_pages;  ///< address, size
@@ -193,51 +197,63 @@ bool File2007::readSectionMap(std::string_view map) {
     return !reader.failed();
 }
 
-std::optional<std::string> File2007::page(const Section2007& section, const Part& part,
-                                          DamageNotes& notes) const {
+/// Reads a page and puts it where it belongs in its section.
+File2007::Seen File2007::place(const Section2007& section, const Part& part,
+                               LargeBytes& out) const {
     const auto found = m_pages.find(part.page);
-    if (found == m_pages.end() || part.packed > m_source.size() || part.size > kLargestPage)
-        return std::nullopt;
+    if (found == m_pages.end() || part.packed > m_source.size() || part.size > kLargestPage ||
+        part.start > section.size)
+        return Seen::Damaged;
     const auto& [address, size] = found->second;
     std::string data;
     bool parity = true;
     if (section.coding == kInterleaved) {
         const std::uint64_t words = (roundedUp(part.packed, 8) + kPageData - 1) / kPageData;
-        if (words * kCodeWordBytes > size) return std::nullopt;
+        if (words * kCodeWordBytes > size) return Seen::Damaged;
         const std::string coded = m_source.read(address, words * kCodeWordBytes);
         data = deinterleaved(coded, static_cast<std::size_t>(words), kPageData);
         parity = parityHolds(coded, static_cast<std::size_t>(words), kPageData);
     } else {
         data = m_source.read(address, std::min(size, part.packed));
     }
-    if (data.size() < part.packed) return std::nullopt;
-    auto plain = unpacked(std::string_view(data).substr(0, static_cast<std::size_t>(part.packed)),
-                          part.size);
-    if (!plain || !sumsAgree(pageSum2007(*plain), part.sum)) return std::nullopt;
-    if (!parity)
-        notes.note("page " + std::to_string(part.page) + " of " + section.name +
-                       ": its parity is wrong, its checksum right",
-                   address);
-    return plain;
+    if (data.size() < part.packed) return Seen::Damaged;
+    const auto plain = unpacked(
+        std::string_view(data).substr(0, static_cast<std::size_t>(part.packed)), part.size);
+    if (!plain || !sumsAgree(pageSum2007(*plain), part.sum)) return Seen::Damaged;
+    const auto start = static_cast<std::size_t>(part.start);
+    plain->copy(out.data() + start, out.size() - start);
+    return parity ? Seen::Right : Seen::WrongParity;
 }
 
-std::string File2007::read(const Section2007& section, std::string& out, DamageNotes& notes) const {
+/// Whether each page begins behind the one before it: then they can be placed in any order.
+bool File2007::rises(const std::vector<Part>& parts) {
+    for (std::size_t i = 1; i < parts.size(); ++i)
+        if (parts[i].start < parts[i - 1].start ||
+            parts[i].start - parts[i - 1].start < parts[i - 1].size)
+            return false;
+    return true;
+}
+
+std::string File2007::read(const Section2007& section, LargeBytes& out, DamageNotes& notes) const {
     if (section.size > kLargestSection || section.size > kMostGrowth * m_source.size())
         return "the section " + section.name + " is said to have " + std::to_string(section.size) +
                " bytes";
-    out.assign(static_cast<std::size_t>(section.size), '\0');
+    out = LargeBytes(static_cast<std::size_t>(section.size));
+    std::vector<Seen> seen(section.parts.size());
+    inHalves(seen.size(), rises(section.parts) ? kManyPages : seen.size() + 1,
+             [&](std::size_t begin, std::size_t end) {
+                 for (std::size_t i = begin; i < end; ++i)
+                     seen[i] = place(section, section.parts[i], out);
+             });
     std::string first;
-    for (const Part& part : section.parts) {
-        const auto bytes = part.start <= section.size ? page(section, part, notes) : std::nullopt;
-        if (!bytes) {
-            if (first.empty())
-                first = "page " + std::to_string(part.page) + " of " + section.name +
-                        ": its checksum is wrong, or it cannot be unpacked";
-            continue;
-        }
-        const auto start = static_cast<std::size_t>(part.start);
-        std::copy_n(bytes->begin(), std::min(bytes->size(), out.size() - start),
-                    out.begin() + static_cast<std::ptrdiff_t>(start));
+    for (std::size_t i = 0; i < seen.size(); ++i) {
+        const std::int64_t number = section.parts[i].page;
+        const std::string page = "page " + std::to_string(number) + " of " + section.name;
+        if (seen[i] == Seen::WrongParity)
+            notes.note(page + ": its parity is wrong, its checksum right",
+                       m_pages.at(number).first);
+        if (seen[i] == Seen::Damaged && first.empty())
+            first = page + ": its checksum is wrong, or it cannot be unpacked";
     }
     return first;
 }
@@ -247,28 +263,29 @@ std::string File2007::read(const Section2007& section, std::string& out, DamageN
 std::string readPaged2007(const Source& source, DwgSections& sections) {
     File2007 file(source);
     if (std::string wrong = file.open(); !wrong.empty()) return wrong;
-    std::string measurement;
-    const std::pair<std::string_view, std::string*> wanted[] = {
+    LargeBytes settings;
+    const std::pair<std::string_view, LargeBytes*> wanted[] = {
         {"AcDb:Handles", &sections.map},
         {"AcDb:Header", &sections.header},
         {"AcDb:Classes", &sections.classes},
-        {"AcDb:Template", &measurement},
+        {"AcDb:Template", &settings},
         {"AcDb:AcDbObjects", &sections.objects}};
     std::size_t found = 0;
     for (const Section2007& section : file.sections()) {
         const auto* target = std::ranges::find(wanted, section.name,
-                                               &std::pair<std::string_view, std::string*>::first);
-        std::string other;
-        std::string* out = target == std::end(wanted) ? &other : target->second;
+                                               &std::pair<std::string_view, LargeBytes*>::first);
+        LargeBytes other;
+        LargeBytes* out = target == std::end(wanted) ? &other : target->second;
         std::string wrong = file.read(section, *out, sections.damage);
-        if (out != &other && out != &measurement) ++found;
+        if (out != &other && out != &settings) ++found;
         if (wrong.empty()) continue;
         const bool confined =
-            out == &other || out == &measurement || (out == &sections.objects && !out->empty());
+            out == &other || out == &settings || (out == &sections.objects && !out->empty());
         if (!confined) return wrong;
         sections.damage.note(wrong, 0);
     }
     if (found < 4) return "one of its sections is missing";
+    const std::string_view measurement = settings;
     sections.metric = measurement.size() >= 4 && measurement[2] == 1;
     return {};
 }

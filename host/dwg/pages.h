@@ -61,7 +61,7 @@ struct PageLayout {
 /// Reads a section into `out`, or only tests its pages when that is null; answers what is wrong
 /// with its first damaged page, which is left empty.
 [[nodiscard]] std::string readSection(const Source& source, const PageLayout& layout,
-                                      const PagedSection& section, std::string* out);
+                                      const PagedSection& section, LargeBytes* out);
 /// The page that a section has at `start`, as it lies at `address`; without what fills it up.
 [[nodiscard]] std::string dataPage(std::uint32_t section, std::uint64_t start,
                                    std::string_view payload, std::uint64_t address);

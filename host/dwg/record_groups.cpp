@@ -121,8 +121,8 @@ const TypeRow* rowOf(const DwgFile& file, std::uint16_t type) {
     return row == std::end(kTypes) ? nullptr : row;
 }
 
-Decode decoderOf(const DwgFile& file, const ObjectFrame& frame) {
-    const TypeRow* row = rowOf(file, frame.type);
+Decode decoderOf(const DwgFile& file, std::uint16_t type) {
+    const TypeRow* row = rowOf(file, type);
     if (row == nullptr) return nullptr;
     // Up to R14 dictionaries with a default are stored in another way.
     if (row->decode == decodeDictionaryWithDefault && file.release() <= Release::R14)
@@ -153,11 +153,10 @@ std::uint64_t writeHead(GroupWriter& out, const DwgFile& file, const ObjectFrame
 
 }  // namespace
 
-std::string dxfTypeOf(const DwgFile& file, const ObjectFrame& frame) {
-    if (const DwgClass* known = file.classOf(frame.type);
-        known != nullptr && !known->dxfName.empty())
+std::string dxfTypeOf(const DwgFile& file, std::uint16_t type) {
+    if (const DwgClass* known = file.classOf(type); known != nullptr && !known->dxfName.empty())
         return known->dxfName;
-    const TypeRow* row = rowOf(file, frame.type);
+    const TypeRow* row = rowOf(file, type);
     return row == nullptr ? "UNKNOWN" : row->name;
 }
 
@@ -167,15 +166,13 @@ std::string tableOfControl(std::uint16_t type) {
     return found == std::end(kControls) ? "" : found->second;
 }
 
-bool isDecoded(const DwgFile& file, const ObjectFrame& frame) {
-    return decoderOf(file, frame) != nullptr;
-}
+bool isDecoded(const DwgFile& file, std::uint16_t type) { return decoderOf(file, type) != nullptr; }
 
 DecodedRecord decodeRecord(const DwgFile& file, const ObjectFrame& frame, RecordPlace place) {
     constexpr std::uint16_t kDimensionStyle = 69;
     DecodedRecord decoded;
     GroupWriter out(decoded.groups);
-    out.text(0, dxfTypeOf(file, frame));
+    out.text(0, dxfTypeOf(file, frame.type));
     if (const std::string table = tableOfControl(frame.type); !table.empty()) out.text(2, table);
     out.handle(frame.type == kDimensionStyle ? 105 : 5, frame.handle);
     decoded.handlesEnd = frame.end();
@@ -184,7 +181,7 @@ DecodedRecord decodeRecord(const DwgFile& file, const ObjectFrame& frame, Record
     RecordReader record{file, fields, out, frame.handle, 0, frame.type};
     record.viewport = place.viewport;
     record.owner = writeHead(out, file, frame, fields, place.paper);
-    if (const Decode decode = decoderOf(file, frame)) {
+    if (const Decode decode = decoderOf(file, frame.type)) {
         decoded.known = true;
         decode(record);
         decoded.exact = fields.isUsedUp();
@@ -195,7 +192,8 @@ DecodedRecord decodeRecord(const DwgFile& file, const ObjectFrame& frame, Record
     return decoded;
 }
 
-std::optional<BlockMembers> blockMembersOf(const DwgFile& file, std::uint64_t header) {
+std::optional<BlockMembers> blockMembersOf(const DwgFile& file, std::uint64_t header,
+                                           BlockParts parts) {
     const auto frame = file.frameOf(header);
     if (!frame || frame->type != kDwgBlockHeader) return std::nullopt;
     Fields fields = frame->fields(file.release());
@@ -203,6 +201,7 @@ std::optional<BlockMembers> blockMembersOf(const DwgFile& file, std::uint64_t he
     GroupList unused;
     GroupWriter nowhere(unused);
     RecordReader record{file, fields, nowhere, header, 0, frame->type};
+    record.parts = parts;
     BlockMembers block = readBlockHeader(record);
     return fields.failed() ? std::nullopt : std::optional(std::move(block));
 }
@@ -290,13 +289,19 @@ void writeExtendedData(GroupWriter& out, const DwgFile& file, const ObjectFrame&
     });
 }
 
-bool hasExtendedData(const DwgFile& file, const ObjectFrame& frame, std::string_view application) {
-    bool found = false;
+std::vector<std::string> applicationNames(const DwgFile& file, const ObjectFrame& frame) {
+    std::vector<std::string> names;
     forEachList(frame, [&](std::uint64_t known, BitReader& bits, std::uint16_t length) {
         bits.skip(std::uint64_t{length} * 8);
-        found = found || equalsNoCaseAscii(file.nameOf(known), application);
+        names.push_back(file.nameOf(known));
     });
-    return found;
+    return names;
+}
+
+bool hasExtendedData(const DwgFile& file, const ObjectFrame& frame, std::string_view application) {
+    return std::ranges::any_of(applicationNames(file, frame), [&](const std::string& name) {
+        return equalsNoCaseAscii(name, application);
+    });
 }
 
 }  // namespace mor::host

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace mor::host {
 
@@ -20,11 +21,11 @@ struct DecodedRecord {
 };
 
 /// The type that DXF gives it; "UNKNOWN" where nothing is known of it.
-[[nodiscard]] std::string dxfTypeOf(const DwgFile& file, const ObjectFrame& frame);
+[[nodiscard]] std::string dxfTypeOf(const DwgFile& file, std::uint16_t type);
 /// The name of the table whose control object has that type; empty for other types.
 [[nodiscard]] std::string tableOfControl(std::uint16_t type);
 /// Whether the type's own data are read.
-[[nodiscard]] bool isDecoded(const DwgFile& file, const ObjectFrame& frame);
+[[nodiscard]] bool isDecoded(const DwgFile& file, std::uint16_t type);
 
 /// What a record's own fields do not say of where it stands.
 struct RecordPlace {
@@ -37,10 +38,14 @@ struct RecordPlace {
                                          RecordPlace place = {});
 
 /// What the record of a block says; nothing when there is no such record, or it is damaged.
-[[nodiscard]] std::optional<BlockMembers> blockMembersOf(const DwgFile& file, std::uint64_t header);
+[[nodiscard]] std::optional<BlockMembers> blockMembersOf(const DwgFile& file, std::uint64_t header,
+                                                         BlockParts parts);
 
 /// Adds the groups of the extended data.
 void writeExtendedData(GroupWriter& out, const DwgFile& file, const ObjectFrame& frame);
+/// The names of the applications of which it has extended data, in their order.
+[[nodiscard]] std::vector<std::string> applicationNames(const DwgFile& file,
+                                                        const ObjectFrame& frame);
 /// Whether it has extended data of that application.
 [[nodiscard]] bool hasExtendedData(const DwgFile& file, const ObjectFrame& frame,
                                    std::string_view application);

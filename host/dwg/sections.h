@@ -2,6 +2,7 @@
 
 #include "host/documents.h"
 #include "host/drawing/source.h"
+#include "host/large_memory.h"
 #include "host/result.h"
 
 #include <cstddef>
@@ -34,10 +35,10 @@ struct DwgStart {
 /// The sections that are read.
 struct DwgSections {
     DwgStart start;
-    std::string objects;  ///< places of objects count in it; up to R2000 it is the whole file
-    std::string map;
-    std::string header;
-    std::string classes;
+    LargeBytes objects;  ///< places of objects count in it; up to R2000 it is the whole file
+    LargeBytes map;
+    LargeBytes header;
+    LargeBytes classes;
     bool metric = false;  ///< $MEASUREMENT
     DamageNotes damage;
 

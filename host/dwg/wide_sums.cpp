@@ -32,6 +32,7 @@ using AddBlocks = void (*)(RunningSums& sums, const char* bytes, std::size_t blo
 
 #define MOR_AVX2 __attribute__((target("avx2")))
 #define MOR_CLMUL __attribute__((target("sse4.1,pclmul")))
+#define MOR_WIDE_CLMUL __attribute__((target("avx512f,avx512vl,pclmul,vpclmulqdq")))
 
 MOR_AVX2 inline std::uint32_t total(__m256i lanes) {
     const __m128i four =
@@ -91,10 +92,12 @@ constexpr std::uint64_t remainder(unsigned power) {
 
 /// What carries 16 bytes over `bytes` of others. A product of two such numbers has one place more.
 template <unsigned bytes>
+constexpr auto kHigh = static_cast<long long>(remainder(8 * bytes + 63));
+template <unsigned bytes>
+constexpr auto kLow = static_cast<long long>(remainder(8 * bytes - 1));
+template <unsigned bytes>
 MOR_CLMUL inline __m128i carrier() {
-    constexpr std::uint64_t high = remainder(8 * bytes + 63);
-    constexpr std::uint64_t low = remainder(8 * bytes - 1);
-    return _mm_set_epi64x(static_cast<long long>(low), static_cast<long long>(high));
+    return _mm_set_epi64x(kLow<bytes>, kHigh<bytes>);
 }
 
 MOR_CLMUL inline __m128i carried(__m128i value, __m128i by, __m128i onto) {
@@ -102,44 +105,107 @@ MOR_CLMUL inline __m128i carried(__m128i value, __m128i by, __m128i onto) {
                                              _mm_clmulepi64_si128(value, by, 0x11)));
 }
 
-MOR_CLMUL std::size_t foldWithClmul(std::uint16_t seed, std::string_view bytes, char* folded) {
+MOR_CLMUL inline __m128i loaded(const char* at) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+}
+
+/// Sixty-four bytes at a time in four lanes, which are joined in the end.
+MOR_CLMUL inline __m128i foldLanes(__m128i first, const char*& at, std::size_t rounds) {
     constexpr std::size_t kLanes = 4;
-    if (bytes.size() < kLanes * kFoldBytes) return 0;
-    const char* at = bytes.data();
-    const auto load = [&at](std::size_t lane) {
-        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at + lane * kFoldBytes));
-    };
-    __m128i lanes[kLanes] = {load(0), load(1), load(2), load(3)};
-    lanes[0] = _mm_xor_si128(lanes[0], _mm_cvtsi32_si128(seed));
-    const std::size_t rounds = bytes.size() / (kLanes * kFoldBytes);
+    __m128i lanes[kLanes] = {first, loaded(at + kFoldBytes), loaded(at + 2 * kFoldBytes),
+                             loaded(at + 3 * kFoldBytes)};
     const __m128i far = carrier<kLanes * kFoldBytes>();
-    for (std::size_t i = 1; i < rounds; ++i) {
-        at += kLanes * kFoldBytes;
+    for (at += kLanes * kFoldBytes; rounds > 1; --rounds, at += kLanes * kFoldBytes)
         for (std::size_t lane = 0; lane < kLanes; ++lane)
-            lanes[lane] = carried(lanes[lane], far, load(lane));
-    }
+            lanes[lane] = carried(lanes[lane], far, loaded(at + lane * kFoldBytes));
     const __m128i near = carrier<kFoldBytes>();
-    __m128i all = lanes[0];
-    for (std::size_t lane = 1; lane < kLanes; ++lane) all = carried(all, near, lanes[lane]);
-    std::memcpy(folded, &all, kFoldBytes);
-    return rounds * kLanes * kFoldBytes;
+    for (std::size_t lane = 1; lane < kLanes; ++lane)
+        lanes[lane] = carried(lanes[lane - 1], near, lanes[lane]);
+    return lanes[kLanes - 1];
 }
 
-std::size_t foldNothing(std::uint16_t /*seed*/, std::string_view /*bytes*/, char* /*folded*/) {
-    return 0;
+/// The same for as many bytes as the widest processors take at once: four lanes in each of four.
+inline constexpr std::size_t kWidest = 16 * kFoldBytes;
+
+template <unsigned bytes>
+MOR_WIDE_CLMUL inline __m512i wideCarrier() {
+    return _mm512_set4_epi64(kLow<bytes>, kHigh<bytes>, kLow<bytes>, kHigh<bytes>);
 }
 
-using Fold = std::size_t (*)(std::uint16_t seed, std::string_view bytes, char* folded);
-Fold bestFold() { return __builtin_cpu_supports("pclmul") ? foldWithClmul : foldNothing; }
+MOR_WIDE_CLMUL inline __m512i carried(__m512i value, __m512i by, __m512i onto) {
+    constexpr int kExclusiveOr = 0x96;
+    return _mm512_ternarylogic_epi64(_mm512_clmulepi64_epi128(value, by, 0x00),
+                                     _mm512_clmulepi64_epi128(value, by, 0x11), onto, kExclusiveOr);
+}
+
+MOR_WIDE_CLMUL __m128i foldWidest(std::uint16_t seed, const char*& at, std::size_t rounds) {
+    constexpr std::size_t kFour = 4 * kFoldBytes;
+    __m512i lanes[4] = {_mm512_loadu_si512(at), _mm512_loadu_si512(at + kFour),
+                        _mm512_loadu_si512(at + 2 * kFour), _mm512_loadu_si512(at + 3 * kFour)};
+    lanes[0] = _mm512_xor_si512(lanes[0], _mm512_zextsi128_si512(_mm_cvtsi32_si128(seed)));
+    const __m512i far = wideCarrier<kWidest>();
+    for (at += kWidest; rounds > 1; --rounds, at += kWidest)
+        for (std::size_t lane = 0; lane < 4; ++lane)
+            lanes[lane] = carried(lanes[lane], far, _mm512_loadu_si512(at + lane * kFour));
+    const __m512i four = wideCarrier<kFour>();
+    for (std::size_t lane = 1; lane < 4; ++lane)
+        lanes[lane] = carried(lanes[lane - 1], four, lanes[lane]);
+    const __m128i near = carrier<kFoldBytes>();
+    alignas(kFour) char joined[kFour];
+    _mm512_store_si512(joined, lanes[3]);
+    __m128i sum = loaded(joined);
+    for (std::size_t lane = 1; lane < 4; ++lane)
+        sum = carried(sum, near, loaded(joined + lane * kFoldBytes));
+    return sum;
+}
+
+bool canFoldWidest() {
+    return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512vl") &&
+           __builtin_cpu_supports("vpclmulqdq");
+}
+
+/// Orders that move bytes to the back or to the front: read from `rest` and from 16 + `rest` on.
+alignas(16) constexpr unsigned char kMoves[48] = {
+    128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128,
+    0,   1,   2,   3,   4,   5,   6,   7,   8,   9,   10,  11,  12,  13,  14,  15,
+    128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128};
+
+MOR_CLMUL void foldWithClmul(std::uint16_t seed, std::string_view bytes, char* folded) {
+    constexpr std::size_t kLanesBytes = 4 * kFoldBytes;
+    const char* at = bytes.data();
+    const char* const end = at + bytes.size();
+    static const bool widest = canFoldWidest();
+    __m128i sum = _mm_xor_si128(loaded(at), _mm_cvtsi32_si128(seed));
+    if (widest && bytes.size() >= 2 * kWidest)
+        sum = foldWidest(seed, at, bytes.size() / kWidest);
+    else if (bytes.size() >= kLanesBytes)
+        sum = foldLanes(sum, at, bytes.size() / kLanesBytes);
+    else
+        at += kFoldBytes;
+    const __m128i near = carrier<kFoldBytes>();
+    for (; static_cast<std::size_t>(end - at) >= kFoldBytes; at += kFoldBytes)
+        sum = carried(sum, near, loaded(at));
+    // The rest goes behind, and what has no place before it any more is carried over all.
+    const auto* const moves = reinterpret_cast<const char*>(kMoves) + (end - at);
+    const __m128i back = loaded(moves);
+    const __m128i front = _mm_shuffle_epi8(sum, loaded(moves + kFoldBytes));
+    const __m128i behind = _mm_blendv_epi8(loaded(end - kFoldBytes), front, back);
+    sum = carried(_mm_shuffle_epi8(sum, back), near, behind);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(folded), sum);
+}
+
+bool canFold() { return __builtin_cpu_supports("pclmul") && __builtin_cpu_supports("sse4.1"); }
 
 #endif
 
 }  // namespace
 
 #if defined(__x86_64__)
-std::size_t foldCrc16(std::uint16_t seed, std::string_view bytes, char* folded) {
-    static const Fold fold = bestFold();
-    return fold(seed, bytes, folded);
+bool foldCrc16(std::uint16_t seed, std::string_view bytes, char* folded) {
+    static const bool can = canFold();
+    if (!can || bytes.size() < kFoldBytes) return false;
+    foldWithClmul(seed, bytes, folded);
+    return true;
 }
 
 void addBlocks(RunningSums& sums, const char* bytes, std::size_t blocks, bool swapped) {
@@ -147,8 +213,8 @@ void addBlocks(RunningSums& sums, const char* bytes, std::size_t blocks, bool sw
     add(sums, bytes, blocks, swapped);
 }
 #else
-std::size_t foldCrc16(std::uint16_t /*seed*/, std::string_view /*bytes*/, char* /*folded*/) {
-    return 0;
+bool foldCrc16(std::uint16_t /*seed*/, std::string_view /*bytes*/, char* /*folded*/) {
+    return false;
 }
 
 void addBlocks(RunningSums& sums, const char* bytes, std::size_t blocks, bool swapped) {

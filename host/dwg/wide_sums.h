@@ -10,10 +10,9 @@ namespace mor::host {
 inline constexpr std::size_t kFoldBytes = 16;
 inline constexpr std::size_t kSumBlock = 64;
 
-/// Folds the front of `bytes` into 16 bytes whose crc16 with seed 0 is that of the front with
-/// `seed`. Answers how many bytes these stand for; 0 when there are too few, or the processor
-/// cannot.
-std::size_t foldCrc16(std::uint16_t seed, std::string_view bytes, char* folded);
+/// Folds `bytes` into 16 whose crc16 with seed 0 is theirs with `seed`. False when there are fewer,
+/// or the processor cannot.
+bool foldCrc16(std::uint16_t seed, std::string_view bytes, char* folded);
 
 /// Two running sums: of the bytes, and of the first sum after each byte.
 struct RunningSums {

@@ -129,6 +129,17 @@ bool DxfCodec::mayHoldHandles(RecordNumber number) const {
     return !m_index.form.isText() || bytesOf(number).find("1005") != std::string_view::npos;
 }
 
+std::vector<std::string> DxfCodec::applicationsOf(RecordNumber number) const {
+    const std::string_view bytes = bytesOf(number);
+    std::vector<std::string> names;
+    GroupList list;
+    Tag tag;
+    for (std::size_t at = 0; m_index.form.next(bytes, at, tag);)
+        if (tag.code == kApplicationCode)
+            names.emplace_back(m_index.form.group(bytes, tag, list).text());
+    return names;
+}
+
 std::string DxfCodec::oddityOf(RecordNumber number) const {
     const std::string_view bytes = bytesOf(number);
     Tag tag;

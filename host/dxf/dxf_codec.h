@@ -36,6 +36,7 @@ public:
         return m_index.layers[number];
     }
     [[nodiscard]] bool mayHoldHandles(RecordNumber number) const override;
+    [[nodiscard]] std::vector<std::string> applicationsOf(RecordNumber number) const override;
     [[nodiscard]] std::string oddityOf(RecordNumber number) const override;
     [[nodiscard]] std::string salvaged() const override;
     [[nodiscard]] SavePlan plan(const EditSet& edits) const override;

@@ -26,8 +26,8 @@ struct Section {
 struct DxfIndex {
     std::shared_ptr<Source> source;
     DxfForm form;
-    std::vector<std::uint64_t> places;  ///< offsets of the records; [0] is unused
-    std::vector<std::uint16_t> layers;  ///< numbers of the texts of their groups 8
+    LargeVector<std::uint64_t> places;  ///< offsets of the records; [0] is unused
+    LargeVector<std::uint16_t> layers;  ///< numbers of the texts of their groups 8
     TextNumbers layerTexts;
     std::vector<Section> sections;
     std::uint64_t end = 0;            ///< where the last record ends

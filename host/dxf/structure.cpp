@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <memory>
-#include <sys/mman.h>
 #include <utility>
 
 namespace mor::host {
@@ -11,18 +9,6 @@ namespace mor::host {
 namespace {
 
 constexpr std::size_t kStretch = 20'000;  // more records than are read at a time
-
-/// Memory that is filled once, from its start to its end, is had in fewer and larger steps. Not
-/// tested: it is no more than a hint.
-template <typename Item>
-void preferLargePages(const std::vector<Item>& items) {
-    constexpr std::size_t kPage = std::size_t{2} << 20U;
-    auto* begin = const_cast<Item*>(items.data());  // NOLINT: the hint changes nothing
-    void* page = begin;
-    std::size_t room = items.capacity() * sizeof(Item);
-    if (std::align(kPage, 2 * kPage, page, room) == nullptr) return;
-    static_cast<void>(::madvise(page, room, MADV_HUGEPAGE));
-}
 
 }  // namespace
 
@@ -293,8 +279,6 @@ void Structure::expect(std::uint64_t read, std::uint64_t all) {
     m_index.places.reserve(records);
     m_index.layers.reserve(records);
     m_skeleton.records.reserve(records);
-    preferLargePages(m_index.places);
-    preferLargePages(m_skeleton.records);
 }
 
 Structure::Wrong Structure::finish(std::uint64_t offset) {

@@ -70,14 +70,17 @@ TextPieces::~TextPieces() {
 /// Of a long line more and more is read: it is looked through from its start each time.
 void TextPieces::prepare(TextPiece& piece, const TextPiece& former, std::size_t from) const {
     const std::size_t left = former.end - from;
-    const std::size_t room = kMargin + left + std::max(kReadSize, left) + kMargin;
+    const std::uint64_t size = m_source.size();
+    const std::uint64_t rest = size - std::min(size, former.read);
+    const auto fresh =
+        static_cast<std::size_t>(std::min<std::uint64_t>(std::max(kReadSize, left), rest));
+    const std::size_t room = kMargin + left + fresh + kMargin;
     if (piece.buffer.size() < room) piece.buffer.resize(room);
     piece.begin = kMargin;
     if (left > 0) std::memcpy(piece.buffer.data() + kMargin, former.buffer.data() + from, left);
     const std::size_t end = kMargin + left;
-    const std::uint64_t size = m_source.size();
-    const auto want = static_cast<std::size_t>(std::min<std::uint64_t>(
-        piece.buffer.size() - kMargin - end, size - std::min(size, former.read)));
+    const auto want = static_cast<std::size_t>(
+        std::min<std::uint64_t>(piece.buffer.size() - kMargin - end, rest));
     const std::size_t got = m_source.read(former.read, piece.buffer.data() + end, want);
     piece.read = former.read + got;
     piece.end = end + got;

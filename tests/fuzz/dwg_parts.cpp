@@ -54,10 +54,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     sections.start.release = fuzz::releaseOf(data[0]);
     sections.start.maintenance = data[0] / 8U;
     const std::string_view rest = fuzz::asText(data + 1, size - 1);
-    sections.objects.assign(kObjectBytes, '\0');
-    sections.map = rest;
-    sections.header = marked(kHeaderMark, rest, sections.hasHighSizes());
-    sections.classes = marked(kClassesMark, rest, sections.hasHighSizes());
+    sections.objects = host::LargeBytes(kObjectBytes);
+    sections.map = host::LargeBytes(rest);
+    sections.header = host::LargeBytes(marked(kHeaderMark, rest, sections.hasHighSizes()));
+    sections.classes = host::LargeBytes(marked(kClassesMark, rest, sections.hasHighSizes()));
     readMap(sections);
     static_cast<void>(readHeaderVariables(sections));
     if (const auto classes = readClasses(sections))

@@ -1,3 +1,4 @@
+#include "host/dwg/bits.h"
 #include "host/dwg/checksums.h"
 #include "host/dwg/code_words.h"
 #include "tests/support/dwg_bits.h"
@@ -55,6 +56,60 @@ TEST(DwgSums, ParityTellsEveryDamagedByteOfACodeWord) {
         coded[at] = static_cast<char>(coded[at] ^ 0x40);
     }
     EXPECT_EQ(host::deinterleaved(coded, words, host::kPageData).substr(0, 5), generator);
+}
+
+TEST(DwgSums, CodeWordsAreTakenApartHoweverManyThereAre) {
+    for (std::size_t words = 1; words < 40; words += 3) {
+        std::string coded;
+        for (std::size_t i = 0; i < words * host::kCodeWordBytes; ++i)
+            coded += static_cast<char>(i * i >> 3U);
+        for (const std::size_t perWord : {host::kPageData, host::kSystemData}) {
+            std::string data;
+            for (std::size_t word = 0; word < words; ++word)
+                for (std::size_t i = 0; i < perWord; ++i) data += coded[i * words + word];
+            EXPECT_EQ(host::deinterleaved(coded, words, perWord), data) << words;
+        }
+    }
+}
+
+TEST(DwgBits, AreTheSameWhereverTheyLie) {
+    const auto bitAt = [](std::string_view bytes, std::size_t at) {
+        return static_cast<unsigned char>(bytes[at / 8]) >> (7 - at % 8) & 1U;
+    };
+    const std::string all = "\x8A\x31\xF4\x07\x5C\xE1\x9B\x20\x77\xC3\x12\xD8\x45";
+    for (std::size_t size = 1; size <= all.size(); ++size) {
+        const auto bytes = std::string_view(all).substr(0, size);
+        const std::size_t end = size * 8;
+        for (std::size_t at = 0; at + 2 <= end; ++at) {
+            host::BitReader reader(bytes, at, end);
+            EXPECT_EQ(reader.twoBits(), bitAt(bytes, at) << 1U | bitAt(bytes, at + 1));
+            if (at + 32 > end) continue;
+            host::BitReader words(bytes, at, end);
+            std::uint32_t expected = 0;
+            for (std::size_t i = 0; i < 32; ++i)
+                expected |= bitAt(bytes, at + i) << (i / 8 * 8 + 7 - i % 8);
+            EXPECT_EQ(words.longWord(), expected) << size << " " << at;
+            if (at + 32 < end) continue;
+            EXPECT_FALSE(words.bit());
+            EXPECT_TRUE(words.failed());
+        }
+    }
+    // A handle says how many bytes follow.
+    for (unsigned count = 0; count <= 9; ++count) {
+        std::string bytes(1, static_cast<char>(0x50 | count));
+        std::uint64_t expected = 0;
+        for (unsigned i = 0; i < count; ++i) {
+            bytes += static_cast<char>(0xF1 - i);
+            expected = expected << 8U | (0xF1U - i);
+        }
+        host::BitReader reader(bytes, 0, bytes.size() * 8);
+        const host::HandleReference handle = reader.handle();
+        EXPECT_EQ(reader.failed(), count > 8);
+        EXPECT_EQ(handle.value, count > 8 ? 0 : expected) << count;
+        host::BitReader cut(bytes, 0, bytes.size() * 8 - 1);
+        EXPECT_EQ(cut.handle().value, 0U);
+        EXPECT_TRUE(cut.failed());
+    }
 }
 
 }  // namespace

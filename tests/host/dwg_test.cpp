@@ -158,6 +158,31 @@ TEST_F(Dwg, ReadsOnWhereAnObjectIsDamaged) {
     EXPECT_TRUE(holds(readAll(document(), "LAYER"), "WALLS"));
 }
 
+// Of so many objects two threads take one half each.
+TEST_F(Dwg, ReadsManyObjectsInTheirOrder) {
+    open(dxf());
+    for (int i = 0; i < 5000; ++i) makeLine(i % 3 == 0 ? L"WALLS" : L"0");
+    const std::string many = savedBytes();
+    open(many);
+    const std::string expected = walk();
+    DwgFileBytes twin = DwgDrawing(splitDxf(many)).build();
+    open(twin.bytes);
+    EXPECT_EQ(host::documentInfo(document()).damage, std::nullopt);
+    EXPECT_EQ(walk(), expected);
+    std::string damaged;
+    for (const std::size_t nth : {40UL, 2400UL, 2900UL, twin.places.size() - 1}) {
+        const auto [handle, place] = *std::next(twin.places.begin(), static_cast<long>(nth));
+        twin.bytes[place + 14] = static_cast<char>(twin.bytes[place + 14] ^ 1);
+        if (damaged.empty()) damaged = host::handleText(handle);
+    }
+    open(twin.bytes);
+    const auto damage = host::documentInfo(document()).damage;
+    ASSERT_TRUE(damage);
+    EXPECT_EQ(damage->places, 4U);
+    EXPECT_EQ(damage->text, "object " + damaged + ": its checksum is wrong");
+    EXPECT_EQ(walk(), expected);
+}
+
 // With the sums out of the way, nothing that stands in a file may lead astray.
 TEST_F(Dwg, SurvivesAnyByteBehindItsSums) {
     host::faults::trustSums(true);

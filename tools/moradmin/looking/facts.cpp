@@ -110,9 +110,10 @@ void addDrawingFacts(Json& object, AcApDocument* document) {
     const auto look = [&](const host::RecordInfo& record) {
         if (own.isOwn(record) || record.erased) return;
         if (record.type != "LAYOUT" && !record.extended) return;
-        const std::vector<host::RecordGroup> groups = host::recordGroups(document, record.name);
-        for (const ExtendedData& data : extendedData(groups)) ++applications[data.application];
-        if (record.type == "LAYOUT") layouts.push_back(layoutName(groups));
+        for (const std::string& name : host::recordApplications(document, record.name))
+            ++applications[name];
+        if (record.type == "LAYOUT")
+            layouts.push_back(layoutName(host::recordGroups(document, record.name)));
     };
     host::forEachRecordOf(document, {"LAYOUT", "BLOCK", "ENDBLK"}, look, host::AndThose::Extended);
     const std::vector<HeaderVariable> header = headerVariables(document);
