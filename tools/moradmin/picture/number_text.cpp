@@ -51,6 +51,7 @@ char* putNumber(char* to, double value) {
     const double size = std::fabs(value);
     if (size == 0.0) return putAny(to, 0.0);
     if (!(size >= kLeast && size < kMost)) return putAny(to, value);
+    // NOLINTNEXTLINE(bugprone-incorrect-roundings): a wrong one is noticed in the next line
     const auto millionths = static_cast<std::uint64_t>(size * kMillion + 0.5);
     if (static_cast<double>(millionths) / kMillion != size) return putAny(to, value);
     const auto whole = static_cast<std::uint32_t>(millionths / kMillion);

@@ -232,20 +232,23 @@ const std::string& Painter::Inserted::path() const {
     return reference == nullptr ? none : *reference;
 }
 
+Painter::Kind Painter::newKind(const std::string& type) {
+    const auto kind = [&type](Kind::Way way) {
+        return Kind{way, isDimension(type) ? drawDimension : drawerOf(type), &type};
+    };
+    if (isSubEntity(type) || isUnseen(type)) return kind(Kind::Way::Never);
+    if (isDimension(type) || type == "ACAD_TABLE") return kind(Kind::Way::OwnBlock);
+    if (type == "ATTDEF") return kind(Kind::Way::Definition);
+    if (type == "INSERT") return kind(Kind::Way::Insert);
+    return kind(type == "VIEWPORT" ? Kind::Way::Viewport : Kind::Way::Shape);
+}
+
 const Painter::Kind& Painter::kindOf(std::string_view type) {
     if (m_kind != nullptr && *m_kind->type == type) return *m_kind;
     auto known = m_kinds.find(type);
     if (known == m_kinds.end()) {
         known = m_kinds.try_emplace(std::string(type)).first;
-        const std::string& name = known->first;
-        using Way = Kind::Way;
-        const Way way = isSubEntity(name) || isUnseen(name)         ? Way::Never
-                        : name == "ATTDEF"                          ? Way::Definition
-                        : name == "INSERT"                          ? Way::Insert
-                        : name == "VIEWPORT"                        ? Way::Viewport
-                        : isDimension(name) || name == "ACAD_TABLE" ? Way::OwnBlock
-                                                                    : Way::Shape;
-        known->second = {way, isDimension(name) ? drawDimension : drawerOf(name), &name};
+        known->second = newKind(known->first);
     }
     m_kind = &known->second;
     return *m_kind;

@@ -115,6 +115,8 @@ private:
     /// Why a block is not drawn there; null when it is.
     [[nodiscard]] static const char* whyNotWithin(const Inserted& where, const Block& block);
     [[nodiscard]] const Kind& kindOf(std::string_view type);
+    /// `type` stays where it is.
+    [[nodiscard]] static Kind newKind(const std::string& type);
     /// The layer on which an entity lies, as the drawing knows it.
     [[nodiscard]] const LayerLook& layerOf(const host::EntityFacts& facts, mor::EntityName name);
     /// Where an entity shows: those on layer 0 in a block on the layer of the insert.

@@ -121,7 +121,8 @@ GroupKind groupKind(int code) {
 
 EntityRecord::EntityRecord(std::string type, std::vector<host::GroupView> groups)
     : m_type(std::move(type)) {
-    for (const host::GroupView& group : groups) add(group);
+    const std::vector<host::GroupView> all = std::move(groups);
+    for (const host::GroupView& group : all) add(group);
 }
 
 void EntityRecord::add(const host::GroupView& group) {
