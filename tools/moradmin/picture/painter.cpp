@@ -174,7 +174,7 @@ void Painter::paint() {
     }
     putInFileOrder(m_model);
     putInFileOrder(m_names);
-    m_scene.expect(m_names.size());
+    m_scene.expect(std::min(m_names.size(), kMostElements));
     paintSpace(top);
 }
 

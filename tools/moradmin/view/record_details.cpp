@@ -100,7 +100,9 @@ Json recordDetails(const Session& session, const Scene& scene) {
         const Scene::Owner& owner = scene.ownerOf(element);
         const std::string& reference = *scene.kinOf(owner).reference;
         const std::string handle = host::handleText(owner.handle);
-        std::string key = reference.empty() ? handle : reference + "|" + handle;
+        std::string key = reference;
+        if (!reference.empty()) key += '|';
+        key += handle;
         if (owner.handle == 0 || !seen.insert(key).second) continue;
         const auto name = records.find(reference, handle);
         if (!name) continue;
