@@ -88,6 +88,17 @@ void forEachRecordOf(const AcApDocument* document, std::initializer_list<std::st
                                                    mor::EntityName name);
 /// Where a record stands, of all that `recordInfo` tells; none when there is no such record.
 [[nodiscard]] std::optional<Place> recordPlace(const AcApDocument* document, mor::EntityName name);
+/// What a walk asks of every entity.
+struct EntityFacts {
+    std::string_view type;  ///< valid as long as nothing is added to the drawing
+    std::uint64_t handle = 0;
+    /// A number for the text of its layer, the same for the same text in a drawing; none where the
+    /// layer has to be asked for.
+    std::optional<std::uint16_t> layer;
+};
+/// None where there is no such entity, or it is erased.
+[[nodiscard]] std::optional<EntityFacts> entityFacts(const AcApDocument* document,
+                                                     mor::EntityName name);
 /// The record that a handle look-up finds, erased ones included.
 [[nodiscard]] std::optional<mor::EntityName> findHandle(const AcApDocument* document,
                                                         std::wstring_view handle);
@@ -112,6 +123,24 @@ public:
     /// As `recordGroups`.
     [[nodiscard]] std::span<const GroupView> read(const AcApDocument* document,
                                                   mor::EntityName name);
+
+private:
+    struct Kept;
+    std::unique_ptr<Kept> m_kept;
+};
+/// Reads records one after the other for a thread beside the one that uses the drawing, which is
+/// not to be changed meanwhile. What it answers holds until it reads others.
+class RecordRun {
+public:
+    RecordRun();
+    ~RecordRun();
+    RecordRun(const RecordRun&) = delete;
+    RecordRun& operator=(const RecordRun&) = delete;
+
+    void read(const AcApDocument* document, std::span<const mor::EntityName> names);
+    /// As `GroupReader` gives them; none for a record that it has to read itself: of a reference,
+    /// of a form of drawings that one thread has to read, or with texts that have to be decoded.
+    [[nodiscard]] std::optional<std::span<const GroupView>> groups(std::size_t number) const;
 
 private:
     struct Kept;

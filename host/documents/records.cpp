@@ -2,13 +2,10 @@
 #include "host/documents/symbols.h"
 #include "host/host.h"
 #include "host/lisp/lisp_value.h"
-#include "host/text/ascii.h"
 #include "host/text/group_codes.h"
 #include "platform/runtime.h"
 
 #include <algorithm>
-#include <array>
-#include <forward_list>
 #include <utility>
 
 namespace mor::host {
@@ -135,65 +132,16 @@ std::optional<Place> recordPlace(const AcApDocument* document, EntityName name) 
     return found ? std::optional(placeOf(*found.drawing, found.number)) : std::nullopt;
 }
 
-namespace {
-
-/// Whether bytes mean the same in every encoding: letters and digits, nothing that begins a code.
-bool isPlain(std::string_view bytes) {
-    static constexpr auto plain = [] {
-        std::array<bool, 256> table{};
-        for (std::size_t byte = ' '; byte < 0x7F; ++byte) table[byte] = byte != '\\' && byte != '^';
-        return table;
-    }();
-    return std::ranges::all_of(bytes, [](char c) { return plain[static_cast<unsigned char>(c)]; });
-}
-
-/// Whether blanks stand around a value.
-bool isPadded(std::string_view bytes) { return bytes.size() != trimmed(bytes).size(); }
-
-}  // namespace
-
-struct GroupReader::Kept {
-    GroupList groups;
-    std::forward_list<std::string> decoded;
-    std::vector<GroupView> views;
-};
-
-GroupReader::GroupReader() = default;
-GroupReader::~GroupReader() = default;
-GroupReader::GroupReader(GroupReader&& other) noexcept = default;
-GroupReader& GroupReader::operator=(GroupReader&& other) noexcept = default;
-
-std::span<const GroupView> GroupReader::read(const AcApDocument* document, EntityName name) {
-    if (!m_kept) m_kept = std::make_unique<Kept>();
-    std::vector<GroupView>& views = m_kept->views;
-    views.clear();
-    m_kept->decoded.clear();
+std::optional<EntityFacts> entityFacts(const AcApDocument* document, EntityName name) {
     const Located found = locate(*document, name);
-    if (!found) return views;
-    Drawing& drawing = *found.drawing;
-    m_kept->groups = drawing.groupsOf(found.number);
-    views.reserve(m_kept->groups.size());
-    for (const Group& group : m_kept->groups) {
-        const bool padded =
-            group.isText() && isPadded(group.text()) && codeKind(group.code()) != CodeKind::Text;
-        const std::string_view bytes = padded ? group.bare() : group.text();
-        if (group.isText() && isPlain(bytes)) {
-            views.push_back({group.code(), bytes});
-            continue;
-        }
-        const std::wstring value = padded ? drawing.text().decode(bytes) : drawing.decoded(group);
-        views.push_back({group.code(), m_kept->decoded.emplace_front(toUtf8(value))});
-    }
-    return views;
-}
-
-std::vector<RecordGroup> recordGroups(const AcApDocument* document, EntityName name) {
-    std::vector<RecordGroup> groups;
-    GroupReader reader;
-    const std::span<const GroupView> views = reader.read(document, name);
-    groups.reserve(views.size());
-    for (const GroupView& view : views) groups.push_back({view.code, std::string(view.value)});
-    return groups;
+    if (!found) return std::nullopt;
+    const Drawing& drawing = *found.drawing;
+    const RecordEntry& entry = drawing.entry(found.number);
+    if (entry.has(kEdge | kErased)) return std::nullopt;
+    EntityFacts facts{drawing.typeOf(found.number), entry.handle, std::nullopt};
+    const std::uint16_t layer = drawing.layerNumberOf(found.number);
+    if (layer != TextNumbers::kNone) facts.layer = layer;
+    return facts;
 }
 
 std::vector<std::string> recordApplications(const AcApDocument* document, EntityName name) {

@@ -9,9 +9,12 @@
 
 #include <array>
 #include <cstdint>
+#include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -119,6 +122,16 @@ public:
     [[nodiscard]] virtual const Source& source() const = 0;
     /// All groups of a record of the file.
     [[nodiscard]] virtual GroupList read(RecordNumber number) const = 0;
+    /// The same into a list that is used again.
+    virtual void readInto(RecordNumber number, GroupList& list) const { list = read(number); }
+    /// Gives the groups of records of the file one after the other, for a thread beside the one
+    /// that asks for all else. Their texts are those that it adds to `texts`. False where the form
+    /// has to be read by one thread.
+    virtual bool readBeside(std::span<const RecordNumber> /*records*/,
+                            std::deque<std::string>& /*texts*/,
+                            const std::function<void(const GroupList&)>& /*take*/) const {
+        return false;
+    }
     /// The group that `GroupList::find` gives for it, without cutting what stands behind. Its text
     /// is valid until the codec is asked again.
     [[nodiscard]] virtual std::optional<Group> find(RecordNumber number, int code) const = 0;

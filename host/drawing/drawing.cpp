@@ -98,6 +98,13 @@ GroupList Drawing::groupsOf(RecordNumber number) const {
     return spliced(std::move(record), splices);
 }
 
+void Drawing::readGroups(RecordNumber number, GroupList& list) const {
+    if (isAsInFile(number))
+        m_codec->readInto(number, list);
+    else
+        list = groupsOf(number);
+}
+
 std::optional<Group> Drawing::groupOf(RecordNumber number, int code) const {
     if (!m_edits.contains(number) && !isMade(number)) return m_codec->find(number, code);
     m_edited = groupsOf(number);

@@ -69,8 +69,14 @@ public:
     [[nodiscard]] std::uint16_t typeNumber(std::string_view type) const {
         return m_skeleton.types.find(type);
     }
+    /// Whether the record is as it stands in the file, or was read from it.
+    [[nodiscard]] bool isAsInFile(RecordNumber number) const {
+        return !isMade(number) && !m_edits.contains(number);
+    }
     /// The record with its changes.
     [[nodiscard]] GroupList groupsOf(RecordNumber number) const;
+    /// The same into a list that is used again.
+    void readGroups(RecordNumber number, GroupList& list) const;
     /// The first group with that code before the extended data; valid until the drawing is asked
     /// again. Nothing behind it is looked at.
     [[nodiscard]] std::optional<Group> groupOf(RecordNumber number, int code) const;

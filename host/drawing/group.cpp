@@ -66,9 +66,12 @@ std::string_view GroupList::keep(std::string text) {
     return m_texts.front();
 }
 
-void GroupList::add(Group group) {
-    if (group.code() == kApplicationCode && !m_extended) m_extended = m_groups.size();
-    m_groups.push_back(group);
+std::string& GroupList::restart() {
+    m_groups.clear();
+    m_extended.reset();
+    if (m_texts.empty()) m_texts.emplace_front();
+    m_texts.erase_after(m_texts.begin(), m_texts.end());
+    return m_texts.front();
 }
 
 Group GroupList::keep(const NewGroup& group) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "host/text/group_codes.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -84,7 +86,13 @@ public:
     /// Keeps text for groups of this list; it stays where it is as long as the list lives.
     std::string_view keep(std::string text);
     Group keep(const NewGroup& group);
-    void add(Group group);
+    /// Takes all groups and texts out but one text, empty or not, which is kept to be filled anew:
+    /// its room and the list's are used again.
+    [[nodiscard]] std::string& restart();
+    void add(Group group) {
+        if (group.code() == kApplicationCode && !m_extended) m_extended = m_groups.size();
+        m_groups.push_back(group);
+    }
     void add(const NewGroup& group) { add(keep(group)); }
     /// Other groups, whose texts are kept here or outlive the list.
     void assign(std::vector<Group> groups);

@@ -47,23 +47,72 @@ std::string_view DxfCodec::bytesOf(RecordNumber number) const {
     const std::uint64_t place = m_index.places[number];
     const std::uint64_t end = m_index.endOf(number);
     const std::uint64_t size = end - place;
-    if (place < m_windowAt || end > m_windowAt + m_window.size()) {
+    const auto follows = [&](const Window& window) {
+        return number > window.last && number - window.last <= kWalkStep;
+    };
+    // The one that was not used last is given up for what neither holds nor is to go on with.
+    if (!m_windows[m_used].holds(place, end) &&
+        (m_windows[1 - m_used].holds(place, end) || !follows(m_windows[m_used])))
+        m_used = 1 - m_used;
+    Window& window = m_windows[m_used];
+    if (!window.holds(place, end)) {
         // A walk reads ahead, more and more: most end soon. A single look-up reads its record
         // alone.
-        const bool walks =
-            number > m_lastRead && number - m_lastRead <= kWalkStep && size < kWindowBytes;
-        m_ahead = walks ? std::min(2 * m_ahead, kWindowBytes) : kFirstWindow;
-        const std::uint64_t ahead = std::min(std::max(m_ahead, size), m_index.end - place);
-        m_window = m_index.source->read(place, walks ? ahead : size);
-        m_windowAt = place;
+        const bool walks = follows(window) && size < kWindowBytes;
+        window.ahead = walks ? std::min(2 * window.ahead, kWindowBytes) : kFirstWindow;
+        const std::uint64_t ahead = std::min(std::max(window.ahead, size), m_index.end - place);
+        window.bytes = m_index.source->read(place, walks ? ahead : size);
+        window.at = place;
     }
-    m_lastRead = number;
-    return std::string_view(m_window).substr(static_cast<std::size_t>(place - m_windowAt),
-                                             static_cast<std::size_t>(size));
+    window.last = number;
+    return std::string_view(window.bytes)
+        .substr(static_cast<std::size_t>(place - window.at), static_cast<std::size_t>(size));
 }
 
 GroupList DxfCodec::read(RecordNumber number) const {
     return groupsFrom(std::string(bytesOf(number)), m_index.form);
+}
+
+void DxfCodec::readInto(RecordNumber number, GroupList& list) const {
+    std::string& text = list.restart();
+    text = bytesOf(number);
+    addGroups(text, m_index.form, list);
+}
+
+std::uint64_t DxfCodec::endOfClose(std::span<const RecordNumber> records) const {
+    const std::uint64_t begin = m_index.places[records.front()];
+    std::uint64_t end = m_index.endOf(records.front());
+    for (const RecordNumber number : records.subspan(1)) {
+        const std::uint64_t place = m_index.places[number];
+        if (place < end || place - end > kFirstWindow ||
+            m_index.endOf(number) - begin > kWindowBytes)
+            break;
+        end = m_index.endOf(number);
+    }
+    return end;
+}
+
+bool DxfCodec::readBeside(std::span<const RecordNumber> records, std::deque<std::string>& texts,
+                          const std::function<void(const GroupList&)>& take) const {
+    if (!m_index.form.isText()) return false;
+    std::uint64_t begin = 0;  // of the last text
+    std::uint64_t end = 0;
+    GroupList groups;
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        const std::uint64_t place = m_index.places[records[i]];
+        const std::uint64_t stop = m_index.endOf(records[i]);
+        if (place < begin || stop > end) {
+            begin = place;
+            end = endOfClose(records.subspan(i));
+            texts.push_back(m_index.source->read(begin, end - begin));
+        }
+        const std::string_view text = texts.back();
+        const std::size_t at = std::min(static_cast<std::size_t>(place - begin), text.size());
+        static_cast<void>(groups.restart());
+        addGroups(text.substr(at, static_cast<std::size_t>(stop - place)), m_index.form, groups);
+        take(groups);
+    }
+    return true;
 }
 
 std::optional<Group> DxfCodec::find(RecordNumber number, int code) const {

@@ -6,8 +6,11 @@
 #include "host/result.h"
 
 #include <cstdint>
+#include <deque>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -25,6 +28,9 @@ public:
 
     [[nodiscard]] const Source& source() const override { return *m_index.source; }
     [[nodiscard]] GroupList read(RecordNumber number) const override;
+    void readInto(RecordNumber number, GroupList& list) const override;
+    bool readBeside(std::span<const RecordNumber> records, std::deque<std::string>& texts,
+                    const std::function<void(const GroupList&)>& take) const override;
     [[nodiscard]] std::optional<Group> find(RecordNumber number, int code) const override;
     [[nodiscard]] std::uint16_t layerNumberOf(RecordNumber number) const override {
         return m_index.layers[number];
@@ -41,14 +47,26 @@ private:
 
     /// Valid until another record is read.
     [[nodiscard]] std::string_view bytesOf(RecordNumber number) const;
+    /// Where those of the records end that are best read at once, from the first one on.
+    [[nodiscard]] std::uint64_t endOfClose(std::span<const RecordNumber> records) const;
 
     DxfIndex m_index;
     std::vector<std::string> m_open;
-    mutable std::string m_window;  ///< the record read last, and what a walk has read ahead
-    mutable std::uint64_t m_windowAt = 0;
-    mutable std::uint64_t m_ahead = kFirstWindow;  ///< bytes that it has read ahead last
-    mutable RecordNumber m_lastRead = 0;
-    mutable GroupList m_found;  ///< texts of the group found last
+    /// A record that was read, and what a walk has read ahead of it.
+    struct Window {
+        std::string bytes;
+        std::uint64_t at = 0;
+        std::uint64_t ahead = kFirstWindow;  ///< bytes that were read ahead last
+        RecordNumber last = 0;               ///< the record that was read last
+
+        [[nodiscard]] bool holds(std::uint64_t begin, std::uint64_t end) const {
+            return begin >= at && end <= at + bytes.size();
+        }
+    };
+    /// Two: walks look something up elsewhere, as a block's entities, and go on.
+    mutable Window m_windows[2];
+    mutable std::size_t m_used = 0;  ///< the one used last
+    mutable GroupList m_found;       ///< texts of the group found last
 };
 
 /// Opens a DXF file. `file` stands in the errors.

@@ -244,16 +244,53 @@ TagList::TagList(std::string bytes, const DxfForm& form) : m_bytes(std::move(byt
     }
 }
 
-/// About how long a group is.
-constexpr std::size_t kBytesOfGroup = 12;
-
 GroupList groupsFrom(std::string bytes, const DxfForm& form) {
     GroupList list;
-    const std::string_view text = list.keep(std::move(bytes));
-    list.reserve(text.size() / kBytesOfGroup + 1);
-    Tag tag;
-    for (std::size_t at = 0; form.next(text, at, tag);) list.add(form.group(text, tag, list));
+    addGroups(list.keep(std::move(bytes)), form, list);
     return list;
+}
+
+namespace {
+
+/// Adds groups as long as their code lines have no more than blanks before a code of few digits,
+/// and lines end with a line feed; answers where the first other one begins.
+std::size_t addPlainLines(std::string_view text, std::size_t begin, GroupList& list) {
+    constexpr std::ptrdiff_t kMostDigits = 4;
+    if (!text.ends_with('\n')) return begin;  // else no line goes on behind the text
+    const char* at = text.data() + begin;
+    const char* const end = text.data() + text.size();
+    while (at < end) {
+        const char* digit = at;
+        while (*digit == ' ') ++digit;
+        const char* const first = digit;
+        int code = 0;
+        for (; *digit >= '0' && *digit <= '9' && digit - first < kMostDigits; ++digit)
+            code = code * 10 + (*digit - '0');
+        if (digit == first) break;
+        if (*digit == '\r') ++digit;
+        if (*digit != '\n' || digit + 1 == end) break;
+        const char* const value = digit + 1;
+        const char* const feed = static_cast<const char*>(
+            std::memchr(value, '\n', static_cast<std::size_t>(end - value)));
+        const char* const stop = feed > value && feed[-1] == '\r' ? feed - 1 : feed;
+        list.add(Group(code, std::string_view(value, static_cast<std::size_t>(stop - value))));
+        at = feed + 1;
+    }
+    return static_cast<std::size_t>(at - text.data());
+}
+
+}  // namespace
+
+void addGroups(std::string_view bytes, const DxfForm& form, GroupList& list) {
+    constexpr std::size_t kBytesOfGroup = 12;  // about
+    list.reserve(bytes.size() / kBytesOfGroup + 1);
+    const bool lines = form.isText() && !form.anyLineEnd;
+    std::size_t at = lines ? addPlainLines(bytes, 0, list) : 0;
+    Tag tag;
+    while (form.next(bytes, at, tag)) {
+        list.add(form.group(bytes, tag, list));
+        if (lines) at = addPlainLines(bytes, at, list);
+    }
 }
 
 std::optional<Group> findGroup(std::string_view bytes, const DxfForm& form, int code,

@@ -87,6 +87,8 @@ private:
 
 /// The groups of a record's bytes.
 [[nodiscard]] GroupList groupsFrom(std::string bytes, const DxfForm& form);
+/// Adds them to a list; their texts are those of `bytes`.
+void addGroups(std::string_view bytes, const DxfForm& form, GroupList& list);
 
 /// The group that `GroupList::find` gives for a record's bytes, without cutting what stands behind
 /// it. Its text is that of `bytes`, or kept in `list`.

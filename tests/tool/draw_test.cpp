@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <regex>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -191,6 +192,63 @@ TEST_F(Drawing, APictureEndsAtSoManyBytes) {
     const Outcome drawn = run({"draw", host, "-o", file("p.svg")});
     EXPECT_TRUE(holds(drawn.err, "1 beyond a million elements, 250000 inserts or 256 MB"));
     EXPECT_LT(std::filesystem::file_size(file("p.svg")), 300'000'000u);
+}
+
+/// So many records that threads share the work: lines, some with texts that have to be decoded, and
+/// inserts of a block elsewhere in the file.
+DxfDrawing manyEntities(std::string& handles) {
+    DxfDrawing drawing{.layers = {"0"}, .blocks = blockDefinition("B", lineEntity("B1", "0"))};
+    for (int i = 0; i < 6000; ++i) {
+        std::ostringstream hex;
+        hex << std::uppercase << std::hex << 0x1000 + i;
+        const std::string& handle = hex.str();
+        const std::string head = "|5 " + handle + "|8 0|10 " + std::to_string(i) + ".5|20 1.25|";
+        drawing.entities += i % 7 == 3    ? "0 TEXT" + head + "40 1.0|1 T\\U+00FC" + handle + "|"
+                            : i % 50 == 9 ? "0 INSERT" + head + "2 B|"
+                                          : "0 LINE" + head + "11 3.0|21 4.5|";
+        handles += handle + (i % 7 != 3 && i % 50 == 9 ? " B1 " : " ");
+    }
+    return drawing;
+}
+
+TEST_F(Drawing, ManyEntitiesStandInTheOrderOfTheFile) {
+    std::string expected;
+    const std::string svg = picture(manyEntities(expected));
+    const std::regex handle("data-handle=\"([^\"]*)\"");
+    std::string handles;
+    for (std::sregex_iterator at(svg.begin(), svg.end(), handle), end; at != end; ++at)
+        handles += (*at)[1].str() + " ";
+    EXPECT_EQ(handles, expected);
+    EXPECT_EQ(paths(svg, "2001"), "M4097.5 1.25L3 4.5\n");
+    EXPECT_TRUE(holds(svg,
+                      ">T\xC3\xBC"
+                      "1003</text>"));
+}
+
+TEST_F(Drawing, ManyEntitiesFailAsFewDo) {
+    std::string handles;
+    const std::string host = manyEntities(handles).save("host.dxf");
+    EXPECT_EQ(run({"draw", host, "--form", "svg", "-o", "/dev/full"}).code, 5);
+    int failed = 0;
+    for (int nth = 1; nth <= 40; nth += 3) {
+        const Outcome drawn =
+            runInjected("pread", nth, "fail", {"draw", host, "-o", file("p.svg")});
+        failed += drawn.code == 3 ? 1 : 0;
+        EXPECT_EQ(std::filesystem::exists(file("p.svg")), drawn.code == 0) << nth;
+    }
+    EXPECT_GT(failed, 0);
+}
+
+TEST_F(Drawing, NumbersAreAsShortAsTheyRead) {
+    const char* const numbers[] = {
+        "0",     "-0.5",   "0.001",      "0.0015",       "2e-04",        "1e-07",        "10000",
+        "1e+05", "123000", "1.2345e+10", "98765.432109", "0.1234567891", "-99999.000001"};
+    for (const std::string number : numbers) {
+        const std::string svg =
+            picture({.layers = {"0"},
+                     .entities = "0 LINE|5 A1|8 0|10 0.0|20 1.0|11 " + number + "|21 1.0|"});
+        EXPECT_EQ(paths(svg, "A1"), "M0 1L" + number + " 1\n");
+    }
 }
 
 TEST_F(Drawing, LargeCoordinatesAreShifted) {

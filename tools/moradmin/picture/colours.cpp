@@ -117,8 +117,11 @@ int Palette::area(int colour) const {
 }
 
 int Palette::line(int colour) const {
-    if (colour != m_last) m_lastSeen = seen(colour);
+    if (colour == m_last) return m_lastSeen;
+    const auto [known, added] = m_seen.try_emplace(colour, 0);
+    if (added) known->second = seen(colour);
     m_last = colour;
+    m_lastSeen = known->second;
     return m_lastSeen;
 }
 

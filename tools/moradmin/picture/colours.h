@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <unordered_map>
 
 namespace mor::tool {
 
@@ -34,7 +35,8 @@ private:
     [[nodiscard]] int seen(int colour) const;
     int m_background;
     bool m_exact;
-    mutable int m_last = -1;  ///< the colour that was asked for last, and how it shows
+    mutable std::unordered_map<int, int> m_seen;  ///< how colours show that were asked for
+    mutable int m_last = -1;                      ///< the last one of them
     mutable int m_lastSeen = 0;
 };
 

@@ -174,10 +174,12 @@ public:
             for (const Corner& corner : m_corners) path.join(spot(corner, line));
             if (m_closed) path.close();
             const Element element = line < m_elements.size() ? m_elements[line] : Element{};
-            m_pen.stroke(path,
-                         m_pen.line(element.colour.value_or(m_pen.look().colour),
-                                    element.lineType.empty() ? m_pen.look().lineType
-                                                             : m_pen.qualified(element.lineType)));
+            m_pen.stroke(
+                path,
+                m_pen.line(element.colour.value_or(m_pen.look().colour),
+                           element.lineType.empty()
+                               ? m_pen.look().lineType
+                               : &m_pen.desk().looks.lineType(m_pen.qualified(element.lineType))));
         }
         if (!m_closed) {
             cap(m_corners.front(), m_corners[1], kStartSquare, kStartRound);

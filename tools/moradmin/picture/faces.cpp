@@ -53,8 +53,9 @@ struct OldMesh {
     explicit OldMesh(Pencil& pen) {
         ads_name at{};
         pen.name().copyTo(at);
+        EntityRecord vertex;
         while (acdbEntNext(at, at) == RTNORM) {
-            const EntityRecord vertex(pen.desk().document, mor::EntityName(at));
+            vertex.read(pen.desk().document, mor::EntityName(at));
             pen.desk().read += vertex.bytes();
             if (vertex.type() != "VERTEX") break;
             const int flags = vertex.integer(70);

@@ -26,7 +26,5 @@ void writeSvg(std::ostream& out, const Scene& scene, const Fonts& fonts, const C
 /// Dashes as they are drawn: none where they are too short to be seen.
 [[nodiscard]] const std::vector<float>* shownDashes(const Scene& scene, const Style& style,
                                                     const Canvas& canvas);
-/// A number with the shortest digits that read back to the same bits, without a needless ".0".
-[[nodiscard]] std::string numberText(double value);
 
 }  // namespace mor::tool

@@ -183,7 +183,7 @@ bool drawTolerance(Pencil& pen) {
                  {std::pair(width, height), std::pair(width, -height), std::pair(0.0, -height)})
                 frame.lineTo(sheet.spot(x + dx, y + dy));
             frame.close();
-            pen.stroke(frame, pen.line(look.colour(kDimLineColour, pen.look().colour), ""));
+            pen.stroke(frame, pen.line(look.colour(kDimLineColour, pen.look().colour), nullptr));
             pen.letters(sheet, x + gap, y + height / 2, shown, layout);
             x += width;
         }

@@ -244,7 +244,7 @@ public:
         Path path = m_pen.path();
         for (const PatternLine& line : lines)
             if (!drawFamily(line, path)) return false;
-        Style style = m_pen.line(m_pen.look().colour, "");
+        Style style = m_pen.line(m_pen.look().colour, nullptr);
         style.flat = false;
         if (!path.empty()) m_pen.stroke(path, style);
         return true;

@@ -1,6 +1,6 @@
 #include "tools/moradmin/commands.h"
 #include "tools/moradmin/output.h"
-#include "tools/moradmin/picture/forms.h"
+#include "tools/moradmin/picture/number_text.h"
 #include "tools/moradmin/picture/views.h"
 
 #include <cmath>

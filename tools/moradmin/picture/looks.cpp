@@ -32,8 +32,8 @@ constexpr unsigned kLineText = 2;
 constexpr unsigned kPackedTrue = 0xC2;
 constexpr unsigned kPackedNumber = 0xC3;
 
-bool isName(const std::string& text, std::wstring_view name) {
-    return equalNoCase(wide(text), name);
+bool isName(std::string_view text, std::wstring_view name) {
+    return equalNoCase(wide(std::string(text)), name);
 }
 
 float weightOf(int hundredths) {
@@ -84,7 +84,7 @@ const LayerLook& Looks::layer(const std::string& name) {
     look.weight = weightOf(record.integer(370, -3));
     const std::size_t bar = name.rfind('|');
     const std::string reference = bar == std::string::npos ? "" : name.substr(0, bar);
-    look.lineType = qualified(reference, record.text(6));
+    look.lineType = &lineType(qualified(reference, record.text(6)));
     for (const host::RecordGroup& group : extendedData(m_document, *id, "AcCmTransparency"))
         if (group.code == 1071 && isOwnTransparency(readInteger(group.value).value_or(0)))
             look.opacity = opacityOf(static_cast<int>(readInteger(group.value).value_or(0xFF)));
@@ -170,7 +170,7 @@ int colourOf(const EntityRecord& record, int byLayer, int byBlock) {
 }
 
 Look Looks::lookOf(const EntityRecord& record, const LayerLook& layer, const Look& insert,
-                   const std::string& reference) const {
+                   const std::string& reference) {
     Look look;
     look.colour = colourOf(record, layer.look.colour, insert.colour);
     const int weight = record.integer(370, kWeightByLayer);
@@ -182,13 +182,13 @@ Look Looks::lookOf(const EntityRecord& record, const LayerLook& layer, const Loo
     look.opacity = kind == kOpaqueByLayer   ? layer.look.opacity
                    : kind == kOpaqueByBlock ? insert.opacity
                                             : opacityOf(transparency);
-    const std::string type = record.text(6);
-    if (type.empty() || isName(type, L"BYLAYER"))
+    const std::string_view* type = record.find(6);
+    if (type == nullptr || type->empty() || isName(*type, L"BYLAYER"))
         look.lineType = layer.look.lineType;
-    else if (isName(type, L"BYBLOCK"))
+    else if (isName(*type, L"BYBLOCK"))
         look.lineType = insert.lineType;
     else
-        look.lineType = qualified(reference, type);
+        look.lineType = &lineType(qualified(reference, std::string(*type)));
     look.lineTypeScale = record.real(48, 1.0);
     return look;
 }

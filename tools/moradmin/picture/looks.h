@@ -13,12 +13,14 @@
 
 namespace mor::tool {
 
+struct LineType;
+
 /// How an entity shows: its own properties, or those that it takes from its layer or insert.
 struct Look {
     int colour = kForeground;  ///< as the drawing has it
     float opacity = 1.0F;
-    float weight = 0.25F;  ///< millimetres
-    std::string lineType;  ///< qualified; empty for a whole line
+    float weight = 0.25F;                ///< millimetres
+    const LineType* lineType = nullptr;  ///< null for a whole line
     double lineTypeScale = 1.0;
 };
 
@@ -67,7 +69,7 @@ public:
     [[nodiscard]] const EntityRecord* dimensionStyle(const std::string& name);
     /// The look of an entity, or of a part of one that says less.
     [[nodiscard]] Look lookOf(const EntityRecord& record, const LayerLook& layer,
-                              const Look& insert, const std::string& reference) const;
+                              const Look& insert, const std::string& reference);
 
     /// A name within a reference as the drawing knows it.
     [[nodiscard]] static std::string qualified(const std::string& reference,

@@ -153,7 +153,7 @@ private:
         frame.lineTo(sheet.spot(end, -layout.height - gap));
         frame.lineTo(sheet.spot(begin, -layout.height - gap));
         frame.close();
-        m_pen.stroke(frame, m_pen.line(m_colour, ""));
+        m_pen.stroke(frame, m_pen.line(m_colour, nullptr));
     }
 
     /// A block as content, with its labels.

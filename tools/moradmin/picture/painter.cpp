@@ -7,9 +7,10 @@
 #include "tools/moradmin/picture/drawers.h"
 #include "tools/moradmin/picture/paint_library.h"
 #include "tools/moradmin/references/references.h"
-#include "xref/space_iterator.h"
+#include "tools/moradmin/running/ahead.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <unordered_map>
 #include <utility>
@@ -92,9 +93,8 @@ bool isDimension(const std::string& type) {
 
 /// Where the first point of the first entity that has one lies: what large coordinates are counted
 /// from.
-Point shiftOf(const Session& session, const Painter::Choice& choice) {
+Point shiftOf(const Session& session, const Painter::Choice& choice, MOR_SpaceIterator& entities) {
     const CMORMathTransMatrix placement = session.placement();
-    MOR_SpaceIterator entities(session.view());
     while (const ads_name* name = entities()) {
         const auto info = host::recordInfo(session.document(), mor::EntityName(*name));
         const bool paper = info && info->place == host::Place::PaperSpace;
@@ -113,15 +113,21 @@ Point shiftOf(const Session& session, const Painter::Choice& choice) {
 }
 
 /// Why an entity of that type is not drawn, to be put behind it.
-std::string whyNotDrawn(const std::string& type, bool opaque) {
+std::string whyNotDrawn(bool known, const std::string& type, bool opaque) {
     static constexpr std::string_view kSolids[] = {
         "3DSOLID",         "BODY",         "REGION",       "SURFACE",       "EXTRUDEDSURFACE",
         "REVOLVEDSURFACE", "SWEPTSURFACE", "PLANESURFACE", "LOFTEDSURFACE", "NURBSURFACE"};
     if (std::ranges::find(kSolids, type) != std::end(kSolids))
         return ": its form is data of a modeller of solids";
     if (opaque) return ": its data are not read in this form of drawing";
-    if (drawerOf(type) == nullptr && !isDimension(type)) return ": it is no entity that is known";
+    if (!known) return ": it is no entity that is known";
     return ": its record is incomplete, or its numbers are out of range";
+}
+
+/// Later ones are drawn over earlier ones. A selection gives the last one first.
+void putInFileOrder(std::vector<mor::EntityName>& names) {
+    std::ranges::reverse(names);
+    if (!std::ranges::is_sorted(names)) std::ranges::sort(names);
 }
 
 bool isControlLayer(const std::string& name) {
@@ -134,9 +140,10 @@ Painter::Painter(Session& session, const Palette& palette, Choice choice)
     : m_session(session),
       m_choice(std::move(choice)),
       m_patterns(m_choice.layers),
+      m_entities(session.view()),
       m_prefix(session.reference().empty() ? "" : utf8(session.reference()) + "|"),
       m_top(utf8(session.reference())),
-      m_scene(shiftOf(session, m_choice)),
+      m_scene(shiftOf(session, m_choice, m_entities)),
       m_fonts(paintLibrary().fonts()),
       m_looks(session.document()),
       m_desk{session.document(),
@@ -152,8 +159,8 @@ Painter::Painter(Session& session, const Palette& palette, Choice choice)
 void Painter::paint() {
     const Inserted top{
         m_session.placement(), m_top.empty() ? nullptr : &m_top, nullptr, Look{}, {}};
-    MOR_SpaceIterator entities(m_session.view());
-    while (const ads_name* next = entities()) {
+    m_entities.resetIterator();
+    while (const ads_name* next = m_entities()) {
         const mor::EntityName name(*next);
         const auto place = host::recordPlace(m_session.document(), name);
         if (!place) continue;
@@ -165,8 +172,9 @@ void Painter::paint() {
                 m_names.push_back(name);
         }
     }
-    std::ranges::sort(m_model);
-    std::ranges::sort(m_names);  // later ones are drawn over earlier ones
+    putInFileOrder(m_model);
+    putInFileOrder(m_names);
+    m_scene.expect(std::min(m_names.size(), kMostElements));
     paintSpace(top);
 }
 
@@ -178,7 +186,26 @@ void Painter::paintSpace(const Inserted& top) {
                             if (sameName(utf8(symbol.symbol), wantedBlock)) block = symbol.name;
                         });
     if (block) putInOrder(m_names, *block);
-    for (const mor::EntityName& name : m_names) paintEntity(name, top);
+    paintAll(m_names, top);
+}
+
+void Painter::paintAll(const std::vector<mor::EntityName>& names, const Inserted& where) {
+    constexpr std::size_t kRun = 256;
+    const std::span<const mor::EntityName> all = names;
+    std::array<host::RecordRun, Ahead::kPlaces> runs;
+    Ahead ahead((all.size() + kRun - 1) / kRun, [&](std::size_t number, std::size_t place) {
+        const std::size_t begin = number * kRun;
+        runs[place].read(m_session.document(),
+                         all.subspan(begin, std::min(kRun, all.size() - begin)));
+    });
+    std::size_t next = 0;
+    while (next < all.size() && !isFull()) {
+        const host::RecordRun& run = runs[ahead.next()];
+        const std::size_t begin = next;
+        for (; next < std::min(begin + kRun, all.size()); ++next)
+            paintEntity(all[next], where, run.groups(next - begin));
+    }
+    for (; next < all.size(); ++next) paintEntity(all[next], where);  // to count them
 }
 
 void Painter::putInOrder(std::vector<mor::EntityName>& names, mor::EntityName block) const {
@@ -200,19 +227,59 @@ bool Painter::isFull() const {
            m_visited >= kMostVisited || m_scene.bytes() >= kMostBytes || m_desk.read >= kMostRead;
 }
 
-Origin Painter::originOf(const CMOREntity& entity, const Inserted& where) {
-    return {utf8(entity.Handle().GetString()), utf8(entity.GetLayer(nullptr)),
-            utf8(entity.Type().GetString()),
-            where.reference == nullptr ? std::string() : *where.reference};
+const std::string& Painter::Inserted::path() const {
+    static const std::string none;
+    return reference == nullptr ? none : *reference;
 }
 
-/// The layer on which an entity shows: for layer 0 in a block that of the insert.
-const LayerLook& Painter::layerOf(const Origin& origin, const Inserted& where) {
-    return m_looks.layer(origin.layer == "0" && where.layer != nullptr ? *where.layer
-                                                                       : origin.layer);
+Painter::Kind Painter::newKind(const std::string& type) {
+    const auto kind = [&type](Kind::Way way) {
+        return Kind{way, isDimension(type) ? drawDimension : drawerOf(type), &type};
+    };
+    if (isSubEntity(type) || isUnseen(type)) return kind(Kind::Way::Never);
+    if (isDimension(type) || type == "ACAD_TABLE") return kind(Kind::Way::OwnBlock);
+    if (type == "ATTDEF") return kind(Kind::Way::Definition);
+    if (type == "INSERT") return kind(Kind::Way::Insert);
+    return kind(type == "VIEWPORT" ? Kind::Way::Viewport : Kind::Way::Shape);
+}
+
+const Painter::Kind& Painter::kindOf(std::string_view type) {
+    if (m_kind != nullptr && *m_kind->type == type) return *m_kind;
+    auto known = m_kinds.find(type);
+    if (known == m_kinds.end()) {
+        known = m_kinds.try_emplace(std::string(type)).first;
+        known->second = newKind(known->first);
+    }
+    m_kind = &known->second;
+    return *m_kind;
+}
+
+const LayerLook& Painter::layerOf(const host::EntityFacts& facts, mor::EntityName name) {
+    const auto asked = [&]() -> const LayerLook& {
+        return m_looks.layer(m_entity.Connect(name) ? utf8(m_entity.GetLayer(nullptr)) : "");
+    };
+    if (!facts.layer) return asked();
+    std::vector<const LayerLook*>& layers = m_layers[name.second()];
+    if (*facts.layer >= layers.size()) layers.resize(*facts.layer + std::size_t{1});
+    const LayerLook*& known = layers[*facts.layer];
+    if (known == nullptr) known = &asked();
+    return *known;
+}
+
+Painter::Reading::Reading(Painter& painter, mor::EntityName name, const Groups& groups)
+    : m_painter(painter),
+      m_record(painter.m_reading < painter.m_records.size() ? painter.m_records[painter.m_reading]
+                                                            : painter.m_records.emplace_back()) {
+    if (groups)
+        m_record.take(*groups);
+    else
+        m_record.read(painter.m_session.document(), name);
+    painter.m_desk.read += m_record.bytes();
+    ++painter.m_reading;
 }
 
 bool Painter::wanted(const std::string& layer) const {
+    if (m_patterns.empty()) return true;
     const bool inside = !m_prefix.empty() && layer.starts_with(m_prefix);
     return m_patterns.match(inside ? layer.substr(m_prefix.size()) : layer);
 }
@@ -231,17 +298,18 @@ bool Painter::isShown(const LayerLook& layer, bool insert) {
     return false;
 }
 
-void Painter::paintEntity(mor::EntityName name, const Inserted& where) {
-    CMOREntity entity;
-    if (!entity.Connect(name)) return;
+void Painter::paintEntity(mor::EntityName name, const Inserted& where, const Groups& groups) {
+    const auto facts = host::entityFacts(m_session.document(), name);
+    if (!facts) return;
     ++m_visited;
-    const Origin origin = originOf(entity, where);
-    if (isSubEntity(origin.type) || isUnseen(origin.type)) return;
+    const Kind& kind = kindOf(facts->type);
+    if (kind.way == Kind::Way::Never) return;
     if (isFull()) return leaveOut(kTooMany);
-    const LayerLook& layer = layerOf(origin, where);
-    const EntityRecord record(m_session.document(), name);
-    m_desk.read += record.bytes();
-    if (origin.type == "ATTDEF") {
+    const LayerLook& own = layerOf(*facts, name);
+    const LayerLook& layer = layerWithin(own, where);
+    const Reading reading(*this, name, groups);
+    const EntityRecord& record = reading.record();
+    if (kind.way == Kind::Way::Definition) {
         // Within a block only what is the same for all inserts shows.
         const int flags = record.integer(70);
         if ((flags & kInvisibleAttribute) != 0 ||
@@ -249,34 +317,32 @@ void Painter::paintEntity(mor::EntityName name, const Inserted& where) {
             return;
     }
     if (record.integer(60) != 0) return hide("invisible");
-    static const std::string none;
-    const std::string& reference = where.reference == nullptr ? none : *where.reference;
+    const std::string& reference = where.path();
     const Look look = m_looks.lookOf(record, layer, where.look, reference);
-    const Insert all{name, record, origin, layer, look};
-    if (origin.type == "VIEWPORT") return paintViewport(all, where);
-    const bool insert = origin.type == "INSERT";
+    const Origin origin{facts->handle, {own.name, kind.type, &reference}};
+    const Insert all{name, kind, record, origin, layer, look};
+    if (kind.way == Kind::Way::Viewport) return paintViewport(all, where);
+    const bool insert = kind.way == Kind::Way::Insert;
     if (!isShown(layer, insert)) return;
     if (insert) return paintInsert(all, where);
-    if (isDimension(origin.type) || origin.type == "ACAD_TABLE") return paintOwnBlock(all, where);
+    if (kind.way == Kind::Way::OwnBlock) return paintOwnBlock(all, where);
     paintShape(all, where);
 }
 
 void Painter::paintShape(const Insert& entity, const Inserted& where) {
-    const Drawer draw =
-        isDimension(entity.origin.type) ? drawDimension : drawerOf(entity.origin.type);
     m_scene.setOrigin(entity.origin);
     const Inserted* outer = std::exchange(m_where, &where);
     const Origin* outerOrigin = std::exchange(m_origin, &entity.origin);
-    Pencil pen(m_desk, entity.name, entity.record, where.placement, entity.look,
-               where.reference == nullptr ? std::string() : *where.reference);
+    Pencil pen(m_desk, entity.name, entity.record, where.placement, entity.look, where.path());
     const std::size_t before = m_scene.offered();
-    const bool drawn =
-        (draw != nullptr && draw(pen)) || m_scene.offered() > before || drawPreview(pen);
+    const bool drawn = (entity.kind.draw != nullptr && entity.kind.draw(pen)) ||
+                       m_scene.offered() > before || drawPreview(pen);
     m_where = outer;
     m_origin = outerOrigin;
     if (drawn) return;
     const auto info = host::recordInfo(m_session.document(), entity.name);
-    leaveOut(entity.origin.type + whyNotDrawn(entity.origin.type, info && info->opaque));
+    leaveOut(*entity.kind.type +
+             whyNotDrawn(entity.kind.draw != nullptr, *entity.kind.type, info && info->opaque));
 }
 
 }  // namespace mor::tool

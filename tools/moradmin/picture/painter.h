@@ -5,14 +5,19 @@
 #include "tools/moradmin/picture/views.h"
 #include "tools/moradmin/references/patterns.h"
 #include "tools/moradmin/session.h"
+#include "xref/space_iterator.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <deque>
 #include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <set>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace mor::tool {
@@ -56,20 +61,50 @@ private:
         bool found = false;
         std::optional<mor::EntityName> first;  ///< its first entity
         std::vector<mor::EntityName>
-            ordered;  ///< all of them, where the file's order is not theirs
+            ordered;                       ///< all of them, where the file's order is not theirs
+        std::optional<std::size_t> bytes;  ///< that were read when it was drawn first
+        std::vector<mor::EntityName> members;      ///< once its records are kept
+        std::unique_ptr<host::RecordRun> records;  ///< those of the members
     };
     /// How the block is inserted whose entities are drawn. Names of any length are drawn at any
     /// depth: they are kept elsewhere, once each.
     struct Inserted {
         CMORMathTransMatrix placement;
         const std::string* reference = nullptr;   ///< null in the drawing itself
-        const std::string* layer = nullptr;       ///< the insert's, which entities on layer 0 take
+        const LayerLook* layer = nullptr;         ///< the insert's, which entities on layer 0 take
         Look look;                                ///< the insert's, which entities BYBLOCK take
         std::vector<const std::wstring*> blocks;  ///< on the way, against circles
+
+        /// The reference by its path; empty for the drawing itself.
+        [[nodiscard]] const std::string& path() const;
+    };
+    /// What is known of a type of entities.
+    struct Kind {
+        enum class Way { Never, Shape, Definition, Insert, OwnBlock, Viewport };
+        Way way = Way::Shape;
+        bool (*draw)(Pencil&) = nullptr;    ///< null where its form is not known
+        const std::string* type = nullptr;  ///< its name
+    };
+    using Groups = std::optional<std::span<const host::GroupView>>;
+    /// A record that is read, or taken where that was done; while it lives the next one gets
+    /// another place.
+    class Reading {
+    public:
+        Reading(Painter& painter, mor::EntityName name, const Groups& groups = {});
+        ~Reading() { --m_painter.m_reading; }
+        Reading(const Reading&) = delete;
+        Reading& operator=(const Reading&) = delete;
+
+        [[nodiscard]] const EntityRecord& record() const { return m_record; }
+
+    private:
+        Painter& m_painter;
+        EntityRecord& m_record;
     };
     /// An insert and what is known of it.
     struct Insert {
         mor::EntityName name;
+        const Kind& kind;
         const EntityRecord& record;
         const Origin& origin;
         const LayerLook& layer;
@@ -79,18 +114,28 @@ private:
     [[nodiscard]] bool isFull() const;
     /// Why a block is not drawn there; null when it is.
     [[nodiscard]] static const char* whyNotWithin(const Inserted& where, const Block& block);
-    [[nodiscard]] static Origin originOf(const CMOREntity& entity, const Inserted& where);
-    [[nodiscard]] const LayerLook& layerOf(const Origin& origin, const Inserted& where);
+    [[nodiscard]] const Kind& kindOf(std::string_view type);
+    /// `type` stays where it is.
+    [[nodiscard]] static Kind newKind(const std::string& type);
+    /// The layer on which an entity lies, as the drawing knows it.
+    [[nodiscard]] const LayerLook& layerOf(const host::EntityFacts& facts, mor::EntityName name);
+    /// Where an entity shows: those on layer 0 in a block on the layer of the insert.
+    [[nodiscard]] static const LayerLook& layerWithin(const LayerLook& own, const Inserted& where) {
+        return where.layer != nullptr && *own.name == "0" ? *where.layer : own;
+    }
     /// Whether things on the layer are drawn; counts those that are not.
     [[nodiscard]] bool isShown(const LayerLook& layer, bool insert);
     [[nodiscard]] bool wanted(const std::string& layer) const;
 
     void paintSpace(const Inserted& top);
     void putInOrder(std::vector<mor::EntityName>& names, mor::EntityName block) const;
-    void paintEntity(mor::EntityName name, const Inserted& where);
+    /// Entities one after the other, whose records another thread reads ahead.
+    void paintAll(const std::vector<mor::EntityName>& names, const Inserted& where);
+    void paintEntity(mor::EntityName name, const Inserted& where, const Groups& groups = {});
     void paintShape(const Insert& entity, const Inserted& where);
     void paintInsert(const Insert& insert, const Inserted& where);
-    void paintBlock(const Block& block, const Inserted& inner);
+    void paintBlock(Block& block, const Inserted& inner);
+    [[nodiscard]] static std::vector<mor::EntityName> membersOf(const Block& block);
     void paintAttributes(const Insert& insert, const Inserted& where);
     /// A dimension's lines, or a table's, stand in a block of its own.
     void paintOwnBlock(const Insert& entity, const Inserted& where);
@@ -115,8 +160,9 @@ private:
     Session& m_session;
     Choice m_choice;
     TextPatterns m_patterns;
-    std::string m_prefix;  ///< of layer names within the reference that is looked through
-    std::string m_top;     ///< the reference that is looked through
+    MOR_SpaceIterator m_entities;  ///< of all spaces
+    std::string m_prefix;          ///< of layer names within the reference that is looked through
+    std::string m_top;             ///< the reference that is looked through
     Scene m_scene;
     std::unique_ptr<Fonts> m_fonts;
     Looks m_looks;
@@ -127,8 +173,16 @@ private:
     std::vector<mor::EntityName> m_model;    ///< of model space, for viewports of a sheet
     std::map<std::wstring, Block> m_blocks;  ///< by upper-case name
     const std::set<std::string>* m_frozen = nullptr;  ///< in the viewport that is drawn
+    std::map<std::string, Kind, std::less<>> m_kinds;
+    const Kind* m_kind = nullptr;  ///< the one that was asked for last
+    /// Layers by their numbers, of each drawing and reference; null where nobody has asked yet.
+    std::map<std::int64_t, std::vector<const LayerLook*>> m_layers;
+    CMOREntity m_entity;
+    std::deque<EntityRecord> m_records;  ///< that are read, one within the other
+    std::size_t m_reading = 0;           ///< how many of them are in use
     std::size_t m_viewports = 0;
     std::size_t m_visited = 0;
+    std::size_t m_keptBytes = 0;  ///< of records of blocks
     std::size_t m_inserts = 0;
     std::map<std::string, std::size_t> m_leftOut;
     std::map<std::string, std::size_t> m_hidden;

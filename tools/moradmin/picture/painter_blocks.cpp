@@ -25,6 +25,8 @@ namespace {
 constexpr int kInvisibleAttribute = 1;
 constexpr std::size_t kDeepest = 256;
 constexpr const char* kTooMany = "beyond a million elements, 250000 inserts or 256 MB";
+constexpr std::size_t kMostOfBlock = std::size_t{256} << 10U;  // of one whose records are kept
+constexpr std::size_t kMostKept = std::size_t{32} << 20U;
 constexpr double kBeyond = 1e9;  ///< half the side of the area around what is cut out
 
 /// Why a reference is not loaded: what was wrong with its file, where there is one.
@@ -36,6 +38,8 @@ std::string whyMissing(const host::ReferenceInfo& reference) {
     }
     return reference.tries.empty() ? "not found" : reference.tries.back().why;
 }
+
+bool isAttribute(const std::string& type) { return equalNoCase(wide(type), L"ATTRIB"); }
 
 }  // namespace
 
@@ -62,7 +66,7 @@ void Painter::paintInsert(const Insert& insert, const Inserted& where) {
         return leaveOut("INSERT with numbers out of range");
     if (const char* why = whyNotWithin(where, block)) return leaveOut(why);
     if (!block.first) return paintAttributes(insert, where);
-    Inserted inner{{}, where.reference, insert.layer.name, insert.look, where.blocks};
+    Inserted inner{{}, where.reference, &insert.layer, insert.look, where.blocks};
     if (reference) inner.reference = &block.path;
     inner.blocks.push_back(block.key);
     const Scene::Group group = m_scene.open(insert.origin, utf8(blockName));
@@ -116,36 +120,60 @@ const char* Painter::whyNotWithin(const Inserted& where, const Block& block) {
     return where.blocks.size() >= kDeepest ? "INSERT within 256 others" : nullptr;
 }
 
-void Painter::paintBlock(const Block& block, const Inserted& inner) {
-    for (const mor::EntityName& name : block.ordered) paintEntity(name, inner);
-    if (!block.ordered.empty()) return;
+void Painter::paintBlock(Block& block, const Inserted& inner) {
+    if (!block.bytes) {
+        const std::size_t before = m_desk.read;
+        for (const mor::EntityName& name : membersOf(block)) paintEntity(name, inner);
+        block.bytes = m_desk.read - before;
+        return;
+    }
+    // Small ones that are drawn again are likely to be drawn often: their records are kept.
+    if (!block.records && *block.bytes <= kMostOfBlock && m_keptBytes < kMostKept) {
+        m_keptBytes += *block.bytes;
+        block.members = membersOf(block);
+        block.records = std::make_unique<host::RecordRun>();
+        block.records->read(m_session.document(), block.members);
+    }
+    if (!block.records)
+        for (const mor::EntityName& name : membersOf(block)) paintEntity(name, inner);
+    for (std::size_t i = 0; i < block.members.size(); ++i)
+        paintEntity(block.members[i], inner, block.records->groups(i));
+}
+
+std::vector<mor::EntityName> Painter::membersOf(const Block& block) {
+    if (!block.ordered.empty()) return block.ordered;
+    std::vector<mor::EntityName> names;
     ads_name at{};
     block.first->copyTo(at);
     do {
-        paintEntity(mor::EntityName(at), inner);
+        names.emplace_back(at);
     } while (acdbEntNext(at, at) == RTNORM);
+    return names;
 }
 
 /// The texts behind an insert, in the coordinates of its owner.
 void Painter::paintAttributes(const Insert& insert, const Inserted& where) {
     ads_name at{};
     insert.name.copyTo(at);
-    CMOREntity entity;
-    while (acdbEntNext(at, at) == RTNORM && entity.Connect(at) &&
-           entity.Type().CompareNoCase(L"ATTRIB") == 0) {
+    while (acdbEntNext(at, at) == RTNORM) {
+        const mor::EntityName name(at);
+        const auto facts = host::entityFacts(m_session.document(), name);
+        if (!facts) return;
+        const Kind& kind = kindOf(facts->type);
+        if (!isAttribute(*kind.type)) return;
         if (isFull()) return leaveOut(kTooMany);
         ++m_visited;
-        const EntityRecord record(m_session.document(), mor::EntityName(at));
-        m_desk.read += record.bytes();
-        const Origin origin = originOf(entity, where);
-        const LayerLook& layer = layerOf(origin, where);
+        const Reading reading(*this, name);
+        const EntityRecord& record = reading.record();
+        const LayerLook& own = layerOf(*facts, name);
+        const LayerLook& layer = layerWithin(own, where);
         const bool invisible =
             (record.integer(kGroupFlags) & kInvisibleAttribute) != 0 || record.integer(60) != 0;
         if (invisible || !isShown(layer, false)) continue;
         if (textParts(record.text(1)).empty() && record.embedded().empty()) continue;
-        const Look look = m_looks.lookOf(record, layer, insert.look,
-                                         where.reference == nullptr ? "" : *where.reference);
-        paintShape({mor::EntityName(at), record, origin, layer, look}, where);
+        const Look look = m_looks.lookOf(record, layer, insert.look, where.path());
+        const Origin origin{facts->handle, {own.name, kind.type, &where.path()}};
+        paintShape({name, kind, record, origin, layer, look}, where);
     }
 }
 
@@ -156,8 +184,8 @@ void Painter::paintOwnBlock(const Insert& entity, const Inserted& where) {
     lookUp(block);
     if (block.found && !block.first && !name.empty()) return;  // it shows nothing
     if (!block.first || whyNotWithin(where, block) != nullptr) return paintShape(entity, where);
-    Inserted inner{where.placement, where.reference, entity.layer.name, entity.look, where.blocks};
-    if (entity.origin.type == "ACAD_TABLE") {
+    Inserted inner{where.placement, where.reference, &entity.layer, entity.look, where.blocks};
+    if (*entity.kind.type == "ACAD_TABLE") {
         const host::PlaneAxes axes = entity.record.plane();
         const Point at = entity.record.point(10, {});
         const Point right = entity.record.point(11, Point{1.0, 0.0, 0.0});
@@ -187,8 +215,7 @@ bool Painter::paintPart(const Pencil& pen, const std::string& blockName,
     if (!block.first || whyNotWithin(where, block) != nullptr || isFull()) return false;
     const std::string layer = pen.record().text(8);
     const LayerLook& own0 = m_looks.layer(pen.qualified(layer.empty() ? "0" : layer));
-    Inserted inner{product(pen.placement(), own), where.reference, own0.name, pen.look(),
-                   where.blocks};
+    Inserted inner{product(pen.placement(), own), where.reference, &own0, pen.look(), where.blocks};
     inner.blocks.push_back(block.key);
     ++m_inserts;
     const Origin& origin = *m_origin;
@@ -250,14 +277,15 @@ void Painter::paintViewport(const Insert& viewport, const Inserted& where) {
     const Scene::Group clip = m_scene.clip(frame);
     Inserted inner{product(where.placement, view.matrix), where.reference, nullptr, Look{}, {}};
     m_frozen = &view.frozen;
-    for (const mor::EntityName& name : m_model) paintEntity(name, inner);
+    paintAll(m_model, inner);
     m_frozen = nullptr;
     m_scene.close(clip);
     m_scene.close(group);
     if (!viewport.layer.off && !viewport.layer.frozen && (viewport.layer.plotted || m_choice.all) &&
         wanted(*viewport.layer.name)) {
         m_scene.setOrigin(viewport.origin);
-        Pencil pen(m_desk, viewport.name, viewport.record, where.placement, viewport.look, "");
+        static const std::string none;
+        Pencil pen(m_desk, viewport.name, viewport.record, where.placement, viewport.look, none);
         pen.stroke(frame);
     }
 }
@@ -291,11 +319,7 @@ void Painter::lookUp(Block& block) const {
     block.first = mor::EntityName(first->resval.rlname);
     const auto table = host::resolveSymbol(m_session.document(), "BLOCK_RECORD", *block.key);
     if (!table || drawOrder(m_session.document(), *table).empty()) return;
-    ads_name at{};
-    block.first->copyTo(at);
-    do {
-        block.ordered.emplace_back(at);
-    } while (acdbEntNext(at, at) == RTNORM);
+    block.ordered = membersOf(block);
     putInOrder(block.ordered, *table);
 }
 

@@ -59,22 +59,25 @@ double Pencil::scale() const {
     return std::sqrt(std::fabs(x[0] * y[1] - x[1] * y[0]));
 }
 
-Style Pencil::line(int colour, const std::string& lineType) const {
+Style Pencil::line(int colour, const LineType* lineType) const {
     Style style;
     style.rgb = m_desk.palette.line(colour);
     style.opacity = m_look.opacity;
     style.weight = m_look.weight;
-    const std::vector<double>& lengths = m_desk.looks.lineType(lineType).lengths;
-    if (lengths.empty()) return style;
+    if (lineType == nullptr || lineType->lengths.empty()) return style;
     const double scale = patternScale();
-    const std::vector<float> dashes = alternating(lengths, scale);
-    if (!dashes.empty()) style.dash = m_desk.scene.dash(dashes);
+    Desk::Dashes& last = m_desk.dashes;
+    if (last.type != lineType || last.scale != scale) {
+        const std::vector<float> dashes = alternating(lineType->lengths, scale);
+        last = {lineType, scale, dashes.empty() ? 0 : m_desk.scene.dash(dashes)};
+    }
+    style.dash = last.dash;
     return style;
 }
 
 Style Pencil::ruled(int colour, double height) const {
     constexpr double kThick = 0.06;  // of the letters
-    Style style = line(colour, "");
+    Style style = line(colour, nullptr);
     style.weight = 0.0F;
     if (height < kFarthest) style.width = static_cast<float>(kThick * height);
     return style;
@@ -89,8 +92,8 @@ Style Pencil::area(int colour) const {
 }
 
 void Pencil::lettersAlong(const Path& path) {
-    const LineType& type = m_desk.looks.lineType(m_look.lineType);
-    if (type.texts.empty()) return;
+    if (m_look.lineType == nullptr || m_look.lineType->texts.empty()) return;
+    const LineType& type = *m_look.lineType;
     double pattern = 0.0;
     for (const double length : type.lengths) pattern += std::fabs(length) * patternScale();
     for (const std::vector<Spot>& part : flattened(path.ops(), path.numbers().data())) {
@@ -144,7 +147,11 @@ void Pencil::polyline(const std::vector<Point>& points, bool closed) {
 
 void Pencil::letters(const Sheet& sheet, double x, double y, const std::string& text,
                      const TextFormat& format) {
-    const std::uint32_t font = m_desk.fonts.find(format.font);
+    if (!m_desk.font || m_desk.fontWish != format.font) {
+        m_desk.font = m_desk.fonts.find(format.font);
+        m_desk.fontWish = format.font;
+    }
+    const std::uint32_t font = *m_desk.font;
     const double capital = m_desk.fonts.capitalHeight(font);
     const double slant = std::tan(format.oblique * (std::numbers::pi / 180.0));
     TextRun run;

@@ -5,11 +5,11 @@
 #include "tools/moradmin/picture/text_layout.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace mor::tool {
@@ -30,6 +30,16 @@ struct Desk {
         drawBlock;
     std::size_t read = 0;  ///< bytes of records that were read besides those of entities
     std::map<std::string, std::size_t> partly{};  ///< what is drawn in part, why, and how often
+    /// The dashes that were asked for last.
+    struct Dashes {
+        const LineType* type = nullptr;
+        double scale = 0.0;
+        std::uint32_t dash = 0;  ///< of the scene
+    };
+    Dashes dashes{};
+    /// The font that was asked for last.
+    FontWish fontWish{};
+    std::optional<std::uint32_t> font{};
 };
 
 /// Where letters stand: a point, and the directions of their lines and of their height. One unit
@@ -46,13 +56,13 @@ struct Sheet {
 class Pencil {
 public:
     Pencil(Desk& desk, mor::EntityName name, const EntityRecord& record,
-           const CMORMathTransMatrix& placement, Look look, std::string reference)
+           const CMORMathTransMatrix& placement, const Look& look, const std::string& reference)
         : m_desk(desk),
           m_name(name),
           m_record(record),
           m_placement(placement),
-          m_look(std::move(look)),
-          m_reference(std::move(reference)) {}
+          m_look(look),
+          m_reference(reference) {}
 
     [[nodiscard]] Desk& desk() const { return m_desk; }
     [[nodiscard]] mor::EntityName name() const { return m_name; }
@@ -77,7 +87,8 @@ public:
     [[nodiscard]] double scale() const;
 
     [[nodiscard]] Style line() const { return line(m_look.colour, m_look.lineType); }
-    [[nodiscard]] Style line(int colour, const std::string& lineType) const;
+    /// Whole where the line type is null.
+    [[nodiscard]] Style line(int colour, const LineType* lineType) const;
     /// A line that belongs to letters of that height on the picture.
     [[nodiscard]] Style ruled(int colour, double height) const;
     [[nodiscard]] Style area() const { return area(m_look.colour); }
@@ -111,8 +122,8 @@ private:
     mor::EntityName m_name;
     const EntityRecord& m_record;
     const CMORMathTransMatrix& m_placement;
-    Look m_look;
-    std::string m_reference;
+    const Look& m_look;
+    const std::string& m_reference;
 };
 
 }  // namespace mor::tool

@@ -3,7 +3,9 @@
 #include "tools/moradmin/shown_text.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <initializer_list>
 #include <numbers>
 #include <utility>
 
@@ -20,13 +22,21 @@ constexpr std::size_t kNumberBytes = 10;
 constexpr std::size_t kAttributeBytes = 60;
 constexpr int kGrey = 0x808080;
 
+/// A number in which all of them have a part.
+std::uint64_t mixed(std::initializer_list<std::uint64_t> parts) {
+    std::uint64_t result = 0;
+    for (const std::uint64_t part : parts) result = (result ^ part) * 0x9E3779B97F4A7C15U;
+    return result >> 40U;
+}
+
 /// How long a text is once it is escaped.
 std::size_t escapedBytes(const std::string& text) { return xmlText(text).size(); }
 
 }  // namespace
 
 Scene::Scene(const Point& shift) : m_shift(shift), m_owners(1), m_dashes(1) {
-    m_owners.front() = {"", kept(""), kept(""), kept("")};
+    static const std::string none;
+    static_cast<void>(numberOf(Kin{&none, &none, &none}));  // number 0
 }
 
 const std::string* Scene::kept(const std::string& text) { return &*m_kept.insert(text).first; }
@@ -38,20 +48,53 @@ std::uint32_t Scene::dash(const std::vector<float>& lengths) {
     return known->second;
 }
 
-void Scene::setOrigin(const Origin& origin) {
-    const Owner& last = m_owners.back();
-    const bool sameLayer = *last.layer == origin.layer;
-    if (!sameLayer || m_ownerBytes == 0)
-        m_ownerBytes = kAttributeBytes + escapedBytes(origin.layer);
-    const auto same = [this](const std::string* before, const std::string& text) {
-        return *before == text ? before : kept(text);
+void Scene::expect(std::size_t elements) {
+    constexpr std::size_t kNumbers = 6;
+    m_elements.reserve(elements);
+    m_owners.reserve(elements + 1);
+    m_ops.reserve(2 * elements);
+    m_numbers.reserve(kNumbers * elements);
+}
+
+std::uint32_t Scene::numberOf(const Kin& kin) {
+    if (m_lastKin.given == kin) return m_lastKin.number;
+    RecentKin& recent = m_recentKins[mixed({std::bit_cast<std::uintptr_t>(kin.layer),
+                                            std::bit_cast<std::uintptr_t>(kin.type),
+                                            std::bit_cast<std::uintptr_t>(kin.reference)}) %
+                                     kRecent];
+    if (recent.given == kin) return (m_lastKin = recent).number;
+    const Kin own{kept(*kin.layer), kept(*kin.type), kept(*kin.reference)};
+    const auto [known, added] = m_kinNumbers.try_emplace({own.layer, own.type, own.reference},
+                                                         static_cast<std::uint32_t>(m_kins.size()));
+    if (added) m_kins.push_back({own, kAttributeBytes + escapedBytes(*own.layer)});
+    recent = m_lastKin = {kin, known->second};
+    return known->second;
+}
+
+std::uint32_t Scene::numberOf(const Style& style) {
+    const auto bits = [](float number) {
+        return std::uint64_t{std::bit_cast<std::uint32_t>(number)};
     };
-    Owner owner{origin.handle, sameLayer ? last.layer : kept(origin.layer),
-                same(last.type, origin.type), same(last.reference, origin.reference)};
+    const auto rgb = static_cast<std::uint64_t>(style.rgb);
+    const std::size_t place =
+        mixed({rgb ^ std::uint64_t{style.dash} << 32U,
+               bits(style.weight) ^ bits(style.width) << 32U, bits(style.opacity)}) %
+        kRecent;
+    std::uint32_t& recent = m_recentStyles[place];
+    if (recent >= m_styles.size() || m_styles[recent] != style) {
+        recent = static_cast<std::uint32_t>(m_styles.size());
+        m_styles.push_back(style);
+    }
+    return recent;
+}
+
+void Scene::setOrigin(const Origin& origin) {
+    const Owner owner{origin.handle, numberOf(origin.kin)};
+    m_ownerBytes = m_kins[owner.kin].bytes;
     if (m_used + 1 < m_owners.size())
-        m_owners.back() = std::move(owner);  // the one before has left no mark
+        m_owners.back() = owner;  // the one before has left no mark
     else
-        m_owners.push_back(std::move(owner));
+        m_owners.push_back(owner);
 }
 
 std::uint32_t Scene::useOwner() {
@@ -103,8 +146,7 @@ void Scene::add(Kind kind, const Path& path, const Style& style) {
     m_ops += path.ops();
     m_numbers.insert(m_numbers.end(), path.numbers().begin(), path.numbers().end());
     m_bytes += path.numbers().size() * kNumberBytes;
-    if (m_styles.empty() || m_styles.back() != style) m_styles.push_back(style);
-    element.style = static_cast<std::uint32_t>(m_styles.size() - 1);
+    element.style = numberOf(style);
 }
 
 void Scene::text(TextRun run, const Style& style) {
@@ -122,8 +164,7 @@ void Scene::text(TextRun run, const Style& style) {
     m_bytes += escapedBytes(run.text) + kAttributeBytes;
     element.text = static_cast<std::uint32_t>(m_texts.size());
     m_texts.push_back(std::move(run));
-    if (m_styles.empty() || m_styles.back() != style) m_styles.push_back(style);
-    element.style = static_cast<std::uint32_t>(m_styles.size() - 1);
+    element.style = numberOf(style);
 }
 
 void Scene::defer(Deferred deferred) {

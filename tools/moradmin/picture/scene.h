@@ -2,6 +2,7 @@
 
 #include "tools/moradmin/picture/path.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -13,12 +14,20 @@
 
 namespace mor::tool {
 
-/// From which record an element of a picture comes.
+/// What the elements of a layer, a type and a reference have in common.
+struct Kin {
+    const std::string* layer = nullptr;  ///< as the drawing knows it
+    const std::string* type = nullptr;
+    const std::string* reference = nullptr;  ///< its path; empty for the drawing itself
+
+    friend bool operator==(const Kin&, const Kin&) = default;
+};
+
+/// From which record an element of a picture comes. A scene takes texts for the same where they lie
+/// in the same place: there they stay as long as it is drawn.
 struct Origin {
-    std::string handle;
-    std::string layer;  ///< as the drawing knows it
-    std::string type;
-    std::string reference;  ///< by the path of references; empty for the drawing itself
+    std::uint64_t handle = 0;  ///< 0 for none
+    Kin kin;
 };
 
 /// How a line is drawn, or an area filled.
@@ -62,12 +71,9 @@ public:
         std::size_t number = 0;
         std::uint32_t ops = 0;
     };
-    /// An origin with texts that are held once.
     struct Owner {
-        std::string handle;
-        const std::string* layer = nullptr;
-        const std::string* type = nullptr;
-        const std::string* reference = nullptr;
+        std::uint64_t handle = 0;
+        std::uint32_t kin = 0;  ///< of the scene's kins, whose texts it holds itself
     };
 
     explicit Scene(const Point& shift);
@@ -91,6 +97,9 @@ public:
     /// A dashed box at a place where something is missing, with a text in it.
     /// `share`: how large the box is, of the usual size.
     void missing(const Point& place, const std::string& text, double share = 1.0);
+
+    /// Makes room for so many elements of the usual size.
+    void expect(std::size_t elements);
 
     /// What follows, up to `close`, belongs to that record. Leaves no trace when nothing follows.
     /// With a path only what lies within it shows.
@@ -134,6 +143,7 @@ public:
     [[nodiscard]] const Owner& ownerOf(const Element& element) const {
         return m_owners[element.origin];
     }
+    [[nodiscard]] const Kin& kinOf(const Owner& owner) const { return m_kins[owner.kin].kin; }
     [[nodiscard]] const std::vector<float>& dashOf(const Style& style) const {
         return m_dashes[style.dash];
     }
@@ -157,6 +167,8 @@ private:
     bool noteExtent(const Extent& extent);
     /// The record to which what is drawn now belongs.
     std::uint32_t useOwner();
+    [[nodiscard]] std::uint32_t numberOf(const Kin& kin);
+    [[nodiscard]] std::uint32_t numberOf(const Style& style);
     void countStroke();
     void defer(Deferred deferred);
     void drawRay(const Deferred& ray, const Extent& all);
@@ -172,6 +184,20 @@ private:
     std::vector<TextRun> m_texts;
     std::vector<const std::string*> m_blocks;
     std::vector<Owner> m_owners;
+    struct KnownKin {
+        Kin kin;
+        std::size_t bytes = 0;  ///< as SVG, with each element; about
+    };
+    std::vector<KnownKin> m_kins;
+    std::map<std::array<const std::string*, 3>, std::uint32_t> m_kinNumbers;
+    struct RecentKin {
+        Kin given;
+        std::uint32_t number = 0;
+    };
+    static constexpr std::size_t kRecent = 256;
+    std::array<RecentKin, kRecent> m_recentKins{};  ///< by where their texts lie
+    RecentKin m_lastKin;
+    std::array<std::uint32_t, kRecent> m_recentStyles{};
     std::vector<std::vector<float>> m_dashes;
     std::map<std::vector<float>, std::uint32_t> m_dashNumbers;
     std::set<std::string, std::less<>> m_kept;

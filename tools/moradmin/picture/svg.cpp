@@ -1,21 +1,26 @@
 #include "tools/moradmin/picture/colours.h"
 #include "tools/moradmin/picture/forms.h"
-#include "tools/moradmin/shown_text.h"
+#include "tools/moradmin/picture/svg_text.h"
+#include "tools/moradmin/running/ahead.h"
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
+#include <memory>
 #include <numbers>
+#include <optional>
 #include <ostream>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace mor::tool {
 
 namespace {
 
 constexpr double kRounding = 1e-6;
-constexpr std::size_t kPiece = std::size_t{1} << 18U;  ///< that is written at once
-constexpr std::size_t kLongestNumber = 40;
+constexpr std::size_t kStretch = 2048;  ///< elements that are written at once
 
 /// An ellipse as it is seen from above: axes of its own.
 struct Axes {
@@ -37,58 +42,7 @@ Axes axesOf(const double* n) {
     return {q + r, std::fabs(q - r), turn * 180.0 / std::numbers::pi, q >= r};
 }
 
-/// Writes it into the buffer, as `numberText` does; answers where it ends.
-char* putNumber(std::array<char, kLongestNumber>& buffer, double value) {
-    const auto [end, error] =
-        std::to_chars(buffer.data(), buffer.data() + buffer.size(), value == 0.0 ? 0.0 : value);
-    static_cast<void>(error);  // the buffer is large enough for every double
-    return end;
-}
-
-/// Text that is gathered and written in large pieces.
-class Sheaf {
-public:
-    explicit Sheaf(std::ostream& out) : m_out(out) {}
-
-    Sheaf& operator<<(std::string_view text) {
-        m_text += text;
-        return *this;
-    }
-    Sheaf& operator<<(char c) {
-        m_text += c;
-        return *this;
-    }
-    Sheaf& operator<<(double number) {
-        const char* const end = putNumber(m_number, number);
-        m_text.append(m_number.data(), static_cast<std::size_t>(end - m_number.data()));
-        return *this;
-    }
-    Sheaf& escaped(std::string_view text) {
-        addXmlText(m_text, text);
-        return *this;
-    }
-    void attribute(std::string_view name, std::string_view value) {
-        *this << ' ' << name << "=\"";
-        escaped(value) << '"';
-    }
-    void attribute(std::string_view name, double value) {
-        *this << ' ' << name << "=\"" << value << '"';
-    }
-    void writeWhenFull() {
-        if (m_text.size() >= kPiece) write();
-    }
-    void write() {
-        m_out.write(m_text.data(), static_cast<std::streamsize>(m_text.size()));
-        m_text.clear();
-    }
-
-private:
-    std::ostream& m_out;
-    std::string m_text;
-    std::array<char, kLongestNumber> m_number{};
-};
-
-void putArc(Sheaf& to, const double* n) {
+void putArc(SvgText& to, const double* n) {
     const Axes axes = axesOf(n);
     const double from = n[6];
     const double end = n[7];
@@ -105,7 +59,7 @@ void putArc(Sheaf& to, const double* n) {
     }
 }
 
-void putPath(Sheaf& to, std::string_view ops, const double* n) {
+void putPath(SvgText& to, std::string_view ops, const double* n) {
     for (const char op : ops) {
         if (op == Path::kClose) {
             to << 'Z';
@@ -119,56 +73,53 @@ void putPath(Sheaf& to, std::string_view ops, const double* n) {
     }
 }
 
-class SvgWriter {
+/// The texts for some numbers, kept as long as no other number takes their place.
+class KeptTexts {
 public:
-    SvgWriter(std::ostream& out, const Scene& scene, const Fonts& fonts, const Canvas& canvas)
-        : m_to(out), m_scene(scene), m_fonts(fonts), m_canvas(canvas) {}
-
-    void write() {
-        putHead();
-        for (const Scene::Element& element : m_scene.elements()) {
-            putElement(element);
-            m_to.writeWhenFull();
-        }
-        m_to << "</g>\n</svg>\n";
-        m_to.write();
+    template <typename Make>
+    [[nodiscard]] std::string_view of(std::uint32_t number, const Make& make) {
+        std::string& text = m_texts[number % kPlaces];
+        std::optional<std::uint32_t>& kept = m_numbers[number % kPlaces];
+        if (kept == number) return text;
+        m_made.clear();
+        make(m_made);
+        text = m_made.text();
+        kept = number;
+        return text;
     }
 
 private:
-    void putHead() {
-        const Extent& area = m_canvas.area;
-        const double scale = m_canvas.pixels / longerSide(area);
-        m_usual = lineWidth({}, m_canvas);
-        m_to << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-             << "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"" << area.left << ' '
-             << -area.top << ' ' << area.width() << ' ' << area.height() << '"';
-        m_to.attribute("width", std::ceil(area.width() * scale - kRounding));
-        m_to.attribute("height", std::ceil(area.height() * scale - kRounding));
-        m_to << ">\n<title>";
-        m_to.escaped(m_canvas.title) << "</title>\n";
-        if (m_canvas.background >= 0) {
-            m_to << "<rect";
-            m_to.attribute("x", area.left);
-            m_to.attribute("y", -area.top);
-            m_to.attribute("width", area.width());
-            m_to.attribute("height", area.height());
-            m_to.attribute("fill", colourText(m_canvas.background));
-            m_to << "/>\n";
-        }
-        m_to << "<g transform=\"scale(1 -1)\" data-shift=\"" << m_scene.shift()[0] << ' '
-             << m_scene.shift()[1] << "\" fill=\"none\"";
-        m_to.attribute("stroke-width", m_usual);
-        m_to << " stroke-linecap=\"round\" stroke-linejoin=\"round\"";
-        m_to.attribute("font-family", m_fonts.families(0));
-        m_to << ">\n";
+    static constexpr std::size_t kPlaces = 64;
+    std::array<std::optional<std::uint32_t>, kPlaces> m_numbers;
+    std::array<std::string, kPlaces> m_texts;
+    SvgText m_made;
+};
+
+/// Elements of a scene as text.
+class SvgElements {
+public:
+    SvgElements(const Scene& scene, const Fonts& fonts, const Canvas& canvas)
+        : m_scene(scene), m_fonts(fonts), m_canvas(canvas), m_usual(lineWidth({}, canvas)) {}
+
+    [[nodiscard]] std::string_view text() const { return m_to.text(); }
+    /// Other elements; `clips`: how many clips there are before them.
+    void put(std::span<const Scene::Element> elements, std::size_t clips) {
+        m_to.clear();
+        m_clips = clips;
+        for (const Scene::Element& element : elements) putElement(element);
     }
 
+private:
     void putOwner(const Scene::Element& element) {
         const Scene::Owner& owner = m_scene.ownerOf(element);
-        m_to.attribute("data-handle", owner.handle);
-        m_to.attribute("data-layer", *owner.layer);
-        m_to.attribute("data-type", *owner.type);
-        if (!owner.reference->empty()) m_to.attribute("data-reference", *owner.reference);
+        m_to << " data-handle=\"";
+        m_to.handle(owner.handle);
+        m_to << "\"" << m_kinTexts.of(owner.kin, [&](SvgText& to) {
+            const Kin& kin = m_scene.kinOf(owner);
+            to.attribute("data-layer", *kin.layer);
+            to.attribute("data-type", *kin.type);
+            if (!kin.reference->empty()) to.attribute("data-reference", *kin.reference);
+        });
     }
 
     void putElement(const Scene::Element& element) {
@@ -208,27 +159,30 @@ private:
         m_to << "\"/>\n";
     }
     void putStroke(const Scene::Element& element) {
-        const Style& style = m_scene.styleOf(element);
-        m_to.attribute("stroke", shownColour(style.rgb));
+        m_to << m_strokeTexts.of(
+            element.style, [&](SvgText& to) { putStrokeStyle(to, m_scene.styleOf(element)); });
+    }
+    void putStrokeStyle(SvgText& to, const Style& style) const {
+        to.attribute("stroke", colourText(style.rgb));
         const double width = lineWidth(style, m_canvas);
-        if (width != m_usual) m_to.attribute("stroke-width", width);
-        if (style.flat) m_to << " stroke-linecap=\"butt\" stroke-linejoin=\"miter\"";
+        if (width != m_usual) to.attribute("stroke-width", width);
+        if (style.flat) to << " stroke-linecap=\"butt\" stroke-linejoin=\"miter\"";
         if (style.opacity < 1.0F)
-            m_to.attribute("stroke-opacity", static_cast<double>(style.opacity));
+            to.attribute("stroke-opacity", static_cast<double>(style.opacity));
         const std::vector<float>* dashes = shownDashes(m_scene, style, m_canvas);
         if (dashes == nullptr) return;
-        m_to << " stroke-dasharray=\"";
+        to << " stroke-dasharray=\"";
         for (const float& length : *dashes)
-            m_to << (&length == dashes->data() ? "" : " ") << static_cast<double>(length);
-        m_to << '"';
+            to << (&length == dashes->data() ? "" : " ") << static_cast<double>(length);
+        to << '"';
         if (!style.flat && std::ranges::find(*dashes, 0.0F) == dashes->end())
-            m_to << " stroke-linecap=\"butt\"";
+            to << " stroke-linecap=\"butt\"";
     }
     void putFill(const Scene::Element& element) {
         const Style& style = m_scene.styleOf(element);
         const bool mask = element.kind == Scene::Kind::Mask;
         const int behind = m_canvas.background < 0 ? kWhite : m_canvas.background;
-        m_to.attribute("fill", shownColour(mask ? behind : style.rgb));
+        m_to.attribute("fill", colourText(mask ? behind : style.rgb));
         putOpacity(style);
         m_to << " fill-rule=\"evenodd\"";
     }
@@ -245,7 +199,7 @@ private:
         m_to << " transform=\"matrix(" << run.right[0] << ' ' << run.right[1] << ' ' << run.down[0]
              << ' ' << run.down[1] << ' ' << run.at[0] << ' ' << run.at[1] << ")\"";
         m_to.attribute("font-size", run.size);
-        m_to.attribute("fill", shownColour(style.rgb));
+        m_to.attribute("fill", colourText(style.rgb));
         putOpacity(style);
         if (run.font != 0) m_to.attribute("font-family", m_fonts.families(run.font));
         if (m_fonts.isBold(run.font)) m_to << " font-weight=\"bold\"";
@@ -255,32 +209,83 @@ private:
         m_to << " xml:space=\"preserve\">";
         m_to.escaped(run.text) << "</text>\n";
     }
-    /// Neighbours often have the same.
-    const std::string& shownColour(int rgb) {
-        if (m_colourText.empty() || rgb != m_colour) m_colourText = colourText(rgb);
-        m_colour = rgb;
-        return m_colourText;
-    }
 
-    Sheaf m_to;
+    SvgText m_to;
     const Scene& m_scene;
     const Fonts& m_fonts;
     const Canvas& m_canvas;
-    double m_usual = 0.0;
+    double m_usual;  ///< width of most lines
     std::size_t m_clips = 0;
-    int m_colour = 0;
-    std::string m_colourText;
+    KeptTexts m_kinTexts;
+    KeptTexts m_strokeTexts;
 };
+
+void putHead(SvgText& to, const Scene& scene, const Fonts& fonts, const Canvas& canvas) {
+    const Extent& area = canvas.area;
+    const double scale = canvas.pixels / longerSide(area);
+    to << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+       << "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"" << area.left << ' ' << -area.top
+       << ' ' << area.width() << ' ' << area.height() << '"';
+    to.attribute("width", std::ceil(area.width() * scale - kRounding));
+    to.attribute("height", std::ceil(area.height() * scale - kRounding));
+    to << ">\n<title>";
+    to.escaped(canvas.title) << "</title>\n";
+    if (canvas.background >= 0) {
+        to << "<rect";
+        to.attribute("x", area.left);
+        to.attribute("y", -area.top);
+        to.attribute("width", area.width());
+        to.attribute("height", area.height());
+        to.attribute("fill", colourText(canvas.background));
+        to << "/>\n";
+    }
+    to << "<g transform=\"scale(1 -1)\" data-shift=\"" << scene.shift()[0] << ' '
+       << scene.shift()[1] << "\" fill=\"none\"";
+    to.attribute("stroke-width", lineWidth({}, canvas));
+    to << " stroke-linecap=\"round\" stroke-linejoin=\"round\"";
+    to.attribute("font-family", fonts.families(0));
+    to << ">\n";
+}
+
+void write(std::ostream& out, std::string_view text) {
+    out.write(text.data(), static_cast<std::streamsize>(text.size()));
+}
+
+/// A stretch of a scene's elements.
+struct Stretch {
+    std::span<const Scene::Element> elements;
+    std::size_t clips = 0;  ///< before them
+};
+
+std::vector<Stretch> stretchesOf(const Scene& scene) {
+    const std::span<const Scene::Element> all = scene.elements();
+    std::vector<Stretch> stretches;
+    std::size_t clips = 0;
+    for (std::size_t begin = 0; begin < all.size(); begin += kStretch) {
+        const auto some = all.subspan(begin, std::min(kStretch, all.size() - begin));
+        stretches.push_back({some, clips});
+        clips += static_cast<std::size_t>(
+            std::ranges::count(some, Scene::Kind::Clip, &Scene::Element::kind));
+    }
+    return stretches;
+}
 
 }  // namespace
 
-std::string numberText(double value) {
-    std::array<char, kLongestNumber> buffer{};
-    return {buffer.data(), putNumber(buffer, value)};
-}
-
 void writeSvg(std::ostream& out, const Scene& scene, const Fonts& fonts, const Canvas& canvas) {
-    SvgWriter(out, scene, fonts, canvas).write();
+    SvgText head;
+    putHead(head, scene, fonts, canvas);
+    write(out, head.text());
+    const std::vector<Stretch> stretches = stretchesOf(scene);
+    std::vector<std::unique_ptr<SvgElements>> texts;
+    for (std::size_t place = 0; place < Ahead::kPlaces; ++place)
+        texts.push_back(std::make_unique<SvgElements>(scene, fonts, canvas));
+    Ahead ahead(stretches.size(), [&](std::size_t number, std::size_t place) {
+        texts[place]->put(stretches[number].elements, stretches[number].clips);
+    });
+    for (std::size_t i = 0; i < stretches.size() && out; ++i)
+        write(out, texts[ahead.next()]->text());
+    write(out, "</g>\n</svg>\n");
 }
 
 }  // namespace mor::tool

@@ -117,13 +117,14 @@ private:
         return m_down == kBottom ? kBelow * height : 0.0;
     }
     void drawHorizontal() {
-        const double all = width();
         double x = 0.0;
-        if (isAligned(m_record) && m_across != 0) x = m_across == kRight ? -all : -all / 2;
+        if (isAligned(m_record) && m_across != 0) x = m_across == kRight ? -width() : -width() / 2;
         const double y = base();
         for (const TextPart& part : m_parts) {
-            const double own = widthOf(part.text, m_format, m_pen.desk().fonts);
             m_pen.letters(m_sheet, x, y, part.text, m_format);
+            const bool lines = part.under || part.over || part.struck;
+            if (!lines && &part == &m_parts.back()) break;
+            const double own = widthOf(part.text, m_format, m_pen.desk().fonts);
             if (part.under) line(x, own, y - kLine * m_format.height);
             if (part.over) line(x, own, y + (1.0 + kLine) * m_format.height);
             if (part.struck) line(x, own, y + m_format.height / 2);

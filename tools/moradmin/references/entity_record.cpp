@@ -5,6 +5,7 @@
 #include "space/record_flags.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <span>
@@ -56,10 +57,43 @@ std::string_view bare(std::string_view text) {
 
 }  // namespace
 
+namespace {
+
+/// A number of few digits and no exponent, as nearly all are: both parts of the fraction are exact,
+/// so that one division gives the number that is nearest. False for what has to be read otherwise.
+bool readPlainReal(std::string_view text, double& value) {
+    static constexpr std::array<double, 20> kPowers = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,
+                                                       1e7,  1e8,  1e9,  1e10, 1e11, 1e12, 1e13,
+                                                       1e14, 1e15, 1e16, 1e17, 1e18, 1e19};
+    constexpr std::uint64_t kMostExact = std::uint64_t{1} << 53U;
+    if (text.size() >= kPowers.size()) return false;
+    const bool negative = text.starts_with('-');
+    if (negative) text.remove_prefix(1);
+    std::uint64_t digits = 0;
+    std::size_t decimals = 0;
+    std::size_t points = 0;
+    for (const char c : text) {
+        const auto digit = static_cast<unsigned>(c) - '0';
+        if (digit < 10) {
+            digits = 10 * digits + digit;
+            decimals += points;
+        } else if (c != '.' || ++points > 1) {
+            return false;
+        }
+    }
+    if (digits > kMostExact || text.size() == points) return false;
+    const double size = static_cast<double>(digits) / kPowers[decimals];
+    value = negative ? -size : size;
+    return true;
+}
+
+}  // namespace
+
 std::optional<double> readReal(std::string_view text) {
     text = bare(text);
-    if (text.starts_with('+')) text.remove_prefix(1);
     double value = 0.0;
+    if (readPlainReal(text, value)) return value;
+    if (text.starts_with('+')) text.remove_prefix(1);
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value))
         return std::nullopt;
@@ -85,11 +119,35 @@ GroupKind groupKind(int code) {
     return GroupKind::Text;
 }
 
-EntityRecord::EntityRecord(const AcApDocument* document, mor::EntityName name) {
+EntityRecord::EntityRecord(std::string type, std::vector<host::GroupView> groups)
+    : m_type(std::move(type)) {
+    const std::vector<host::GroupView> all = std::move(groups);
+    for (const host::GroupView& group : all) add(group);
+}
+
+void EntityRecord::add(const host::GroupView& group) {
+    if (group.code >= 0 && static_cast<std::size_t>(group.code) < kUsualCodes) {
+        First& first = m_first[static_cast<std::size_t>(group.code)];
+        if (first.record != m_record)
+            first = {m_record, static_cast<std::uint32_t>(m_groups.size())};
+    }
+    m_groups.push_back(group);
+}
+
+void EntityRecord::read(const AcApDocument* document, mor::EntityName name) {
+    take(m_reader.read(document, name));
+}
+
+void EntityRecord::take(std::span<const host::GroupView> all) {
+    ++m_record;
+    m_type.clear();
+    m_bytes = 0;
+    m_groups.clear();
+    m_embedded.clear();
+    m_extension = {};
     bool inGroup = false;
     bool extended = false;
     bool embedded = false;
-    const std::span<const host::GroupView> all = m_reader.read(document, name);
     m_groups.reserve(all.size());
     for (const host::GroupView& group : all) {
         m_bytes += sizeof(host::RecordGroup) + group.value.size();
@@ -102,13 +160,13 @@ EntityRecord::EntityRecord(const AcApDocument* document, mor::EntityName name) {
         else if (group.code == kControl)
             inGroup = group.value.starts_with("{");
         else if (!inGroup)
-            m_groups.push_back(group);
+            add(group);
         else if (group.code == kExtension)
             m_extension = group.value;
     }
 }
 
-const std::string_view* EntityRecord::find(int code) const {
+const std::string_view* EntityRecord::search(int code) const {
     const auto found = std::ranges::find(m_groups, code, &host::GroupView::code);
     return found == m_groups.end() ? nullptr : &found->value;
 }
@@ -133,12 +191,20 @@ std::optional<Point> EntityRecord::point(int code) const {
     return Point{real(code), real(code + 10), real(code + 20)};
 }
 
+host::PlaneAxes EntityRecord::plane() const {
+    static constexpr Point upwards{0.0, 0.0, 1.0};
+    static const host::PlaneAxes usual = host::planeAxes(upwards);
+    const Point normal = point(210, upwards);
+    return normal == upwards ? usual : host::planeAxes(normal);
+}
+
 std::vector<Vertex> verticesOf(const EntityRecord& polyline) {
     const double elevation = polyline.real(38);
     const double width = polyline.real(43);
     std::vector<Vertex> vertices;
     vertices.reserve(polyline.groups().size() / 2);
     for (const host::GroupView& group : polyline.groups()) {
+        if (group.code < 10 || group.code > 42) continue;
         const double value = readReal(group.value).value_or(0.0);
         if (group.code == 10)
             vertices.push_back({{value, 0.0, elevation}, 0.0, width, width});
@@ -163,8 +229,9 @@ std::vector<Vertex> verticesBehind(const AcApDocument* document, mor::EntityName
     std::vector<Vertex> vertices;
     ads_name at{};
     name.copyTo(at);
+    EntityRecord vertex;
     while (acdbEntNext(at, at) == RTNORM) {
-        const EntityRecord vertex(document, mor::EntityName(at));
+        vertex.read(document, mor::EntityName(at));
         read += vertex.bytes();
         if (vertex.type() != "VERTEX") break;
         const int flags = vertex.integer(kGroupFlags);

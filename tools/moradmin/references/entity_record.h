@@ -4,9 +4,11 @@
 #include "platform/entity_name.h"
 #include "tools/moradmin/picture/geometry.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -26,10 +28,15 @@ enum class GroupKind { Text, Integer, Real };
 /// The groups of one record before its extended data, for reading its geometry.
 class EntityRecord {
 public:
-    EntityRecord(const AcApDocument* document, mor::EntityName name);
+    EntityRecord() = default;
+    EntityRecord(const AcApDocument* document, mor::EntityName name) { read(document, name); }
     /// A part of a record, read as if it were one; the texts of its groups stay where they are.
-    EntityRecord(std::string type, std::vector<host::GroupView> groups)
-        : m_type(std::move(type)), m_groups(std::move(groups)) {}
+    EntityRecord(std::string type, std::vector<host::GroupView> groups);
+
+    /// Another record in place of the one before.
+    void read(const AcApDocument* document, mor::EntityName name);
+    /// Likewise one that was read; the texts of its groups stay where they are.
+    void take(std::span<const host::GroupView> all);
 
     [[nodiscard]] const std::string& type() const { return m_type; }
     /// How much was read for it, extended data included; about.
@@ -41,7 +48,11 @@ public:
     /// The handle of the dictionary that extends the record; empty when there is none.
     [[nodiscard]] std::string_view extension() const { return m_extension; }
     /// The first group with that code.
-    [[nodiscard]] const std::string_view* find(int code) const;
+    [[nodiscard]] const std::string_view* find(int code) const {
+        if (code < 0 || static_cast<std::size_t>(code) >= kUsualCodes) return search(code);
+        const First& first = m_first[static_cast<std::size_t>(code)];
+        return first.record == m_record ? &m_groups[first.group].value : nullptr;
+    }
     [[nodiscard]] std::string text(int code) const;  ///< empty when there is none
     [[nodiscard]] double real(int code, double missing = 0.0) const;
     [[nodiscard]] int integer(int code, int missing = 0) const;
@@ -52,12 +63,21 @@ public:
     }
 
     /// The axes of the plane in which the record's coordinates stand, from group 210.
-    [[nodiscard]] host::PlaneAxes plane() const {
-        return host::planeAxes(point(210, {0.0, 0.0, 1.0}));
-    }
+    [[nodiscard]] host::PlaneAxes plane() const;
 
 private:
+    static constexpr std::size_t kUsualCodes = 512;
+    /// Where the first group of a code stands, and in which of the records that were read.
+    struct First {
+        std::uint32_t record = 0;
+        std::uint32_t group = 0;
+    };
+    void add(const host::GroupView& group);
+    [[nodiscard]] const std::string_view* search(int code) const;
+
     host::GroupReader m_reader;  ///< keeps their texts
+    std::uint32_t m_record = 1;
+    std::array<First, kUsualCodes> m_first{};
     std::string m_type;
     std::size_t m_bytes = 0;
     std::vector<host::GroupView> m_groups;

@@ -98,10 +98,13 @@ Json recordDetails(const Session& session, const Scene& scene) {
     std::set<std::string> seen;
     for (const Scene::Element& element : scene.elements()) {
         const Scene::Owner& owner = scene.ownerOf(element);
-        std::string key =
-            owner.reference->empty() ? owner.handle : *owner.reference + "|" + owner.handle;
-        if (owner.handle.empty() || !seen.insert(key).second) continue;
-        const auto name = records.find(*owner.reference, owner.handle);
+        const std::string& reference = *scene.kinOf(owner).reference;
+        const std::string handle = host::handleText(owner.handle);
+        std::string key = reference;
+        if (!reference.empty()) key += '|';
+        key += handle;
+        if (owner.handle == 0 || !seen.insert(key).second) continue;
+        const auto name = records.find(reference, handle);
         if (!name) continue;
         if (Json details = detailsOf(session.document(), *name); !details.empty())
             all[key] = std::move(details);
