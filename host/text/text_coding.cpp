@@ -53,14 +53,24 @@ struct TextCoding::Converter {
 };
 
 TextCoding::TextCoding(Release release, std::string_view codePage, Carets carets)
-    : m_converter(std::make_unique<Converter>(iconvName(release, codePage))), m_carets(carets) {
-    if (!m_converter->toWide.valid() || !m_converter->fromWide.valid())
-        m_converter = std::make_unique<Converter>("CP1252");
-}
+    : m_asked(iconvName(release, codePage)), m_carets(carets) {}
 TextCoding::~TextCoding() = default;
 TextCoding::TextCoding(TextCoding&&) noexcept = default;
 TextCoding& TextCoding::operator=(TextCoding&&) noexcept = default;
-const std::string& TextCoding::name() const { return m_converter->name; }
+
+/// Not every encoding that a file names is one that the C library has.
+const std::string& TextCoding::name() const {
+    const bool sure = m_asked == "UTF-8" || m_asked == "CP1252";
+    return sure ? m_asked : converter().name;
+}
+
+const TextCoding::Converter& TextCoding::converter() const {
+    if (m_converter) return *m_converter;
+    m_converter = std::make_unique<Converter>(m_asked);
+    if (!m_converter->toWide.valid() || !m_converter->fromWide.valid())
+        m_converter = std::make_unique<Converter>("CP1252");
+    return *m_converter;
+}
 
 void TextCoding::decodeBehind(std::wstring& text, std::string_view bytes) const {
     if (isAscii(bytes) && bytes.find_first_of("\\^") == std::string_view::npos)
@@ -76,7 +86,7 @@ std::wstring TextCoding::decode(std::string_view bytes) const {
     } else {
         while (!bytes.empty()) {
             std::string wide;
-            const std::size_t used = m_converter->toWide.convert(bytes, wide);
+            const std::size_t used = converter().toWide.convert(bytes, wide);
             const std::size_t old = characters.size();
             characters.resize(old + wide.size() / sizeof(wchar_t));
             std::memcpy(characters.data() + old, wide.data(), wide.size());
@@ -112,7 +122,7 @@ std::string TextCoding::encode(std::wstring_view text) const {
         } else {
             std::string bytes;
             const std::string_view one(reinterpret_cast<const char*>(&c), sizeof c);
-            if (m_converter->fromWide.convert(one, bytes) == sizeof c && !bytes.empty()) {
+            if (converter().fromWide.convert(one, bytes) == sizeof c && !bytes.empty()) {
                 result += bytes;
             } else {
                 appendUnicodeEscape(result, c);

@@ -34,7 +34,11 @@ public:
 
 private:
     struct Converter;
-    std::unique_ptr<Converter> m_converter;
+    [[nodiscard]] const Converter& converter() const;
+
+    std::string m_asked;  ///< the encoding that the file names
+    /// Made when a text is met that is not ASCII: the C library loads a table for most encodings.
+    mutable std::unique_ptr<Converter> m_converter;
     Carets m_carets;
 };
 
