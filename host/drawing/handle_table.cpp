@@ -5,6 +5,30 @@
 
 namespace mor::host {
 
+namespace {
+
+/// Sorts what rises for long stretches, as handles do in the order of a file.
+template <typename Item>
+void sortRuns(std::vector<Item>& items) {
+    using Place = typename std::vector<Item>::iterator;
+    constexpr std::size_t kManyRuns = 64;
+    std::vector<Place> bounds{items.begin()};
+    while (bounds.back() != items.end() && bounds.size() <= kManyRuns)
+        bounds.push_back(std::is_sorted_until(bounds.back(), items.end()));
+    if (bounds.back() != items.end()) return std::sort(items.begin(), items.end());
+    while (bounds.size() > 2) {
+        std::vector<Place> fewer;
+        for (std::size_t i = 0; i < bounds.size(); i += 2) {
+            fewer.push_back(bounds[i]);
+            if (i + 2 < bounds.size()) std::inplace_merge(bounds[i], bounds[i + 1], bounds[i + 2]);
+        }
+        if (fewer.back() != items.end()) fewer.push_back(items.end());
+        bounds = std::move(fewer);
+    }
+}
+
+}  // namespace
+
 HandleTable::HandleTable(const RecordEntries& records, RecordNumber lastFileRecord,
                          std::uint64_t next, KeptHandles kept)
     : m_records(records), m_lastFileRecord(lastFileRecord), m_kept(std::move(kept)), m_next(next) {}
@@ -34,7 +58,7 @@ void HandleTable::build() const {
 void HandleTable::buildSorted() const {
     for (RecordNumber number = 1; number <= m_lastFileRecord; ++number)
         if (m_records[number].handle != 0) m_sorted.emplace_back(m_records[number].handle, number);
-    std::ranges::sort(m_sorted);
+    sortRuns(m_sorted);
     std::size_t kept = 0;
     for (std::size_t at = 0; at < m_sorted.size();) {
         std::size_t next = at;

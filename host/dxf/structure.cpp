@@ -270,12 +270,11 @@ Structure::Wrong Structure::endEdge(RecordNumber number, Known kind) {
 void Structure::expect(std::uint64_t read, std::uint64_t all) {
     const std::size_t now = m_index.places.size();
     const std::size_t room = m_index.places.capacity();
-    // What the next stretch may hold, and some more.
-    if (room - now > now / 2 + kStretch || read == 0) return;
+    if (room - now >= kStretch || read == 0) return;
     const auto times = static_cast<double>(all) / static_cast<double>(read);
-    const auto records =
-        static_cast<std::size_t>(static_cast<double>(now) * times * 1.1) + kStretch;
-    if (records <= room) return;
+    const auto expected = static_cast<std::size_t>(static_cast<double>(now) * times * 1.1);
+    // Where more come than were expected, room grows by a half at least: all is moved each time.
+    const std::size_t records = std::max(expected, now + now / 2) + kStretch;
     m_index.places.reserve(records);
     m_index.layers.reserve(records);
     m_skeleton.records.reserve(records);

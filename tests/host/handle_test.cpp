@@ -90,6 +90,27 @@ TEST_F(Handles, ThatStandTwiceMeanTheFirstRecord) {
     EXPECT_EQ(walk(), "LINE:A1 CIRCLE:A2 POINT:A2");
 }
 
+// Handles rise for a while, fall, and rise again, as those of tables, blocks and entities do.
+TEST_F(Handles, FarApartAreFoundInWhateverOrderTheyStand) {
+    constexpr std::uint64_t kCount = 300;
+    for (const std::uint64_t runs : {1U, 3U, 6U, 150U}) {
+        std::string entities;
+        for (std::uint64_t i = 0; i < kCount; ++i) {
+            const std::uint64_t nth = i % (kCount / runs) * runs + i / (kCount / runs);
+            entities += line(host::handleText((nth + 1) << 24U));
+        }
+        openEntities(entities + "0 POINT|5 7000000|8 0|");
+        for (std::uint64_t nth = 0; nth < kCount; ++nth) {
+            const std::string handle = host::handleText((nth + 1) << 24U);
+            EXPECT_EQ(titleOf(named(host::fromUtf8(handle).value())), "LINE:" + handle);
+        }
+        EXPECT_TRUE(named(L"7000001").isNone());
+        const auto problems = host::documentProblems(document());
+        ASSERT_EQ(problems.size(), 1U) << runs;
+        EXPECT_EQ(problems[0].text, "the handle 7000000 stands on 2 records");
+    }
+}
+
 TEST_F(Handles, OfReactorsAndDictionariesAreNotTheRecordsOwn) {
     openEntities(
         "0 LINE|5 A1|102 {ACAD_REACTORS|330 B1|102 }|102 {ACAD_XDICTIONARY|360 C1|102 }|"
