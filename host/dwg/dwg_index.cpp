@@ -82,7 +82,6 @@ std::string Indexer::run() {
     m_skeleton.containers[kPaperSpace].paper = true;
     if (!m_file.frameOf(header.blocks)) return "its table of blocks cannot be read";
     if (!m_file.frameOf(header.modelSpace)) return "its model space cannot be read";
-    nameBlocks();
     for (const std::uint64_t control :
          {header.viewports, header.lineTypes, header.layers, header.styles, header.views,
           header.coordinateSystems, header.applications, header.dimensionStyles, header.blocks})
@@ -102,9 +101,9 @@ const Indexer::TypeFacts& Indexer::factsOf(std::uint16_t type) {
     return facts;
 }
 
-/// Tests every object, tells which ones are damaged, and numbers the types.
+/// Tests every object, tells which ones are damaged, and numbers the types; finds the blocks.
 void Indexer::readObjects() {
-    m_notes = noteObjects(m_file);
+    m_notes = noteObjects(m_file, [this] { nameBlocks(); });
     m_skeleton.deadBytes = m_notes.deadBytes;
     for (const ObjectNotes::Wrong& wrong : m_notes.wrong) {
         const MapEntry& entry = m_file.map().entries()[wrong.object];

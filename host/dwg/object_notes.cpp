@@ -2,11 +2,12 @@
 
 #include "host/dwg/common_data.h"
 #include "host/dwg/dwg_file.h"
-#include "host/dwg/halves.h"
+#include "host/dwg/two_hands.h"
 
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <utility>
 
 namespace mor::host {
 
@@ -14,6 +15,7 @@ namespace {
 
 /// Fewer are read before another thread has begun.
 constexpr std::size_t kManyObjects = 4096;
+constexpr std::size_t kPart = 512;
 constexpr std::size_t kFarApart = 128;
 
 bool owns(std::uint16_t type) {
@@ -77,19 +79,21 @@ private:
 
 }  // namespace
 
-ObjectNotes noteObjects(const DwgFile& file) {
+ObjectNotes noteObjects(const DwgFile& file, std::function<void()> meanwhile) {
     ObjectNotes notes;
     notes.objects.resize(file.map().entries().size());
     if (file.release() <= Release::R2000) notes.next.resize(notes.objects.size());
     std::array<NoteTaker, 2> takers{NoteTaker(file), NoteTaker(file)};
-    inHalves(notes.objects.size(), kManyObjects, [&](std::size_t begin, std::size_t end) {
-        takers[begin == 0 ? 0 : 1].run(begin, end, notes);
-    });
+    inTwoHands({notes.objects.size(), kPart, kManyObjects, std::move(meanwhile)},
+               [&](std::size_t begin, std::size_t end, unsigned hand) {
+                   takers[hand].run(begin, end, notes);
+               });
     Stretch stretch;
     for (const NoteTaker& taker : takers) {
         stretch.add(taker.stretch());
         notes.wrong.insert(notes.wrong.end(), taker.wrong().begin(), taker.wrong().end());
     }
+    std::ranges::sort(notes.wrong, {}, &ObjectNotes::Wrong::object);
     // Up to R2000 other things lie before and behind the objects; the first place has a mark.
     if (stretch.first < stretch.last && stretch.last - stretch.first > stretch.used)
         notes.deadBytes = stretch.last - stretch.first - stretch.used;

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 namespace mor::host {
@@ -37,7 +38,8 @@ struct ObjectNotes {
     std::uint64_t deadBytes = 0;  ///< among the objects, of older versions of them
 };
 
-/// Tests every object. A second thread takes half of them where they are many.
-[[nodiscard]] ObjectNotes noteObjects(const DwgFile& file);
+/// Tests every object; another thread helps where they are many. The caller does `meanwhile` while
+/// that thread begins; it must leave what objects are made of alone.
+[[nodiscard]] ObjectNotes noteObjects(const DwgFile& file, std::function<void()> meanwhile);
 
 }  // namespace mor::host

@@ -1,11 +1,12 @@
 #include "host/dwg/bit_writer.h"
 #include "host/dwg/bits.h"
 #include "host/dwg/checksums.h"
-#include "host/dwg/halves.h"
 #include "host/dwg/pages.h"
+#include "host/dwg/two_hands.h"
 #include "host/dwg/unpack.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 namespace mor::host {
@@ -251,12 +252,12 @@ std::string readSection(const Source& source, const PageLayout& layout, const Pa
     if (out != nullptr) *out = LargeBytes(static_cast<std::size_t>(section.size));
     std::vector<std::string> wrong(section.pages.size());
     const bool any = section.packed && rises(section.pages);
-    inHalves(wrong.size(), any ? kManyPages : wrong.size() + 1,
-             [&](std::size_t begin, std::size_t end) {
-                 PageReader reader(source, layout, section, out);
-                 for (std::size_t i = begin; i < end; ++i)
-                     wrong[i] = reader.place(section.pages[i]);
-             });
+    const PageReader reader(source, layout, section, out);
+    std::array<PageReader, 2> readers{reader, reader};
+    inTwoHands({wrong.size(), 1, any ? kManyPages : wrong.size() + 1},
+               [&](std::size_t begin, std::size_t /*end*/, unsigned hand) {
+                   wrong[begin] = readers[hand].place(section.pages[begin]);
+               });
     for (std::size_t i = 0; i < wrong.size(); ++i)
         if (!wrong[i].empty())
             return "page " + std::to_string(section.pages[i].number) + " of " + section.name +

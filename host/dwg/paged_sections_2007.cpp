@@ -1,8 +1,8 @@
 #include "host/dwg/bits.h"
 #include "host/dwg/checksums.h"
 #include "host/dwg/code_words.h"
-#include "host/dwg/halves.h"
 #include "host/dwg/sections.h"
+#include "host/dwg/two_hands.h"
 #include "host/dwg/unpack.h"
 
 #include <algorithm>
@@ -240,11 +240,10 @@ std::string File2007::read(const Section2007& section, LargeBytes& out, DamageNo
                " bytes";
     out = LargeBytes(static_cast<std::size_t>(section.size));
     std::vector<Seen> seen(section.parts.size());
-    inHalves(seen.size(), rises(section.parts) ? kManyPages : seen.size() + 1,
-             [&](std::size_t begin, std::size_t end) {
-                 for (std::size_t i = begin; i < end; ++i)
-                     seen[i] = place(section, section.parts[i], out);
-             });
+    inTwoHands({seen.size(), 1, rises(section.parts) ? kManyPages : seen.size() + 1},
+               [&](std::size_t begin, std::size_t /*end*/, unsigned /*hand*/) {
+                   seen[begin] = place(section, section.parts[begin], out);
+               });
     std::string first;
     for (std::size_t i = 0; i < seen.size(); ++i) {
         const std::int64_t number = section.parts[i].page;
