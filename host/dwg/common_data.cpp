@@ -186,18 +186,19 @@ EntityData readEntityData(Fields& fields, std::uint64_t own) {
     return EntityReader(fields, own).run();
 }
 
-std::uint64_t nextInList(const ObjectFrame& frame, Release release) {
+Neighbours neighboursOf(const ObjectFrame& frame, Release release) {
     BitReader data(frame.bytes, frame.body, frame.handles);
     BitReader handles(frame.bytes, frame.handles, frame.end());
     const unsigned mode = data.twoBits();
     std::int64_t before = data.bitLong();  // handles: of reactors, and others
     const bool ownLineType = release <= Release::R14 && !data.bit();
-    if (data.bit()) return frame.handle + 1;
+    if (data.bit()) return {frame.handle - 1, frame.handle + 1};
     if (mode == 0 || mode == 3) ++before;                        // the owner
     if (release <= Release::R14) before += ownLineType ? 2 : 1;  // layer, line type
-    before += 2;                                                 // dictionary, the entity before
+    ++before;                                                    // the dictionary
     for (; before > 0 && !handles.failed(); --before) static_cast<void>(handles.handle());
-    return handles.handle().from(frame.handle);
+    const std::uint64_t previous = handles.handle().from(frame.handle);
+    return {previous, handles.handle().from(frame.handle)};
 }
 
 std::uint64_t ownerOf(const EntityData& data, const DwgFile& file) {

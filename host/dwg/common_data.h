@@ -60,8 +60,13 @@ struct EntityData {
 [[nodiscard]] ObjectData readObjectData(Fields& fields, const ObjectFrame& frame);
 [[nodiscard]] EntityData readEntityData(Fields& fields, std::uint64_t own);
 
-/// The entity behind it in its list, 0 for none; up to R2000, where lists are chains.
-[[nodiscard]] std::uint64_t nextInList(const ObjectFrame& frame, Release release);
+/// The entities before and behind one in its list, 0 for none.
+struct Neighbours {
+    std::uint64_t previous = 0;
+    std::uint64_t next = 0;
+};
+/// Those that an entity names; up to R2000, where lists are chains.
+[[nodiscard]] Neighbours neighboursOf(const ObjectFrame& frame, Release release);
 
 /// The owner that is meant.
 [[nodiscard]] std::uint64_t ownerOf(const EntityData& data, const DwgFile& file);

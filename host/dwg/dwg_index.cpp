@@ -20,6 +20,8 @@ namespace {
 
 constexpr std::string_view kModelName = "*Model_Space";
 constexpr std::string_view kPaperName = "*Paper_Space";
+/// How many orphans are looked at for one gap in a list.
+constexpr std::size_t kMostOrphans = 128;
 
 /// Numbers every object once and puts it where it belongs.
 class Indexer {
@@ -50,6 +52,17 @@ private:
     [[nodiscard]] std::vector<std::uint64_t> slotsOf(std::uint64_t control);
     [[nodiscard]] std::vector<std::uint64_t> listed(std::vector<std::uint64_t> ends, bool chain);
     [[nodiscard]] std::optional<std::uint64_t> nextOf(std::size_t place) const;
+    void findOrphans();
+    [[nodiscard]] std::uint64_t behindOf(std::uint64_t missing, std::uint64_t named,
+                                         std::uint64_t whole);
+    /// Whether the object is an entity and not damaged.
+    [[nodiscard]] bool isWhole(std::size_t place) const {
+        return (m_notes.objects[place].flags & (kEntity | kDamaged)) == kEntity;
+    }
+    /// Whether it stands in no list yet.
+    [[nodiscard]] bool isFree(std::size_t place) const {
+        return !m_numbered[place] && m_walked[place] != m_walk;
+    }
     void addBlock(std::uint64_t header);
     void addSpace(ContainerNumber space, std::uint64_t header);
     void nameBlocks();
@@ -64,6 +77,8 @@ private:
     std::vector<bool> m_numbered;         ///< by place in the map
     std::vector<std::uint32_t> m_walked;  ///< the same way: in which walk it was met last
     std::uint32_t m_walk = 0;
+    /// Entities behind one that is damaged or missing, by its handle; once they are asked for.
+    std::optional<std::map<std::uint64_t, std::uint64_t>> m_orphans;
     std::size_t m_last = 0;          ///< the place in the map that was looked for last
     std::vector<TypeFacts> m_facts;  ///< by type
 };
@@ -197,20 +212,28 @@ std::vector<std::uint64_t> Indexer::listed(std::vector<std::uint64_t> ends, bool
     std::vector<std::uint64_t> members;
     m_walked.resize(m_notes.objects.size());
     ++m_walk;
-    std::uint64_t at = ends[0];
-    while (at != 0) {
+    std::uint64_t whole = 0;  // the last one that is not damaged
+    for (std::uint64_t at = ends[0]; at != 0;) {
         const std::optional<std::size_t> place = placeOf(at);
         // No entity stands in two lists or twice in one.
-        const bool fresh = place && !m_numbered[*place] && m_walked[*place] != m_walk;
-        const std::optional<std::uint64_t> next = fresh ? nextOf(*place) : std::nullopt;
-        if (!next) {
-            m_file.damage().note("a list of entities breaks off before " + handleText(at), 0);
-            break;
+        const bool twice = place && !isFree(*place);
+        const std::optional<std::uint64_t> next = twice || !place ? std::nullopt : nextOf(*place);
+        if (next) {
+            m_walked[*place] = m_walk;
+            members.push_back(at);
         }
-        m_walked[*place] = m_walk;
-        members.push_back(at);
-        if (at == ends[1]) break;
-        at = *next;
+        if (next && at == ends[1]) break;
+        if (next && isWhole(*place)) {
+            whole = at;
+            at = *next;
+            continue;
+        }
+        const std::uint64_t behind =
+            twice || at == ends[1] ? 0 : behindOf(at, next.value_or(0), whole);
+        const char* const what =
+            behind == 0 ? "a list of entities breaks off before " : "a list of entities lacks ";
+        if (!next) m_file.damage().note(what + handleText(at), 0);
+        at = behind;
     }
     return members;
 }
@@ -219,10 +242,50 @@ std::vector<std::uint64_t> Indexer::listed(std::vector<std::uint64_t> ends, bool
 std::optional<std::uint64_t> Indexer::nextOf(std::size_t place) const {
     const unsigned flags = m_notes.objects[place].flags;
     if ((flags & kEntity) == 0) return std::nullopt;
-    if ((flags & kDamaged) == 0 && !m_notes.next.empty()) return m_notes.next[place];
+    if (isWhole(place) && !m_notes.next.empty()) return m_notes.next[place];
     // What is damaged may still have its links.
     const auto frame = m_file.frameOf(m_file.map().entries()[place].handle);
-    return frame ? std::optional(nextInList(*frame, m_file.release())) : std::nullopt;
+    return frame ? std::optional(neighboursOf(*frame, m_file.release()).next) : std::nullopt;
+}
+
+void Indexer::findOrphans() {
+    m_orphans.emplace();
+    for (std::size_t i = 0; i < m_notes.objects.size(); ++i) {
+        if (!isWhole(i)) continue;
+        const MapEntry& entry = m_file.map().entries()[i];
+        const ObjectFrame frame = m_file.frame(entry.place);
+        const std::uint64_t previous = neighboursOf(frame, m_file.release()).previous;
+        const std::optional<std::size_t> before = previous == 0 ? i : placeOf(previous);
+        if (!before || !isWhole(*before)) m_orphans->try_emplace(previous, entry.handle);
+    }
+}
+
+/// Where a list goes on behind an entity that is damaged or missing: at the one that names it, else
+/// at the one that it names, else at the first orphan behind it that has the owner of `whole`. 0
+/// when there is none.
+std::uint64_t Indexer::behindOf(std::uint64_t missing, std::uint64_t named, std::uint64_t whole) {
+    if (!m_orphans) findOrphans();
+    auto orphan = m_orphans->lower_bound(missing);
+    if (orphan != m_orphans->end() && orphan->first == missing) return orphan->second;
+    // One that is not damaged would have said so itself.
+    const std::optional<std::size_t> place = placeOf(named);
+    if (place && isFree(*place) && !isWhole(*place) && nextOf(*place)) return named;
+    const auto ownerAt = [this](std::uint64_t handle) -> std::uint64_t {
+        const auto frame = m_file.frameOf(handle);
+        if (!frame || !frame->entity) return 0;
+        Fields fields = frame->fields(m_file.release());
+        return ownerOf(readEntityData(fields, handle), m_file);
+    };
+    const std::uint64_t owner = ownerAt(whole);
+    const auto follows = [&](std::uint64_t handle) {
+        const std::optional<std::size_t> at = placeOf(handle);
+        return at && isFree(*at) && ownerAt(handle) == owner;
+    };
+    for (std::size_t looked = 0; owner != 0 && looked < kMostOrphans; ++looked, ++orphan) {
+        if (orphan == m_orphans->end()) break;
+        if (follows(orphan->second)) return orphan->second;
+    }
+    return 0;
 }
 
 std::vector<std::uint64_t> Indexer::slotsOf(std::uint64_t control) {

@@ -49,7 +49,7 @@ public:
             const ObjectFrame frame = m_file.frame(m_file.map().entries()[i].place, true);
             notes.objects[i] = {frame.type, flagsOf(frame, i)};
             if (!notes.next.empty() && frame.entity && frame.wrong == nullptr)
-                notes.next[i] = nextInList(frame, m_file.release());
+                notes.next[i] = neighboursOf(frame, m_file.release()).next;
         }
     }
     [[nodiscard]] const std::vector<ObjectNotes::Wrong>& wrong() const { return m_wrong; }

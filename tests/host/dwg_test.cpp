@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <cstring>
 #include <map>
 #include <random>
 #include <set>
@@ -181,6 +182,27 @@ TEST_F(Dwg, ReadsManyObjectsInTheirOrder) {
     EXPECT_EQ(damage->places, 4U);
     EXPECT_EQ(damage->text, "object " + damaged + ": its checksum is wrong");
     EXPECT_EQ(walk(), expected);
+}
+
+// Up to R2000 each entity names those before and behind it: what cannot be read costs no other.
+TEST_F(Dwg, GoesOnBehindWhatIsMissingInAList) {
+    open(dxf());
+    for (int i = 0; i < 20; ++i) makeLine();
+    const std::string many = savedBytes();
+    open(many);
+    std::string rest = walk();
+    const std::string last = titleOf(lastEntity());
+    DwgFileBytes twin = DwgDrawing(splitDxf(many)).build();
+    const std::string lost = rest.substr(rest.find("LINE", rest.size() / 2), 23);  // three lines
+    for (const char* c = lost.c_str(); (c = std::strchr(c, ':')) != nullptr; ++c) {
+        const std::size_t place = twin.places.at(std::strtoull(c + 1, nullptr, 16));
+        twin.bytes[place + 2] = static_cast<char>(twin.bytes[place + 2] ^ 0x40);  // its type
+    }
+    rest.erase(rest.find(lost), lost.size() + 1);
+    open(twin.bytes);
+    EXPECT_EQ(walk(), rest);
+    EXPECT_EQ(titleOf(lastEntity()), last);
+    EXPECT_EQ(host::documentInfo(document()).damage->places, 4U);
 }
 
 // With the sums out of the way, nothing that stands in a file may lead astray.
