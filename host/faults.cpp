@@ -98,7 +98,10 @@ bool layerLocksEnforced() { return state().enforceLayerLocks; }
 long roomLimit() { return state().roomLimit; }
 
 bool readFails() {
-    if (failReadAt() == 0 || --failReadAt() != 0) return false;
+    std::size_t left = failReadAt();
+    while (left != 0 && !failReadAt().compare_exchange_weak(left, left - 1)) {
+    }
+    if (left != 1) return false;
     state().struck = true;
     return true;
 }

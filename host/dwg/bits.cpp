@@ -8,6 +8,7 @@ namespace mor::host {
 namespace {
 
 constexpr std::uint64_t kBitsPerByte = 8;
+
 }  // namespace
 
 // ---- bits ---------------------------------------------------------------------------------------

@@ -159,7 +159,7 @@ TEST_F(Dwg, ReadsOnWhereAnObjectIsDamaged) {
     EXPECT_TRUE(holds(readAll(document(), "LAYER"), "WALLS"));
 }
 
-// Of so many objects two threads take one half each.
+// So many objects are shared by two threads.
 TEST_F(Dwg, ReadsManyObjectsInTheirOrder) {
     open(dxf());
     for (int i = 0; i < 5000; ++i) makeLine(i % 3 == 0 ? L"WALLS" : L"0");

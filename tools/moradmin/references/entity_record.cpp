@@ -119,10 +119,9 @@ GroupKind groupKind(int code) {
     return GroupKind::Text;
 }
 
-EntityRecord::EntityRecord(std::string type, std::vector<host::GroupView> groups)
+EntityRecord::EntityRecord(std::string type, std::span<const host::GroupView> groups)
     : m_type(std::move(type)) {
-    const std::vector<host::GroupView> all = std::move(groups);
-    for (const host::GroupView& group : all) add(group);
+    for (const host::GroupView& group : groups) add(group);
 }
 
 void EntityRecord::add(const host::GroupView& group) {

@@ -31,7 +31,7 @@ public:
     EntityRecord() = default;
     EntityRecord(const AcApDocument* document, mor::EntityName name) { read(document, name); }
     /// A part of a record, read as if it were one; the texts of its groups stay where they are.
-    EntityRecord(std::string type, std::vector<host::GroupView> groups);
+    EntityRecord(std::string type, std::span<const host::GroupView> groups);
 
     /// Another record in place of the one before.
     void read(const AcApDocument* document, mor::EntityName name);
